@@ -1,0 +1,164 @@
+/* Program control blocks: laid out by the compiler in a program's static data, one PCB per
+ * compiled program and one IPCB per program of a compilation unit. The library reads what the
+ * compiler wrote and fills the fields marked "library". */
+#ifndef ZOR_PCB_H
+#define ZOR_PCB_H
+
+#include "zor_abi.h"
+
+struct FCB;
+struct FileDescription;
+struct IPCB;
+struct LLE;
+
+/* Bits of PCB.flags. */
+enum {
+    PCB_IS_MAIN = (int)0x80000000,    /* library: main program of a run unit */
+    PCB_ENTRY_LOCKED = 0x20000000,    /* compiler: enters with _zorPgmEnterLock */
+    PCB_CHECK = 0x08000000,           /* library: run-time option CHECK */
+    PCB_DEBUG = 0x02000000,           /* library: run-time option DEBUG */
+    PCB_UPPER_CASE_NAMES = 0x01000000 /* compiler: CALL and CANCEL fold names to upper case */
+};
+
+/* Value of PCB.century when the program has no century window. */
+enum { PCB_NO_CENTURY_WINDOW = 9999 };
+
+/* Program control block, 68 bytes. Bytes not named belong to generated code. */
+struct PCB {
+    uint8_t reserved0[5];
+    uint8_t level[3];             /* interface level of the compiler, e.g. 05 01 01; ordered as bytes */
+    struct IPCB *ipcb;            /* the outermost program's IPCB, head of the array */
+    const char *name;             /* program name, not terminated */
+    uint32_t namelen;             /* its length in bytes */
+    uint32_t flags;               /* PCB_ bits above */
+    struct LLE *lle;              /* library: load list entry, 0 until the first entry */
+    const uint8_t *collatingWeights;     /* 256 weights, or 0 */
+    struct FileDescription **fcbsrc;     /* compiled file descriptions */
+    uint8_t *upsi;                       /* library: the eight UPSI switches of the run unit */
+    const uint8_t *compileinfo;          /* 6 bytes on: name of the compile-time code page */
+    const uint8_t *collatingOrder;       /* library: collating order table, 256 bytes */
+    const uint8_t *ebcdicTable;          /* library: EBCDIC table, 256 bytes */
+    const uint8_t *ebcdicTable2;         /* library: second EBCDIC table, 256 bytes */
+    uint8_t reserved56[4];
+    int32_t century;              /* 9999 none; below 0 offset from the current year; else base year.
+                                     The library replaces an offset by the base year */
+    uint32_t *pgmword;            /* library, level 05 01 01 and later: address of Proccom.pgmword */
+};
+ZOR_LAYOUT(PCB, level, 5);
+ZOR_LAYOUT(PCB, ipcb, 8);
+ZOR_LAYOUT(PCB, name, 12);
+ZOR_LAYOUT(PCB, namelen, 16);
+ZOR_LAYOUT(PCB, flags, 20);
+ZOR_LAYOUT(PCB, lle, 24);
+ZOR_LAYOUT(PCB, collatingWeights, 28);
+ZOR_LAYOUT(PCB, fcbsrc, 32);
+ZOR_LAYOUT(PCB, upsi, 36);
+ZOR_LAYOUT(PCB, compileinfo, 40);
+ZOR_LAYOUT(PCB, collatingOrder, 44);
+ZOR_LAYOUT(PCB, ebcdicTable, 48);
+ZOR_LAYOUT(PCB, ebcdicTable2, 52);
+ZOR_LAYOUT(PCB, century, 60);
+ZOR_LAYOUT(PCB, pgmword, 64);
+ZOR_SIZE(PCB, 68);
+
+/* Bits of IPCB.status that the library clears. */
+enum {
+    IPCB_STATUS_RUN_UNIT = 0x40000000,        /* cleared at the end of a run unit */
+    IPCB_STATUS_CANCEL = (int)0xC0000000      /* both bits are cleared by CANCEL */
+};
+
+/* Inner program control block, 32 bytes: an array, the outermost program first, its nested
+ * programs behind it. */
+struct IPCB {
+    int32_t ent;        /* library: active entries of this program */
+    uint32_t status;    /* program status, see above */
+    void *entry;        /* entry address */
+    int32_t nested;     /* count of nested programs that follow in the array */
+    struct FCB **fcbs;  /* array of FCB addresses, an element may be 0 */
+    int32_t nfcbs;      /* its length */
+    uint8_t reserved24[4];
+    struct PCB *pcb;    /* library: back pointer, filled at first entry */
+};
+ZOR_LAYOUT(IPCB, ent, 0);
+ZOR_LAYOUT(IPCB, status, 4);
+ZOR_LAYOUT(IPCB, entry, 8);
+ZOR_LAYOUT(IPCB, nested, 12);
+ZOR_LAYOUT(IPCB, fcbs, 16);
+ZOR_LAYOUT(IPCB, nfcbs, 20);
+ZOR_LAYOUT(IPCB, pcb, 28);
+ZOR_SIZE(IPCB, 32);
+
+/* Bits of LLE.flags. */
+enum {
+    LLE_OPENED_HERE = 0x01,   /* the library opened the file and closes it */
+    LLE_SURVIVES_RESET = 0x10 /* kept at the end of a run unit */
+};
+
+/* Load list entry, 28 bytes: one program known to a run unit. Owned by the program list that
+ * holds it; the program name is the key. */
+struct LLE {
+    void *load;        /* handle of the loaded file, or 0 */
+    void *entry;       /* entry address; 0 after the program was unloaded */
+    const char *name;  /* program name, copied into the list */
+    struct PCB *pcb;
+    struct IPCB *ipcb;
+    uint32_t namelen;
+    uint32_t flags;
+};
+ZOR_LAYOUT(LLE, load, 0);
+ZOR_LAYOUT(LLE, entry, 4);
+ZOR_LAYOUT(LLE, name, 8);
+ZOR_LAYOUT(LLE, pcb, 12);
+ZOR_LAYOUT(LLE, ipcb, 16);
+ZOR_LAYOUT(LLE, namelen, 20);
+ZOR_LAYOUT(LLE, flags, 24);
+ZOR_SIZE(LLE, 28);
+
+typedef struct PCB PCB;
+typedef struct IPCB IPCB;
+typedef struct LLE LLE;
+
+#include <setjmp.h>
+
+ZOR_BEGIN_C
+
+/* Entry of a program activation: starts the run-time and the run unit when there is none, links
+ * the program at its first entry, counts the entry. Issues messages 240, 241 (century window) and
+ * 907 (no storage). */
+ZOR_EXPORT void _zorPgmInit(PCB *pcb);
+
+/* Takes the entry lock and counts the entry; the lock stays held until _zorPgmEnterUnlock. */
+ZOR_EXPORT void _zorPgmEnterLock(IPCB *ipcb);
+ZOR_EXPORT void _zorPgmEnterUnlock(void);
+
+/* Counts an exit; never ends a run unit. */
+ZOR_EXPORT void _zorPgmExit(IPCB *ipcb);
+
+/* Counts an exit, and ends the run unit when its main program leaves for the last time. */
+ZOR_EXPORT void _zorPgmTerm(PCB *pcb);
+
+/* The sigjmp_buf of the current run unit, which the owner of the epilogue fills by
+ * sigsetjmp(buffer, 1); 0 when the run-time has ended. Control comes back there with the status
+ * of STOP RUN, or 255 for a status of 0. */
+ZOR_EXPORT sigjmp_buf *_zorGetJmpBuffer(void);
+
+/* Starts a run unit nested in the current one. */
+ZOR_EXPORT void _zorCOBOLLink(void);
+
+/* STOP RUN: ends the run unit and jumps to the epilogue; does not return. rc is the status. */
+ZOR_EXPORT void _zorRunUnitTerm(int32_t rc);
+
+/* Ends the run unit abnormally with status 6 and returns to its caller. */
+ZOR_EXPORT void _zorCleanUp(void);
+
+/* CANCEL: resets the program and its nested programs and closes their files, EXTERNAL files
+ * excepted. A negative IPCB.nested does nothing. */
+ZOR_EXPORT void _zorCloseReset(IPCB *ipcb);
+
+/* Copies length bytes of name into buffer and ends the copy with a zero byte in place of its
+ * first blank, or behind it when it has none; buffer holds length + 1 bytes. */
+ZOR_EXPORT void _zorMoveMethodName(char *buffer, const char *name, uint32_t length);
+
+ZOR_END_C
+
+#endif

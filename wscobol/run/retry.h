@@ -1,0 +1,36 @@
+// System calls that go on after an interruption (EINTR) or a full queue (EAGAIN).
+#ifndef ZOR_RUN_RETRY_H
+#define ZOR_RUN_RETRY_H
+
+#include <cstddef>
+#include <cstdio>
+#include <sys/types.h>
+
+namespace zor {
+
+// Each has the arguments and the result of the call it is named for. The three that open also go on
+// after ETIMEDOUT.
+int retryOpen(const char *path, int flags, mode_t mode);
+FILE *retryFopen(const char *path, const char *mode);
+FILE *retryFreopen(const char *path, const char *mode, FILE *stream);
+off_t retryFtell(FILE *stream);
+int retryFseek(FILE *stream, off_t offset, int whence);
+std::size_t retryFread(void *target, std::size_t size, std::size_t count, FILE *stream);
+std::size_t retryFwrite(const void *source, std::size_t size, std::size_t count, FILE *stream);
+// read and write loop to the full count; a result below it is the end of the file or an error.
+ssize_t retryRead(int descriptor, void *target, std::size_t bytes);
+ssize_t retryWrite(int descriptor, const void *source, std::size_t bytes);
+int retryClose(int descriptor);
+int retryFlush(FILE *stream);
+
+// Flushes the stream and has the kernel write the data out. A stream that cannot be synchronised (a
+// terminal, a pipe, a closed or read-only one) counts as written; errno is then 0.
+int flushAndSync(FILE *stream);
+
+// Writes bytes to a stream whose lock the caller holds; goes on over partial writes, EAGAIN and
+// EINTR. False on any other error.
+bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes);
+
+} // namespace zor
+
+#endif
