@@ -27,15 +27,34 @@ enum : int32_t {
 // True once InitCobolRte ran for the present Proccom.
 bool runTimeStarted();
 
-// Starts the run-time: container markers, options, switches. preinit says that a host starts it
-// ahead of any program.
-void InitCobolRte(bool preinit);
+// Makes the Proccom, one idle run unit and the message catalogue ready; runs when the library is
+// loaded, and again when a run-time that has ended starts anew.
+void zor_init();
 
-// Begins a run unit and makes it current; pcb is shown in the debug log only.
-void RunUnitInit(const PCB *pcb);
+// Starts the run-time: container markers, options, switches. caller is a PCB, kNoProgram, or null
+// when a host starts the run-time ahead of any program.
+void InitCobolRte(const void *caller);
 
+// Stands for a caller that is neither a program nor a host ahead of any program.
+extern const char kNoProgram[1];
+
+// Begins a run unit and makes it current; caller as above, shown in the debug log.
+void RunUnitInit(const void *caller);
+
+// Begins a transaction-monitor run unit.
+void _zorKotsRunUnit(MessageRoutine msg, void *hostword);
+
+// Ends the run unit chosen by endingRunUnit().
 void RunUnitTerm(EndReason reason, int32_t status);
+
+// Ends one run unit, which is the current one or the head of the idle list.
+void endRunUnit(Runcom &unit, EndReason reason, int32_t status);
+
+// Ends all run units and the run-time; afterwards there is no Proccom.
 void TermCobolRte(EndReason reason);
+
+// True when generated code or a host filled the way back to its epilogue.
+bool epilogueIsKnown(const sigjmp_buf &jmp);
 
 } // namespace zor
 

@@ -1,0 +1,7 @@
+#include "run/attachments.h"
+
+namespace zor {
+
+Attachments attachments{};
+
+} // namespace zor

@@ -1,0 +1,17 @@
+// Where the library lies, and where its message catalogue is looked for.
+#ifndef ZOR_RUN_LIBRARY_PATHS_H
+#define ZOR_RUN_LIBRARY_PATHS_H
+
+#include "run/anchors.h"
+
+namespace zor {
+
+// Fills Proccom.libdir and installdir. False when storage is exhausted (message 907 was issued).
+bool findLibraryPaths(Proccom &process);
+
+// Puts the library's own catalogue locations at the front of NLSPATH.
+void prepareCatalogPath(const Proccom &process);
+
+} // namespace zor
+
+#endif

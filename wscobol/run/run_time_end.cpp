@@ -1,0 +1,203 @@
+// End of the run-time: by a host, after an abnormal end, or when the library is unloaded.
+
+#include "cpm.h"
+#include "dynamic/hash_table.h"
+#include "run/attachments.h"
+#include "run/debug_log.h"
+#include "run/message_list.h"
+#include "run/message_service.h"
+#include "run/run_unit.h"
+#include "run/signals.h"
+#include "run/storage.h"
+#include "run/thread_slot.h"
+
+namespace zor {
+namespace {
+
+// The debug log's value that adds the closing line.
+constexpr int32_t kDebugWithClosingLine = 1;
+
+// Values of the code argument of a host's end.
+enum : int32_t { kCodeEndRunTime = 1, kCodeEndRunUnit = 9 };
+
+void logEnd(const char *function, EndReason reason) {
+    const Proccom &process = *_zorProccom;
+    Runcom *unit = endingRunUnit(process);
+    ZOR_DEBUG_LOG("%s: PID %d Proccom @%p  Runcom @%p  reason=%d  signal=%u  abort=%u  stop=@%p  "
+                  "abrt=@%p  jmp=@%p\n",
+                  function, process.pid, static_cast<const void *>(&process),
+                  static_cast<void *>(unit), static_cast<int>(reason),
+                  (process.state & PROCCOM_SIGNAL) != 0 ? 1U : 0U,
+                  (process.state & PROCCOM_ABORT) != 0 ? 1U : 0U,
+                  unit == nullptr ? nullptr : reinterpret_cast<void *>(unit->stop),
+                  unit == nullptr ? nullptr : reinterpret_cast<void *>(unit->abrt),
+                  unit == nullptr ? nullptr : static_cast<void *>(&unit->jmp));
+}
+
+void endThread() {
+    if (existingThreadSlot() == nullptr) {
+        return;
+    }
+    if (attachments.endSort != nullptr && attachments.endSort()) {
+        message::sortStillActive();
+    }
+    releaseThreadSlot();
+}
+
+void freeRunUnits(Proccom &process) {
+    while (process.freeru != nullptr) {
+        Runcom *unit = process.freeru;
+        process.freeru = unit->link;
+        hashTableDestroy(unit->extfiles);
+        hashTableDestroy(unit->extvars);
+        hashTableDestroy(unit->plle);
+        // The handler of a signal is still running on its table.
+        if ((process.state & PROCCOM_SIGNAL) == 0) {
+            release(unit->sigtable);
+        }
+        release(unit);
+    }
+}
+
+// The streams stay open to the end of the process.
+void forgetStandardFiles(Proccom &process) {
+    process.sysin = nullptr;
+    process.sysout = nullptr;
+    process.cobmsgs = nullptr;
+    process.consolein = nullptr;
+    process.consoleout = nullptr;
+    process.syspunch = nullptr;
+    for (uint32_t &word : process.reserved76) {
+        word = 0;
+    }
+}
+
+void freePaths(Proccom &process) {
+    for (char **path :
+         {&process.installdir, &process.libdir, &process.cobpath, &process.sortdir}) {
+        release(*path);
+        *path = nullptr;
+    }
+}
+
+} // namespace
+
+void TermCobolRte(EndReason reason) {
+    if (_zorProccom == nullptr ||
+        (_zorProccom->runcom == nullptr && _zorProccom->freeru == nullptr)) {
+        return;
+    }
+    Proccom &process = *_zorProccom;
+    logEnd("TermCobolRte", reason);
+    logEnd("TermCobolThd", reason);
+    endThread();
+    process.state = static_cast<uint8_t>(process.state & ~PROCCOM_TRACKED);
+    if (process.lockhook != nullptr) {
+        process.lockhook = nullptr;
+    }
+    while (process.runcom != nullptr) {
+        endRunUnit(*process.runcom, reason, kStatusForcedEnd);
+    }
+    closeMessageCatalog();
+    freeRunUnits(process);
+    removeAlternateStack();
+    forgetStandardFiles(process);
+    freePaths(process);
+    if (attachments.unloadFileModules != nullptr) {
+        attachments.unloadFileModules();
+    }
+    _zor_cpm_destroy();
+    hashTableDestroy(process.plle);
+    process.plle = nullptr;
+    releaseThreadSlot();
+    deleteThreadKey();
+    ZOR_DEBUG_LOG("TermCobolRte: returning...\n");
+    const int32_t debug = process.debug;
+    const int32_t pid = process.pid;
+    release(&process);
+    _zorProccom = nullptr;
+    if (debug == kDebugWithClosingLine) {
+        std::fprintf(stderr, "RTE Terminated... PID %d Proccom %p\n", pid,
+                     static_cast<void *>(_zorProccom));
+    }
+}
+
+namespace {
+
+__attribute__((destructor)) void zor_fini() {
+    if (_zorProccom == nullptr) {
+        return;
+    }
+    const bool debug = debugging();
+    const int32_t pid = _zorProccom->pid;
+    const char *line = "zor_fini: PID %d Proccom @%p\n";
+    if (debug) {
+        std::fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
+    }
+    TermCobolRte(EndReason::libraryUnload);
+    if (debug) {
+        std::fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
+    }
+}
+
+// The line of a transaction's end; without a Proccom it is written also when no log is asked for.
+void logMonitorCall(const char *function) {
+    const Proccom *process = _zorProccom;
+    if (process == nullptr || process->debug != 0) {
+        std::fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p kots %d\n", function,
+                     process == nullptr ? 0 : process->pid, static_cast<const void *>(process),
+                     process == nullptr ? nullptr : static_cast<void *>(endingRunUnit(*process)),
+                     process == nullptr ? 0 : process->kots);
+    }
+}
+
+} // namespace
+} // namespace zor
+
+using namespace zor;
+
+void _zorCOBOLTerm(int32_t code, int32_t *rc) {
+    if (_zorProccom == nullptr) {
+        *rc = 0;
+        return;
+    }
+    Runcom *unit = endingRunUnit(*_zorProccom);
+    ZOR_DEBUG_LOG("_zorCOBOLTerm: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n",
+                  _zorProccom->pid, static_cast<void *>(_zorProccom), static_cast<void *>(unit),
+                  (_zorProccom->state & PROCCOM_SIGNAL) != 0 ? 1U : 0U,
+                  (_zorProccom->state & PROCCOM_ABORT) != 0 ? 1U : 0U);
+    if (code != kCodeEndRunTime && code != kCodeEndRunUnit) {
+        *rc = 1;
+        return;
+    }
+    *rc = 0;
+    if (unit != nullptr && (unit->flags & RUNCOM_RU_TERM) == 0) {
+        // The host knows that the run unit ends: it is not called back.
+        unit->stop = nullptr;
+        unit->token = nullptr;
+        RunUnitTerm(code == kCodeEndRunTime ? EndReason::stopRun : EndReason::cleanUp,
+                    kStatusForcedEnd);
+    }
+    if (code == kCodeEndRunTime) {
+        TermCobolRte(EndReason::hostEndsRunTime);
+    }
+}
+
+void ZORCOBOLTERM(int32_t code, int32_t *rc) __attribute__((alias("_zorCOBOLTerm")));
+
+void _zor_cpm_exit(void) {
+    logMonitorCall("_zor_cpm_exit");
+    if (_zorProccom != nullptr) {
+        const Runcom *unit = endingRunUnit(*_zorProccom);
+        if (unit != nullptr && (unit->flags & RUNCOM_RU_TERM) == 0) {
+            _zorRunUnitTerm(1);
+        }
+    }
+    ZOR_DEBUG_LOG("_zor_cpm_exit: return to KOTS\n");
+}
+
+void _zor_cpm_cancel(void) {
+    logMonitorCall("_zor_cpm_cancel");
+    _zorCleanUp();
+    ZOR_DEBUG_LOG("_zor_cpm_cancel: return to KOTS\n");
+}

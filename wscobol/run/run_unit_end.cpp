@@ -1,0 +1,341 @@
+// End of a run unit: closes files, resets programs, flushes the standard streams, forgets external
+// data, and resumes the prior run unit, returns, or leaves the process.
+
+#include <cstdlib>
+
+#include "cpm.h"
+#include "dynamic/hash_table.h"
+#include "dynamic/program_list.h"
+#include "fcb.h"
+#include "run/debug_log.h"
+#include "run/init_section.h"
+#include "run/retry.h"
+#include "run/run_unit.h"
+#include "run/signals.h"
+#include "run/storage.h"
+
+namespace zor {
+namespace {
+
+bool inState(const Proccom &process, unsigned bit) { return (process.state & bit) != 0; }
+
+bool isEnding(const Runcom &unit) { return (unit.flags & RUNCOM_RU_TERM) != 0; }
+
+void notEnding(Runcom &unit) { unit.flags = static_cast<uint8_t>(unit.flags & ~RUNCOM_RU_TERM); }
+
+void *address(const void *object) { return const_cast<void *>(object); }
+
+template <class Routine> void *routineAddress(Routine *routine) {
+    return reinterpret_cast<void *>(routine);
+}
+
+// Forgets one program's activations, so that its next entry links it afresh.
+void resetProgram(IPCB &ipcb, uint32_t statusBits) {
+    ipcb.status &= ~statusBits;
+    ipcb.ent = 0;
+    if (ipcb.pcb != nullptr) {
+        ipcb.pcb->flags &= ~static_cast<uint32_t>(PCB_IS_MAIN);
+        ipcb.pcb->lle = nullptr;
+    }
+}
+
+bool isExternal(const FCB &file) {
+    return file.desc != nullptr && (file.desc->assign & FILE_EXTERNAL) != 0;
+}
+
+// Calls an action for each open file of a program.
+template <class Action> void forEachOpenFile(IPCB &ipcb, Action action) {
+    for (int32_t i = 0; ipcb.fcbs != nullptr && i < ipcb.nfcbs; ++i) {
+        FCB *file = ipcb.fcbs[i];
+        if (file != nullptr && file->curmode != 0 && file->close != nullptr) {
+            action(*file);
+        }
+    }
+}
+
+// The end of the run unit runs no USE procedure for its closes.
+void closeFilesSilently(IPCB &ipcb) {
+    forEachOpenFile(ipcb, [&ipcb](FCB &file) {
+        file.closemode = static_cast<uint16_t>(file.closemode | FCB_CLOSE_NO_USE);
+        file.close(&file, &ipcb);
+        file.closemode = static_cast<uint16_t>(file.closemode & ~FCB_CLOSE_NO_USE);
+    });
+}
+
+// Resets every program of a compilation unit, then closes its files.
+void closeAndResetCompilationUnit(const LLE &entry) {
+    IPCB *programs = entry.ipcb != nullptr ? entry.ipcb : entry.pcb->ipcb;
+    if (programs == nullptr) {
+        return;
+    }
+    entry.pcb->flags &= ~static_cast<uint32_t>(PCB_IS_MAIN);
+    entry.pcb->lle = nullptr;
+    const int32_t last = programs->nested;
+    for (int32_t i = 0; i <= last; ++i) {
+        resetProgram(programs[i], IPCB_STATUS_RUN_UNIT);
+    }
+    for (int32_t i = 0; i <= last; ++i) {
+        closeFilesSilently(programs[i]);
+    }
+}
+
+// The file stays mapped: a later CALL that opens it gets the same file with its data as it was left.
+void forgetLoadedProgram(LLE &entry) {
+    if (entry.load == nullptr) {
+        return;
+    }
+    entry.flags &= LLE_SURVIVES_RESET;
+    if (entry.pcb != nullptr) {
+        entry.pcb->lle = nullptr;
+    }
+    entry.entry = nullptr;
+    entry.pcb = nullptr;
+    entry.ipcb = nullptr;
+}
+
+void endPrograms(HashTable *list) {
+    HashCursor cursor{};
+    while (const HashElement *element = hashTableNext(list, cursor)) {
+        if (const LLE *program = lleOf(element); program->pcb != nullptr) {
+            closeAndResetCompilationUnit(*program);
+        }
+    }
+    cursor = {};
+    while (const HashElement *element = hashTableNext(list, cursor)) {
+        if (!isLinkToParent(element)) {
+            forgetLoadedProgram(*lleOf(element));
+        }
+    }
+}
+
+void flushUnderLock(FILE *stream) {
+    flockfile(stream);
+    flushAndSync(stream);
+    funlockfile(stream);
+}
+
+void flushUnusedStandardStreams(const Proccom &process) {
+    if (process.cobmsgs == nullptr) {
+        flushUnderLock(stderr);
+    }
+    if (process.sysout == nullptr && process.consoleout == nullptr) {
+        flushUnderLock(stdout);
+    }
+}
+
+void printTable(const char *title, const HashTable *table) {
+    if (debugging() && !hashTableIsEmpty(table)) {
+        std::fputs(title, stderr);
+        hashTablePrint(table);
+    }
+}
+
+void printAndEmpty(const char *title, HashTable *table) {
+    if (table != nullptr) {
+        printTable(title, table);
+        hashTableEmpty(table);
+    }
+}
+
+// Everything that happens under InitLock.
+void closeDown(Proccom &process, Runcom &unit) {
+    if (unit.plle != nullptr) {
+        endPrograms(unit.plle);
+    }
+    flushUnusedStandardStreams(process);
+    if (inState(process, PROCCOM_TRACKED)) {
+        releaseAllTracked(unit);
+    }
+    printAndEmpty("External Files\n", unit.extfiles);
+    printAndEmpty("External Variables\n", unit.extvars);
+    printAndEmpty("External Programs - RunUnit PLLE\n", unit.plle);
+    if (process.plle != nullptr) {
+        printTable("External Programs - Global PLLE\n", process.plle);
+    }
+}
+
+void restoreSignalActions(Runcom &unit) {
+    if ((unit.flags & RUNCOM_SIG) != 0) {
+        unit.flags = static_cast<uint8_t>(unit.flags & ~RUNCOM_SIG);
+        removeTopSignalTable();
+    }
+}
+
+void pushIdle(Proccom &process, Runcom &unit) {
+    if (process.freeru != &unit) {
+        unit.link = process.freeru;
+        process.freeru = &unit;
+    }
+}
+
+void resumePrior(Proccom &process, Runcom &unit) {
+    Runcom *prior = unit.prior;
+    const PCB *main = mainProgram(*prior);
+    ZOR_DEBUG_LOG("RunUnitTerm: %p Resuming prior Run Unit... PID %d Proccom @%p Runcom @@%p kots %d  "
+                  "Name: %*.*s\n",
+                  address(&unit), process.pid, address(&process), address(prior), process.kots,
+                  main == nullptr ? 0 : static_cast<int>(main->namelen),
+                  main == nullptr ? 0 : static_cast<int>(main->namelen),
+                  main == nullptr ? "" : main->name);
+    process.runcom = prior;
+    unit.prior = nullptr;
+}
+
+// Host routines are expected to leave the process by themselves.
+[[noreturn]] void leaveThroughHost(HostRoutine routine, void *token, int32_t status) {
+    routine(token);
+    std::exit(status);
+}
+
+} // namespace
+
+void endRunUnit(Runcom &unit, EndReason reason, int32_t status) {
+    Proccom &process = *_zorProccom;
+    const auto reasonNumber = static_cast<int32_t>(reason);
+    ZOR_DEBUG_LOG("RunUnitTerm: PID %d Proccom @%p Runcom @%p  PLLE @%p  reason=%d  signal=%u  "
+                  "abort=%u  stop=@%p  abrt=@%p  jmp=@%p  kots=%d  ru_term %d\n",
+                  process.pid, address(&process), address(&unit), address(unit.plle), reasonNumber,
+                  inState(process, PROCCOM_SIGNAL) ? 1U : 0U,
+                  inState(process, PROCCOM_ABORT) ? 1U : 0U, routineAddress(unit.stop),
+                  routineAddress(unit.abrt), address(&unit.jmp), process.kots,
+                  isEnding(unit) ? 1 : 0);
+    unit.flags |= RUNCOM_RU_TERM;
+    {
+        const InitSection section;
+        if (process.runcom == nullptr) {
+            notEnding(unit);
+            return;
+        }
+        closeDown(process, unit);
+    }
+    const HostRoutine stop = unit.stop;
+    const HostRoutine abrt = unit.abrt;
+    void *token = unit.token;
+    if (process.kots != 0) {
+        process.kots -= 1;
+        unit.msg = nullptr;
+    }
+    pushIdle(process, unit);
+    if (unit.prior == nullptr) {
+        process.runcom = nullptr;
+        if (reason == EndReason::libraryUnload) {
+            // The handlers are code of this library, which is about to leave memory.
+            restoreSignalActions(unit);
+            ZOR_DEBUG_LOG("RunUnitTerm: %p returning due to Fini\n", address(&unit));
+            notEnding(unit);
+            return;
+        }
+        if (reason != EndReason::hostEndsRunTime && process.cache != CACHE_ON) {
+            _zor_cpm_destroy();
+        }
+    } else {
+        resumePrior(process, unit);
+    }
+    // A handler that is still running needs its table.
+    if (!inState(process, PROCCOM_SIGNAL) || reason == EndReason::libraryUnload) {
+        restoreSignalActions(unit);
+    }
+    notEnding(unit);
+    if (reasonNumber <= static_cast<int32_t>(EndReason::hostEndsRunTime)) {
+        ZOR_DEBUG_LOG("RunUnitTerm: %p returning due to <= COBOLterm\n", address(&unit));
+        return;
+    }
+    if (reason == EndReason::abnormalEnd && abrt != nullptr) {
+        leaveThroughHost(abrt, token, status);
+    }
+    if (stop != nullptr) {
+        leaveThroughHost(stop, token, status);
+    }
+    ZOR_DEBUG_LOG("RunUnitTerm: returning due to %d\n", reasonNumber);
+}
+
+void RunUnitTerm(EndReason reason, int32_t status) {
+    Runcom *unit = _zorProccom == nullptr ? nullptr : endingRunUnit(*_zorProccom);
+    if (unit != nullptr) {
+        endRunUnit(*unit, reason, status);
+    }
+}
+
+} // namespace zor
+
+using namespace zor;
+
+namespace {
+
+// Jumps to the epilogue that generated code or a host's stub set up; without one the process ends
+// with the status, as a program's epilogue would end it.
+[[noreturn]] void jumpToEpilogue(Runcom &unit, const char *noOp, int32_t value) {
+    if (const PCB *main = mainProgram(unit); main != nullptr) {
+        ZOR_DEBUG_LOG("_zorRunUnitTerm: %ssiglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
+                      "@%p\n",
+                      noOp, ZOR_PROGRAM_NAME(main), address(&unit.jmp), address(&unit));
+    } else {
+        ZOR_DEBUG_LOG("_zorRunUnitTerm: %ssiglongjmp() to current wrapper stub via %p  run unit "
+                      "@%p\n",
+                      noOp, address(&unit.jmp), address(&unit));
+    }
+    if (!epilogueIsKnown(unit.jmp)) {
+        std::exit(value == kStatusOfZero ? 0 : value);
+    }
+    siglongjmp(unit.jmp, value);
+}
+
+} // namespace
+
+void _zorRunUnitTerm(int32_t rc) {
+    if (_zorProccom == nullptr) {
+        return;
+    }
+    Runcom *unit = endingRunUnit(*_zorProccom);
+    if (unit == nullptr) {
+        return;
+    }
+    ZOR_DEBUG_LOG("_zorRunUnitTerm: PID %d Proccom @%p  Runcom @%p  reason=%d  stop=0%p jmp=@%p kots "
+                  "%d ru_term %d\n",
+                  _zorProccom->pid, address(_zorProccom), address(unit), rc,
+                  routineAddress(unit->stop), address(&unit->jmp), _zorProccom->kots,
+                  isEnding(*unit) ? 1 : 0);
+    const int32_t value = rc == 0 ? kStatusOfZero : rc;
+    if (isEnding(*unit)) {
+        // The jump leaves a run unit that is ending: what it holds is given back.
+        if (auto *hook = _zorProccom->lockhook; hook != nullptr) {
+            _zorProccom->lockhook = nullptr;
+            hook();
+        }
+        jumpToEpilogue(*unit, "no-op, ", value);
+    }
+    RunUnitTerm(EndReason::stopRun, rc);
+    jumpToEpilogue(*unit, "", value);
+}
+
+void _zorCleanUp(void) {
+    if (_zorProccom == nullptr) {
+        return;
+    }
+    const Runcom *unit = endingRunUnit(*_zorProccom);
+    ZOR_DEBUG_LOG("_zorCleanUp: PID %d Proccom @%p  Runcom @%p  signal=%u  abort=%u\n",
+                  _zorProccom->pid, address(_zorProccom), address(unit),
+                  inState(*_zorProccom, PROCCOM_SIGNAL) ? 1U : 0U,
+                  inState(*_zorProccom, PROCCOM_ABORT) ? 1U : 0U);
+    if (unit == nullptr || isEnding(*unit)) {
+        ZOR_DEBUG_LOG("_zorCleanup: no-op, return to caller,  run unit @%p\n", address(unit));
+        return;
+    }
+    _zorProccom->state |= PROCCOM_ABORT;
+    RunUnitTerm(EndReason::cleanUp, kStatusCleanUp);
+    ZOR_DEBUG_LOG("_zorCleanup: done, return to caller,  run unit @%p\n", address(unit));
+}
+
+void _zorCloseReset(IPCB *ipcb) {
+    const int32_t last = ipcb->nested;
+    for (int32_t i = 0; i <= last; ++i) {
+        resetProgram(ipcb[i], static_cast<uint32_t>(IPCB_STATUS_CANCEL));
+    }
+    for (int32_t i = 0; i <= last; ++i) {
+        forEachOpenFile(ipcb[i], [ipcb, i](FCB &file) {
+            if (!isExternal(file)) {
+                file.close(&file, &ipcb[i]);
+            }
+        });
+    }
+}
