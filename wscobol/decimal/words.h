@@ -1,0 +1,36 @@
+// Unaligned words of digit strings.
+#ifndef ZOR_DECIMAL_WORDS_H
+#define ZOR_DECIMAL_WORDS_H
+
+#include <cstdint>
+#include <cstring>
+
+namespace zor::decimal {
+
+template <class Word> inline Word loadWord(const uint8_t *address) {
+    Word word;
+    std::memcpy(&word, address, sizeof word);
+    return word;
+}
+
+template <class Word> inline void storeWord(uint8_t *address, Word word) {
+    std::memcpy(address, &word, sizeof word);
+}
+
+// Eight packed digits as a number whose hexadecimal digits read as the decimal ones do.
+inline uint32_t loadDigits(const uint8_t *address) {
+    return __builtin_bswap32(loadWord<uint32_t>(address));
+}
+inline void storeDigits(uint8_t *address, uint32_t digits) {
+    storeWord(address, __builtin_bswap32(digits));
+}
+
+// Bit 3 of each nibble that is above 9: those with bit 3 and bit 2 or bit 1.
+template <class Word> constexpr Word nibblesAboveNine(Word word) {
+    constexpr Word kTopBits = static_cast<Word>(0x8888888888888888U);
+    return static_cast<Word>(word & ((word << 1) | (word << 2)) & kTopBits);
+}
+
+} // namespace zor::decimal
+
+#endif
