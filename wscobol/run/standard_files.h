@@ -3,6 +3,7 @@
 #define ZOR_RUN_STANDARD_FILES_H
 
 #include <cstdio>
+#include <sys/ioctl.h>
 
 namespace zor {
 
@@ -27,7 +28,7 @@ const char *expandOutputName(const char *value, bool fresh, const char *base);
 void forgetNameStamp();
 
 // Reads the terminal size of a descriptor into size, zeros when it is no terminal.
-void readTerminalSize(int descriptor, struct winsize &size);
+void readTerminalSize(int descriptor, winsize &size);
 
 } // namespace zor
 

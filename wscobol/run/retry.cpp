@@ -1,0 +1,188 @@
+// System calls that go on after an interruption. A COBOL program has handlers for most signals, and
+// an operator's resize of the terminal must not fail a READ.
+#include "run/retry.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace zor {
+namespace {
+
+constexpr int kPauseMilliseconds = 20;
+
+bool interrupted() {
+    return errno == EINTR || errno == EAGAIN;
+}
+
+bool openInterrupted() {
+    return interrupted() || errno == ETIMEDOUT;
+}
+
+// Gives the processor away after EAGAIN until the descriptor is ready, or for a moment when it
+// cannot tell (-1 stands for no descriptor). errno is kept.
+void waitUntilReady(int descriptor, short events) {
+    const int saved = errno;
+    if (saved == EAGAIN) {
+        pollfd ready{descriptor, events, 0};
+        poll(&ready, 1, kPauseMilliseconds);
+    }
+    errno = saved;
+}
+
+template <class Call> auto retryOpening(Call call, decltype(call()) failed) {
+    auto result = call();
+    while (result == failed && openInterrupted()) {
+        waitUntilReady(-1, 0);
+        result = call();
+    }
+    return result;
+}
+
+// The error flag that an interruption left behind is taken back, so that it says nothing wrong
+// about the stream later on.
+template <class Call> auto retryOnStream(FILE *stream, short events, Call call) {
+    auto result = call();
+    while (result < 0 && interrupted()) {
+        waitUntilReady(fileno(stream), events);
+        clearerr(stream);
+        result = call();
+    }
+    return result;
+}
+
+// Transfers whole bytes, so that an element that was interrupted half-way loses nothing.
+template <class Transfer>
+std::size_t retryElements(std::size_t size, std::size_t count, FILE *stream, short events,
+                          Transfer transfer) {
+    std::size_t bytes = 0;
+    if (size == 0 || __builtin_mul_overflow(size, count, &bytes)) {
+        return 0;
+    }
+    std::size_t done = 0;
+    while (done < bytes) {
+        errno = 0;
+        done += transfer(done, bytes - done);
+        if (done < bytes) {
+            if (!ferror(stream) || !interrupted()) {
+                break;
+            }
+            waitUntilReady(fileno(stream), events);
+            clearerr(stream);
+        }
+    }
+    return done / size;
+}
+
+// Loops to the full count; gives what was moved ahead of an error, or -1 when that is nothing.
+template <class Transfer>
+ssize_t retryBytes(int descriptor, std::size_t bytes, short events, Transfer transfer) {
+    std::size_t done = 0;
+    while (done < bytes) {
+        const ssize_t moved = transfer(done, bytes - done);
+        if (moved > 0) {
+            done += static_cast<std::size_t>(moved);
+        } else if (moved == 0) {
+            break;
+        } else if (interrupted()) {
+            waitUntilReady(descriptor, events);
+        } else {
+            return done == 0 ? -1 : static_cast<ssize_t>(done);
+        }
+    }
+    return static_cast<ssize_t>(done);
+}
+
+} // namespace
+
+int retryOpen(const char *path, int flags, mode_t mode) {
+    return retryOpening([&] { return open(path, flags, mode); }, -1);
+}
+
+FILE *retryFopen(const char *path, const char *mode) {
+    return retryOpening([&] { return fopen(path, mode); }, nullptr);
+}
+
+FILE *retryFreopen(const char *path, const char *mode, FILE *stream) {
+    return retryOpening([&] { return freopen(path, mode, stream); }, nullptr);
+}
+
+off_t retryFtell(FILE *stream) {
+    return retryOnStream(stream, 0, [&] { return ftello(stream); });
+}
+
+int retryFseek(FILE *stream, off_t offset, int whence) {
+    return retryOnStream(stream, POLLOUT, [&] { return fseeko(stream, offset, whence); });
+}
+
+std::size_t retryFread(void *target, std::size_t size, std::size_t count, FILE *stream) {
+    return retryElements(size, count, stream, POLLIN, [&](std::size_t done, std::size_t bytes) {
+        return fread(static_cast<char *>(target) + done, 1, bytes, stream);
+    });
+}
+
+std::size_t retryFwrite(const void *source, std::size_t size, std::size_t count, FILE *stream) {
+    return retryElements(size, count, stream, POLLOUT, [&](std::size_t done, std::size_t bytes) {
+        return fwrite(static_cast<const char *>(source) + done, 1, bytes, stream);
+    });
+}
+
+ssize_t retryRead(int descriptor, void *target, std::size_t bytes) {
+    return retryBytes(descriptor, bytes, POLLIN, [&](std::size_t done, std::size_t rest) {
+        return read(descriptor, static_cast<char *>(target) + done, rest);
+    });
+}
+
+ssize_t retryWrite(int descriptor, const void *source, std::size_t bytes) {
+    return retryBytes(descriptor, bytes, POLLOUT, [&](std::size_t done, std::size_t rest) {
+        return write(descriptor, static_cast<const char *>(source) + done, rest);
+    });
+}
+
+int retryClose(int descriptor) {
+    int result = close(descriptor);
+    while (result != 0 && errno == EAGAIN) {
+        result = close(descriptor);
+    }
+    // The kernel has given the descriptor up when close is interrupted; a second close could hit
+    // a file that another thread has opened since.
+    return result != 0 && errno == EINTR ? 0 : result;
+}
+
+int retryFlush(FILE *stream) {
+    return retryOnStream(stream, POLLOUT, [&] { return fflush(stream); });
+}
+
+int flushAndSync(FILE *stream) {
+    if (retryFlush(stream) != 0) {
+        return EOF;
+    }
+    int result = fdatasync(fileno(stream));
+    while (result != 0 && interrupted()) {
+        result = fdatasync(fileno(stream));
+    }
+    if (result != 0 && (errno == EBADF || errno == EINVAL || errno == EROFS)) {
+        errno = 0;
+        return 0;
+    }
+    return result;
+}
+
+bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes) {
+    std::size_t done = 0;
+    while (done < bytes) {
+        errno = 0;
+        done += fwrite_unlocked(text + done, 1, bytes - done, stream);
+        if (done < bytes) {
+            if (!interrupted()) {
+                return false;
+            }
+            waitUntilReady(fileno_unlocked(stream), POLLOUT);
+            clearerr_unlocked(stream);
+        }
+    }
+    return true;
+}
+
+} // namespace zor
