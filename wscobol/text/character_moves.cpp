@@ -1,0 +1,135 @@
+// Moves of characters: alphanumeric and national editing, the fill with a literal, and the move of
+// items that may overlap.
+#include <algorithm>
+#include <cstring>
+
+#include "edit.h"
+
+namespace zor {
+namespace {
+
+constexpr char kIdeographicBlank[2] = {'\x81', '\x40'};
+constexpr char kEbcdicBlank = '\x40';
+constexpr char16_t kNationalBlank = u' ';
+
+std::size_t magnitude(int32_t length) {
+    const auto bits = static_cast<uint32_t>(length);
+    return length < 0 ? 0U - bits : bits;
+}
+
+// Fills with copies of a pattern from the left, the last copy cut. The filled part is its own
+// source after the first copy, in strides that double.
+void fillWithPattern(char *target, std::size_t bytes, const char *pattern, std::size_t length) {
+    if (length == 1) {
+        memset(target, *pattern, bytes);
+        return;
+    }
+    std::size_t filled = std::min(bytes, length);
+    memcpy(target, pattern, filled);
+    while (filled < bytes) {
+        const std::size_t stride = std::min(filled, bytes - filled);
+        memcpy(target + filled, target, stride);
+        filled += stride;
+    }
+}
+
+char *fillNational(char *out, char16_t c, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i, out += sizeof c) {
+        memcpy(out, &c, sizeof c);
+    }
+    return out;
+}
+
+bool isNationalInsertion(uint16_t c) {
+    return c == u'0' || c == u'/' || c == u' ';
+}
+
+} // namespace
+} // namespace zor
+
+void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor, const char *sender,
+                           int32_t senderLength, char *receiver) {
+    const char *const end = sender + std::max(senderLength, 0);
+    const bool repeat = descriptor->repeatSource != 0 && end != sender;
+    const char *next = sender;
+    const char *picture = descriptor->pictureText;
+    for (int left = descriptor->positionCount; left > 0; --left) {
+        const char symbol = *picture++;
+        if (symbol == ' ' || symbol == '/' || symbol == '0') {
+            *receiver++ = symbol;
+        } else if (symbol == zor::kIdeographicBlank[0] && *picture == zor::kIdeographicBlank[1]) {
+            ++picture;
+            *receiver++ = zor::kIdeographicBlank[0];
+            *receiver++ = zor::kIdeographicBlank[1];
+        } else {
+            if (next == end && repeat) {
+                next = sender;
+            }
+            *receiver++ = next == end ? ' ' : *next++;
+        }
+    }
+}
+
+void _zorcMoveUnicodeEdit(const NationalEditDescriptor *descriptor, const void *sender,
+                          int32_t senderBytes, void *receiver) {
+    constexpr std::size_t kCharacter = sizeof(char16_t);
+    const auto *const first = static_cast<const char *>(sender);
+    const char *const end =
+        first + static_cast<std::size_t>(std::max(senderBytes, 0)) / kCharacter * kCharacter;
+    const bool repeat = descriptor->repeatSource != 0 && end != first;
+    const char *next = first;
+    auto *out = static_cast<char *>(receiver);
+    const int runs = descriptor->runBytes / static_cast<int>(sizeof(NationalEditRun));
+    for (int run = 0; run < runs; ++run) {
+        const NationalEditRun &entry = descriptor->runs[run];
+        auto left = static_cast<std::size_t>(std::max<int>(entry.runLength, 0));
+        if (zor::isNationalInsertion(entry.editChar)) {
+            out = zor::fillNational(out, entry.editChar, left);
+            continue;
+        }
+        while (left > 0) {
+            if (next == end && repeat) {
+                next = first;
+            }
+            const std::size_t taken =
+                std::min(left * kCharacter, static_cast<std::size_t>(end - next));
+            if (taken == 0) {
+                out = zor::fillNational(out, zor::kNationalBlank, left);
+                break;
+            }
+            memcpy(out, next, taken);
+            out += taken;
+            next += taken;
+            left -= taken / kCharacter;
+        }
+    }
+}
+
+void _zorcMoveFigConst(char *receiver, int32_t signedReceiverLength, const char *literal,
+                       int32_t literalLength) {
+    if (literalLength < 1) {
+        return;
+    }
+    std::size_t bytes = zor::magnitude(signedReceiverLength);
+    const auto length = static_cast<std::size_t>(literalLength);
+    if (signedReceiverLength < 0) {
+        const std::size_t rest = bytes % length;
+        memcpy(receiver, literal + length - rest, rest);
+        receiver += rest;
+        bytes -= rest;
+    }
+    zor::fillWithPattern(receiver, bytes, literal, length);
+}
+
+void _zorcMoveVarLenOverlap(char *receiver, int32_t signedReceiverLength, const char *sender,
+                            int32_t signedSenderLength) {
+    const std::size_t target = zor::magnitude(signedReceiverLength);
+    const std::size_t source = zor::magnitude(signedSenderLength);
+    const std::size_t copied = std::min(target, source);
+    const std::size_t padded = target - copied;
+    const bool justifiedRight = signedReceiverLength < 0;
+    const char blank = signedSenderLength < 0 ? zor::kEbcdicBlank : ' ';
+    memmove(justifiedRight ? receiver + padded : receiver,
+            justifiedRight ? sender + (source - copied) : sender, copied);
+    memset(justifiedRight ? receiver : receiver + copied, blank, padded);
+}
