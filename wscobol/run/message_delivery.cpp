@@ -1,0 +1,83 @@
+#include "message_delivery.h"
+
+#include <cstring>
+#include <initializer_list>
+
+#include "anchors.h"
+#include "debug_log.h"
+#include "retry.h"
+
+namespace zor {
+namespace {
+
+constexpr const char *kHostId = "CCBL";
+
+// A stream that another thread is writing to is left to that thread: it may be waiting for the
+// message stream, which this one holds.
+void flushIfFree(FILE *stream) {
+    if (stream != nullptr && ftrylockfile(stream) == 0) {
+        flushAndSync(stream);
+        funlockfile(stream);
+    }
+}
+
+// The run unit whose host hears the messages: the current one, or the one that is just ending.
+const Runcom *hostRunUnit() {
+    const Proccom *process = proccom();
+    const Runcom *unit = process == nullptr ? nullptr : endingRunUnit(*process);
+    const bool live =
+        unit != nullptr && (unit == process->runcom || (unit->flags & RUNCOM_RU_TERM) != 0);
+    return live && unit->msg != nullptr ? unit : nullptr;
+}
+
+// The transaction monitor takes one line at a time. The closing line alone stops the transaction.
+void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
+    const char *prefix = messageLook().prefix;
+    const std::size_t prefixLength = strlen(prefix);
+    const char *line = message.text;
+    while (*line != '\0') {
+        const std::size_t length = strcspn(line, "\n");
+        if (length > 0) {
+            const bool stops = end == RunEnd::severity && line != message.text &&
+                               strncmp(line, prefix, prefixLength) == 0;
+            ZOR_DEBUG_LOG("_zorWriteStderr: call KOTS msg routine...\n");
+            unit.msg(stops ? 1 : 0, kHostId, line, static_cast<int32_t>(length), unit.token);
+            ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+        }
+        line += line[length] == '\n' ? length + 1 : length;
+    }
+}
+
+} // namespace
+
+void flushDisplayStreams() {
+    flushIfFree(stderr);
+    flushIfFree(stdout);
+    const Proccom *process = proccom();
+    if (process == nullptr) {
+        return;
+    }
+    for (FILE *stream : {process->sysout, process->consoleout}) {
+        if (stream != stdout && stream != stderr) {
+            flushIfFree(stream);
+        }
+    }
+}
+
+void deliverMessage(const MessageText &message, FILE *stream, RunEnd end) {
+    const Runcom *unit = hostRunUnit();
+    if (unit == nullptr) {
+        writeUnlocked(stream, message.text, message.length);
+        return;
+    }
+    if (proccom()->kots != 0 && proccom()->moh == 0) {
+        deliverLines(message, *unit, end);
+        return;
+    }
+    ZOR_DEBUG_LOG("_zorWriteStderr: call msg routine...\n");
+    unit->msg(static_cast<int32_t>(end), kHostId, message.text,
+              static_cast<int32_t>(message.length), unit->token);
+    ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+}
+
+} // namespace zor

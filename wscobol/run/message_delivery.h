@@ -1,0 +1,23 @@
+// How a finished message leaves the library: to the message stream or to the host.
+#ifndef ZOR_RUN_MESSAGE_DELIVERY_H
+#define ZOR_RUN_MESSAGE_DELIVERY_H
+
+#include <cstdint>
+#include <cstdio>
+
+#include "message_text.h"
+
+namespace zor {
+
+// Whether a message ends the run, in the terms of the host's message routine.
+enum class RunEnd : int32_t { none = 0, severity = 1, errorCount = -1 };
+
+// Writes out what the program displayed, so that it stands ahead of the message.
+void flushDisplayStreams();
+
+// Delivers a message; the caller holds the lock of stream.
+void deliverMessage(const MessageText &message, FILE *stream, RunEnd end);
+
+} // namespace zor
+
+#endif
