@@ -1,0 +1,214 @@
+// ACCEPT from a stream or a date register, and STOP with a literal.
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <ctime>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include "anchors.h"
+#include "display.h"
+#include "message_list.h"
+#include "national/code_page_row.h"
+#include "retry.h"
+#include "standard_files.h"
+#include "text/console_stream.h"
+
+namespace zor {
+namespace {
+
+constexpr uint32_t kStreamFlags = ACCEPT_FROM_CONSOLE | ACCEPT_FROM_SYSIN;
+constexpr uint32_t kRegisterFlags = ACCEPT_DATE | ACCEPT_DAY | ACCEPT_TIME | ACCEPT_DAY_OF_WEEK;
+
+FILE *acceptStream(uint32_t flags) {
+    return standardFile((flags & ACCEPT_FROM_CONSOLE) != 0 ? StandardFile::consoleIn
+                                                           : StandardFile::sysin);
+}
+
+// Line mode reads one line per ACCEPT; record mode reads over line ends.
+bool isLineMode(const Proccom &process, FILE *stream) {
+    return (process.options2 & OPTION_ACCEPT_NEW) != 0 || isatty(fileno_unlocked(stream)) != 0;
+}
+
+void reportReadError(const char *verb, int error) {
+    if (error != 0) {
+        message::readError(verb, error);
+    }
+}
+
+// ---- characters of one and of two bytes
+
+struct SingleByte {
+    static constexpr std::size_t kSize = 1;
+    static bool read(ByteReader &reader, char *target) {
+        const int byte = reader.next();
+        *target = static_cast<char>(byte);
+        return byte != EOF;
+    }
+    static bool isNewline(const char *character) { return *character == '\n'; }
+};
+
+struct National {
+    static constexpr std::size_t kSize = sizeof(char16_t);
+    static bool read(ByteReader &reader, char *target) {
+        return SingleByte::read(reader, target) && SingleByte::read(reader, target + 1);
+    }
+    static bool isNewline(const char *character) {
+        return character[0] == '\n' && character[1] == 0;
+    }
+};
+
+// Reads up to count characters into target; gives the count stored.
+template <class Character>
+std::size_t acceptCharacters(ByteReader &reader, bool lineMode, std::size_t count, char *target) {
+    std::size_t stored = 0;
+    while (stored < count) {
+        char character[Character::kSize];
+        if (!Character::read(reader, character)) {
+            return stored;
+        }
+        if (Character::isNewline(character)) {
+            if (lineMode) {
+                return stored;
+            }
+            continue;
+        }
+        memcpy(target + stored * Character::kSize, character, Character::kSize);
+        ++stored;
+    }
+    if (lineMode) {
+        reader.dropLine();
+    }
+    return stored;
+}
+
+void padAccepted(uint32_t flags, char *rest, std::size_t bytes) {
+    if ((flags & ACCEPT_DBCS) == 0 || bytes % 2 != 0) {
+        memset(rest, ' ', bytes);
+        return;
+    }
+    const std::array<char, 2> blank = dbcsBlank();
+    for (std::size_t i = 0; i < bytes; i += blank.size()) {
+        memcpy(rest + i, blank.data(), blank.size());
+    }
+}
+
+void acceptFromStream(const Proccom &process, uint32_t flags, std::size_t length, char *target) {
+    FILE *const stream = acceptStream(flags);
+    if (stream == stdin) {
+        flushMessages(process);
+        flushOutput(process);
+    }
+    std::size_t stored = 0;
+    int error = 0;
+    {
+        ScopedStream held(stream);
+        ByteReader reader(stream);
+        stored = acceptCharacters<SingleByte>(reader, isLineMode(process, stream), length, target);
+        error = reader.error();
+    }
+    if (stored > 0 && stored < length) {
+        padAccepted(flags, target + stored, length - stored);
+    }
+    reportReadError("ACCEPT", error);
+}
+
+// ---- registers
+
+const char *registerFormat(uint32_t flags) {
+    const bool fourDigits = (flags & ACCEPT_FOUR_DIGIT_YEAR) != 0;
+    if ((flags & ACCEPT_DATE) != 0) {
+        return fourDigits ? "%Y%m%d" : "%y%m%d";
+    }
+    if ((flags & ACCEPT_DAY) != 0) {
+        return fourDigits ? "%Y%j" : "%y%j";
+    }
+    return (flags & ACCEPT_TIME) != 0 ? "%H%M%S" : "%w";
+}
+
+void acceptRegister(uint32_t flags, std::size_t length, char *target) {
+    // One reading of one clock: a second one could fall into the next second.
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+
+    std::array<char, 32> text{};
+    const char *const format = registerFormat(flags);
+    std::size_t size = strftime(text.data(), text.size(), format, &local);
+    if (format[1] == 'H') {
+        const int hundredths = static_cast<int>(now.tv_usec / 10000);
+        text[size++] = static_cast<char>('0' + hundredths / 10);
+        text[size++] = static_cast<char>('0' + hundredths % 10);
+    } else if (format[1] == 'w' && text[0] == '0') {
+        text[0] = '7';
+    }
+    const std::size_t copied = std::min(size, length);
+    memcpy(target, text.data(), copied);
+    memset(target + copied, ' ', length - copied);
+}
+
+} // namespace
+} // namespace zor
+
+void _zorcAccept(uint32_t flags, int32_t length, char *target) {
+    const Proccom *process = zor::proccom();
+    if (length < 1 || process == nullptr) {
+        return;
+    }
+    const auto bytes = static_cast<std::size_t>(length);
+    if ((flags & zor::kStreamFlags) != 0) {
+        zor::acceptFromStream(*process, flags, bytes, target);
+    } else if ((flags & zor::kRegisterFlags) != 0) {
+        zor::acceptRegister(flags, bytes, target);
+    }
+}
+
+void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target) {
+    const Proccom *process = zor::proccom();
+    if (*length < 1 || process == nullptr || (flags & zor::kStreamFlags) == 0) {
+        return;
+    }
+    FILE *const stream = zor::acceptStream(flags);
+    if (stream == stdin) {
+        zor::flushOutput(*process);
+    }
+    int error = 0;
+    {
+        zor::ScopedStream held(stream);
+        zor::ByteReader reader(stream);
+        zor::acceptCharacters<zor::National>(reader, zor::isLineMode(*process, stream),
+                                             static_cast<std::size_t>(*length),
+                                             static_cast<char *>(target));
+        error = reader.error();
+    }
+    zor::reportReadError("ACCEPT", error);
+}
+
+void _zorcStopLiteral(int32_t length, const char *text) {
+    const Proccom *process = zor::proccom();
+    if (process == nullptr) {
+        return;
+    }
+    FILE *const input = zor::standardFile(zor::StandardFile::sysin);
+    FILE *const output = zor::standardFile(zor::StandardFile::sysout);
+    {
+        zor::ScopedStream held(output);
+        if (length > 0) {
+            zor::writeUnlocked(output, text, static_cast<std::size_t>(length));
+        }
+        zor::writeUnlocked(output, "\n", 1);
+    }
+    if (input == stdin) {
+        zor::flushMessages(*process);
+        zor::flushOutput(*process);
+    }
+    int error = 0;
+    {
+        zor::ScopedStream held(input);
+        zor::ByteReader reader(input);
+        reader.dropLine();
+        error = reader.error();
+    }
+    zor::reportReadError("STOP", error);
+}

@@ -1,0 +1,93 @@
+// DISPLAY: shows items on SYSOUT, the console or SYSPUNCH.
+#include "display.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "anchors.h"
+#include "message_list.h"
+#include "retry.h"
+#include "standard_files.h"
+#include "text/console_stream.h"
+#include "text/display_item.h"
+
+namespace zor {
+namespace {
+
+FILE *displayStream(uint8_t device) {
+    switch (device) {
+    case DISPLAY_ON_CONSOLE:
+        return standardFile(StandardFile::consoleOut);
+    case DISPLAY_ON_SYSPUNCH:
+        if (FILE *const stream = standardFile(StandardFile::syspunch)) {
+            return stream;
+        }
+        message::syspunchNotOpen();
+        return stdout;
+    case DISPLAY_ON_SYSOUT:
+        break;
+    default:
+        message::badDisplayDevice();
+    }
+    return standardFile(StandardFile::sysout);
+}
+
+// Whether each DISPLAY flushes its stream; threads that decide it together decide alike.
+bool flushesEachDisplay() {
+    enum : int { unread, flush, noFlush };
+    static int decision = unread;
+    if (decision == unread) {
+        const char *const value = getenv("COBOL_DISPLAY_FLUSH");
+        decision = value != nullptr && *value == '1' ? flush : noFlush;
+    }
+    return decision == flush;
+}
+
+// Writes the items; false when one is invalid, after the items ahead of it.
+bool writeItems(FILE *stream, const DisplayControl &control, DisplayItem *items) {
+    const auto point = static_cast<char>(control.point);
+    for (int32_t i = 0; i < control.count; ++i) {
+        DisplayBuffer buffer;
+        std::string_view text;
+        if (!displayText(items[i], point, buffer, text)) {
+            return false;
+        }
+        if (_zorDebugBuf != nullptr) {
+            memcpy(_zorDebugBuf, text.data(), text.size());
+            _zorDebugBufLen = static_cast<uint32_t>(text.size());
+            return true;
+        }
+        if (!text.empty()) {
+            writeUnlocked(stream, text.data(), text.size());
+        }
+    }
+    return true;
+}
+
+} // namespace
+} // namespace zor
+
+void _zorcDisplay(const DisplayControl *control, DisplayItem *items) {
+    const Proccom *process = zor::proccom();
+    if (process == nullptr) {
+        return;
+    }
+    FILE *const stream = zor::displayStream(control->device);
+    if (stream == stdout) {
+        zor::flushMessages(*process);
+    }
+    bool valid = false;
+    {
+        zor::ScopedStream held(stream);
+        valid = zor::writeItems(stream, *control, items);
+        if ((control->flags & DISPLAY_NO_ADVANCING) == 0) {
+            zor::writeUnlocked(stream, "\n", 1);
+        }
+        if (zor::flushesEachDisplay()) {
+            zor::retryFlush(stream);
+        }
+    }
+    if (!valid) {
+        zor::message::badDisplayItem();
+    }
+}

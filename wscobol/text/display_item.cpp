@@ -1,0 +1,191 @@
+// Turns DISPLAY items into text: the storage forms of numbers, and the forms in which COBOL shows
+// them.
+#include "text/display_item.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "text/quad_format.h"
+
+namespace zor {
+namespace {
+
+constexpr std::string_view kNull = "(NULL)";
+constexpr std::string_view kInfinity = "Infinity";
+constexpr std::string_view kNaN = "NaN";
+constexpr uint32_t kQuadSize = 16;
+
+template <class T> T load(const void *address) {
+    T value;
+    memcpy(&value, address, sizeof value);
+    return value;
+}
+
+// ---- binary items
+
+struct BinaryValue {
+    uint64_t magnitude;
+    bool negative;
+};
+
+template <class Signed, class Unsigned> BinaryValue loadBinary(const void *address, bool isSigned) {
+    if (!isSigned) {
+        return {load<Unsigned>(address), false};
+    }
+    const int64_t value = load<Signed>(address);
+    const auto bits = static_cast<uint64_t>(value);
+    return {value < 0 ? 0U - bits : bits, value < 0};
+}
+
+bool loadBinary(const DisplayItem &item, BinaryValue &value) {
+    const bool isSigned = item.type == DISPLAY_SIGNED_BINARY;
+    switch (item.size) {
+    case 1:
+        value = loadBinary<int8_t, uint8_t>(item.address, isSigned);
+        return true;
+    case 2:
+        value = loadBinary<int16_t, uint16_t>(item.address, isSigned);
+        return true;
+    case 3:
+    case 4:
+        value = loadBinary<int32_t, uint32_t>(item.address, isSigned);
+        return true;
+    case 5:
+    case 6:
+    case 7:
+    case 8:
+        value = loadBinary<int64_t, uint64_t>(item.address, isSigned);
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Writes the low-order digits of a value from start up to end, with leading zeros.
+void writeDigits(char *start, char *end, uint64_t value) {
+    // Nine digits at a time: a 64-bit division is dear on a 32-bit machine.
+    constexpr uint32_t kGroup = 1000000000;
+    constexpr int kGroupDigits = 9;
+    while (value > UINT32_MAX && end != start) {
+        auto group = static_cast<uint32_t>(value % kGroup);
+        value /= kGroup;
+        for (int i = 0; i < kGroupDigits && end != start; ++i, group /= 10) {
+            *--end = static_cast<char>('0' + group % 10);
+        }
+    }
+    for (auto rest = static_cast<uint32_t>(value); rest != 0 && end != start; rest /= 10) {
+        *--end = static_cast<char>('0' + rest % 10);
+    }
+    memset(start, '0', static_cast<std::size_t>(end - start));
+}
+
+std::string_view binaryText(BinaryValue value, int width, DisplayBuffer &buffer) {
+    char *const digits = buffer.data() + 1;
+    writeDigits(digits, digits + width, value.magnitude);
+    *buffer.data() = '-';
+    const auto length = static_cast<std::size_t>(width);
+    return value.negative ? std::string_view(buffer.data(), length + 1)
+                          : std::string_view(digits, length);
+}
+
+// ---- floating items
+
+// Gives the kind of a 16-byte value by its bits, with no call of a 128-bit routine.
+int classOfQuad(const void *address) {
+    constexpr uint64_t kExponent = 0x7FFF000000000000;
+    constexpr uint64_t kFraction = 0x0000FFFFFFFFFFFF;
+    const auto words = load<std::array<uint64_t, 2>>(address);
+    if ((words[1] & kExponent) != kExponent) {
+        return FP_NORMAL;
+    }
+    return ((words[1] & kFraction) | words[0]) == 0 ? FP_INFINITE : FP_NAN;
+}
+
+// Turns " d.ddddE+xx" into " .dddddE xx": the point ahead of all digits, the exponent one more. The
+// point of the C text depends on the locale and may have several bytes.
+std::string_view cobolFloat(const char *text, char point, DisplayBuffer &buffer) {
+    char *out = buffer.data();
+    *out++ = *text++;
+    *out++ = point;
+    for (; *text != 'E'; ++text) {
+        if (*text >= '0' && *text <= '9') {
+            *out++ = *text;
+        }
+    }
+    const int exponent = static_cast<int>(strtol(text + 1, nullptr, 10)) + 1;
+    char *const end = buffer.data() + buffer.size();
+    out += snprintf(out, static_cast<std::size_t>(end - out), "E%c%.2d", exponent < 0 ? '-' : ' ',
+                    std::abs(exponent));
+    return {buffer.data(), static_cast<std::size_t>(out - buffer.data())};
+}
+
+bool floatText(const DisplayItem &item, char point, int width, DisplayBuffer &buffer,
+               std::string_view &text) {
+    DisplayBuffer work;
+    const int precision = std::max(width, 1) - 1;
+    double value = 0;
+    switch (item.size) {
+    case sizeof(float):
+        value = static_cast<double>(load<float>(item.address));
+        break;
+    case sizeof(double):
+        value = load<double>(item.address);
+        break;
+    case kQuadSize:
+        break;
+    default:
+        return false;
+    }
+    const int kind = item.size == kQuadSize ? classOfQuad(item.address) : std::fpclassify(value);
+    if (kind == FP_INFINITE || kind == FP_NAN) {
+        text = kind == FP_INFINITE ? kInfinity : kNaN;
+        return true;
+    }
+    if (item.size == kQuadSize) {
+        formatQuad(work.data(), work.size(), precision, item.address);
+    } else {
+        snprintf(work.data(), work.size(), "% .*E", precision, value);
+    }
+    text = strchr(work.data(), 'E') != nullptr ? cobolFloat(work.data(), point, buffer) : kInfinity;
+    return true;
+}
+
+} // namespace
+
+bool displayText(DisplayItem &item, char point, DisplayBuffer &buffer, std::string_view &text) {
+    const int width = std::clamp<int>(item.width, 0, DISPLAY_MAX_DIGITS);
+    if (item.address == nullptr) {
+        text = kNull;
+    } else {
+        switch (item.type) {
+        case DISPLAY_TEXT:
+        case DISPLAY_TEXT_4:
+        case DISPLAY_TEXT_5:
+            text = {static_cast<const char *>(item.address), item.size};
+            break;
+        case DISPLAY_SIGNED_BINARY:
+        case DISPLAY_UNSIGNED_BINARY: {
+            BinaryValue value{};
+            if (!loadBinary(item, value)) {
+                return false;
+            }
+            text = binaryText(value, width, buffer);
+            break;
+        }
+        case DISPLAY_FLOATING:
+            if (!floatText(item, point, width, buffer, text)) {
+                return false;
+            }
+            break;
+        default:
+            return false;
+        }
+    }
+    item.width = static_cast<int32_t>(text.size());
+    return true;
+}
+
+} // namespace zor
