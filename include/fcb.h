@@ -16,9 +16,9 @@ enum {
 
 /* Bits of FCB.closemode. */
 enum {
-    FCB_CLOSE_NO_USE = 0x0001,      /* no USE procedure runs for this close */
-    FCB_CLOSE_NEXT_FILE = 0x0400,   /* internal step to the next concatenated file */
-    FCB_CLOSE_REEL = 0x0800,        /* with 0x2000 and 0x4000: REEL, UNIT and NO REWIND forms */
+    FCB_CLOSE_NO_USE = 0x0001,    /* no USE procedure runs for this close */
+    FCB_CLOSE_NEXT_FILE = 0x0400, /* internal step to the next concatenated file */
+    FCB_CLOSE_REEL = 0x0800,      /* with 0x2000 and 0x4000: REEL, UNIT and NO REWIND forms */
     FCB_CLOSE_LOCK = 0x1000
 };
 
@@ -32,40 +32,40 @@ typedef void (*FileOperation)(struct FCB *fcb, struct IPCB *ipcb);
 
 /* 212 bytes. Bytes not named belong to generated code and the file-system modules. */
 struct FCB {
-    char eyecatcher[3];       /* "FCB" */
-    uint8_t level;            /* not 0: the block has the unlock vector */
-    int32_t descindex;        /* one-based index of this file in PCB.fcbsrc */
-    uint8_t fsid;             /* file system number of the open */
-    char fscode[3];           /* its code, three letters */
-    uint8_t deffsid;          /* default file system number and code */
+    char eyecatcher[3]; /* "FCB" */
+    uint8_t level;      /* not 0: the block has the unlock vector */
+    int32_t descindex;  /* one-based index of this file in PCB.fcbsrc */
+    uint8_t fsid;       /* file system number of the open */
+    char fscode[3];     /* its code, three letters */
+    uint8_t deffsid;    /* default file system number and code */
     char deffscode[3];
     uint8_t reserved16[4];
-    void **vfs;               /* function table of the module, or 0 */
-    uint16_t openmode;        /* mode of the OPEN being done */
-    uint16_t curmode;         /* mode in force, 0 when the file is closed */
-    uint16_t closemode;       /* mode of the CLOSE */
-    uint16_t lastclose;       /* closemode of the last CLOSE */
+    void **vfs;         /* function table of the module, or 0 */
+    uint16_t openmode;  /* mode of the OPEN being done */
+    uint16_t curmode;   /* mode in force, 0 when the file is closed */
+    uint16_t closemode; /* mode of the CLOSE */
+    uint16_t lastclose; /* closemode of the last CLOSE */
     uint32_t flags;
     struct FileDescription *desc;
-    int16_t status;           /* file status, 0 to 99 */
-    uint8_t lastverb;         /* verb last finished */
-    uint8_t verb;             /* verb running */
-    uint32_t verbopts;        /* set by generated code: 0x80000000 INVALID KEY, 0x20000000 AT END */
+    int16_t status;    /* file status, 0 to 99 */
+    uint8_t lastverb;  /* verb last finished */
+    uint8_t verb;      /* verb running */
+    uint32_t verbopts; /* set by generated code: 0x80000000 INVALID KEY, 0x20000000 AT END */
     uint8_t reserved48[8];
-    char *name;               /* file name in use */
+    char *name; /* file name in use */
     uint8_t reserved60[4];
-    void *record;             /* record area; its first word points back to the FCB */
-    uint8_t *data;            /* the record's data: record + 32 */
-    void *modhandle1;         /* module data, freed at CLOSE */
+    void *record;     /* record area; its first word points back to the FCB */
+    uint8_t *data;    /* the record's data: record + 32 */
+    void *modhandle1; /* module data, freed at CLOSE */
     void *modhandle2;
-    int32_t maxrec;           /* maximum record length in bytes */
+    int32_t maxrec; /* maximum record length in bytes */
     uint8_t reserved84[4];
     int32_t position;
     uint8_t reserved92[4];
     uint8_t openstate;
     uint8_t reserved97[3];
-    int32_t linageset[4];     /* LINAGE values of the file */
-    int32_t linage[4];        /* current LINAGE values */
+    int32_t linageset[4]; /* LINAGE values of the file */
+    int32_t linage[4];    /* current LINAGE values */
     int32_t linecount;
     int32_t line;
     uint8_t reserved140;
@@ -79,10 +79,10 @@ struct FCB {
     FileOperation close;
     FileOperation open;
     FileOperation use;
-    void *usetable;           /* USE procedures of this file */
+    void *usetable; /* USE procedures of this file */
     uint8_t reserved180[4];
-    void *concat;             /* list of concatenated files, or 0 */
-    int32_t status2;          /* extended status value */
+    void *concat;    /* list of concatenated files, or 0 */
+    int32_t status2; /* extended status value */
     uint8_t reserved192[8];
     FileOperation unlock;
     uint8_t reserved204[8];
@@ -131,37 +131,38 @@ ZOR_LAYOUT(FCB, status2, 188);
 ZOR_LAYOUT(FCB, unlock, 200);
 ZOR_SIZE(FCB, 212);
 
-/* Compiled file description, laid out by the compiler; PCB.fcbsrc is an array of their addresses. */
+/* Compiled file description, laid out by the compiler; PCB.fcbsrc is an array of their addresses.
+ */
 struct FileDescription {
     uint8_t reserved0[3];
-    uint8_t lockinfo;       /* not 0: the share and lock fields are in force */
-    int32_t index;          /* copied to FCB.descindex */
-    uint8_t fsid;           /* compiled file system number and code */
+    uint8_t lockinfo; /* not 0: the share and lock fields are in force */
+    int32_t index;    /* copied to FCB.descindex */
+    uint8_t fsid;     /* compiled file system number and code */
     char fscode[3];
-    uint8_t organization;   /* 0x40 line sequential, 0x20 indexed, 0x10 relative */
-    uint8_t access;         /* top bit set: sequential access */
-    uint8_t recfmt;         /* record format */
-    uint8_t assign;         /* FILE_OPTIONAL, FILE_EXTERNAL and the kind of assignment */
-    int32_t maxrec;         /* record lengths in bytes */
+    uint8_t organization; /* 0x40 line sequential, 0x20 indexed, 0x10 relative */
+    uint8_t access;       /* top bit set: sequential access */
+    uint8_t recfmt;       /* record format */
+    uint8_t assign;       /* FILE_OPTIONAL, FILE_EXTERNAL and the kind of assignment */
+    int32_t maxrec;       /* record lengths in bytes */
     int32_t minrec;
     uint8_t reserved24[4];
     int32_t nkeys;
-    char filename[31];      /* COBOL file name, terminated */
+    char filename[31]; /* COBOL file name, terminated */
     uint8_t reserved63[13];
-    int16_t assignlen;      /* length of the assignment name */
-    int16_t status2len;     /* length of the extended status area */
+    int16_t assignlen;  /* length of the assignment name */
+    int16_t status2len; /* length of the extended status area */
     uint8_t lockmode;
-    uint8_t linageflags;    /* 0x80 LINAGE; 0x40 FOOTING, 0x20 TOP, 0x10 BOTTOM */
+    uint8_t linageflags; /* 0x80 LINAGE; 0x40 FOOTING, 0x20 TOP, 0x10 BOTTOM */
     uint8_t statusflags;
     uint8_t reserved83[5];
-    int32_t statusoffset;   /* offset of FILE STATUS from the pointer at statusbase */
+    int32_t statusoffset; /* offset of FILE STATUS from the pointer at statusbase */
     int32_t status2offset;
-    int32_t keyoffset;      /* offset in this description of the key table, 12 bytes a key */
-    int32_t reloffset;      /* offset of the RELATIVE KEY name record, 0 if none */
-    int32_t lockoffset;     /* offset of 8 bytes of lock data, 0 if none */
-    int32_t linageoffset;   /* offset of the LINAGE record */
+    int32_t keyoffset;    /* offset in this description of the key table, 12 bytes a key */
+    int32_t reloffset;    /* offset of the RELATIVE KEY name record, 0 if none */
+    int32_t lockoffset;   /* offset of 8 bytes of lock data, 0 if none */
+    int32_t linageoffset; /* offset of the LINAGE record */
     uint8_t reserved112[8];
-    void **recordptr;       /* address of a pointer to the record area */
+    void **recordptr; /* address of a pointer to the record area */
     const char *assignname;
     uint8_t **statusbase;
     uint8_t **status2base;

@@ -9,14 +9,14 @@
 /* Bits of the flags argument. The low eight bits select the message within the number's catalogue
  * set, counted from 0. */
 enum {
-    MESSAGE_OPEN_CATALOG = 256,        /* the whole word: open the catalogue */
-    MESSAGE_CLOSE_CATALOG = 257,       /* the whole word: close it and free the buffer */
+    MESSAGE_OPEN_CATALOG = 256,  /* the whole word: open the catalogue */
+    MESSAGE_CLOSE_CATALOG = 257, /* the whole word: close it and free the buffer */
     MESSAGE_VARIANT_MASK = 0x00FF,
-    MESSAGE_NO_TRACEBACK = 0x0400,     /* no traceback ahead of a closing line */
-    MESSAGE_SEVERE = 0x0800,           /* severity 2 whatever the catalogue says */
-    MESSAGE_INFORMATIONAL = 0x1000,    /* severity 0 whatever the catalogue says */
-    MESSAGE_RETURN_TEXT = 0x2000       /* the first two variable arguments are a buffer and its size:
-                                          the text goes there and nowhere else */
+    MESSAGE_NO_TRACEBACK = 0x0400,  /* no traceback ahead of a closing line */
+    MESSAGE_SEVERE = 0x0800,        /* severity 2 whatever the catalogue says */
+    MESSAGE_INFORMATIONAL = 0x1000, /* severity 0 whatever the catalogue says */
+    MESSAGE_RETURN_TEXT = 0x2000    /* the first two variable arguments are a buffer and its size:
+                                       the text goes there and nowhere else */
 };
 
 ZOR_BEGIN_C

@@ -26,23 +26,23 @@ enum { PCB_NO_CENTURY_WINDOW = 9999 };
 /* Program control block, 68 bytes. Bytes not named belong to generated code. */
 struct PCB {
     uint8_t reserved0[5];
-    uint8_t level[3];             /* interface level of the compiler, e.g. 05 01 01; ordered as bytes */
-    struct IPCB *ipcb;            /* the outermost program's IPCB, head of the array */
-    const char *name;             /* program name, not terminated */
-    uint32_t namelen;             /* its length in bytes */
-    uint32_t flags;               /* PCB_ bits above */
-    struct LLE *lle;              /* library: load list entry, 0 until the first entry */
-    const uint8_t *collatingWeights;     /* 256 weights, or 0 */
-    struct FileDescription **fcbsrc;     /* compiled file descriptions */
-    uint8_t *upsi;                       /* library: the eight UPSI switches of the run unit */
-    const uint8_t *compileinfo;          /* 6 bytes on: name of the compile-time code page */
-    const uint8_t *collatingOrder;       /* library: collating order table, 256 bytes */
-    const uint8_t *ebcdicTable;          /* library: EBCDIC table, 256 bytes */
-    const uint8_t *ebcdicTable2;         /* library: second EBCDIC table, 256 bytes */
+    uint8_t level[3];  /* interface level of the compiler, e.g. 05 01 01; ordered as bytes */
+    struct IPCB *ipcb; /* the outermost program's IPCB, head of the array */
+    const char *name;  /* program name, not terminated */
+    uint32_t namelen;  /* its length in bytes */
+    uint32_t flags;    /* PCB_ bits above */
+    struct LLE *lle;   /* library: load list entry, 0 until the first entry */
+    const uint8_t *collatingWeights; /* 256 weights, or 0 */
+    struct FileDescription **fcbsrc; /* compiled file descriptions */
+    uint8_t *upsi;                   /* library: the eight UPSI switches of the run unit */
+    const uint8_t *compileinfo;      /* 6 bytes on: name of the compile-time code page */
+    const uint8_t *collatingOrder;   /* library: collating order table, 256 bytes */
+    const uint8_t *ebcdicTable;      /* library: EBCDIC table, 256 bytes */
+    const uint8_t *ebcdicTable2;     /* library: second EBCDIC table, 256 bytes */
     uint8_t reserved56[4];
-    int32_t century;              /* 9999 none; below 0 offset from the current year; else base year.
-                                     The library replaces an offset by the base year */
-    uint32_t *pgmword;            /* library, level 05 01 01 and later: address of Proccom.pgmword */
+    int32_t century;   /* 9999 none; below 0 offset from the current year; else base year.
+                          The library replaces an offset by the base year */
+    uint32_t *pgmword; /* library, level 05 01 01 and later: address of Proccom.pgmword */
 };
 ZOR_LAYOUT(PCB, level, 5);
 ZOR_LAYOUT(PCB, ipcb, 8);
@@ -63,21 +63,21 @@ ZOR_SIZE(PCB, 68);
 
 /* Bits of IPCB.status that the library clears. */
 enum {
-    IPCB_STATUS_RUN_UNIT = 0x40000000,        /* cleared at the end of a run unit */
-    IPCB_STATUS_CANCEL = (int)0xC0000000      /* both bits are cleared by CANCEL */
+    IPCB_STATUS_RUN_UNIT = 0x40000000,   /* cleared at the end of a run unit */
+    IPCB_STATUS_CANCEL = (int)0xC0000000 /* both bits are cleared by CANCEL */
 };
 
 /* Inner program control block, 32 bytes: an array, the outermost program first, its nested
  * programs behind it. */
 struct IPCB {
-    int32_t ent;        /* library: active entries of this program */
-    uint32_t status;    /* program status, see above */
-    void *entry;        /* entry address */
-    int32_t nested;     /* count of nested programs that follow in the array */
-    struct FCB **fcbs;  /* array of FCB addresses, an element may be 0 */
-    int32_t nfcbs;      /* its length */
+    int32_t ent;       /* library: active entries of this program */
+    uint32_t status;   /* program status, see above */
+    void *entry;       /* entry address */
+    int32_t nested;    /* count of nested programs that follow in the array */
+    struct FCB **fcbs; /* array of FCB addresses, an element may be 0 */
+    int32_t nfcbs;     /* its length */
     uint8_t reserved24[4];
-    struct PCB *pcb;    /* library: back pointer, filled at first entry */
+    struct PCB *pcb; /* library: back pointer, filled at first entry */
 };
 ZOR_LAYOUT(IPCB, ent, 0);
 ZOR_LAYOUT(IPCB, status, 4);
@@ -97,9 +97,9 @@ enum {
 /* Load list entry, 28 bytes: one program known to a run unit. Owned by the program list that
  * holds it; the program name is the key. */
 struct LLE {
-    void *load;        /* handle of the loaded file, or 0 */
-    void *entry;       /* entry address; 0 after the program was unloaded */
-    const char *name;  /* program name, copied into the list */
+    void *load;       /* handle of the loaded file, or 0 */
+    void *entry;      /* entry address; 0 after the program was unloaded */
+    const char *name; /* program name, copied into the list */
     struct PCB *pcb;
     struct IPCB *ipcb;
     uint32_t namelen;

@@ -34,41 +34,41 @@ enum {
 
 /* 236 bytes on a 16-byte boundary. Lives from library load to the end of the run-time. */
 struct Proccom {
-    char eyecatcher[8];        /* "PROCCOM" and a zero byte */
-    struct Runcom *runcom;     /* current run unit, or 0 */
-    struct Runcom *freeru;     /* idle run units, linked through Runcom.link */
-    struct HashTable *plle;    /* program cache, 0 while caching is off */
-    char *libdir;              /* directory of the library's file, with trailing "/" */
-    char *installdir;          /* fixed install directory, with trailing "/" */
-    char *cobpath;             /* program search path: texts, an empty one behind the last */
-    uint32_t pgmword;          /* a word for generated code */
-    char *sortdir;             /* work directory of SORT */
-    void (*lockhook)(void);    /* releases what a critical section holds, or 0 */
-    void (*convclose)(void);   /* closes the conversion services, or 0 */
+    char eyecatcher[8];      /* "PROCCOM" and a zero byte */
+    struct Runcom *runcom;   /* current run unit, or 0 */
+    struct Runcom *freeru;   /* idle run units, linked through Runcom.link */
+    struct HashTable *plle;  /* program cache, 0 while caching is off */
+    char *libdir;            /* directory of the library's file, with trailing "/" */
+    char *installdir;        /* fixed install directory, with trailing "/" */
+    char *cobpath;           /* program search path: texts, an empty one behind the last */
+    uint32_t pgmword;        /* a word for generated code */
+    char *sortdir;           /* work directory of SORT */
+    void (*lockhook)(void);  /* releases what a critical section holds, or 0 */
+    void (*convclose)(void); /* closes the conversion services, or 0 */
     uint32_t reserved48;
-    FILE *sysin;               /* standard files, 0 until first used */
+    FILE *sysin; /* standard files, 0 until first used */
     FILE *sysout;
     FILE *cobmsgs;
     FILE *consolein;
     FILE *consoleout;
     FILE *syspunch;
     uint32_t reserved76[6];
-    int32_t pid;               /* process id at library load */
-    int32_t mainthread;        /* thread id of the thread that loaded the library */
-    uint32_t threadword;       /* 1 after a program entered outside the transaction monitor */
-    int32_t threadkey;         /* key of the per-thread slot, -1 until created */
+    int32_t pid;                   /* process id at library load */
+    int32_t mainthread;            /* thread id of the thread that loaded the library */
+    uint32_t threadword;           /* 1 after a program entered outside the transaction monitor */
+    int32_t threadkey;             /* key of the per-thread slot, -1 until created */
     struct ThreadSlot *threadslot; /* the only slot while no key exists */
-    int32_t nextid;            /* next run unit id */
-    int32_t errcount;          /* ERRCOUNT option */
-    uint32_t options1;         /* OPTION_CHECK, OPTION_DEBUG */
-    uint32_t options2;         /* OPTION_TRAP..., OPTION_ACCEPT_NEW */
-    int32_t kots;              /* depth of transaction-monitor run units; not 0: no locks are taken */
-    int32_t moh;               /* application server marker, 0 outside it */
-    int32_t debug;             /* not 0: the debug log goes to stderr */
-    int32_t cache;             /* CACHE_ values */
-    int32_t codepage;          /* row of the locale table, -1 until chosen */
-    int32_t year;              /* current year, once a program with a century window entered */
-    struct winsize stdinsize;  /* terminal sizes, zeros when not a terminal */
+    int32_t nextid;                /* next run unit id */
+    int32_t errcount;              /* ERRCOUNT option */
+    uint32_t options1;             /* OPTION_CHECK, OPTION_DEBUG */
+    uint32_t options2;             /* OPTION_TRAP..., OPTION_ACCEPT_NEW */
+    int32_t kots;     /* depth of transaction-monitor run units; not 0: no locks are taken */
+    int32_t moh;      /* application server marker, 0 outside it */
+    int32_t debug;    /* not 0: the debug log goes to stderr */
+    int32_t cache;    /* CACHE_ values */
+    int32_t codepage; /* row of the locale table, -1 until chosen */
+    int32_t year;     /* current year, once a program with a century window entered */
+    struct winsize stdinsize; /* terminal sizes, zeros when not a terminal */
     struct winsize stdoutsize;
     struct winsize stderrsize; /* its ws_col is the width at which messages wrap */
     uint8_t state;             /* PROCCOM_ bits */

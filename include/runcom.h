@@ -25,31 +25,31 @@ typedef void (*MessageRoutine)(int32_t stopflag, const char *id, const char *tex
 
 /* 256 bytes on a 16-byte boundary; written by the library unless told otherwise. */
 struct Runcom {
-    char eyecatcher[8];          /* "RUNCOM " and a zero byte */
-    struct Runcom *link;         /* active: the one current before; idle: next idle one */
-    struct Runcom *prior;        /* run unit to resume when this one ends, or 0 */
-    struct HashTable *extfiles;  /* EXTERNAL files */
-    struct HashTable *extvars;   /* EXTERNAL data items */
-    struct HashTable *plle;      /* program list; its parent is Proccom.plle */
-    struct PCB *main;            /* main program; 0 none yet; RUNCOM_MAIN_IS_HOST */
-    void *token;                 /* word handed to stop, abrt and msg */
-    struct SignalRow *sigtable;  /* signal table of this run unit */
-    void *hostword;              /* word stored by the host */
-    HostRoutine stop;            /* host routine called at STOP RUN, or 0 */
-    HostRoutine abrt;            /* host routine called on abnormal end, or 0 */
+    char eyecatcher[8];         /* "RUNCOM " and a zero byte */
+    struct Runcom *link;        /* active: the one current before; idle: next idle one */
+    struct Runcom *prior;       /* run unit to resume when this one ends, or 0 */
+    struct HashTable *extfiles; /* EXTERNAL files */
+    struct HashTable *extvars;  /* EXTERNAL data items */
+    struct HashTable *plle;     /* program list; its parent is Proccom.plle */
+    struct PCB *main;           /* main program; 0 none yet; RUNCOM_MAIN_IS_HOST */
+    void *token;                /* word handed to stop, abrt and msg */
+    struct SignalRow *sigtable; /* signal table of this run unit */
+    void *hostword;             /* word stored by the host */
+    HostRoutine stop;           /* host routine called at STOP RUN, or 0 */
+    HostRoutine abrt;           /* host routine called on abnormal end, or 0 */
     uint32_t reserved52;
-    MessageRoutine msg;          /* host routine that receives message text, or 0 */
-    int32_t id;                  /* run unit id; the one made at load has 0 */
-    int32_t nest;                /* program entries active now */
-    int32_t errleft;             /* warnings left before ERRCOUNT stops the run; 0 no limit */
-    int32_t centuryStart;        /* century start of the callable date services */
-    int32_t randomState;         /* state of the RANDOM function */
-    uint8_t flags;               /* RUNCOM_ bits */
-    uint8_t upsi[8];             /* UPSI-0 to UPSI-7, "0" or "1"; generated code writes here */
+    MessageRoutine msg;   /* host routine that receives message text, or 0 */
+    int32_t id;           /* run unit id; the one made at load has 0 */
+    int32_t nest;         /* program entries active now */
+    int32_t errleft;      /* warnings left before ERRCOUNT stops the run; 0 no limit */
+    int32_t centuryStart; /* century start of the callable date services */
+    int32_t randomState;  /* state of the RANDOM function */
+    uint8_t flags;        /* RUNCOM_ bits */
+    uint8_t upsi[8];      /* UPSI-0 to UPSI-7, "0" or "1"; generated code writes here */
     uint8_t reserved89[3];
     struct TrackedBlock *tracked; /* head of the tracked storage */
     uint32_t reserved96;
-    sigjmp_buf jmp;              /* filled by generated code: the way back to the epilogue */
+    sigjmp_buf jmp; /* filled by generated code: the way back to the epilogue */
 };
 ZOR_LAYOUT(Runcom, link, 8);
 ZOR_LAYOUT(Runcom, prior, 12);

@@ -1,0 +1,11 @@
+# Installs the tree as programs and compilers find it: library, catalogues, headers, and how to link.
+include(CMakePackageConfigHelpers)
+install(TARGETS lvd4 EXPORT lvd4 LIBRARY DESTINATION lib)
+install(DIRECTORY ${ZOR_TREE}/share/locale DESTINATION share)
+install(DIRECTORY include/ DESTINATION include/lvd4 FILES_MATCHING PATTERN "*.h")
+target_include_directories(lvd4 INTERFACE $<INSTALL_INTERFACE:include/lvd4>)
+install(EXPORT lvd4 NAMESPACE lvd4:: FILE lvd4-config.cmake DESTINATION lib/cmake/lvd4)
+write_basic_package_version_file(lvd4-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lvd4-config-version.cmake DESTINATION lib/cmake/lvd4)
+configure_file(tools/lvd4.pc.in lvd4.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lvd4.pc DESTINATION lib/pkgconfig)

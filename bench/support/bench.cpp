@@ -27,7 +27,9 @@ double seconds(const Case &body, unsigned times) {
 
 } // namespace
 
-Registration::Registration(const char *name, Group group) { entries().push_back({name, group}); }
+Registration::Registration(const char *name, Group group) {
+    entries().push_back({name, group});
+}
 
 double nanoseconds(const Case &body) {
     constexpr double kSampleSeconds = 0.01;

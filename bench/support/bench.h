@@ -8,7 +8,9 @@
 namespace bench {
 
 // Keeps a value alive through the optimiser.
-template <class T> inline void keep(const T &value) { asm volatile("" : : "g"(&value) : "memory"); }
+template <class T> inline void keep(const T &value) {
+    asm volatile("" : : "g"(&value) : "memory");
+}
 
 // A case does its operation the given number of times; it is run until its time is stable, and the
 // lowest of several samples counts, in nanoseconds per operation.
@@ -25,7 +27,7 @@ struct Registration {
 };
 #define ZOR_BENCH(name)                                                                            \
     static void name();                                                                            \
-    static const bench::Registration name##Registration(#name, name);                             \
+    static const bench::Registration name##Registration(#name, name);                              \
     static void name()
 
 } // namespace bench

@@ -23,7 +23,8 @@ std::ptrdiff_t distanceOf(void (*body)()) {
     return reinterpret_cast<char *>(body) - reinterpret_cast<char *>(&readFile);
 }
 
-[[noreturn]] void becomeChild(void (*body)(), const ChildOptions &options, int in, int out, int err) {
+[[noreturn]] void becomeChild(void (*body)(), const ChildOptions &options, int in, int out,
+                              int err) {
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
@@ -78,7 +79,8 @@ ChildResult runChild(void (*body)(), const ChildOptions &options) {
     std::array<int, 2> err{};
     ChildResult result;
     FILE *input = tmpfile();
-    if (input == nullptr || pipe2(out.data(), O_CLOEXEC) != 0 || pipe2(err.data(), O_CLOEXEC) != 0) {
+    if (input == nullptr || pipe2(out.data(), O_CLOEXEC) != 0 ||
+        pipe2(err.data(), O_CLOEXEC) != 0) {
         ADD_FAILURE() << "no pipe for the child: " << strerror(errno);
         return result;
     }
@@ -165,7 +167,9 @@ TemporaryDirectory::TemporaryDirectory() {
     }
 }
 
-TemporaryDirectory::~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+TemporaryDirectory::~TemporaryDirectory() {
+    std::filesystem::remove_all(path_);
+}
 
 std::string readFile(const std::string &path) {
     std::ifstream stream(path, std::ios::binary);

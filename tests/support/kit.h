@@ -1,5 +1,5 @@
-// The test kit: drives the library as generated code does. Bodies that end a run unit or the process
-// run in a child process; literals build packed and zoned items.
+// The test kit: drives the library as generated code does. Bodies that end a run unit or the
+// process run in a child process; literals build packed and zoned items.
 #ifndef ZOR_TESTS_SUPPORT_KIT_H
 #define ZOR_TESTS_SUPPORT_KIT_H
 
@@ -47,17 +47,20 @@ struct Program {
     IPCB ipcb[8]{};
 };
 
-// Runs a body as a main program: entry, epilogue by sigsetjmp, body, _zorPgmTerm. Gives the value of
-// sigsetjmp when control came back through it, 0 when the body returned.
+// Runs a body as a main program: entry, epilogue by sigsetjmp, body, _zorPgmTerm. Gives the value
+// of sigsetjmp when control came back through it, 0 when the body returned.
 int runMainProgram(Program &program, void (*body)());
 
-// Bytes of a packed item with the given count of digits; "-123" or "123". A sign nibble may be given.
+// Bytes of a packed item with the given count of digits; "-123" or "123". A sign nibble may be
+// given.
 std::string pckd(const std::string &digits, unsigned count);
 // Bytes of a zoned item, trailing overpunch.
 std::string znd(const std::string &digits, unsigned count);
 // Hexadecimal text of bytes, for readable failures.
 std::string hex(const void *bytes, std::size_t count);
-inline std::string hex(const std::string &bytes) { return hex(bytes.data(), bytes.size()); }
+inline std::string hex(const std::string &bytes) {
+    return hex(bytes.data(), bytes.size());
+}
 
 // A fresh directory under the build tree's temporary folder, removed at the end of the scope.
 class TemporaryDirectory {

@@ -6,7 +6,9 @@
 
 namespace zor {
 
-inline Proccom *proccom() { return _zorProccom; }
+inline Proccom *proccom() {
+    return _zorProccom;
+}
 
 // The run unit that an ending or a signal acts on: the current one, unless there is none or the
 // head of the idle list is still ending. May be null.

@@ -1,5 +1,6 @@
 #include "run/clock.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

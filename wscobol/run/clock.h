@@ -2,7 +2,8 @@
 #ifndef ZOR_RUN_CLOCK_H
 #define ZOR_RUN_CLOCK_H
 
-#include <array>
+#include <cstddef>
+#include <cstdint>
 
 namespace zor {
 

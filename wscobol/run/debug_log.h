@@ -8,7 +8,9 @@
 
 namespace zor {
 
-inline bool debugging() { return _zorProccom != nullptr && _zorProccom->debug != 0; }
+inline bool debugging() {
+    return _zorProccom != nullptr && _zorProccom->debug != 0;
+}
 
 // The formats are an interface; arguments are evaluated only while the log is on.
 #define ZOR_DEBUG_LOG(...)                                                                         \

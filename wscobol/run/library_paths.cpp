@@ -31,7 +31,9 @@ bool begins(const char *text, const char *prefix) {
 }
 
 // The last component of path, from its "/" on; null when there is no further component.
-char *lastComponent(char *path) { return std::strrchr(path, '/'); }
+char *lastComponent(char *path) {
+    return std::strrchr(path, '/');
+}
 
 // Turns the library's directory (no final "/") into the location of its catalogue.
 void catalogLocation(char *path, std::size_t size) {
@@ -100,7 +102,8 @@ void putInFront(const char *entry) {
 bool findLibraryPaths(Proccom &process) {
     Dl_info self{};
     std::size_t length = 0;
-    if (dladdr(reinterpret_cast<void *>(&findLibraryPaths), &self) != 0 && self.dli_fname != nullptr) {
+    if (dladdr(reinterpret_cast<void *>(&findLibraryPaths), &self) != 0 &&
+        self.dli_fname != nullptr) {
         const char *slash = std::strrchr(self.dli_fname, '/');
         length = slash == nullptr ? 0 : static_cast<std::size_t>(slash + 1 - self.dli_fname);
         length = length < kPathMax ? length : 0;

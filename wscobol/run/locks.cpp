@@ -32,7 +32,8 @@ void takeLock(pthread_mutex_t &lock) {
     if (tried == 0) {
         return;
     }
-    std::fprintf(stderr, "pthread_mutex_trylock rc %d %d: %s\n", tried, errno, std::strerror(errno));
+    std::fprintf(stderr, "pthread_mutex_trylock rc %d %d: %s\n", tried, errno,
+                 std::strerror(errno));
     const int code = pthread_mutex_lock(&lock);
     if (code != 0) {
         stopOnLockFailure("pthread_mutex_lock", code);

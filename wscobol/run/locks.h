@@ -8,13 +8,14 @@
 
 namespace zor {
 
-extern pthread_mutex_t InitLock;      // creation and end of run units, choice of the main program
-extern pthread_mutex_t EntryLock;     // IPCB.ent and Runcom.nest
-extern pthread_mutex_t PlleLock;      // program list lookup and insertion
-extern pthread_mutex_t StdFileLock;   // opening the standard files
-extern pthread_mutex_t ExternalLock;  // tables of EXTERNAL data
+extern pthread_mutex_t InitLock;     // creation and end of run units, choice of the main program
+extern pthread_mutex_t EntryLock;    // IPCB.ent and Runcom.nest
+extern pthread_mutex_t PlleLock;     // program list lookup and insertion
+extern pthread_mutex_t StdFileLock;  // opening the standard files
+extern pthread_mutex_t ExternalLock; // tables of EXTERNAL data
 
-// Takes a lock; contention is told on stderr ahead of the wait. A lock that fails stops the process.
+// Takes a lock; contention is told on stderr ahead of the wait. A lock that fails stops the
+// process.
 void takeLock(pthread_mutex_t &lock);
 void giveLock(pthread_mutex_t &lock);
 

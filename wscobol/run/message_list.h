@@ -21,7 +21,8 @@ template <class... Arguments> struct Message {
     }
 };
 
-#define ZOR_MESSAGE(name, number, flags, ...) inline constexpr Message<__VA_ARGS__> name{number, flags};
+#define ZOR_MESSAGE(name, number, flags, ...)                                                      \
+    inline constexpr Message<__VA_ARGS__> name{number, flags};
 #include "message_list.def"
 #undef ZOR_MESSAGE
 

@@ -12,8 +12,12 @@ namespace zor {
 
 int32_t writeERRmsg(int32_t msgno, uint32_t flags, int32_t unused, va_list args);
 
-inline void openMessageCatalog() { _zorWriteERRmsg(0, MESSAGE_OPEN_CATALOG); }
-inline void closeMessageCatalog() { _zorWriteERRmsg(0, MESSAGE_CLOSE_CATALOG); }
+inline void openMessageCatalog() {
+    _zorWriteERRmsg(0, MESSAGE_OPEN_CATALOG);
+}
+inline void closeMessageCatalog() {
+    _zorWriteERRmsg(0, MESSAGE_CLOSE_CATALOG);
+}
 
 } // namespace zor
 

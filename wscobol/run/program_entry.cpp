@@ -48,7 +48,8 @@ void becomeMain(PCB &pcb) {
 }
 
 bool runUnitHasMain() {
-    return runTimeStarted() && _zorProccom->runcom != nullptr && _zorProccom->runcom->main != nullptr;
+    return runTimeStarted() && _zorProccom->runcom != nullptr &&
+           _zorProccom->runcom->main != nullptr;
 }
 
 // Makes the run-time, a run unit and its main program exist, the caller being the candidate.
@@ -111,7 +112,8 @@ void resolveCenturyWindow(PCB &pcb) {
 void linkProgram(PCB &pcb, LLE &entry) {
     Proccom &process = *_zorProccom;
     IPCB &ipcb = *pcb.ipcb;
-    pcb.flags = (pcb.flags & ~static_cast<uint32_t>(OPTION_CHECK | OPTION_DEBUG)) | process.options1;
+    pcb.flags =
+        (pcb.flags & ~static_cast<uint32_t>(OPTION_CHECK | OPTION_DEBUG)) | process.options1;
     pcb.upsi = process.runcom->upsi;
     if (levelAtLeast(pcb, kLevelWithProgramWord)) {
         pcb.pgmword = &process.pgmword;
@@ -230,7 +232,9 @@ void _zorPgmEnterLock(IPCB *ipcb) {
     countEntry(*ipcb);
 }
 
-void _zorPgmEnterUnlock(void) { giveLock(EntryLock); }
+void _zorPgmEnterUnlock(void) {
+    giveLock(EntryLock);
+}
 
 void _zorPgmExit(IPCB *ipcb) {
     const ScopedLock lock(EntryLock);
@@ -256,11 +260,12 @@ void _zorPgmTerm(PCB *pcb) {
         return;
     }
     const unsigned ending = (unit->flags & RUNCOM_RU_TERM) != 0 ? 1 : 0;
-    ZOR_DEBUG_LOG("_zorPgmTerm: PID %d Proccom @%p Runcom @@%p  main=%d  name=%*.*s jmp=@%p kots=%d "
-                  "ru_term %u\n",
-                  _zorProccom->pid, static_cast<void *>(_zorProccom),
-                  static_cast<const void *>(unit), mainLeft ? 1 : 0, ZOR_PROGRAM_NAME(pcb),
-                  static_cast<const void *>(&unit->jmp), _zorProccom->kots, ending);
+    ZOR_DEBUG_LOG(
+        "_zorPgmTerm: PID %d Proccom @%p Runcom @@%p  main=%d  name=%*.*s jmp=@%p kots=%d "
+        "ru_term %u\n",
+        _zorProccom->pid, static_cast<void *>(_zorProccom), static_cast<const void *>(unit),
+        mainLeft ? 1 : 0, ZOR_PROGRAM_NAME(pcb), static_cast<const void *>(&unit->jmp),
+        _zorProccom->kots, ending);
     if (ending != 0) {
         ZOR_DEBUG_LOG("_zorPgmTerm: no-op, return to COBOL epilogue of %*.*s ru_term %u\n",
                       ZOR_PROGRAM_NAME(pcb), ending);

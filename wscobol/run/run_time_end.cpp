@@ -1,5 +1,7 @@
 // End of the run-time: by a host, after an abnormal end, or when the library is unloaded.
 
+#include <initializer_list>
+
 #include "cpm.h"
 #include "dynamic/hash_table.h"
 #include "run/attachments.h"
@@ -73,8 +75,7 @@ void forgetStandardFiles(Proccom &process) {
 }
 
 void freePaths(Proccom &process) {
-    for (char **path :
-         {&process.installdir, &process.libdir, &process.cobpath, &process.sortdir}) {
+    for (char **path : {&process.installdir, &process.libdir, &process.cobpath, &process.sortdir}) {
         release(*path);
         *path = nullptr;
     }

@@ -19,9 +19,9 @@ enum class EndReason : int32_t {
 };
 
 enum : int32_t {
-    kStatusOfZero = 255,    // stands for a status of 0 in a value of sigsetjmp
-    kStatusCleanUp = 6,     // status of an abnormal clean-up
-    kStatusForcedEnd = 19,  // status when a host or a failure ends the run unit
+    kStatusOfZero = 255,   // stands for a status of 0 in a value of sigsetjmp
+    kStatusCleanUp = 6,    // status of an abnormal clean-up
+    kStatusForcedEnd = 19, // status when a host or a failure ends the run unit
 };
 
 // True once InitCobolRte ran for the present Proccom.

@@ -17,13 +17,21 @@
 namespace zor {
 namespace {
 
-bool inState(const Proccom &process, unsigned bit) { return (process.state & bit) != 0; }
+bool inState(const Proccom &process, unsigned bit) {
+    return (process.state & bit) != 0;
+}
 
-bool isEnding(const Runcom &unit) { return (unit.flags & RUNCOM_RU_TERM) != 0; }
+bool isEnding(const Runcom &unit) {
+    return (unit.flags & RUNCOM_RU_TERM) != 0;
+}
 
-void notEnding(Runcom &unit) { unit.flags = static_cast<uint8_t>(unit.flags & ~RUNCOM_RU_TERM); }
+void notEnding(Runcom &unit) {
+    unit.flags = static_cast<uint8_t>(unit.flags & ~RUNCOM_RU_TERM);
+}
 
-void *address(const void *object) { return const_cast<void *>(object); }
+void *address(const void *object) {
+    return const_cast<void *>(object);
+}
 
 template <class Routine> void *routineAddress(Routine *routine) {
     return reinterpret_cast<void *>(routine);
@@ -79,7 +87,8 @@ void closeAndResetCompilationUnit(const LLE &entry) {
     }
 }
 
-// The file stays mapped: a later CALL that opens it gets the same file with its data as it was left.
+// The file stays mapped: a later CALL that opens it gets the same file with its data as it was
+// left.
 void forgetLoadedProgram(LLE &entry) {
     if (entry.load == nullptr) {
         return;
@@ -171,12 +180,12 @@ void pushIdle(Proccom &process, Runcom &unit) {
 void resumePrior(Proccom &process, Runcom &unit) {
     Runcom *prior = unit.prior;
     const PCB *main = mainProgram(*prior);
-    ZOR_DEBUG_LOG("RunUnitTerm: %p Resuming prior Run Unit... PID %d Proccom @%p Runcom @@%p kots %d  "
-                  "Name: %*.*s\n",
-                  address(&unit), process.pid, address(&process), address(prior), process.kots,
-                  main == nullptr ? 0 : static_cast<int>(main->namelen),
-                  main == nullptr ? 0 : static_cast<int>(main->namelen),
-                  main == nullptr ? "" : main->name);
+    ZOR_DEBUG_LOG(
+        "RunUnitTerm: %p Resuming prior Run Unit... PID %d Proccom @%p Runcom @@%p kots %d  "
+        "Name: %*.*s\n",
+        address(&unit), process.pid, address(&process), address(prior), process.kots,
+        main == nullptr ? 0 : static_cast<int>(main->namelen),
+        main == nullptr ? 0 : static_cast<int>(main->namelen), main == nullptr ? "" : main->name);
     process.runcom = prior;
     unit.prior = nullptr;
 }
@@ -266,9 +275,10 @@ namespace {
 // with the status, as a program's epilogue would end it.
 [[noreturn]] void jumpToEpilogue(Runcom &unit, const char *noOp, int32_t value) {
     if (const PCB *main = mainProgram(unit); main != nullptr) {
-        ZOR_DEBUG_LOG("_zorRunUnitTerm: %ssiglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
-                      "@%p\n",
-                      noOp, ZOR_PROGRAM_NAME(main), address(&unit.jmp), address(&unit));
+        ZOR_DEBUG_LOG(
+            "_zorRunUnitTerm: %ssiglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
+            "@%p\n",
+            noOp, ZOR_PROGRAM_NAME(main), address(&unit.jmp), address(&unit));
     } else {
         ZOR_DEBUG_LOG("_zorRunUnitTerm: %ssiglongjmp() to current wrapper stub via %p  run unit "
                       "@%p\n",
@@ -290,11 +300,11 @@ void _zorRunUnitTerm(int32_t rc) {
     if (unit == nullptr) {
         return;
     }
-    ZOR_DEBUG_LOG("_zorRunUnitTerm: PID %d Proccom @%p  Runcom @%p  reason=%d  stop=0%p jmp=@%p kots "
-                  "%d ru_term %d\n",
-                  _zorProccom->pid, address(_zorProccom), address(unit), rc,
-                  routineAddress(unit->stop), address(&unit->jmp), _zorProccom->kots,
-                  isEnding(*unit) ? 1 : 0);
+    ZOR_DEBUG_LOG(
+        "_zorRunUnitTerm: PID %d Proccom @%p  Runcom @%p  reason=%d  stop=0%p jmp=@%p kots "
+        "%d ru_term %d\n",
+        _zorProccom->pid, address(_zorProccom), address(unit), rc, routineAddress(unit->stop),
+        address(&unit->jmp), _zorProccom->kots, isEnding(*unit) ? 1 : 0);
     const int32_t value = rc == 0 ? kStatusOfZero : rc;
     if (isEnding(*unit)) {
         // The jump leaves a run unit that is ending: what it holds is given back.

@@ -88,8 +88,8 @@ void RunUnitInit(const void *caller) {
                   "main=@%p kots=%d\n",
                   process.pid, static_cast<void *>(&process), static_cast<void *>(unit),
                   static_cast<void *>(unit->plle), unit->id,
-                  (unit->flags & RUNCOM_SIG) != 0 ? 1 : 0, caller,
-                  static_cast<void *>(unit->main), process.kots);
+                  (unit->flags & RUNCOM_SIG) != 0 ? 1 : 0, caller, static_cast<void *>(unit->main),
+                  process.kots);
     if (unit->id == kIdOfLoad) {
         return;
     }

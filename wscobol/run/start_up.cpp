@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <initializer_list>
 #include <unistd.h>
 
 #include "cpm.h"
@@ -34,7 +35,9 @@ namespace {
 
 bool started = false;
 
-bool isSet(const char *value) { return value != nullptr && *value != '\0'; }
+bool isSet(const char *value) {
+    return value != nullptr && *value != '\0';
+}
 
 // The number that a variable holds, at least 1: a variable that is set means yes.
 int32_t atLeastOne(const char *value) {
@@ -56,8 +59,8 @@ void logStart() {
     ZOR_DEBUG_LOG("zor_init: PID %d Proccom @%p Runcom @%p freeru @%p moh=%d  kots=%d  preinit=%d  "
                   "cache=%d\n",
                   _zorProccom->pid, static_cast<void *>(_zorProccom),
-                  static_cast<void *>(_zorProccom->runcom), static_cast<void *>(_zorProccom->freeru),
-                  _zorProccom->moh, _zorProccom->kots,
+                  static_cast<void *>(_zorProccom->runcom),
+                  static_cast<void *>(_zorProccom->freeru), _zorProccom->moh, _zorProccom->kots,
                   (_zorProccom->state & PROCCOM_PREINIT) != 0 ? 1 : 0, _zorProccom->cache);
 }
 
@@ -81,11 +84,15 @@ void readContainerMarkers(Proccom &process) {
     }
 }
 
-__attribute__((constructor)) void onLibraryLoad() { zor_init(); }
+__attribute__((constructor)) void onLibraryLoad() {
+    zor_init();
+}
 
 } // namespace
 
-bool runTimeStarted() { return _zorProccom != nullptr && started; }
+bool runTimeStarted() {
+    return _zorProccom != nullptr && started;
+}
 
 void zor_init() {
     const char *debug = std::getenv("__ZORDEBUG");
@@ -166,9 +173,9 @@ void InitCobolRte(const void *caller) {
         std::fprintf(stderr,
                      "InitCobolRte: PID %d Proccom @%p Runcom @%p moh=%d  kots=%d  preinit=%d  "
                      "cache=%d\n",
-                     process.pid, static_cast<void *>(&process), static_cast<void *>(process.runcom),
-                     process.moh, process.kots, (process.state & PROCCOM_PREINIT) != 0 ? 1 : 0,
-                     process.cache);
+                     process.pid, static_cast<void *>(&process),
+                     static_cast<void *>(process.runcom), process.moh, process.kots,
+                     (process.state & PROCCOM_PREINIT) != 0 ? 1 : 0, process.cache);
         std::fprintf(stderr, "COBRTOPT=%s\n", options != nullptr ? options : "");
     }
     readRunTimeOptions();

@@ -1,5 +1,5 @@
-// Storage services. Plain blocks come from the C library's aligned allocator; tracked blocks carry a
-// 16-byte head by which the end of the run unit finds them.
+// Storage services. Plain blocks come from the C library's aligned allocator; tracked blocks carry
+// a 16-byte head by which the end of the run unit finds them.
 
 #include "run/storage.h"
 
@@ -50,7 +50,9 @@ void *allocateZeroed(std::size_t bytes) {
     return block;
 }
 
-void release(void *block) { std::free(block); }
+void release(void *block) {
+    std::free(block);
+}
 
 void *allocateOrReport(std::size_t bytes) {
     void *block = allocate(bytes);
@@ -145,8 +147,14 @@ void *_zorcalloc(int32_t mode, uint32_t size, uint32_t extra) {
     return mode == 1 ? zor::allocateZeroed(size) : zor::allocate(size);
 }
 
-void _zorcfree(void *block) { zor::release(block); }
+void _zorcfree(void *block) {
+    zor::release(block);
+}
 
-void *_Tvq_mem_alloc(uint32_t size) { return zor::allocate(size); }
+void *_Tvq_mem_alloc(uint32_t size) {
+    return zor::allocate(size);
+}
 
-void _Tvq_mem_free(void *block) { zor::release(block); }
+void _Tvq_mem_free(void *block) {
+    zor::release(block);
+}
