@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "dynamic/hash_functions.h"
+#include "dynamic/hash_key.h"
 #include "run/storage.h"
 
 namespace zor {
@@ -108,10 +108,11 @@ void chainUnlink(HashTable *table, HashElement *element) {
     --table->entries;
 }
 
-void chainMoveToFront(HashElement *&head, HashElement *element) {
-    if (head == element) {
+void chainMoveToFront(HashTable *table, HashElement *element) {
+    if (element->prev == nullptr) {
         return;
     }
+    HashElement *&head = table->slots[element->hashcode & table->mask];
     element->prev->next = element->next;
     if (element->next != nullptr) {
         element->next->prev = element->prev;
@@ -120,11 +121,6 @@ void chainMoveToFront(HashElement *&head, HashElement *element) {
     element->next = head;
     head->prev = element;
     head = element;
-}
-
-inline bool hasKey(const HashElement *element, uint32_t hash, const void *key, uint32_t keylen) {
-    return element->hashcode == hash && element->keylen == keylen &&
-           (element->key == key || keylen == 0 || std::memcmp(element->key, key, keylen) == 0);
 }
 
 // Leaves in the table's cursor where it looked and what it found.
@@ -347,11 +343,11 @@ void hashTableEmpty(HashTable *table) {
 
 HashElement *hashTableLookup(HashTable *table, const void *key, uint32_t keylen, Touch touch,
                              bool fallthrough) {
-    const uint32_t hash = table->hash(table, key, keylen);
+    const uint32_t hash = hashOf(table, key, keylen);
     HashElement *element = search(table, hash, key, keylen);
     if (element != nullptr) {
         if (touch != Touch::none) {
-            chainMoveToFront(table->slots[hash & table->mask], element);
+            chainMoveToFront(table, element);
             if (touch == Touch::withParent && table->parent != nullptr) {
                 hashTableLookup(table->parent, key, keylen, touch, false);
             }
@@ -377,7 +373,7 @@ HashElement *hashTableLookup(HashTable *table, const void *key, uint32_t keylen,
 HashElement *hashTableInsert(HashTable *table, const HashInsertion &insertion) {
     const uint32_t hash = insertion.cursor != nullptr
                               ? insertion.cursor->hash
-                              : table->hash(table, insertion.key, insertion.keylen);
+                              : hashOf(table, insertion.key, insertion.keylen);
     HashElement *present = search(table, hash, insertion.key, insertion.keylen);
     if (present != nullptr && !insertion.duplicates) {
         return present;
