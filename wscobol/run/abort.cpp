@@ -1,0 +1,160 @@
+// The abnormal end: everything that ends a run because of a failure comes here.
+#include "abort.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <pthread.h>
+#include <unistd.h>
+
+#include "core_file.h"
+#include "debug_log.h"
+#include "message_list.h"
+#include "run_unit.h"
+
+namespace zor {
+namespace {
+
+constexpr int kMonitorAbortValue = 6; // what sigsetjmp gives in the epilogue of a transaction
+constexpr int kPatience = 600; // tenths of a second in which another thread ends the run-time
+
+// The thread that ends the run-time; means something while PROCCOM_ABORT is set.
+std::atomic<pid_t> endingThread{0};
+
+// The child of a fork is a main thread of its own.
+bool onMainThread(const Proccom &process) {
+    const pid_t self = gettid();
+    return self == process.mainthread || (self == getpid() && self != process.pid);
+}
+
+[[noreturn]] void leaveThread() {
+    pthread_exit(reinterpret_cast<void *>(-1));
+}
+
+void waitForEndingThread() {
+    for (int i = 0; i < kPatience && endingThread != 0; ++i) {
+        const timespec pause{0, 100'000'000};
+        nanosleep(&pause, nullptr);
+    }
+}
+
+// One thread ends the run-time, once. False when this thread was about it already, so that the end
+// itself failed and leaving is all that is left. A second thread leaves at once, the main one when
+// the first is through.
+bool takeTurn(Proccom &process, bool isMain) {
+    const pid_t self = gettid();
+    const bool ending =
+        (__atomic_fetch_or(&process.state, PROCCOM_ABORT, __ATOMIC_ACQ_REL) & PROCCOM_ABORT) != 0;
+    if (!ending) {
+        endingThread = self;
+        return true;
+    }
+    pid_t owner = 0;
+    if (endingThread.compare_exchange_strong(owner, self)) {
+        return true;
+    }
+    if (owner != self) {
+        if (!isMain) {
+            leaveThread();
+        }
+        waitForEndingThread();
+    }
+    return false;
+}
+
+void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
+    const EndState state(unit);
+    ZOR_DEBUG_LOG("_zorAbort: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  "
+                  "stop=@%p  abrt=@%p  jmp=@%p  main %d cored %d\n",
+                  state.pid, state.process, state.unit, static_cast<int>(EndReason::abnormalEnd),
+                  state.signal, state.abort, state.stop, state.abrt, state.jmp,
+                  static_cast<int>(isMain), cored);
+}
+
+} // namespace
+
+bool isFilled(const sigjmp_buf &buffer) {
+    const auto &registers = buffer[0].__jmpbuf;
+    return std::any_of(std::begin(registers), std::end(registers),
+                       [](auto word) { return word != 0; });
+}
+
+void giveBackLocks(Proccom &process) {
+    void (*hook)() = process.lockhook;
+    process.lockhook = nullptr;
+    if (hook != nullptr) {
+        hook();
+    }
+}
+
+void setDefaultAction(int signo) {
+    struct sigaction action {};
+    action.sa_handler = SIG_DFL;
+    sigaction(signo, &action, nullptr);
+}
+
+void unblockSignal(int signo) {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, signo);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+void dieBySignal(int signo) {
+    unblockSignal(signo);
+    raise(signo);
+    setDefaultAction(signo); // a host ignores the signal, or its handler came back
+    raise(signo);
+    ::abort();
+}
+
+} // namespace zor
+
+void _zorAbort(int32_t cored) {
+    using namespace zor;
+    Proccom *process = _zorProccom;
+    if (process == nullptr) {
+        return;
+    }
+    const Runcom *unit = currentOrIdleRunUnit(*process);
+    const bool isMain = onMainThread(*process);
+    const bool inMonitor = process->kots != 0;
+    sigjmp_buf epilogue{}; // the run unit is gone when control goes back
+    if (unit != nullptr) {
+        memcpy(&epilogue, &unit->jmp, sizeof epilogue);
+    }
+    logAbort(unit, isMain, cored);
+
+    const bool hasTurn = takeTurn(*process, isMain);
+    if (hasTurn && cored == 0 && (process->options2 & kCoreOptions) != 0) {
+        cored = static_cast<int32_t>(dumpCore());
+    }
+    if (_zorProccom != nullptr) {
+        giveBackLocks(*_zorProccom);
+    }
+    if (hasTurn) {
+        TermCobolRte(EndReason::abnormalEnd);
+        endingThread = 0;
+    }
+
+    if (inMonitor && isFilled(epilogue)) {
+        siglongjmp(epilogue, kMonitorAbortValue);
+    }
+    if (!isMain) {
+        leaveThread();
+    }
+    if (cored == 1) {
+        suppressSystemCore();
+        setDefaultAction(SIGABRT);
+    }
+    dieBySignal(SIGABRT);
+}
+
+void ZORABEND() {
+    zor::message::forcedEnd();
+}
+
+void ZORABORT() __attribute__((alias("ZORABEND")));

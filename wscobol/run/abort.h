@@ -1,0 +1,27 @@
+// Steps that the abnormal end and the signal handler share.
+#ifndef ZOR_RUN_ABORT_H
+#define ZOR_RUN_ABORT_H
+
+#include <csetjmp>
+
+#include "anchors.h"
+
+namespace zor {
+
+// Whether sigsetjmp ever filled the buffer; a run unit whose program or host has no epilogue leaves
+// it zero, and a jump through it would be one more failure.
+bool isFilled(const sigjmp_buf &buffer);
+
+// Releases what an ending run unit holds, by the hook that it left for this.
+void giveBackLocks(Proccom &process);
+
+// Sets a signal's default action, or lets the thread receive it.
+void setDefaultAction(int signo);
+void unblockSignal(int signo);
+
+// Ends the process by a signal, after the handler that a host may have for it.
+[[noreturn]] void dieBySignal(int signo);
+
+} // namespace zor
+
+#endif

@@ -1,0 +1,135 @@
+// Core files: made from the living process by gcore, so that the run can end in order afterwards.
+#include "core_file.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "debug_log.h"
+#include "patient_streams.h"
+#include "run_unit.h"
+#include "shell.h"
+#include "standard_files.h"
+
+namespace zor {
+namespace {
+
+constexpr const char *kDefaultPattern = "core%";
+constexpr const char *kBase = "core";
+constexpr const char *kCommand = "/usr/bin/gcore -o %s %u 1>/dev/null 2>&1\n";
+constexpr std::size_t kCommandBytes = kShellWordBytes + 64;
+
+// The tool puts "." and the process id behind the name that it is given, where a generated name
+// has its own; a name that the user gave stays whole.
+void coreName(char *name, std::size_t size) {
+    const char *pattern = getenv("COBCORE");
+    if (pattern == nullptr || pattern[0] == '\0') {
+        pattern = kDefaultPattern;
+    }
+    snprintf(name, size, "%s", expandOutputName(pattern, true, kBase));
+    char *lastDot = strrchr(name, '.');
+    if (pattern[strlen(pattern) - 1] == '%' && lastDot != nullptr) {
+        *lastDot = '\0';
+    }
+}
+
+bool coreExists(const char *name, unsigned pid) {
+    std::array<char, PATH_MAX + 16> path;
+    snprintf(path.data(), path.size(), "%s.%u", name, pid);
+    return access(path.data(), F_OK) == 0;
+}
+
+// A status of 1, and one that was lost because the process ignores SIGCHLD, does not say whether
+// there is a core file.
+bool toolSucceeded(int status, int error, const char *name, unsigned pid) {
+    if (status == 0) {
+        return true;
+    }
+    return (status == 1 || error == ECHILD) && coreExists(name, pid);
+}
+
+// The texts of one attempt: static, as an alternate stack has no room for them.
+struct CoreTexts {
+    char name[PATH_MAX];
+    char word[kShellWordBytes];
+    char command[kCommandBytes];
+};
+CoreTexts texts;
+std::atomic_flag textsInUse;
+
+bool makeCoreFile() {
+    const auto pid = static_cast<unsigned>(getpid());
+    coreName(texts.name, sizeof texts.name);
+    shellWord(texts.word, sizeof texts.word, texts.name);
+    snprintf(texts.command, sizeof texts.command, kCommand, texts.word, pid);
+
+    flushPatiently(stderr);
+    flushPatiently(stdout);
+    prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY); // the tool may be barred from its ancestors
+    errno = 0;
+    const int raw = system(texts.command);
+    const int error = errno;
+    prctl(PR_SET_PTRACER, 0);
+
+    const int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : raw;
+    if (!toolSucceeded(status, error, texts.name, pid)) {
+        reportPatiently("Create core file failed: %x - %d %s\n", static_cast<unsigned>(status),
+                        error, strerror(error));
+        return false;
+    }
+    reportPatiently("Created core file: %s.%u\n", texts.name, pid);
+    return true;
+}
+
+bool coreFilesAllowed() {
+    rlimit limit{};
+    return getrlimit(RLIMIT_CORE, &limit) == 0 && limit.rlim_cur != 0;
+}
+
+} // namespace
+
+EndState::EndState(const Runcom *runUnit)
+    : pid(getpid()), process(_zorProccom), unit(runUnit),
+      signal((_zorProccom->state & PROCCOM_SIGNAL) != 0),
+      abort((_zorProccom->state & PROCCOM_ABORT) != 0),
+      stop(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->stop)),
+      abrt(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->abrt)),
+      jmp(runUnit == nullptr ? nullptr : &runUnit->jmp) {}
+
+bool dumpCore() {
+    const EndState state(endingRunUnit(*_zorProccom));
+    ZOR_DEBUG_LOG("_zorCore: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  "
+                  "stop=@%p  abrt=@%p  jmp=@%p\n",
+                  state.pid, state.process, state.unit, static_cast<int>(EndReason::abnormalEnd),
+                  state.signal, state.abort, state.stop, state.abrt, state.jmp);
+    if (_zorProccom->kots != 0 || !coreFilesAllowed() || textsInUse.test_and_set()) {
+        return false;
+    }
+    const bool made = makeCoreFile();
+    textsInUse.clear();
+    return made;
+}
+
+void suppressSystemCore() {
+    rlimit limit{};
+    getrlimit(RLIMIT_CORE, &limit);
+    limit.rlim_cur = 0;
+    setrlimit(RLIMIT_CORE, &limit);
+}
+
+} // namespace zor
+
+int32_t ZORDUMP() {
+    if (_zorProccom == nullptr) {
+        return 0;
+    }
+    const bool made = zor::dumpCore();
+    return _zorProccom->kots != 0 ? _zorProccom->kots : made;
+}
