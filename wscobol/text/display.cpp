@@ -6,6 +6,7 @@
 
 #include "anchors.h"
 #include "message_list.h"
+#include "proccom.h"
 #include "retry.h"
 #include "standard_files.h"
 #include "text/console_stream.h"
