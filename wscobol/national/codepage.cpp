@@ -1,5 +1,5 @@
 // Chooses the code pages of the process from its locale and EBCDIC_CODEPAGE.
-#include "national/codepage.h"
+#include "national/code_page_row.h"
 
 #include <algorithm>
 #include <clocale>

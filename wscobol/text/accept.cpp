@@ -26,8 +26,10 @@ FILE *acceptStream(uint32_t flags) {
 }
 
 // Line mode reads one line per ACCEPT; record mode reads over line ends.
-bool isLineMode(const Proccom &process, FILE *stream) {
-    return (process.options2 & OPTION_ACCEPT_NEW) != 0 || isatty(fileno_unlocked(stream)) != 0;
+bool isLineMode(FILE *stream) {
+    const Proccom *process = proccom();
+    return (process != nullptr && (process->options2 & OPTION_ACCEPT_NEW) != 0) ||
+           isatty(fileno_unlocked(stream)) != 0;
 }
 
 void reportReadError(const char *verb, int error) {
@@ -93,18 +95,18 @@ void padAccepted(uint32_t flags, char *rest, std::size_t bytes) {
     }
 }
 
-void acceptFromStream(const Proccom &process, uint32_t flags, std::size_t length, char *target) {
+void acceptFromStream(uint32_t flags, std::size_t length, char *target) {
     FILE *const stream = acceptStream(flags);
     if (stream == stdin) {
-        flushMessages(process);
-        flushOutput(process);
+        flushMessages();
+        flushOutput();
     }
     std::size_t stored = 0;
     int error = 0;
     {
         ScopedStream held(stream);
         ByteReader reader(stream);
-        stored = acceptCharacters<SingleByte>(reader, isLineMode(process, stream), length, target);
+        stored = acceptCharacters<SingleByte>(reader, isLineMode(stream), length, target);
         error = reader.error();
     }
     if (stored > 0 && stored < length) {
@@ -152,32 +154,30 @@ void acceptRegister(uint32_t flags, std::size_t length, char *target) {
 } // namespace zor
 
 void _zorcAccept(uint32_t flags, int32_t length, char *target) {
-    const Proccom *process = zor::proccom();
-    if (length < 1 || process == nullptr) {
+    if (length < 1) {
         return;
     }
     const auto bytes = static_cast<std::size_t>(length);
     if ((flags & zor::kStreamFlags) != 0) {
-        zor::acceptFromStream(*process, flags, bytes, target);
+        zor::acceptFromStream(flags, bytes, target);
     } else if ((flags & zor::kRegisterFlags) != 0) {
         zor::acceptRegister(flags, bytes, target);
     }
 }
 
 void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target) {
-    const Proccom *process = zor::proccom();
-    if (*length < 1 || process == nullptr || (flags & zor::kStreamFlags) == 0) {
+    if (*length < 1 || (flags & zor::kStreamFlags) == 0) {
         return;
     }
     FILE *const stream = zor::acceptStream(flags);
     if (stream == stdin) {
-        zor::flushOutput(*process);
+        zor::flushOutput();
     }
     int error = 0;
     {
         zor::ScopedStream held(stream);
         zor::ByteReader reader(stream);
-        zor::acceptCharacters<zor::National>(reader, zor::isLineMode(*process, stream),
+        zor::acceptCharacters<zor::National>(reader, zor::isLineMode(stream),
                                              static_cast<std::size_t>(*length),
                                              static_cast<char *>(target));
         error = reader.error();
@@ -186,10 +186,6 @@ void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target) {
 }
 
 void _zorcStopLiteral(int32_t length, const char *text) {
-    const Proccom *process = zor::proccom();
-    if (process == nullptr) {
-        return;
-    }
     FILE *const input = zor::standardFile(zor::StandardFile::sysin);
     FILE *const output = zor::standardFile(zor::StandardFile::sysout);
     {
@@ -200,8 +196,8 @@ void _zorcStopLiteral(int32_t length, const char *text) {
         zor::writeUnlocked(output, "\n", 1);
     }
     if (input == stdin) {
-        zor::flushMessages(*process);
-        zor::flushOutput(*process);
+        zor::flushMessages();
+        zor::flushOutput();
     }
     int error = 0;
     {

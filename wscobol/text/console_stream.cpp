@@ -3,19 +3,22 @@
 #include <cerrno>
 #include <poll.h>
 
+#include "anchors.h"
 #include "retry.h"
 
 namespace zor {
 
-void flushMessages(const Proccom &process) {
-    if (process.cobmsgs == stderr) {
+void flushMessages() {
+    const Proccom *process = proccom();
+    if (process != nullptr && process->cobmsgs == stderr) {
         ScopedStream held(stderr);
         retryFlush(stderr);
     }
 }
 
-void flushOutput(const Proccom &process) {
-    if (process.sysout == stdout || process.consoleout == stdout) {
+void flushOutput() {
+    const Proccom *process = proccom();
+    if (process != nullptr && (process->sysout == stdout || process->consoleout == stdout)) {
         ScopedStream held(stdout);
         retryFlush(stdout);
     }

@@ -5,8 +5,6 @@
 
 #include <cstdio>
 
-#include "anchors.h"
-
 namespace zor {
 
 class ScopedStream {
@@ -21,10 +19,10 @@ private:
 };
 
 // Flushes stderr when messages go there.
-void flushMessages(const Proccom &process);
+void flushMessages();
 
 // Flushes stdout when SYSOUT or the console's output is there.
-void flushOutput(const Proccom &process);
+void flushOutput();
 
 // Reads bytes of a stream whose lock the caller holds. An error state left by an earlier reader,
 // end of file among them, is cleared first.

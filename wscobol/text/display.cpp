@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "anchors.h"
 #include "message_list.h"
 #include "proccom.h"
 #include "retry.h"
@@ -69,13 +68,9 @@ bool writeItems(FILE *stream, const DisplayControl &control, DisplayItem *items)
 } // namespace zor
 
 void _zorcDisplay(const DisplayControl *control, DisplayItem *items) {
-    const Proccom *process = zor::proccom();
-    if (process == nullptr) {
-        return;
-    }
     FILE *const stream = zor::displayStream(control->device);
     if (stream == stdout) {
-        zor::flushMessages(*process);
+        zor::flushMessages();
     }
     bool valid = false;
     {

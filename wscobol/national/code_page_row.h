@@ -1,6 +1,6 @@
 // What other subsystems ask about the code page row of this process.
-#ifndef ZOR_NATIONAL_CODEPAGE_H
-#define ZOR_NATIONAL_CODEPAGE_H
+#ifndef ZOR_NATIONAL_CODE_PAGE_ROW_H
+#define ZOR_NATIONAL_CODE_PAGE_ROW_H
 
 #include <array>
 
