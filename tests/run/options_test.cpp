@@ -15,6 +15,10 @@ void showOptions() {
     });
 }
 
+kit::ChildResult runWith(const std::string &value) {
+    return kit::runChild(showOptions, kit::Environment{{"COBRTOPT", value}});
+}
+
 // The numbers of the messages on the message stream, in order.
 std::string messageNumbers(const std::string &text) {
     std::string numbers;
@@ -80,7 +84,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         {repeated("A", 100000) + ",NODEBUG", "08000000 c0000000 0 [] 00000000", "171"},
     };
     for (const Case &row : cases) {
-        const kit::ChildResult child = kit::runChild(showOptions, {{"COBRTOPT", row.value}});
+        const kit::ChildResult child = runWith(row.value);
         const std::string shown = row.value.substr(0, 60);
         EXPECT_EQ(child.status, 0) << shown;
         EXPECT_EQ(child.out, row.fields) << shown;
@@ -90,8 +94,8 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
 
 // What a user has to see: the token as far as it went, the value, and the limits.
 TEST(RunTimeOptions, MessagesNameTheCulprit) {
-    const kit::ChildResult child = kit::runChild(
-        showOptions, {{"COBRTOPT", "bogus=1,check=maybe,upsi=12345678,errcount=99999999999"}});
+    const kit::ChildResult child =
+        runWith("bogus=1,check=maybe,upsi=12345678,errcount=99999999999");
     for (const char *part : {"BOGUS=1", "MAYBE", "CHECK", "12345678", "UPSI", "99999999999",
                              "ERRCOUNT", "2147483647"}) {
         EXPECT_NE(child.err.find(part), std::string::npos) << part << '\n' << child.err;
