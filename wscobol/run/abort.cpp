@@ -1,7 +1,6 @@
 // The abnormal end: everything that ends a run because of a failure comes here.
 #include "abort.h"
 
-#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -76,12 +75,6 @@ void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
 
 } // namespace
 
-bool isFilled(const sigjmp_buf &buffer) {
-    const auto &registers = buffer[0].__jmpbuf;
-    return std::any_of(std::begin(registers), std::end(registers),
-                       [](auto word) { return word != 0; });
-}
-
 void giveBackLocks(Proccom &process) {
     void (*hook)() = process.lockhook;
     process.lockhook = nullptr;
@@ -140,7 +133,7 @@ void _zorAbort(int32_t cored) {
         endingThread = 0;
     }
 
-    if (inMonitor && isFilled(epilogue)) {
+    if (inMonitor && epilogueIsKnown(epilogue)) {
         siglongjmp(epilogue, kMonitorAbortValue);
     }
     if (!isMain) {

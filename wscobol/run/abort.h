@@ -2,15 +2,9 @@
 #ifndef ZOR_RUN_ABORT_H
 #define ZOR_RUN_ABORT_H
 
-#include <csetjmp>
-
 #include "anchors.h"
 
 namespace zor {
-
-// Whether sigsetjmp ever filled the buffer; a run unit whose program or host has no epilogue leaves
-// it zero, and a jump through it would be one more failure.
-bool isFilled(const sigjmp_buf &buffer);
 
 // Releases what an ending run unit holds, by the hook that it left for this.
 void giveBackLocks(Proccom &process);

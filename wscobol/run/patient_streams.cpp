@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdarg>
 #include <ctime>
+#include <pthread.h>
 #include <sys/single_threaded.h>
 #include <unistd.h>
 
@@ -19,9 +20,20 @@ extern "C" FILE *_IO_list_all __attribute__((weak));
 namespace zor {
 namespace {
 
-constexpr int kTries = 100;
+constexpr int kTries = 50;
 constexpr timespec kPause{0, 10'000'000};
 constexpr std::size_t kReportBytes = PATH_MAX + 128;
+
+// How the C library lays out a stream's lock; it has no call that asks for the owner.
+struct StreamLock {
+    int word;
+    int count;
+    void *owner; // the thread as pthread_self() names it
+};
+
+FILE *openStreams() {
+    return &_IO_list_all == nullptr ? nullptr : _IO_list_all;
+}
 
 } // namespace
 
@@ -43,13 +55,23 @@ void flushPatiently(FILE *stream) {
 }
 
 void flushAllPatiently() {
-    if (__libc_single_threaded != 0 || &_IO_list_all == nullptr) {
+    if (__libc_single_threaded != 0 || openStreams() == nullptr) {
         fflush(nullptr);
         return;
     }
-    for (FILE *stream = _IO_list_all; stream != nullptr; stream = stream->_chain) {
+    for (FILE *stream = openStreams(); stream != nullptr; stream = stream->_chain) {
         if (ftrylockfile(stream) == 0) {
             fflush_unlocked(stream);
+            funlockfile(stream);
+        }
+    }
+}
+
+void giveBackStreamLocks() {
+    void *self = reinterpret_cast<void *>(pthread_self());
+    for (FILE *stream = openStreams(); stream != nullptr; stream = stream->_chain) {
+        const auto *lock = static_cast<const StreamLock *>(stream->_lock);
+        while (lock != nullptr && lock->owner == self) {
             funlockfile(stream);
         }
     }

@@ -7,7 +7,7 @@
 
 namespace zor {
 
-// Takes the stream's lock as flockfile does, but gives up after about a second.
+// Takes the stream's lock as flockfile does, but gives up after half a second.
 bool lockPatiently(FILE *stream);
 
 // Flushes and synchronises a stream, unless another thread keeps its lock. Null does nothing.
@@ -15,6 +15,9 @@ void flushPatiently(FILE *stream);
 
 // Flushes every open stream of the process except those that another thread keeps.
 void flushAllPatiently();
+
+// Unlocks the streams that this thread holds: it is about to leave the code that locked them.
+void giveBackStreamLocks();
 
 // Writes a formatted text, at most a path and some words, to stderr, past the stream if its lock is
 // kept.

@@ -1,0 +1,100 @@
+// A timer looks in on the ending thread. Waiting for a child, a file or a host is fine, however
+// long it takes; standing at the same lock several times in a row is not.
+#include "end_watch.h"
+
+#include <atomic>
+#include <csignal>
+#include <cstdint>
+#include <ctime>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "abort.h"
+#include "patient_streams.h"
+#include "signal_context.h"
+
+namespace zor {
+namespace {
+
+// No machine of this kind raises it, and the run-time handles it anyway.
+constexpr int kWatchSignal = SIGSTKFLT;
+constexpr time_t kSeconds = 2;
+constexpr int kStuckAfter = 3;           // looks at one lock in a row
+constexpr greg_t kLockedWithWaiters = 2; // value of the C library's locks that the kernel waits on
+
+constexpr int kPatience = 600; // tenths of a second
+
+struct EndWatch {
+    std::atomic<pid_t> thread; // whose signal ends the run, 0 for none
+    struct sigaction replaced;
+    timer_t timer;
+    bool running;
+    int signo;
+    greg_t lock; // the lock seen at the last look, 0 for none
+    int looks;
+};
+EndWatch watch;
+
+// The address of the lock that the interrupted code waits for, 0 when it does something else. The
+// system call is restarted after the handler, so its registers are in place.
+greg_t awaitedLock(const void *context) {
+    const bool waits = interruptedRegister(context, REG_EAX) == SYS_futex &&
+                       interruptedRegister(context, REG_ECX) == FUTEX_WAIT_PRIVATE &&
+                       interruptedRegister(context, REG_EDX) == kLockedWithWaiters &&
+                       interruptedRegister(context, REG_ESI) == 0;
+    return waits ? interruptedRegister(context, REG_EBX) : 0;
+}
+
+void look(int /*signo*/, siginfo_t * /*info*/, void *context) {
+    const greg_t lock = awaitedLock(context);
+    watch.looks = lock != 0 && lock == watch.lock ? watch.looks + 1 : 1;
+    watch.lock = lock;
+    if (lock != 0 && watch.looks >= kStuckAfter) {
+        setDefaultAction(watch.signo);
+        dieBySignal(watch.signo);
+    }
+}
+
+} // namespace
+
+void startEndWatch(int signo) {
+    watch.thread = gettid();
+    sigevent event{};
+    event.sigev_notify = SIGEV_THREAD_ID;
+    event.sigev_signo = kWatchSignal;
+    event._sigev_un._tid = gettid();
+    struct sigaction action {};
+    action.sa_sigaction = look;
+    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
+    if (watch.running || timer_create(CLOCK_MONOTONIC, &event, &watch.timer) != 0) {
+        return;
+    }
+    watch.signo = signo;
+    watch.lock = 0;
+    watch.looks = 0;
+    watch.running = true;
+    sigaction(kWatchSignal, &action, &watch.replaced);
+    unblockSignal(kWatchSignal);
+    const itimerspec interval{{kSeconds, 0}, {kSeconds, 0}};
+    timer_settime(watch.timer, 0, &interval, nullptr);
+}
+
+void waitForOtherEnd() {
+    const pid_t self = gettid();
+    for (int i = 0; i < kPatience && watch.thread != 0 && watch.thread != self; ++i) {
+        const timespec pause{0, 100'000'000};
+        nanosleep(&pause, nullptr);
+    }
+}
+
+void stopEndWatch() {
+    watch.thread = 0;
+    if (watch.running) {
+        timer_delete(watch.timer);
+        sigaction(kWatchSignal, &watch.replaced, nullptr);
+        watch.running = false;
+    }
+}
+
+} // namespace zor

@@ -1,0 +1,158 @@
+// Installs and removes the signal tables of run units.
+#include "signal_table.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "patient_streams.h"
+#include "signal_stack.h"
+#include "signals.h"
+
+namespace zor {
+namespace {
+
+struct TemplateRow {
+    const char *name;
+    int signo;
+    int saflags;
+    int after;
+    bool ignored;
+};
+
+constexpr std::array<TemplateRow, 25> kTemplate{{
+    {"SIGHUP", SIGHUP, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGWINCH", SIGWINCH, 0, SIGNAL_AFTER_RETURN, false},
+    {"SIGINT", SIGINT, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGQUIT", SIGQUIT, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGTTIN", SIGTTIN, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGTTOU", SIGTTOU, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGTSTP", SIGTSTP, 0, SIGNAL_AFTER_DEFAULT, false},
+    {"SIGTERM", SIGTERM, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGABRT", SIGABRT, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGSEGV", SIGSEGV, SA_ONSTACK, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGILL", SIGILL, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGFPE", SIGFPE, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGBUS", SIGBUS, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGSYS", SIGSYS, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGPWR", SIGPWR, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGSTKFLT", SIGSTKFLT, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGSTKFLT", SIGSTKFLT, SA_ONSTACK, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGXCPU", SIGXCPU, 0, SIGNAL_AFTER_RETURN, false},
+    {"SIGXFSZ", SIGXFSZ, 0, SIGNAL_AFTER_RETURN, false},
+    {"SIGUSR1", SIGUSR1, 0, SIGNAL_AFTER_RETURN, false},
+    {"SIGUSR2", SIGUSR2, 0, SIGNAL_AFTER_RETURN, false},
+    {"SIGCONT", SIGCONT, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGTRAP", SIGTRAP, 0, SIGNAL_AFTER_PREVIOUS, false},
+    {"SIGPIPE", SIGPIPE, 0, SIGNAL_AFTER_RETURN, true},
+    {"SIGIO", SIGIO, 0, SIGNAL_AFTER_RETURN, true},
+}};
+constexpr std::size_t kRows = kTemplate.size();
+static_assert(kSignalTableBytes == (kRows + 1) * sizeof(SignalRow));
+
+// Run units that nest deeper than this go on with the handlers of those below them.
+constexpr int kMaxTables = 256;
+
+std::array<SignalRow *, kMaxTables> tables;
+int depth = 0; // counts the tables that found no room, too
+SignalRow defaultTable[kRows + 1];
+
+void fillFromTemplate(SignalRow *table) {
+    memset(table, 0, kSignalTableBytes);
+    for (std::size_t i = 0; i < kRows; ++i) {
+        const TemplateRow &from = kTemplate[i];
+        SignalRow &row = table[i];
+        row.name = from.name;
+        row.signo = from.signo;
+        row.saflags = from.saflags;
+        row.after = from.after;
+        row.handler = from.ignored ? reinterpret_cast<void *>(SIG_IGN) : nullptr;
+    }
+}
+
+void prepareActions(SignalRow *table, int unwantedFlags) {
+    struct sigaction common {};
+    common.sa_sigaction = dispatchSignal;
+    common.sa_flags = SA_SIGINFO;
+    for (const TemplateRow &row : kTemplate) {
+        sigaddset(&common.sa_mask, row.signo);
+    }
+    for (SignalRow *row = table; row->signo != 0; ++row) {
+        row->action = common;
+        if (row->handler != nullptr) {
+            row->action.sa_handler = reinterpret_cast<__sighandler_t>(row->handler);
+        }
+        row->action.sa_flags = (row->action.sa_flags | row->saflags) & ~unwantedFlags;
+        row->handler = reinterpret_cast<void *>(_zorSignal);
+    }
+}
+
+void setAction(int signo, const struct sigaction &action, struct sigaction *replaced) {
+    const int result = sigaction(signo, &action, replaced);
+    if (result != 0) {
+        const int error = errno;
+        reportPatiently("Error on sigaction(%d,...)=%d %d %s\n", signo, result, error,
+                        strerror(error));
+    }
+}
+
+} // namespace
+
+int topSignalTable() {
+    return (depth < kMaxTables ? depth : kMaxTables) - 1;
+}
+
+SignalRow *findSignalRow(SignalRow *table, int signo) {
+    for (SignalRow *row = table; row != nullptr && row->signo != 0; ++row) {
+        if (row->signo == signo) {
+            return row;
+        }
+    }
+    return nullptr;
+}
+
+SignalRow *signalRowAt(int index, int signo) {
+    return findSignalRow(index < 0 ? defaultTable : tables[static_cast<std::size_t>(index)], signo);
+}
+
+void installSignalTable(SignalRow *table) {
+    if (defaultTable[0].signo == 0) {
+        fillFromTemplate(defaultTable);
+    }
+    fillFromTemplate(table);
+    if (depth >= kMaxTables) {
+        ++depth;
+        return;
+    }
+    tables[static_cast<std::size_t>(depth)] = table;
+    ++depth;
+    prepareActions(table, provideAlternateStack() ? 0 : SA_ONSTACK);
+    for (SignalRow *row = table; row->signo != 0; ++row) {
+        setAction(row->signo, row->action, &row->previous);
+    }
+}
+
+// From the last row to the first: a signal that stands twice gets back what its first row replaced.
+void removeTopSignalTable() {
+    if (depth > 0 && depth <= kMaxTables) {
+        SignalRow *table = tables[static_cast<std::size_t>(depth - 1)];
+        for (std::size_t i = kRows; i-- > 0;) {
+            setAction(table[i].signo, table[i].previous, nullptr);
+        }
+    }
+    if (depth > 0) {
+        --depth;
+    }
+}
+
+namespace {
+
+// A thread that a signal ended left its table in force; the handlers go with the library.
+__attribute__((destructor)) void removeAllSignalTables() {
+    while (depth > 0) {
+        removeTopSignalTable();
+    }
+}
+
+} // namespace
+} // namespace zor

@@ -1,0 +1,166 @@
+// The run-time's signal handler: tells what happened and ends the run in order.
+#include <array>
+#include <csetjmp>
+#include <csignal>
+#include <ctime>
+#include <unistd.h>
+
+#include "abort.h"
+#include "core_file.h"
+#include "debug_log.h"
+#include "end_watch.h"
+#include "locks.h"
+#include "message_list.h"
+#include "patient_streams.h"
+#include "retry.h"
+#include "run_unit.h"
+#include "signal_context.h"
+#include "signal_table.h"
+#include "standard_files.h"
+#include "traceback.h"
+
+namespace zor {
+namespace {
+
+constexpr int kMonitorSignalValue = 128; // added to the signal in the epilogue of a transaction
+constexpr std::size_t kTextBytes = 512;
+
+bool onlyShown(int signo) {
+    return signo == SIGCONT || signo == SIGUSR1 || signo == SIGUSR2 || signo == SIGXCPU ||
+           signo == SIGXFSZ;
+}
+
+int descriptorOf(FILE *first, FILE *second, int otherwise) {
+    FILE *stream = first != nullptr ? first : second;
+    return stream == nullptr ? otherwise : fileno(stream);
+}
+
+void renewTerminalSizes(Proccom &process) {
+    readTerminalSize(descriptorOf(process.sysin, process.consolein, STDIN_FILENO),
+                     process.stdinsize);
+    readTerminalSize(descriptorOf(process.sysout, process.consoleout, STDOUT_FILENO),
+                     process.stdoutsize);
+    readTerminalSize(descriptorOf(process.cobmsgs, nullptr, STDERR_FILENO), process.stderrsize);
+}
+
+// A fault from here on is a fault of the ending itself and goes its own way; blocked, it would
+// bypass the handler of a host.
+void letFaultsThrough() {
+    for (const int signo : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+        unblockSignal(signo);
+    }
+}
+
+// The message stream, or null when its opening is what the signal interrupted.
+FILE *messageStream(Proccom &process) {
+    if (process.cobmsgs == nullptr && locksAreUsed()) {
+        timespec limit{};
+        clock_gettime(CLOCK_REALTIME, &limit);
+        ++limit.tv_sec;
+        if (pthread_mutex_timedlock(&StdFileLock, &limit) != 0) {
+            return nullptr;
+        }
+        giveLock(StdFileLock);
+    }
+    return standardFile(StandardFile::cobmsgs);
+}
+
+// Message 995; the message service unlocks the stream that it finds locked here.
+void tellSignal(Proccom &process, const char *name, void *address) {
+    FILE *stream = messageStream(process);
+    if (stream != nullptr && lockPatiently(stream)) {
+        message::signalCaught(name, address);
+        flushPatiently(stream);
+        return;
+    }
+    std::array<char, kTextBytes> text{};
+    _zorWriteERRmsg(message::signalCaught.number, message::signalCaught.flags | MESSAGE_RETURN_TEXT,
+                    text.data(), static_cast<uint32_t>(text.size()), name, address);
+    reportPatiently("%s\n\n", text.data());
+}
+
+void jumpToEpilogue(Proccom &process, Runcom &unit, int signo) {
+    if (const PCB *main = mainProgram(unit); main != nullptr) {
+        ZOR_DEBUG_LOG(
+            "_zorSignal: KOTS - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
+            "@%p\n",
+            ZOR_PROGRAM_NAME(main), static_cast<void *>(&unit.jmp), static_cast<void *>(&unit));
+    }
+    giveBackLocks(process);
+    giveBackStreamLocks();
+    stopEndWatch();
+    siglongjmp(unit.jmp, signo + kMonitorSignalValue);
+}
+
+// Comes back only when the signal's previous action is to end the process.
+void endRun(Proccom &process, Runcom *unit, int signo, bool cored) {
+    if (process.kots != 0 && unit != nullptr && epilogueIsKnown(unit->jmp)) {
+        jumpToEpilogue(process, *unit, signo);
+    }
+    const uint32_t options = process.options2;
+    if ((options & OPTION_TRAP_DUMP) == 0) {
+        _zorAbort(static_cast<int32_t>(cored));
+    } else if ((options & OPTION_TRAP_NEW) == 0) {
+        ZOR_DEBUG_LOG("_zorSignal: Abort_now\n");
+        dieBySignal(SIGABRT);
+    }
+    stopEndWatch();
+}
+
+} // namespace
+} // namespace zor
+
+void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
+    using namespace zor;
+    Proccom *process = _zorProccom;
+    if (process == nullptr) {
+        return;
+    }
+    if ((process->state & PROCCOM_ABORT) != 0) {
+        process->state = static_cast<uint8_t>(process->state & ~PROCCOM_ABORT);
+        return;
+    }
+    Runcom *unit = endingRunUnit(*process);
+    const SignalRow *row = findSignalRow(unit == nullptr ? nullptr : unit->sigtable, signo);
+    const char *name = row == nullptr ? "unknown signal" : row->name;
+    const EndState state(unit);
+    ZOR_DEBUG_LOG("_zorSignal: PID %d Proccom @%p Runcom @@%p signal=%u (%s) abort=%u  stop=@%p  "
+                  "abrt=@%p  jmp=@%p\n",
+                  state.pid, state.process, state.unit, static_cast<unsigned>(signo), name,
+                  state.abort, state.stop, state.abrt, state.jmp);
+    const bool ends = signo != SIGWINCH && !onlyShown(signo);
+    if ((process->state & PROCCOM_SIGNAL) != 0) {
+        if (ends) {
+            waitForOtherEnd(); // then the signal takes its course
+        }
+        return;
+    }
+    if (process->sysout == stdout || process->consoleout == stdout) {
+        flushPatiently(stdout);
+    }
+    PatientStreamLock errorLock(stderr);
+    if (signo == SIGWINCH) {
+        renewTerminalSizes(*process);
+        return;
+    }
+    if (!ends) {
+        reportPatiently("\n  Signal received: %d (%s)\n\n", signo, name);
+        printTraceback(stderr);
+        return;
+    }
+
+    process->state |= PROCCOM_SIGNAL;
+    letFaultsThrough();
+    startEndWatch(signo);
+    bool cored = false;
+    if ((process->options2 & kCoreOptions) != 0) {
+        cored = dumpCore();
+        if (cored) {
+            suppressSystemCore();
+        }
+    }
+    printTraceback(stderr);
+    tellSignal(*process, name, interruptedAddress(context));
+    errorLock.release();
+    endRun(*process, unit, signo, cored);
+}
