@@ -11,7 +11,9 @@
 
 #include "core_file.h"
 #include "debug_log.h"
+#include "end_watch.h"
 #include "message_list.h"
+#include "patient_streams.h"
 #include "run_unit.h"
 
 namespace zor {
@@ -29,7 +31,9 @@ bool onMainThread(const Proccom &process) {
     return self == process.mainthread || (self == getpid() && self != process.pid);
 }
 
+// Another thread must not wait for a lock of one that is gone.
 [[noreturn]] void leaveThread() {
+    giveBackStreamLocks();
     pthread_exit(reinterpret_cast<void *>(-1));
 }
 
@@ -134,9 +138,12 @@ void _zorAbort(int32_t cored) {
     }
 
     if (inMonitor && epilogueIsKnown(epilogue)) {
+        giveBackStreamLocks();
+        stopEndWatch();
         siglongjmp(epilogue, kMonitorAbortValue);
     }
     if (!isMain) {
+        stopEndWatch();
         leaveThread();
     }
     if (cored == 1) {
