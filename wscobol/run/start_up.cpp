@@ -64,9 +64,11 @@ void logStart() {
                   (_zorProccom->state & PROCCOM_PREINIT) != 0 ? 1 : 0, _zorProccom->cache);
 }
 
-// Tracebacks and thread exits need the unwinder; it is loaded ahead of any failure.
+// Tracebacks and thread exits need the unwinder; it is loaded ahead of any failure. The name that
+// x86 systems have comes first: the search for one that is not there costs more than the rest of the
+// start.
 void loadUnwinder() {
-    for (const char *name : {"libgcc_s.so.2", "libgcc_s.so.1"}) {
+    for (const char *name : {"libgcc_s.so.1", "libgcc_s.so.2"}) {
         if (dlopen(name, RTLD_NOW | RTLD_GLOBAL) != nullptr) {
             return;
         }
