@@ -80,7 +80,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         {"ERRCOUNT=2147483648", defaults, "182"},
         {"CHECK=MAYBE", defaults, "172"},
         {"FOO,FOO=1,=,NOCHECK", "02000000 c0000000 0 [] 00000000", "171 171 171"},
-        {repeated("NOCHECK:", 20000) + "UPSI=01010101", "02000000 c0000000 0 [] 01010101", ""},
+        {repeated("NOCHECK:", 16000) + "UPSI=01010101", "02000000 c0000000 0 [] 01010101", ""},
         {repeated("A", 100000) + ",NODEBUG", "08000000 c0000000 0 [] 00000000", "171"},
     };
     for (const Case &row : cases) {

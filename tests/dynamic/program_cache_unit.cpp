@@ -1,0 +1,119 @@
+// Unloading and eviction, with programs listed as the loader lists them.
+#include <array>
+#include <dlfcn.h>
+#include <string>
+
+#include "cpm.h"
+#include "dynamic/program_cache.h"
+#include "dynamic/program_list.h"
+#include "support/kit.h"
+
+using namespace zor;
+
+namespace {
+
+class CachedPrograms : public testing::Test {
+protected:
+    CachedPrograms() {
+        unit_.plle = createProgramList(nullptr);
+        process_.plle = createCachedProgramList();
+        unit_.plle->parent = process_.plle;
+        process_.runcom = &unit_;
+        saved_ = _zorProccom;
+        _zorProccom = &process_;
+    }
+    ~CachedPrograms() override {
+        _zorProccom = saved_;
+        hashTableDestroy(unit_.plle);
+        hashTableDestroy(process_.plle);
+    }
+
+    LLE *cache(kit::Program &program) {
+        LLE lle{};
+        lle.load = dlopen("libm.so.6", RTLD_NOW); // any file that can be opened time and again
+        lle.entry = &program;
+        lle.name = program.pcb.name;
+        lle.namelen = program.pcb.namelen;
+        lle.pcb = &program.pcb;
+        lle.ipcb = program.ipcb;
+        lle.flags = LLE_OPENED_HERE;
+        LLE *listed = insertProgram(unit_.plle, lle, ProgramPlace::parentList);
+        program.pcb.lle = listed;
+        return listed;
+    }
+    void call(const char *name) {
+        lookupProgram(unit_.plle, name, static_cast<uint32_t>(std::string(name).size()),
+                      Touch::withParent, true);
+    }
+    void endRunUnit() {
+        hashTableEmpty(unit_.plle);
+        process_.runcom = nullptr;
+    }
+    static bool isUnloaded(const LLE &lle) {
+        return lle.entry == nullptr && lle.load == nullptr && lle.pcb == nullptr &&
+               lle.ipcb == nullptr;
+    }
+
+    kit::Program a_{"A"};
+    kit::Program b_{"B", 2};
+    kit::Program c_{"C"};
+    Proccom process_{};
+    Runcom unit_{};
+    Proccom *saved_ = nullptr;
+};
+
+} // namespace
+
+TEST_F(CachedPrograms, StayListedWhileARunUnitIsActive) {
+    const LLE *a = cache(a_);
+    const LLE *b = cache(b_);
+    EXPECT_EQ(_zor_cpm_unload("A"), 1);
+    EXPECT_TRUE(isUnloaded(*a));
+    EXPECT_EQ(a_.pcb.lle, nullptr);
+    EXPECT_FALSE(isUnloaded(*b));
+    ZOR_CPM_DISABLE();
+    EXPECT_TRUE(isUnloaded(*b));
+    EXPECT_EQ(process_.plle->entries, 2U);
+
+    endRunUnit();
+    EXPECT_EQ(_zor_cpm_unload("A"), 1);
+    EXPECT_EQ(_zor_cpm_unload("A"), 0);
+    _zor_cpm_destroy();
+    EXPECT_TRUE(hashTableIsEmpty(process_.plle));
+}
+
+TEST_F(CachedPrograms, AreEvictedInTheOrderOfTheirCalls) {
+    const LLE *a = cache(a_);
+    const LLE *b = cache(b_);
+    const LLE *c = cache(c_);
+    call("A");
+    b_.ipcb[2].ent = 1; // least recently called, but its nested program is active
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(*c));
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(*a));
+    EXPECT_FALSE(evictCachedProgram()); // or the loader would try for ever
+    b_.ipcb[2].ent = 0;
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(*b));
+
+    endRunUnit();
+    _zor_cpm_destroy();
+    cache(a_);
+    hashTableEmpty(unit_.plle);
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(hashTableIsEmpty(process_.plle));
+}
+
+TEST_F(CachedPrograms, TellOfAFileThatDoesNotClose) {
+    LLE *a = cache(a_);
+    void *const file = a->load;
+    dlclose(file); // the file stays in memory, since the test program itself needs it
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(ZOR_CPM_UNLOAD("A"), 1);
+    const std::string text = testing::internal::GetCapturedStderr();
+    std::array<char, 64> expected{};
+    snprintf(expected.data(), expected.size(), "CPM: dlclose(%p) for A error: ", file);
+    EXPECT_EQ(text.find(expected.data()), 0U) << text;
+    EXPECT_TRUE(isUnloaded(*a));
+}
