@@ -31,7 +31,8 @@ protected:
     static void TearDownTestSuite() { delete directory; }
 
     static kit::ChildResult select(const char *locale, const char *ebcdic) {
-        kit::Environment environment = {{"LOCPATH", directory->path()}, {"LC_ALL", locale}};
+        kit::Environment environment = {
+            {"LOCPATH", directory->path()}, {"LC_ALL", locale}, {"LANG", locale}};
         if (ebcdic != nullptr) {
             environment.emplace_back("EBCDIC_CODEPAGE", ebcdic);
         }
@@ -107,7 +108,7 @@ TEST_F(Selection, RunsOnce) {
             _zorcSetCodePages();
             printf("%s", _zorProccom->ebcdicname);
         },
-        {{"LC_ALL", "C"}});
+        kit::Environment{{"LC_ALL", "C"}});
     EXPECT_EQ(result.out, "QBX-1140");
 }
 

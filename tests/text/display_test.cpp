@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstring>
+#include <fcntl.h>
 #include <sstream>
 #include <thread>
 
@@ -183,16 +184,16 @@ TEST(Display, Devices) {
     kit::TemporaryDirectory directory;
     const auto result = kit::runChild(
         [] {
-            for (const uint8_t device : {1, 2, 3}) {
+            for (uint8_t device = DISPLAY_ON_SYSOUT; device <= DISPLAY_ON_SYSPUNCH; ++device) {
                 const std::string text = "to " + std::to_string(device);
                 DisplayItem item = textItem(text);
                 const DisplayControl control = displayOn(device, 1);
                 _zorcDisplay(&control, &item);
             }
         },
-        {{"SYSOUT", directory.file("out")},
-         {"CONSOLE", directory.file("console")},
-         {"SYSPUNCH", directory.file("punch")}});
+        kit::Environment{{"SYSOUT", directory.file("out")},
+                         {"CONSOLE", directory.file("console")},
+                         {"SYSPUNCH", directory.file("punch")}});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(kit::readFile(directory.file("out")), "to 1\n");
     EXPECT_EQ(kit::readFile(directory.file("console")), "to 2\n");
@@ -269,7 +270,7 @@ TEST(Display, FullDiskLosesTheItemsAlone) {
             kit::display(large);
             fputs("went on", stderr);
         },
-        {{"SYSOUT", "/dev/full"}});
+        kit::Environment{{"SYSOUT", "/dev/full"}});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "went on");
 }
