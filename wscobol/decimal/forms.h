@@ -24,6 +24,8 @@ struct Packed {
     static constexpr const char *kShiftName = "packed";
 
     static constexpr int32_t bytes(int32_t digits) { return digits / 2 + 1; }
+    // Digits read: the pad nibble of an even count is one.
+    static constexpr int32_t places(int32_t digits) { return digits / 2 * 2 + 1; }
 
     static uint8_t *signByte(uint8_t *item, int32_t digits) { return item + digits / 2; }
     static const uint8_t *signByte(const uint8_t *item, int32_t digits) {
@@ -59,6 +61,7 @@ template <SignKind sign, bool leading> struct Zoned {
 
     // Length in bytes with the sign byte.
     static constexpr int32_t bytes(int32_t digits) { return digits + kSeparateBytes; }
+    static constexpr int32_t places(int32_t digits) { return digits; }
 
     static uint8_t *digitBytes(uint8_t *item) { return item + kDigitsAt; }
     static const uint8_t *digitBytes(const uint8_t *item) { return item + kDigitsAt; }

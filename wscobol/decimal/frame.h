@@ -8,6 +8,7 @@
 #ifndef ZOR_DECIMAL_FRAME_H
 #define ZOR_DECIMAL_FRAME_H
 
+#include "decimal/blocks.h"
 #include "decimal/forms.h"
 #include "decimal/options.h"
 #include "decimal/trace.h"
@@ -15,12 +16,29 @@
 
 namespace zor::decimal {
 
+// The quick test that lets nearly every operand pass validation: proper digits and a proper sign,
+// in at most 16 bytes. False says nothing.
+template <class Form> inline bool isPlainlyValid(const uint8_t *item, int32_t digits) {
+    if constexpr (Form::kSign == SignKind::packed) {
+        const int32_t bytes = Form::bytes(digits);
+        return bytes <= kBlockBytes && bytes > 0 && isPackedBlock(loadBlock(item, bytes), true);
+    } else {
+        if (digits > kBlockBytes || digits < 1) {
+            return false;
+        }
+        const uint8_t *bytes = Form::digitBytes(item);
+        constexpr uint32_t kLastByte = 1U << (kBlockBytes - 1);
+        return (zonedDigitBytes(loadBlock(bytes, digits)) | kLastByte) == 2 * kLastByte - 1 &&
+               zonedCarriesSign(bytes[digits - 1]);
+    }
+}
+
 // Validates an operand and issues message 903 when it fails. The call goes on with the data as it
 // stands if the message service returns.
 template <class Form>
 inline void checkOperand(const uint8_t *item, int32_t digits,
                          Strictness strictness = Strictness::lenient) {
-    if (Form::isInvalid(item, digits, strictness)) {
+    if (!isPlainlyValid<Form>(item, digits) && Form::isInvalid(item, digits, strictness)) {
         message::invalidDecimalData();
     }
 }

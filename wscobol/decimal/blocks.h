@@ -1,0 +1,175 @@
+// Blocks of 16 bytes of a digit string, right-aligned: a short string has zero bytes in front. The
+// lanes hold the bytes in the order of storage. No access goes beyond the string.
+#ifndef ZOR_DECIMAL_BLOCKS_H
+#define ZOR_DECIMAL_BLOCKS_H
+
+#include <cstdint>
+#include <emmintrin.h>
+
+#include "decimal/words.h"
+
+namespace zor::decimal {
+
+inline constexpr int32_t kBlockBytes = 16;
+
+inline __m128i loadFull(const uint8_t *address) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
+}
+inline void storeFull(uint8_t *address, __m128i block) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(address), block);
+}
+inline __m128i loadHalf(const uint8_t *address) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(address));
+}
+inline void storeHalf(uint8_t *address, __m128i block) {
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(address), block);
+}
+inline __m128i bitCount(int32_t bytes) {
+    return _mm_cvtsi32_si128(8 * bytes);
+}
+
+// The 1 to 4 bytes of a string as the low end of a number.
+inline uint32_t loadShort(const uint8_t *address, int32_t bytes) {
+    if (bytes == 1) {
+        return address[0];
+    }
+    // Two loads that overlap for three bytes, and agree where they do.
+    const uint32_t high = __builtin_bswap16(loadWord<uint16_t>(address));
+    const uint32_t low = __builtin_bswap16(loadWord<uint16_t>(address + bytes - 2));
+    return high << (8 * (bytes - 2)) | low;
+}
+
+// A string of 1 to 16 bytes. Longer ones are loaded by two loads that overlap; the shift drops what
+// both hold.
+inline __m128i loadBlock(const uint8_t *address, int32_t bytes) {
+    if (bytes == kBlockBytes) {
+        return loadFull(address);
+    }
+    if (bytes >= 8) {
+        const __m128i low = loadHalf(address + bytes - 8);
+        const __m128i high = _mm_sll_epi64(loadHalf(address), bitCount(kBlockBytes - bytes));
+        return _mm_unpacklo_epi64(high, low);
+    }
+    if (bytes >= 4) {
+        const __m128i low = _mm_cvtsi32_si128(loadWord<int32_t>(address + bytes - 4));
+        const __m128i high =
+            _mm_sll_epi32(_mm_cvtsi32_si128(loadWord<int32_t>(address)), bitCount(8 - bytes));
+        return _mm_slli_si128(_mm_unpacklo_epi32(high, low), 8);
+    }
+    const uint32_t word = __builtin_bswap32(loadShort(address, bytes));
+    return _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int32_t>(word)), 12);
+}
+
+// Stores the last bytes, 1 to 16, of a block. The high part is stored first; the store of the low
+// part overwrites the bytes behind it.
+inline void storeBlock(uint8_t *address, int32_t bytes, __m128i block) {
+    if (bytes == kBlockBytes) {
+        storeFull(address, block);
+        return;
+    }
+    const __m128i low = _mm_srli_si128(block, 8);
+    if (bytes >= 8) {
+        storeHalf(address, _mm_srl_epi64(block, bitCount(kBlockBytes - bytes)));
+        storeHalf(address + bytes - 8, low);
+    } else if (bytes >= 4) {
+        storeWord(address, _mm_cvtsi128_si32(_mm_srl_epi32(low, bitCount(8 - bytes))));
+        storeWord(address + bytes - 4, _mm_cvtsi128_si32(_mm_srli_si128(block, 12)));
+    } else {
+        auto word = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(block, 12)));
+        for (word >>= 8 * (4 - bytes); bytes > 0; --bytes, word >>= 8) {
+            *address++ = static_cast<uint8_t>(word);
+        }
+    }
+}
+
+// Packed digits moved by one digit towards the units, and towards the high end. The second argument
+// holds the bytes one place before, respectively behind, those of the block.
+inline __m128i shiftDigitRight(__m128i block, __m128i before) {
+    const __m128i low = _mm_set1_epi8(0x0F);
+    return _mm_or_si128(_mm_and_si128(_mm_srli_epi16(block, 4), low),
+                        _mm_andnot_si128(low, _mm_slli_epi16(before, 4)));
+}
+inline __m128i shiftDigitLeft(__m128i block, __m128i behind) {
+    const __m128i low = _mm_set1_epi8(0x0F);
+    return _mm_or_si128(_mm_andnot_si128(low, _mm_slli_epi16(block, 4)),
+                        _mm_and_si128(_mm_srli_epi16(behind, 4), low));
+}
+
+// 32 packed digits, without a sign, as four limbs of eight digits, limb 0 the units.
+inline __m128i limbsOfDigits(__m128i digits) {
+    const __m128i tens = _mm_and_si128(_mm_srli_epi16(digits, 4), _mm_set1_epi8(0x0F));
+    const __m128i times6 = _mm_add_epi8(_mm_slli_epi16(tens, 2), _mm_slli_epi16(tens, 1));
+    const __m128i pairs = _mm_sub_epi8(digits, times6); // bytes of 0 to 99
+    const __m128i high = _mm_and_si128(pairs, _mm_set1_epi16(0xFF));
+    const __m128i quads = _mm_add_epi16(_mm_mullo_epi16(high, _mm_set1_epi16(100)), // 0 to 9999
+                                        _mm_srli_epi16(pairs, 8));
+    const __m128i limbs = _mm_madd_epi16(quads, _mm_set1_epi32(1 << 16 | 10000));
+    return _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 2, 3));
+}
+
+// Four limbs as 32 packed digits. Each step splits the lanes in two: by 10000, 100 and 10.
+inline __m128i digitsOfLimbs(__m128i limbs) {
+    limbs = _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 2, 3));
+    const __m128i kBy10000 = _mm_set1_epi32(static_cast<int32_t>(0xD1B71759)); // 2^45 / 10000
+    const __m128i even = _mm_srli_epi64(_mm_mul_epu32(limbs, kBy10000), 45);
+    const __m128i odd = _mm_srli_epi64(_mm_mul_epu32(_mm_srli_epi64(limbs, 32), kBy10000), 45);
+    const __m128i high = _mm_or_si128(even, _mm_slli_epi64(odd, 32));
+    const __m128i low = _mm_sub_epi32(limbs, _mm_madd_epi16(high, _mm_set1_epi32(10000)));
+    const __m128i quads = _mm_or_si128(high, _mm_slli_epi32(low, 16));
+    const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3);
+    const __m128i rest = _mm_sub_epi16(quads, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
+    const __m128i pairs = _mm_or_si128(hundreds, _mm_slli_epi16(rest, 8));
+    // The tens of both pairs of a lane.
+    const __m128i kTenth = _mm_set1_epi16(6554); // 2^16 / 10
+    const __m128i tens = _mm_or_si128(_mm_mulhi_epu16(hundreds, kTenth),
+                                      _mm_slli_epi16(_mm_mulhi_epu16(rest, kTenth), 8));
+    const __m128i times6 = _mm_add_epi8(_mm_slli_epi16(tens, 2), _mm_slli_epi16(tens, 1));
+    return _mm_add_epi8(pairs, times6);
+}
+
+// 16 zoned bytes, the zones dropped, as two limbs in the low lanes.
+inline __m128i limbsOfZoned(__m128i block) {
+    const __m128i digits = _mm_and_si128(block, _mm_set1_epi8(0x0F));
+    const __m128i high = _mm_and_si128(digits, _mm_set1_epi16(0xFF));
+    const __m128i pairs =
+        _mm_add_epi16(_mm_mullo_epi16(high, _mm_set1_epi16(10)), _mm_srli_epi16(digits, 8));
+    const __m128i quads = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i packed = _mm_packs_epi32(quads, quads);
+    const __m128i limbs = _mm_madd_epi16(packed, _mm_set1_epi32(1 << 16 | 10000));
+    return _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 0, 1));
+}
+
+// 32 packed digits as 32 zoned bytes, the high 16 and the low 16.
+struct ZonedBlocks {
+    __m128i high;
+    __m128i low;
+};
+inline ZonedBlocks zonedOfDigits(__m128i digits) {
+    const __m128i zone = _mm_set1_epi8(0x30);
+    const __m128i nibble = _mm_set1_epi8(0x0F);
+    const __m128i tens = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(digits, 4), nibble), zone);
+    const __m128i ones = _mm_or_si128(_mm_and_si128(digits, nibble), zone);
+    return {_mm_unpacklo_epi8(tens, ones), _mm_unpackhi_epi8(tens, ones)};
+}
+
+// Whether a packed block has decimal digits and a proper sign in its last nibble, or, for a block
+// in front of another, digits alone.
+inline bool isPackedBlock(__m128i block, bool hasSign) {
+    const __m128i above = _mm_and_si128(
+        _mm_and_si128(block, _mm_or_si128(_mm_slli_epi16(block, 1), _mm_slli_epi16(block, 2))),
+        _mm_set1_epi8(static_cast<char>(0x88)));
+    const __m128i expected = _mm_slli_si128(_mm_cvtsi32_si128(hasSign ? 0x08 : 0), 15);
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(above, expected)) == 0xFFFF;
+}
+
+// Bit i is set when byte i of the block is "0" to "9" or 0x00.
+inline uint32_t zonedDigitBytes(__m128i block) {
+    const __m128i digits = _mm_xor_si128(block, _mm_set1_epi8(0x30));
+    const __m128i plain = _mm_cmpeq_epi8(_mm_min_epu8(digits, _mm_set1_epi8(9)), digits);
+    const __m128i null = _mm_cmpeq_epi8(block, _mm_setzero_si128());
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(plain, null)));
+}
+
+} // namespace zor::decimal
+
+#endif

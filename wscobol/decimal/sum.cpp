@@ -1,0 +1,235 @@
+// ADD and SUB of packed and zoned items, and the increments in place by a binary value.
+#include <algorithm>
+#include <cstring>
+
+#include "decimal.h"
+#include "decimal/arith_frame.h"
+#include "decimal/limbs.h"
+#include "decimal/sum_words.h"
+
+namespace zor::decimal {
+namespace {
+
+// ---- any length and any data: a packed byte or a zoned digit a step
+
+template <class Form> struct Unit;
+
+// A packed byte stands for two digits; the last one for ten times its digit, sign left out.
+template <> struct Unit<Packed> {
+    static constexpr int kBase = 100;
+    static constexpr uint8_t kZero = 0;
+    static int value(uint8_t byte) { return std::min<int>(pairToValue[byte], kBase - 1); }
+    static int lastValue(uint8_t byte) { return value(byte & 0xF0U); }
+    static uint8_t byte(int value) { return valueToPair[static_cast<unsigned>(value)]; }
+    static bool isLeadingZero(uint8_t byte) { return byte == 0; }
+    static void finish(uint8_t *target, int32_t digits) { Packed::clearPad(target, digits); }
+};
+
+template <> struct Unit<ZonedTrailing> {
+    static constexpr int kBase = 10;
+    static constexpr uint8_t kZero = kZone;
+    static int value(uint8_t byte) { return byte & 0x0F; }
+    static int lastValue(uint8_t byte) { return zonedDigitValue(byte); }
+    static uint8_t byte(int value) { return static_cast<uint8_t>(kZone | (value & 0x0F)); }
+    static bool isLeadingZero(uint8_t byte) { return (byte & 0x0FU) == 0; }
+    static void finish(uint8_t *, int32_t) {}
+};
+
+// The significant bytes of an operand.
+template <class Form> struct Magnitude {
+    Magnitude(const uint8_t *item, int32_t digits) : first(item), bytes(Form::bytes(digits)) {
+        while (bytes > 1 && Unit<Form>::isLeadingZero(*first)) {
+            ++first;
+            --bytes;
+        }
+    }
+    // The value of a unit, counted from the last byte.
+    int unit(int32_t fromEnd) const {
+        const uint8_t byte = first[bytes - 1 - fromEnd];
+        return fromEnd == 0 ? Unit<Form>::lastValue(byte) : Unit<Form>::value(byte);
+    }
+    bool isBelow(const Magnitude &other) const {
+        if (bytes != other.bytes) {
+            return bytes < other.bytes;
+        }
+        for (int32_t at = bytes - 1; at >= 0; --at) {
+            if (unit(at) != other.unit(at)) {
+                return unit(at) < other.unit(at);
+            }
+        }
+        return false;
+    }
+
+    const uint8_t *first;
+    int32_t bytes;
+};
+
+// Stores the sum or difference of two magnitudes, the longer or not smaller one first, in the low
+// bytes of the target and gives the bytes stored. Sign +1 adds, -1 subtracts. A byte of the longer
+// one that no carry reaches is copied as it is.
+template <class Form>
+void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8_t *target,
+             int32_t targetBytes) {
+    using U = Unit<Form>;
+    uint8_t *end = target + targetBytes;
+    int carry = 0;
+    int32_t at = 0;
+    for (; at < targetBytes && at < a.bytes; ++at) {
+        const bool common = at < b.bytes;
+        if (!common && carry == 0) {
+            break;
+        }
+        int value = a.unit(at) + sign * ((common ? b.unit(at) : 0) + carry);
+        carry = value < 0 || value >= U::kBase ? 1 : 0;
+        value -= sign * carry * U::kBase;
+        end[-1 - at] = U::byte(value);
+    }
+    if (at < targetBytes && at < a.bytes) {
+        const int32_t rest = std::min(targetBytes, a.bytes) - at;
+        std::memmove(end - at - rest, a.first + a.bytes - at - rest, static_cast<size_t>(rest));
+        at += rest;
+    }
+    if (at < targetBytes && carry != 0 && sign > 0) {
+        ++at;
+        end[-at] = U::byte(1);
+    }
+    std::memset(target, U::kZero, static_cast<size_t>(targetBytes - at));
+}
+
+template <class Form>
+[[gnu::noinline]] void sumByUnits(bool subtract, const uint8_t *op1, int32_t op1Digits,
+                                  const uint8_t *op2, int32_t op2Digits, uint8_t *target,
+                                  int32_t targetDigits) {
+    const Magnitude<Form> a(op1, op1Digits);
+    const Magnitude<Form> b(op2, op2Digits);
+    bool negative = Form::isNegative(op1, op1Digits);
+    const bool negative2 = Form::isNegative(op2, op2Digits) != subtract;
+    const int32_t targetBytes = Form::bytes(targetDigits);
+    if (negative == negative2) {
+        const bool swap = a.bytes < b.bytes;
+        combine(swap ? b : a, swap ? a : b, +1, target, targetBytes);
+    } else if (a.isBelow(b)) {
+        negative = negative2;
+        combine(b, a, -1, target, targetBytes);
+    } else {
+        combine(a, b, -1, target, targetBytes);
+    }
+    Form::storeSign(target, targetDigits, negative);
+    Unit<Form>::finish(target, targetDigits);
+}
+
+// An operand failed the quick test, or is long: told properly ahead of the slow way.
+template <class Form>
+[[gnu::noinline]] void sumWithChecks(bool subtract, const uint8_t *op1, int32_t op1Digits,
+                                     const uint8_t *op2, int32_t op2Digits, uint8_t *target,
+                                     int32_t targetDigits) {
+    checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
+    sumByUnits<Form>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+}
+
+// target = op1 + op2 or op1 - op2. Well-formed operands need no other test than that of the words.
+template <class Form, bool subtract>
+inline void sum(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits,
+                uint8_t *target, int32_t targetDigits) {
+    const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
+    bool done = false;
+    if (longest <= 4) {
+        done = sumByWords<Form, 1>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    } else if (longest <= 8) {
+        done = sumByWords<Form, 2>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    } else if (longest <= 16) {
+        done = sumByWords<Form, 4>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    } else if (longest <= 32) {
+        done = sumByWords<Form, 8>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    }
+    if (!done) {
+        sumWithChecks<Form>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    }
+}
+
+// ---- binary increments
+
+constexpr int32_t kMaxBinaryDigits = 20; // of a 64-bit magnitude
+
+// The value becomes an operand of few digits, and the increment a sum whose target is the first
+// operand.
+template <class Form, bool subtract>
+void sumBinary(uint8_t *accumulator, int32_t digits, int64_t value) {
+    if (value == 0) {
+        if ((loadBcdOptions() & NOVALIDATE_ARITH) == 0) {
+            checkOperand<Form>(accumulator, digits);
+        }
+        return;
+    }
+    const uint64_t magnitude =
+        value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+    uint32_t limbs[kBlockLimbs] = {};
+    int32_t operandDigits = kLimbDigits - 1;
+    if (magnitude < kLimbBase / 10) {
+        limbs[0] = static_cast<uint32_t>(magnitude);
+    } else {
+        const uint64_t high = magnitude / kLimbBase;
+        limbs[0] = static_cast<uint32_t>(magnitude - high * kLimbBase);
+        limbs[1] = static_cast<uint32_t>(high % kLimbBase);
+        limbs[2] = static_cast<uint32_t>(high / kLimbBase);
+        operandDigits = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
+    }
+    uint8_t operand[kMaxBinaryDigits];
+    LimbRules<Form>::store(limbs, kBlockLimbs, value < 0, operand, operandDigits);
+    sum<Form, subtract>(accumulator, digits, operand, operandDigits, accumulator, digits);
+}
+
+template <class Form, bool subtract, class Integer>
+[[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, uint8_t *accumulator,
+                                                      int32_t digits, Integer value) {
+    const bool traced = (loadBcdOptions() & TRACE) != 0;
+    if (traced) {
+        ZOR_BCD_TRACE("%s", header);
+        traceOperand<Form>("op1: ", LabelStyle::colon, accumulator, digits);
+        ZOR_BCD_TRACE("op2: %lld\n", static_cast<long long>(value));
+    }
+    sumBinary<Form, subtract>(accumulator, digits, value);
+    if (traced) {
+        traceOperand<Form>("dst: ", LabelStyle::colon, accumulator, digits);
+    }
+    return accumulator;
+}
+
+template <class Form, bool subtract, class Integer>
+inline uint8_t *incrementFrame(const char *header, uint8_t *accumulator, int32_t digits,
+                               Integer value) {
+    if (optionsNeedAttention()) {
+        return tracedIncrement<Form, subtract>(header, accumulator, digits, value);
+    }
+    sumBinary<Form, subtract>(accumulator, digits, value);
+    return accumulator;
+}
+
+} // namespace
+} // namespace zor::decimal
+
+using namespace zor::decimal;
+
+#define ZOR_SUM(name, Form, subtract, header)                                                      \
+    uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
+                  int32_t op2Digits, int32_t op1Digits) {                                          \
+        return binaryFrame<Form, sum<Form, subtract>>(header, op1, op2, target, targetDigits,      \
+                                                      op2Digits, op1Digits);                       \
+    }
+ZOR_SUM(_zorcBCD_ADD_Pckd, Packed, false, "add packed...\n")
+ZOR_SUM(_zorcBCD_SUB_Pckd, Packed, true, "sub packed...\n")
+ZOR_SUM(_zorcBCD_ADD_Znd, ZonedTrailing, false, "add zoned...\n")
+ZOR_SUM(_zorcBCD_SUB_Znd, ZonedTrailing, true, "sub zoned...\n")
+
+#define ZOR_INCREMENT(name, Integer, Form, subtract, header)                                       \
+    uint8_t *name(uint8_t *accumulator, int32_t digits, Integer value) {                           \
+        return incrementFrame<Form, subtract>(header, accumulator, digits, value);                 \
+    }
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int8, int64_t, Packed, false, "inc packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int4, int32_t, Packed, false, "inc packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int8, int64_t, Packed, true, "dec packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int4, int32_t, Packed, true, "dec packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int8, int64_t, ZonedTrailing, false, "inc zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int4, int32_t, ZonedTrailing, false, "inc zoned_32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int8, int64_t, ZonedTrailing, true, "dec zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int4, int32_t, ZonedTrailing, true, "dec zoned_int32...\n")
