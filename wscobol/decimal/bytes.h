@@ -1,0 +1,121 @@
+// Short byte strings, the lengths that decimal items have: move, fill and compare without a call,
+// in overlapping steps of 16, 8, 4 and 2 bytes. Lengths may be 0.
+#ifndef ZOR_DECIMAL_BYTES_H
+#define ZOR_DECIMAL_BYTES_H
+
+#include <cstdint>
+#include <cstring>
+#include <emmintrin.h>
+
+#include "decimal/words.h"
+
+namespace zor::decimal {
+
+inline __m128i load16(const uint8_t *address) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
+}
+inline __m128i load8(const uint8_t *address) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(address));
+}
+inline void store16(uint8_t *address, __m128i bytes) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(address), bytes);
+}
+inline void store8(uint8_t *address, __m128i bytes) {
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(address), bytes);
+}
+
+// As memmove: all is loaded before anything is stored.
+inline void moveBytes(uint8_t *target, const uint8_t *source, int32_t length) {
+    if (length >= 16) {
+        if (length > 32) {
+            std::memmove(target, source, static_cast<size_t>(length));
+            return;
+        }
+        const __m128i head = load16(source);
+        const __m128i tail = load16(source + length - 16);
+        store16(target, head);
+        store16(target + length - 16, tail);
+    } else if (length >= 8) {
+        const __m128i head = load8(source);
+        const __m128i tail = load8(source + length - 8);
+        store8(target, head);
+        store8(target + length - 8, tail);
+    } else if (length >= 4) {
+        const auto head = loadWord<uint32_t>(source);
+        const auto tail = loadWord<uint32_t>(source + length - 4);
+        storeWord(target, head);
+        storeWord(target + length - 4, tail);
+    } else if (length >= 2) {
+        const auto head = loadWord<uint16_t>(source);
+        const uint8_t tail = source[length - 1];
+        storeWord(target, head);
+        target[length - 1] = tail;
+    } else if (length == 1) {
+        target[0] = source[0];
+    }
+}
+
+inline void fillBytes(uint8_t *target, uint8_t value, int32_t length) {
+    const uint32_t word = value * 0x01010101U;
+    if (length >= 16) {
+        const __m128i block = _mm_set1_epi32(static_cast<int>(word));
+        for (int32_t at = 0; at <= length - 16; at += 16) {
+            store16(target + at, block);
+        }
+        store16(target + length - 16, block);
+    } else if (length >= 4) {
+        for (int32_t at = 0; at <= length - 4; at += 4) {
+            storeWord(target + at, word);
+        }
+        storeWord(target + length - 4, word);
+    } else {
+        for (int32_t at = 0; at < length; ++at) {
+            target[at] = value;
+        }
+    }
+}
+
+// As memcmp. Only the sign of the result has a meaning.
+inline int32_t compareBytes(const uint8_t *left, const uint8_t *right, int32_t length) {
+    constexpr unsigned kAllEqual = 0xFFFF;
+    const auto equalBytes = [](__m128i a, __m128i b) {
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)));
+    };
+    for (; length >= 16; left += 16, right += 16, length -= 16) {
+        const unsigned equal = equalBytes(load16(left), load16(right));
+        if (equal != kAllEqual) {
+            const int at = __builtin_ctz(~equal);
+            return left[at] - right[at];
+        }
+    }
+    if (length >= 8) {
+        const unsigned equal =
+            equalBytes(_mm_unpacklo_epi64(load8(left), load8(left + length - 8)),
+                       _mm_unpacklo_epi64(load8(right), load8(right + length - 8)));
+        if (equal == kAllEqual) {
+            return 0;
+        }
+        int at = __builtin_ctz(~equal);
+        at += at < 8 ? 0 : length - 16;
+        return left[at] - right[at];
+    }
+    if (length >= 4) {
+        uint32_t a = loadDigits(left);
+        uint32_t b = loadDigits(right);
+        if (a == b) {
+            a = loadDigits(left + length - 4);
+            b = loadDigits(right + length - 4);
+        }
+        return static_cast<int32_t>(a > b) - static_cast<int32_t>(a < b);
+    }
+    for (; length > 0; ++left, ++right, --length) {
+        if (*left != *right) {
+            return *left - *right;
+        }
+    }
+    return 0;
+}
+
+} // namespace zor::decimal
+
+#endif

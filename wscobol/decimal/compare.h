@@ -1,0 +1,55 @@
+// The two compare cores. The result is negative, 0 or positive as op1 is below, equal to or above
+// op2; only its sign has a meaning. Positive and negative zero are equal. With magnitudeOnly the
+// absolute values are compared.
+#ifndef ZOR_DECIMAL_COMPARE_H
+#define ZOR_DECIMAL_COMPARE_H
+
+#include <cstdint>
+
+#include "decimal/bytes.h"
+#include "decimal/digits.h"
+#include "decimal/forms.h"
+
+namespace zor::decimal {
+
+// The uncommon cases of the cores: different lengths, or opposite signs.
+int32_t packedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                            int32_t op2Digits, bool magnitudeOnly);
+int32_t zonedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                           int32_t op2Digits, bool magnitudeOnly);
+
+inline int32_t packedCompare(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                             int32_t op2Digits, bool magnitudeOnly) {
+    const int32_t bytes = Packed::bytes(op1Digits);
+    if (bytes == Packed::bytes(op2Digits)) {
+        const uint8_t last1 = op1[bytes - 1];
+        const uint8_t last2 = op2[bytes - 1];
+        const bool negative = packedSignIsNegative(last1);
+        if (magnitudeOnly || negative == packedSignIsNegative(last2)) {
+            const int32_t order = compareBytes(op1, op2, bytes - 1);
+            const int32_t result = order != 0 ? order : (last1 >> 4) - (last2 >> 4);
+            return negative && !magnitudeOnly ? -result : result;
+        }
+    }
+    return packedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
+}
+
+inline int32_t zonedCompare(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                            int32_t op2Digits, bool magnitudeOnly) {
+    if (op1Digits == op2Digits) {
+        const uint8_t last1 = op1[op1Digits - 1];
+        const uint8_t last2 = op2[op1Digits - 1];
+        const bool negative = zonedIsNegative(last1);
+        if (magnitudeOnly || negative == zonedIsNegative(last2)) {
+            const int32_t order = compareBytes(op1, op2, op1Digits - 1);
+            const int32_t result =
+                order != 0 ? order : zonedDigitValue(last1) - zonedDigitValue(last2);
+            return negative && !magnitudeOnly ? -result : result;
+        }
+    }
+    return zonedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
+}
+
+} // namespace zor::decimal
+
+#endif

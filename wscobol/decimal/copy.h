@@ -1,0 +1,49 @@
+// The two copy cores: an item widened with zeros or narrowed by its high-order digits into another
+// of the same form. The target may overlap the source.
+#ifndef ZOR_DECIMAL_COPY_H
+#define ZOR_DECIMAL_COPY_H
+
+#include <cstdint>
+
+#include "decimal/bytes.h"
+#include "decimal/digits.h"
+#include "decimal/forms.h"
+
+namespace zor::decimal {
+
+// The low-order bytes of the source behind as many fill bytes as a longer target has left.
+inline void copyRightJustified(const uint8_t *source, int32_t sourceLength, uint8_t *target,
+                               int32_t targetLength, uint8_t fill) {
+    const int32_t extra = targetLength - sourceLength;
+    if (extra > 0) {
+        moveBytes(target + extra, source, sourceLength);
+        fillBytes(target, fill, extra);
+    } else {
+        moveBytes(target, source - extra, targetLength);
+    }
+}
+
+// Copies a packed value. The sign becomes a preferred one, a negative zero stays negative, the pad
+// nibble is cleared; the digits are not looked at.
+inline void packedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                       int32_t targetDigits) {
+    const int32_t sourceBytes = Packed::bytes(sourceDigits);
+    const int32_t targetBytes = Packed::bytes(targetDigits);
+    const uint8_t last = source[sourceBytes - 1];
+    copyRightJustified(source, sourceBytes, target, targetBytes, 0);
+    Packed::clearPad(target, targetDigits);
+    target[targetBytes - 1] = withPackedSign(last, packedSignIsNegative(last));
+}
+
+// Copies a zoned value with the sign in its last byte, which is stored anew; the other bytes are
+// copied as they are.
+inline void zonedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                      int32_t targetDigits) {
+    const uint8_t last = source[sourceDigits - 1];
+    copyRightJustified(source, sourceDigits, target, targetDigits, kZone);
+    target[targetDigits - 1] = zonedByte(zonedDigitValue(last), zonedIsNegative(last));
+}
+
+} // namespace zor::decimal
+
+#endif
