@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "cpm.h"
 #include "support/kit.h"
@@ -47,7 +48,27 @@ void reportCache() {
     std::printf("%d%d", _zor_cpm_unload("REPORT"), _zor_cpm_unload(""));
 }
 
+// Two run units, one after the other.
+void showRunUnits() {
+    for (const char *name : {"FIRST", "SECOND"}) {
+        kit::Program program(name);
+        kit::runMainProgram(program, [] {
+            std::printf("%d%s ", _zorProccom->cache, _zorProccom->plle != nullptr ? "+" : "-");
+        });
+    }
+}
+
 } // namespace
+
+TEST(ProgramCache, UndecidedIsDecidedByTheSecondRunUnit) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"", "2- 1+ "}, {"maybe", "2- 1+ "}, {"OX", "2- 1+ "}, {"1", "1+ 1+ "}, {"0", "0- 0- "}};
+    for (const auto &[mode, shown] : cases) {
+        const auto child = kit::runChild(showRunUnits, kit::Environment{{"COBOL_CPM_CACHE", mode}});
+        EXPECT_EQ(child.out, shown) << mode;
+        EXPECT_EQ(child.err, "") << mode;
+    }
+}
 
 TEST(ProgramCache, ModeFollowsTheEnvironment) {
     struct Case {

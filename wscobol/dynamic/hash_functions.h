@@ -21,7 +21,8 @@ uint32_t hashInteger64(const HashTable *table, const void *key, uint32_t length)
 class Lookup3 {
 public:
     // The value does not depend on where the key lies: words load from any address alike.
-    static uint32_t hash(const void *key, uint32_t length, uint32_t initial) {
+    [[gnu::always_inline]] static uint32_t hash(const void *key, uint32_t length,
+                                                uint32_t initial) {
         const auto *bytes = static_cast<const uint8_t *>(key);
         Lookup3 lanes(kSeed + length + initial);
         if (length < kWordBytes) {

@@ -61,7 +61,7 @@ void setSize(HashTable *table, HashElement **slots, uint32_t size, uint32_t load
 HashElement **allocateSlots(uint32_t size) {
     return size > kMostSlots
                ? nullptr
-               : static_cast<HashElement **>(allocateZeroed(size * sizeof(HashElement *)));
+               : static_cast<HashElement **>(allocateZeroed(size * sizeof *HashTable::slots));
 }
 
 // ---- chains
@@ -287,6 +287,31 @@ HashElement *insertIntoParent(HashTable *table, const HashInsertion &insertion) 
     return link;
 }
 
+// ---- the ends of a lookup
+
+inline void renew(HashTable *table, HashElement *element, Touch touch) {
+    chainMoveToFront(table, element);
+    if (touch == Touch::withParent && table->parent != nullptr) {
+        hashTableLookup(table->parent, element->key, element->keylen, touch, false);
+    }
+    if (hasMruOrder(table) && table->mruhead != element) {
+        mruUnlink(table, element);
+        mruPushFront(table, element);
+    }
+}
+
+// Apart from the lookup, so that its loop has the registers.
+[[gnu::noinline]] HashElement *linkFromParent(HashTable *table, const void *key, uint32_t keylen,
+                                              uint32_t hash, Touch touch) {
+    HashElement *target = hashTableLookup(table->parent, key, keylen, touch, true);
+    HashElement *link = target != nullptr ? obtainLink(table) : nullptr;
+    if (link != nullptr) {
+        pointLinkAt(link, target);
+        attach(table, link, hash, false);
+    }
+    return link;
+}
+
 } // namespace
 
 HashTable *hashTableCreate(const HashTableParameters &parameters) {
@@ -347,27 +372,12 @@ HashElement *hashTableLookup(HashTable *table, const void *key, uint32_t keylen,
     HashElement *element = search(table, hash, key, keylen);
     if (element != nullptr) {
         if (touch != Touch::none) {
-            chainMoveToFront(table, element);
-            if (touch == Touch::withParent && table->parent != nullptr) {
-                hashTableLookup(table->parent, key, keylen, touch, false);
-            }
-            if (hasMruOrder(table) && table->mruhead != element) {
-                mruUnlink(table, element);
-                mruPushFront(table, element);
-            }
+            renew(table, element, touch);
         }
         return element;
     }
-    if (!fallthrough || table->parent == nullptr) {
-        return nullptr;
-    }
-    HashElement *target = hashTableLookup(table->parent, key, keylen, touch, true);
-    HashElement *link = target != nullptr ? obtainLink(table) : nullptr;
-    if (link != nullptr) {
-        pointLinkAt(link, target);
-        attach(table, link, hash, false);
-    }
-    return link;
+    return fallthrough && table->parent != nullptr ? linkFromParent(table, key, keylen, hash, touch)
+                                                   : nullptr;
 }
 
 HashElement *hashTableInsert(HashTable *table, const HashInsertion &insertion) {

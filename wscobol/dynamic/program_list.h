@@ -29,7 +29,8 @@ LLE *lookupProgram(HashTable *list, const char *name, uint32_t namelen, Touch to
 
 enum class ProgramPlace : uint8_t {
     thisListAlone, // a program of this name that is listed already stays, shadowed by the new one
-    parentList,    // the parent list if there is one, with a link here; else this list
+    parentList, // the parent list if there is one, with a link here; else this list. A program of
+                // this name that is listed there already stays and is the result
 };
 
 // Inserts a copy of an LLE under its name, which is copied too: name of the copy points to that.
