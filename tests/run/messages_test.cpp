@@ -267,7 +267,7 @@ TEST(Messages, ThoseOfSeveralThreadsStayApart) {
             inRunUnit([] {
                 const auto issue = [](char name) {
                     const std::string insert(40, name);
-                    for (int i = 0; i < 100; ++i) {
+                    for (int i = 0; i < 2000; ++i) {
                         _zorWriteERRmsg(171, kInformational, insert.c_str());
                     }
                 };
@@ -280,7 +280,7 @@ TEST(Messages, ThoseOfSeveralThreadsStayApart) {
         },
         Environment{{"LC_ALL", "C.UTF-8"}});
     std::size_t at = 0;
-    for (int count = 0; count < 300; ++count) {
+    for (int count = 0; count < 6000; ++count) {
         ASSERT_LT(at + 9, result.err.size());
         const char name = result.err[at + 9];
         const std::string message = "ZOR171I  " + std::string(40, name) +
