@@ -3,6 +3,7 @@
 #include <csetjmp>
 #include <csignal>
 #include <ctime>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "abort.h"
@@ -64,6 +65,37 @@ FILE *messageStream(Proccom &process) {
     }
     return standardFile(StandardFile::cobmsgs);
 }
+
+// A call of address 0 leaves no frame that can be walked. While this lives, the context says that
+// the called nothing came back, so that the call chain begins with the caller.
+class NullCallHidden {
+public:
+    explicit NullCallHidden(void *context) {
+        if (context == nullptr || interruptedAddress(context) != nullptr) {
+            return;
+        }
+        greg_t *registers = static_cast<ucontext_t *>(context)->uc_mcontext.gregs;
+        greg_t caller = 0;
+        const iovec target{&caller, sizeof caller};
+        const iovec top{reinterpret_cast<void *>(registers[REG_ESP]), sizeof caller};
+        if (process_vm_readv(getpid(), &target, 1, &top, 1, 0) == sizeof caller) {
+            registers[REG_EIP] = caller;
+            registers[REG_ESP] += static_cast<greg_t>(sizeof caller);
+            registers_ = registers;
+        }
+    }
+    ~NullCallHidden() {
+        if (registers_ != nullptr) {
+            registers_[REG_EIP] = 0;
+            registers_[REG_ESP] -= static_cast<greg_t>(sizeof(greg_t));
+        }
+    }
+    NullCallHidden(const NullCallHidden &) = delete;
+    NullCallHidden &operator=(const NullCallHidden &) = delete;
+
+private:
+    greg_t *registers_ = nullptr;
+};
 
 // Message 995; the message service unlocks the stream that it finds locked here.
 void tellSignal(Proccom &process, const char *name, void *address) {
@@ -159,7 +191,10 @@ void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
             suppressSystemCore();
         }
     }
-    printTraceback(stderr);
+    {
+        const NullCallHidden hidden(context);
+        printTraceback(stderr);
+    }
     tellSignal(*process, name, interruptedAddress(context));
     errorLock.release();
     endRun(*process, unit, signo, cored);

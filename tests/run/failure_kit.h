@@ -1,0 +1,48 @@
+// What a failed child leaves behind, in a form that can be compared.
+#ifndef ZOR_TESTS_RUN_FAILURE_KIT_H
+#define ZOR_TESTS_RUN_FAILURE_KIT_H
+
+#include <regex>
+#include <string>
+
+#include "support/kit.h"
+
+namespace failure {
+
+inline constexpr int kSignalled = 128; // of kit::ChildResult, a signal's number is added
+
+// The library's own signal handling must meet the signals, also under a sanitizer.
+inline kit::ChildOptions options(kit::Environment environment) {
+    kit::ChildOptions result;
+    result.environment = std::move(environment);
+    result.environment.emplace_back("ASAN_OPTIONS",
+                                    "handle_segv=0:handle_sigfpe=0:handle_sigill=0:handle_sigbus=0:"
+                                    "handle_abort=0:use_sigaltstack=0:detect_leaks=0");
+    return result;
+}
+
+// Blanks addresses and process ids; a traceback with at least one frame becomes "<traceback>".
+inline std::string shape(const std::string &text) {
+    static const std::regex frames("  Traceback:\n([^\n]*\\[0x[0-9a-f]+\\]\n)+"
+                                   "    --- End of call chain ---\n");
+    static const std::regex addresses("\\b0x[0-9a-f]{5,}\\b");
+    static const std::regex pids("PID [0-9]+");
+    std::string result = std::regex_replace(text, frames, "<traceback>\n");
+    result = std::regex_replace(result, addresses, "@");
+    return std::regex_replace(result, pids, "PID #");
+}
+
+// Message 995 with its closing line, for a signal's name and an address as "%p" shows it.
+inline std::string message995(const std::string &name, const std::string &address) {
+    return "ZOR995S  Signal " + name + " was caught at address " + address +
+           " and ends the run.\nZOR901S Program exits due to severe or critical error.\n\n";
+}
+
+inline void runProgram(void (*body)()) {
+    static kit::Program program("FAILPGM");
+    kit::runMainProgram(program, body);
+}
+
+} // namespace failure
+
+#endif

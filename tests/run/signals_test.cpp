@@ -1,0 +1,549 @@
+// Signals that meet a running program: what is shown, how the run ends, what is put back.
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+#include "failure_kit.h"
+#include "fcb.h"
+#include "messages.h"
+#include "signal_row.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ZOR_UNDER_SANITIZER 1
+#else
+#define ZOR_UNDER_SANITIZER 0
+#endif
+
+namespace {
+
+using failure::kSignalled;
+using failure::message995;
+using failure::options;
+using failure::runProgram;
+using failure::shape;
+using kit::ChildResult;
+using kit::Program;
+using kit::runChild;
+
+constexpr std::size_t kBlock = 4096 - 4; // bytes, up to the size word of the next block
+constexpr const char *kTraceback = "<traceback>\n";
+constexpr const char *kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
+
+volatile int dividend = 1;
+volatile int zero = 0;
+volatile int depthLimit = -1;
+int *volatile nothing = nullptr;
+void (*volatile noProgram)() = nullptr;
+int *volatile higher = reinterpret_cast<int *>(0x2000);
+volatile double sink = 0;
+
+__attribute__((noinline)) int deep(int level) {
+    volatile char space[1024];
+    space[0] = static_cast<char>(level);
+    return level == depthLimit ? 0 : deep(level + 1) + space[0];
+}
+
+void readNothing() {
+    sink = *nothing;
+}
+
+struct Fault {
+    const char *name;
+    void (*body)();
+    const char *comment;
+    const char *signal;
+    const char *address; // as shape() leaves it
+};
+
+const Fault kFaults[] = {
+    {"NullCall", [] { noProgram(); }, kNullPointer, "SIGSEGV", "(nil)"},
+    {"NullData", readNothing, kNullPointer, "SIGSEGV", "@"},
+    {"HigherAddress", [] { sink = *higher; },
+     "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (0x2000).\n", "SIGSEGV", "@"},
+    {"StackOverflow", [] { sink = deep(0); },
+     "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (@).\n", "SIGSEGV", "@"},
+    {"IntegerDivision", [] { sink = dividend / zero; }, "SIGFPE: Integer division by zero.\n",
+     "SIGFPE", "@"},
+    {"FloatDivision", [] { sink = 1.0 / zero; }, "SIGFPE: BFP division by zero.\n", "SIGFPE", "@"},
+    {"Raised", [] { raise(SIGFPE); }, "SIGFPE: Other exception: -6.\n", "SIGFPE", "@"},
+    {"Illegal", [] { raise(SIGILL); }, "", "SIGILL", "@"},
+    {"Terminated", [] { kill(getpid(), SIGTERM); }, "", "SIGTERM", "@"},
+    {"HungUp", [] { raise(SIGHUP); }, "", "SIGHUP", "@"},
+    {"Stopped", [] { raise(SIGTSTP); }, "", "SIGTSTP", "@"},
+    {"Aborted", [] { abort(); }, "", "SIGABRT", "@"},
+    {"Stack", [] { raise(SIGSTKFLT); }, "", "SIGSTKFLT", "@"},
+    {"PowerFailure", [] { raise(SIGPWR); }, "SIGPWR: Power failure imminent, we may get killed.\n",
+     "SIGPWR", "@"},
+};
+
+// The index of the fault travels to the child in its environment.
+void runFault() {
+    runProgram(kFaults[atoi(getenv("FAULT"))].body);
+}
+
+ChildResult runFaultUnder(std::size_t index, const char *trap) {
+    return runChild(runFault, options({{"FAULT", std::to_string(index)}, {"COBRTOPT", trap}}));
+}
+
+TEST(Signals, EndTheRunWithTracebackAndMessage) {
+    for (std::size_t i = 0; i < std::size(kFaults); ++i) {
+        for (const char *trap : {"TRAP=ON", "TRAP=OLD"}) {
+            SCOPED_TRACE(std::string(kFaults[i].name) + " " + trap);
+            const ChildResult child = runFaultUnder(i, trap);
+            EXPECT_EQ(shape(child.err), kFaults[i].comment + std::string(kTraceback) +
+                                            message995(kFaults[i].signal, kFaults[i].address));
+            EXPECT_EQ(child.status, kSignalled + SIGABRT);
+            EXPECT_EQ(child.out, "");
+        }
+    }
+}
+
+TEST(Signals, OfTrapDumpGoOnToThePreviousAction) {
+    for (const auto &[index, status] :
+         {std::pair{1, SIGSEGV}, {4, SIGFPE}, {8, SIGTERM}, {9, SIGHUP}}) {
+        SCOPED_TRACE(kFaults[index].name);
+        const ChildResult child = runFaultUnder(static_cast<std::size_t>(index), "TRAP=DUMP");
+        EXPECT_EQ(shape(child.err), kFaults[index].comment + std::string(kTraceback) +
+                                        message995(kFaults[index].signal, "@"));
+        EXPECT_EQ(child.status, kSignalled + status);
+    }
+}
+
+TEST(Signals, MeetNoHandlerWithTrapOff) {
+    const ChildResult child = runFaultUnder(1, "TRAP=OFF");
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, kSignalled + SIGSEGV);
+}
+
+TEST(Signals, OnlyShownLetTheRunGoOn) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                for (const int signo : {SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGCONT, SIGUSR1}) {
+                    errno = ENOTTY;
+                    raise(signo);
+                    printf("%d", errno == ENOTTY);
+                }
+            });
+        },
+        options({}));
+    const auto shown = [](int signo, const char *name) {
+        return "\n  Signal received: " + std::to_string(signo) + " (" + name + ")\n\n" + kTraceback;
+    };
+    EXPECT_EQ(shape(child.err), shown(SIGUSR1, "SIGUSR1") + shown(SIGUSR2, "SIGUSR2") +
+                                    "SIGXCPU: `ulimit -t` exceeded, we may get killed.\n" +
+                                    shown(SIGXCPU, "SIGXCPU") +
+                                    "SIGXFSZ: `ulimit -f` exceeded, expect I/O errors\n" +
+                                    shown(SIGXFSZ, "SIGXFSZ") + shown(SIGCONT, "SIGCONT") +
+                                    shown(SIGUSR1, "SIGUSR1"));
+    EXPECT_EQ(child.out, "111111");
+    EXPECT_EQ(child.status, 0);
+}
+
+TEST(Signals, TracebackHasTheProgramAlsoForACallOfNothing) {
+    const ChildResult child = runFaultUnder(0, "TRAP=OLD");
+    EXPECT_NE(child.err.find("child("), std::string::npos) << child.err;
+}
+
+TEST(Signals, TracebackWithSourceLines) {
+    for (const char *value : {"0", "1"}) {
+        const ChildResult child =
+            runChild([] { runProgram(readNothing); }, options({{"traceback_lines", value}}));
+        EXPECT_EQ(shape(child.err),
+                  kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
+        const bool lines = child.out.find("readNothing") != std::string::npos &&
+                           child.out.find("signals_test.cpp:") != std::string::npos;
+        const bool expected = *value == '1' && access("/usr/bin/addr2line", X_OK) == 0;
+        EXPECT_EQ(lines, expected) << child.out;
+    }
+}
+
+TEST(Signals, WindowChangeRenewsTheWidth) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                const int master = posix_openpt(O_RDWR | O_NOCTTY);
+                grantpt(master);
+                unlockpt(master);
+                const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+                const winsize size{10, 133, 0, 0};
+                ioctl(terminal, TIOCSWINSZ, &size);
+                dup2(terminal, STDERR_FILENO);
+                raise(SIGWINCH);
+                printf("%d %d", _zorProccom->stderrsize.ws_col, _zorProccom->stdoutsize.ws_col);
+            });
+        },
+        options({}));
+    EXPECT_EQ(child.out, "133 0");
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, 0);
+}
+
+TEST(Signals, OfBrokenPipesAreIgnored) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                int ends[2];
+                if (pipe(ends) == 0) {
+                    close(ends[0]);
+                    const ssize_t written = write(ends[1], "x", 1);
+                    printf("%zd %d", written, errno == EPIPE);
+                }
+                raise(SIGIO);
+            });
+        },
+        options({}));
+    EXPECT_EQ(child.out, "-1 1");
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, 0);
+}
+
+void hostHandler(int signo) {
+    char text[] = "host  \n";
+    text[5] = static_cast<char>('0' + signo);
+    write(STDOUT_FILENO, text, sizeof text - 1);
+    _exit(7);
+}
+
+constexpr std::size_t kKernelMaskBytes = 8; // the C library leaves the others as they are
+
+bool sameAction(const struct sigaction &one, const struct sigaction &other) {
+    return one.sa_handler == other.sa_handler && one.sa_flags == other.sa_flags &&
+           memcmp(&one.sa_mask, &other.sa_mask, kKernelMaskBytes) == 0;
+}
+
+TEST(Signals, ActionsAndStackComeBackAtTheEnd) {
+    const ChildResult child = runChild(
+        [] {
+            signal(SIGTERM, hostHandler);
+            signal(SIGSTKFLT, hostHandler);
+            std::array<struct sigaction, 32> before{};
+            std::array<struct sigaction, 32> inside{};
+            std::array<struct sigaction, 32> after{};
+            const auto read = [](auto &actions) {
+                for (int signo = 1; signo < 32; ++signo) {
+                    sigaction(signo, nullptr, &actions[static_cast<std::size_t>(signo)]);
+                }
+            };
+            Program program("ACTIONS");
+            Program nested("NESTED");
+            stack_t stack{};
+            read(before);
+            _zorPgmInit(&program.pcb);
+            read(inside);
+            sigaltstack(nullptr, &stack);
+            printf("%zu %d|", stack.ss_size, stack.ss_flags);
+            _zorCOBOLLink();
+            kit::runMainProgram(nested, [] { raise(SIGUSR1); });
+            read(after);
+            int differ = 0;
+            int changed = 0;
+            for (std::size_t i = 1; i < 32; ++i) {
+                differ += !sameAction(inside[i], after[i]);
+                changed += !sameAction(inside[i], before[i]);
+            }
+            printf("%d %d|", differ, changed);
+            _zorPgmTerm(&program.pcb);
+            read(after);
+            differ = 0;
+            for (std::size_t i = 1; i < 32; ++i) {
+                differ += !sameAction(before[i], after[i]);
+            }
+            int32_t rc = -1;
+            _zorCOBOLTerm(1, &rc);
+            sigaltstack(nullptr, &stack);
+            printf("%d|%d", differ, stack.ss_flags);
+        },
+        options({}));
+    EXPECT_EQ(child.out, "32768 0|0 24|0|2"); // 25 rows, one signal twice
+    EXPECT_EQ(shape(child.err), "\n  Signal received: 10 (SIGUSR1)\n\n<traceback>\n");
+}
+
+TEST(Signals, HostsStackAndHandlerAreKept) {
+    const ChildResult child = runChild(
+        [] {
+            static char space[65536];
+            const stack_t own{space, 0, sizeof space};
+            sigaltstack(&own, nullptr);
+            signal(SIGSEGV, hostHandler);
+            runProgram([] {
+                stack_t now{};
+                sigaltstack(nullptr, &now);
+                printf("%d\n", now.ss_sp == space);
+                fflush(stdout);
+                readNothing();
+            });
+        },
+        options({{"COBRTOPT", "TRAP=DUMP"}}));
+    EXPECT_EQ(child.out, "1\nhost ;\n"); // '0' + SIGSEGV
+    EXPECT_EQ(child.status, 7);
+}
+
+TEST(Signals, PassThroughAllNestedTablesOnce) {
+    const ChildResult child = runChild(
+        [] {
+            Program outer("OUTER");
+            _zorPgmInit(&outer.pcb);
+            _zorCOBOLLink();
+            _zorCOBOLLink();
+            runProgram(readNothing);
+        },
+        options({{"COBRTOPT", "TRAP=DUMP"}}));
+    EXPECT_EQ(shape(child.err),
+              kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
+    EXPECT_EQ(child.status, kSignalled + SIGSEGV);
+}
+
+struct sigaction librarysAction;
+
+TEST(Signals, ReplacedActionIsInstalledAgain) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                sigaction(SIGUSR1, nullptr, &librarysAction);
+                signal(SIGUSR1, [](int signo) {
+                    siginfo_t info{};
+                    librarysAction.sa_sigaction(signo, &info, nullptr);
+                });
+                raise(SIGUSR1);
+                struct sigaction now {};
+                sigaction(SIGUSR1, nullptr, &now);
+                printf("%d", sameAction(now, librarysAction));
+            });
+        },
+        options({}));
+    EXPECT_EQ(child.out, "1");
+    EXPECT_EQ(shape(child.err), "\n  Signal received: 10 (SIGUSR1)\n\n<traceback>\n");
+}
+
+TEST(Signals, DuringADisplayShowWhatWasWritten) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                flockfile(stdout);
+                printf("half a line");
+                readNothing();
+            });
+        },
+        options({}));
+    EXPECT_EQ(child.out, "half a line");
+    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+}
+
+void *threadResult = nullptr;
+
+TEST(Signals, OnASecondThreadEndThatThreadAlone) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                pthread_t thread{};
+                pthread_create(
+                    &thread, nullptr,
+                    [](void *) -> void * {
+                        flockfile(stdout);
+                        readNothing();
+                        return nullptr;
+                    },
+                    nullptr);
+                pthread_join(thread, &threadResult);
+                printf("%d %d", threadResult == reinterpret_cast<void *>(-1),
+                       _zorProccom == nullptr);
+            });
+        },
+        options({}));
+    EXPECT_EQ(child.out, "1 1");
+    EXPECT_EQ(shape(child.err),
+              kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
+    EXPECT_EQ(child.status, 0);
+}
+
+// A second thread keeps something for good while the main thread fails.
+void *keepStdout(void *) {
+    flockfile(stdout);
+    pause();
+    return nullptr;
+}
+
+void *waitForInput(void *) {
+    int ends[2];
+    char line[16];
+    if (pipe(ends) == 0) {
+        fgets(line, sizeof line, fdopen(ends[0], "r"));
+    }
+    return nullptr;
+}
+
+void *justLive(void *) {
+    pause();
+    return nullptr;
+}
+
+void failBeside(void *(*other)(void *), void (*body)()) {
+    pthread_t thread{};
+    pthread_create(&thread, nullptr, other, nullptr);
+    usleep(100000);
+    runProgram(body);
+}
+
+TEST(Signals, DoNotWaitForOtherThreads) {
+    for (const auto body : {+[] { failBeside(waitForInput, readNothing); },
+                            +[] { failBeside(keepStdout, readNothing); }}) {
+        const ChildResult child = runChild(body, options({}));
+        EXPECT_EQ(shape(child.err),
+                  kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
+        EXPECT_TRUE(child.status == kSignalled + SIGABRT || child.status == kSignalled + SIGSEGV)
+            << child.status;
+    }
+}
+
+TEST(Signals, InsideTheAllocatorEndTheProcess) {
+    if (ZOR_UNDER_SANITIZER) {
+        GTEST_SKIP() << "the allocator is the sanitizer's";
+    }
+    const ChildResult child = runChild(
+        [] {
+            failBeside(justLive, [] {
+                // Bytes that the allocator finds wrong only once it has its lock.
+                auto *block = static_cast<volatile char *>(malloc(kBlock));
+                for (std::size_t i = 0; i < 2 * sizeof(std::size_t); ++i) {
+                    block[kBlock - sizeof(std::size_t) + i] = 0;
+                }
+                free(const_cast<char *>(block));
+            });
+        },
+        options({}));
+    EXPECT_NE(shape(child.err).find(kTraceback + message995("SIGABRT", "@")), std::string::npos)
+        << child.err;
+    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+}
+
+// Files: one that closes well, and one whose close fails with a signal.
+void closeWell(FCB *file, IPCB *) {
+    fputs("closed\n", stderr);
+    file->curmode = 0;
+}
+
+void closeBadly(FCB *, IPCB *) {
+    fputs("closing\n", stderr);
+    readNothing();
+}
+
+void runWithFile(FileOperation close, void (*body)()) {
+    static FCB file{};
+    static FCB *files[] = {&file};
+    static Program program("FILEPGM");
+    _zorPgmInit(&program.pcb);
+    program.ipcb[0].fcbs = files;
+    program.ipcb[0].nfcbs = 1;
+    file.curmode = FCB_OUTPUT;
+    file.close = close;
+    if (sigsetjmp(*_zorGetJmpBuffer(), 1) == 0) {
+        body();
+    }
+    _zorPgmTerm(&program.pcb);
+}
+
+TEST(Signals, CloseTheFilesOfTheRun) {
+    const ChildResult child = runChild([] { runWithFile(closeWell, readNothing); }, options({}));
+    EXPECT_EQ(shape(child.err),
+              kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@") + "closed\n");
+    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+}
+
+TEST(Signals, InTheEndOfTheRunUnit) {
+    for (const auto body : {+[] { runWithFile(closeBadly, [] {}); },
+                            +[] { runWithFile(closeBadly, [] { _zorRunUnitTerm(4); }); }}) {
+        const ChildResult child = runChild(body, options({}));
+        const std::string first =
+            std::string("closing\n") + kNullPointer + kTraceback + message995("SIGSEGV", "@");
+        EXPECT_EQ(shape(child.err).substr(0, first.size()), first);
+        EXPECT_TRUE(child.status == kSignalled + SIGABRT || child.status == kSignalled + SIGSEGV)
+            << child.status << child.err;
+    }
+}
+
+void hostRoutine(void *token) {
+    printf("%s", static_cast<const char *>(token));
+    fflush(stdout);
+}
+
+TEST(Signals, EndThroughTheHostsRoutines) {
+    const auto withRoutines = [](HostRoutine stop, HostRoutine abrt) {
+        _zorProccom->runcom->stop = stop;
+        _zorProccom->runcom->abrt = abrt;
+        _zorProccom->runcom->token = const_cast<char *>("token");
+        readNothing();
+    };
+    static const auto run = withRoutines;
+    const auto wrong = [](void *) { printf("wrong"); };
+    static const HostRoutine stopInstead = wrong;
+    for (const auto body : {+[] { runProgram([] { run(stopInstead, hostRoutine); }); },
+                            +[] { runProgram([] { run(hostRoutine, nullptr); }); }}) {
+        const ChildResult child = runChild(body, options({}));
+        EXPECT_EQ(child.out, "token");
+        EXPECT_EQ(child.status, 19);
+    }
+}
+
+TEST(Signals, InTheMonitorComeBackToTheEpilogue) {
+    const ChildResult child = runChild(
+        [] {
+            _zor_cpm_init(
+                [](int32_t stop, const char *, const char *text, int32_t length, void *) {
+                    printf("%d %.*s\n", stop, length < 24 ? length : 24, text);
+                },
+                nullptr);
+            if (const int value = sigsetjmp(*_zorGetJmpBuffer(), 1); value != 0) {
+                sigset_t blocked;
+                sigprocmask(SIG_BLOCK, nullptr, &blocked);
+                printf("value %d blocked %d hook %d\n", value, sigismember(&blocked, SIGSEGV),
+                       _zorProccom->lockhook != nullptr);
+                return;
+            }
+            readNothing();
+        },
+        options({}));
+    EXPECT_EQ(child.out, "0 ZOR995S  Signal SIGSEGV \n1 ZOR901S Program exits du\n"
+                         "value 139 blocked 0 hook 0\n");
+    EXPECT_EQ(child.status, 0);
+}
+
+TEST(Signals, InTheMonitorWithoutAnEpilogueAbort) {
+    const ChildResult child = runChild(
+        [] {
+            _zor_cpm_init(nullptr, nullptr);
+            readNothing();
+        },
+        options({}));
+    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+}
+
+TEST(Signals, HandlerIsHarmlessWithoutARunTime) {
+    const ChildResult child = runChild(
+        [] {
+            runProgram([] {
+                siginfo_t info{};
+                _zorProccom->state |= PROCCOM_ABORT;
+                _zorSignal(SIGSEGV, &info, nullptr);
+                printf("%d", _zorProccom->state & PROCCOM_ABORT);
+            });
+            int32_t rc = -1;
+            _zorCOBOLTerm(1, &rc);
+            _zorSignal(SIGSEGV, nullptr, nullptr);
+        },
+        options({}));
+    EXPECT_EQ(child.out, "0");
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, 0);
+}
+
+} // namespace
