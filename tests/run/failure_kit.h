@@ -2,10 +2,18 @@
 #ifndef ZOR_TESTS_RUN_FAILURE_KIT_H
 #define ZOR_TESTS_RUN_FAILURE_KIT_H
 
+#include <cstdlib>
 #include <regex>
 #include <string>
+#include <sys/resource.h>
 
 #include "support/kit.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ZOR_UNDER_SANITIZER 1
+#else
+#define ZOR_UNDER_SANITIZER 0
+#endif
 
 namespace failure {
 
@@ -32,13 +40,20 @@ inline std::string shape(const std::string &text) {
     return std::regex_replace(result, pids, "PID #");
 }
 
+inline constexpr const char *kTraceback = "<traceback>\n";
+
 // Message 995 with its closing line, for a signal's name and an address as "%p" shows it.
 inline std::string message995(const std::string &name, const std::string &address) {
     return "ZOR995S  Signal " + name + " was caught at address " + address +
            " and ends the run.\nZOR901S Program exits due to severe or critical error.\n\n";
 }
 
+// Runs a body as a main program; core files are allowed if the environment has CORES.
 inline void runProgram(void (*body)()) {
+    rlimit limit{};
+    getrlimit(RLIMIT_CORE, &limit);
+    limit.rlim_cur = getenv("CORES") != nullptr ? limit.rlim_max : 0;
+    setrlimit(RLIMIT_CORE, &limit);
     static kit::Program program("FAILPGM");
     kit::runMainProgram(program, body);
 }

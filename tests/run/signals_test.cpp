@@ -17,15 +17,10 @@
 #include "messages.h"
 #include "signal_row.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define ZOR_UNDER_SANITIZER 1
-#else
-#define ZOR_UNDER_SANITIZER 0
-#endif
-
 namespace {
 
 using failure::kSignalled;
+using failure::kTraceback;
 using failure::message995;
 using failure::options;
 using failure::runProgram;
@@ -35,7 +30,6 @@ using kit::Program;
 using kit::runChild;
 
 constexpr std::size_t kBlock = 4096 - 4; // bytes, up to the size word of the next block
-constexpr const char *kTraceback = "<traceback>\n";
 constexpr const char *kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
 
 volatile int dividend = 1;

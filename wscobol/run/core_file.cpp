@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "debug_log.h"
+#include "messages.h"
 #include "patient_streams.h"
 #include "run_unit.h"
 #include "shell.h"
