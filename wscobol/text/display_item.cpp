@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "text/quad_format.h"
@@ -104,28 +103,44 @@ int classOfQuad(const void *address) {
     return ((words[1] & kFraction) | words[0]) == 0 ? FP_INFINITE : FP_NAN;
 }
 
-// Turns " d.ddddE+xx" into " .dddddE xx": the point ahead of all digits, the exponent one more. The
-// point of the C text depends on the locale and may have several bytes.
-std::string_view cobolFloat(const char *text, char point, DisplayBuffer &buffer) {
-    char *out = buffer.data();
-    *out++ = *text++;
-    *out++ = point;
-    for (; *text != 'E'; ++text) {
-        if (*text >= '0' && *text <= '9') {
-            *out++ = *text;
-        }
+int decimalDigits(int value) {
+    int digits = 1;
+    for (; value >= 10; value /= 10) {
+        ++digits;
     }
-    const int exponent = static_cast<int>(strtol(text + 1, nullptr, 10)) + 1;
-    char *const end = buffer.data() + buffer.size();
-    out += snprintf(out, static_cast<std::size_t>(end - out), "E%c%.2d", exponent < 0 ? '-' : ' ',
-                    std::abs(exponent));
-    return {buffer.data(), static_cast<std::size_t>(out - buffer.data())};
+    return digits;
+}
+
+// Turns the C text " d.ddddE+xx" of the given precision into " .dddddE xx" in place: the point
+// ahead of all digits, the exponent one more. The point of the C text depends on the locale and may
+// have several bytes, or none without precision; one byte ahead of the text is free for that case.
+std::string_view cobolFloat(char *text, int length, int precision, char point) {
+    char *letter = text + length;
+    while (*--letter != 'E') {
+    }
+    const auto pointLength = letter - text - 2 - precision;
+    const char sign = text[0];
+    const char firstDigit = text[1];
+    text += pointLength - 1;
+    text[0] = sign;
+    text[1] = point;
+    text[2] = firstDigit;
+
+    const bool wasNegative = letter[1] == '-';
+    int exponent = 0;
+    for (const char *digit = letter + 2; *digit != 0; ++digit) {
+        exponent = exponent * 10 + (*digit - '0');
+    }
+    exponent += wasNegative ? -1 : 1;
+    letter[1] = wasNegative && exponent != 0 ? '-' : ' ';
+    char *const digits = letter + 2;
+    char *const end = digits + std::max(decimalDigits(exponent), 2);
+    writeDigits(digits, end, static_cast<uint64_t>(exponent));
+    return {text, static_cast<std::size_t>(end - text)};
 }
 
 bool floatText(const DisplayItem &item, char point, int width, DisplayBuffer &buffer,
                std::string_view &text) {
-    DisplayBuffer work;
-    const int precision = std::max(width, 1) - 1;
     double value = 0;
     switch (item.size) {
     case sizeof(float):
@@ -139,17 +154,19 @@ bool floatText(const DisplayItem &item, char point, int width, DisplayBuffer &bu
     default:
         return false;
     }
-    const int kind = item.size == kQuadSize ? classOfQuad(item.address) : std::fpclassify(value);
+    const bool isQuad = item.size == kQuadSize;
+    const int kind = isQuad ? classOfQuad(item.address) : std::fpclassify(value);
     if (kind == FP_INFINITE || kind == FP_NAN) {
         text = kind == FP_INFINITE ? kInfinity : kNaN;
         return true;
     }
-    if (item.size == kQuadSize) {
-        formatQuad(work.data(), work.size(), precision, item.address);
-    } else {
-        snprintf(work.data(), work.size(), "% .*E", precision, value);
-    }
-    text = strchr(work.data(), 'E') != nullptr ? cobolFloat(work.data(), point, buffer) : kInfinity;
+    const int precision = std::max(width, 1) - 1;
+    char *const work = buffer.data() + 1;
+    const std::size_t room = buffer.size() - 1;
+    const int length = isQuad ? formatQuad(work, room, precision, item.address)
+                              : snprintf(work, room, "% .*E", precision, value);
+    const bool finite = work[1] >= '0' && work[1] <= '9';
+    text = finite ? cobolFloat(work, length, precision, point) : kInfinity;
     return true;
 }
 

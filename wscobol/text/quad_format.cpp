@@ -28,14 +28,13 @@ QuadPrinter quadPrinter() {
 
 } // namespace
 
-void formatQuad(char *buffer, std::size_t size, int precision, const void *address) {
+int formatQuad(char *buffer, std::size_t size, int precision, const void *address) {
     __float128 value;
     memcpy(&value, address, sizeof value);
     if (const QuadPrinter print = quadPrinter()) {
-        print(buffer, size, "% .*QE", precision, value);
-    } else {
-        snprintf(buffer, size, "% .*E", precision, static_cast<double>(value));
+        return print(buffer, size, "% .*QE", precision, value);
     }
+    return snprintf(buffer, size, "% .*E", precision, static_cast<double>(value));
 }
 
 } // namespace zor

@@ -6,10 +6,10 @@
 
 namespace zor {
 
-// Formats the finite 16-byte value at address as "% .*E" does, with the given precision, into
-// a buffer of size bytes. Without the library for these numbers the value is taken as a double,
-// which may make it infinite.
-void formatQuad(char *buffer, std::size_t size, int precision, const void *address);
+// Formats the finite 16-byte value at address as "% .*E" does, with the given precision, into a
+// buffer of size bytes, and gives the length of the text. Without the library for these numbers the
+// value is taken as a double, which may make it infinite.
+int formatQuad(char *buffer, std::size_t size, int precision, const void *address);
 
 } // namespace zor
 
