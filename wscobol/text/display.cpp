@@ -46,7 +46,7 @@ bool flushesEachDisplay() {
 // Writes into the stream's buffer while there is room, as putc_unlocked does for one character; an
 // unbuffered or line-buffered stream never has room.
 void put(FILE *stream, std::string_view text) {
-    if (stream->_IO_write_end - stream->_IO_write_ptr >= static_cast<ptrdiff_t>(text.size())) {
+    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<ptrdiff_t>(text.size())) {
         memcpy(stream->_IO_write_ptr, text.data(), text.size());
         stream->_IO_write_ptr += text.size();
     } else {

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
+#include "text/double_digits.h"
 #include "text/quad_format.h"
 
 namespace zor {
@@ -103,18 +105,20 @@ int classOfQuad(const void *address) {
     return ((words[1] & kFraction) | words[0]) == 0 ? FP_INFINITE : FP_NAN;
 }
 
-int decimalDigits(int value) {
-    int digits = 1;
-    for (; value >= 10; value /= 10) {
-        ++digits;
-    }
-    return digits;
+// Writes the exponent of a number 0.dddd; gives the end.
+char *writeExponent(char *out, int exponent) {
+    *out++ = 'E';
+    *out++ = exponent < 0 ? '-' : ' ';
+    exponent = std::abs(exponent);
+    const int digits = exponent < 100 ? 2 : exponent < 1000 ? 3 : 4;
+    writeDigits(out, out + digits, static_cast<uint64_t>(exponent));
+    return out + digits;
 }
 
 // Turns the C text " d.ddddE+xx" of the given precision into " .dddddE xx" in place: the point
 // ahead of all digits, the exponent one more. The point of the C text depends on the locale and may
 // have several bytes, or none without precision; one byte ahead of the text is free for that case.
-std::string_view cobolFloat(char *text, int length, int precision, char point) {
+std::string_view moveFirstDigit(char *text, int length, int precision, char point) {
     char *letter = text + length;
     while (*--letter != 'E') {
     }
@@ -126,17 +130,42 @@ std::string_view cobolFloat(char *text, int length, int precision, char point) {
     text[1] = point;
     text[2] = firstDigit;
 
-    const bool wasNegative = letter[1] == '-';
     int exponent = 0;
     for (const char *digit = letter + 2; *digit != 0; ++digit) {
         exponent = exponent * 10 + (*digit - '0');
     }
-    exponent += wasNegative ? -1 : 1;
-    letter[1] = wasNegative && exponent != 0 ? '-' : ' ';
-    char *const digits = letter + 2;
-    char *const end = digits + std::max(decimalDigits(exponent), 2);
-    writeDigits(digits, end, static_cast<uint64_t>(exponent));
+    exponent = letter[1] == '-' ? -exponent : exponent;
+    char *const end = writeExponent(letter, exponent + 1);
     return {text, static_cast<std::size_t>(end - text)};
+}
+
+std::string_view decimalText(const DecimalDigits &number, bool negative, int count, char point,
+                             DisplayBuffer &buffer) {
+    char *out = buffer.data();
+    *out++ = negative ? '-' : ' ';
+    *out++ = point;
+    writeDigits(out, out + count, number.digits);
+    char *const end = writeExponent(out + count, number.exponent);
+    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
+}
+
+std::string_view doubleText(double value, int count, char point, DisplayBuffer &buffer) {
+    DecimalDigits number{0, 1}; // zero
+    const bool isShort =
+        count <= kMaxDoubleDigits && (value == 0 || doubleDigits(std::fabs(value), count, number));
+    if (isShort) {
+        return decimalText(number, std::signbit(value), count, point, buffer);
+    }
+    char *const work = buffer.data() + 1;
+    const int length = snprintf(work, buffer.size() - 1, "% .*E", count - 1, value);
+    return moveFirstDigit(work, length, count - 1, point);
+}
+
+std::string_view quadText(const void *address, int count, char point, DisplayBuffer &buffer) {
+    char *const work = buffer.data() + 1;
+    const int length = formatQuad(work, buffer.size() - 1, count - 1, address);
+    const bool finite = work[1] >= '0' && work[1] <= '9';
+    return finite ? moveFirstDigit(work, length, count - 1, point) : kInfinity;
 }
 
 bool floatText(const DisplayItem &item, char point, int width, DisplayBuffer &buffer,
@@ -155,18 +184,16 @@ bool floatText(const DisplayItem &item, char point, int width, DisplayBuffer &bu
         return false;
     }
     const bool isQuad = item.size == kQuadSize;
+    const int count = std::max(width, 1);
     const int kind = isQuad ? classOfQuad(item.address) : std::fpclassify(value);
-    if (kind == FP_INFINITE || kind == FP_NAN) {
-        text = kind == FP_INFINITE ? kInfinity : kNaN;
-        return true;
+    if (kind == FP_INFINITE) {
+        text = kInfinity;
+    } else if (kind == FP_NAN) {
+        text = kNaN;
+    } else {
+        text = isQuad ? quadText(item.address, count, point, buffer)
+                      : doubleText(value, count, point, buffer);
     }
-    const int precision = std::max(width, 1) - 1;
-    char *const work = buffer.data() + 1;
-    const std::size_t room = buffer.size() - 1;
-    const int length = isQuad ? formatQuad(work, room, precision, item.address)
-                              : snprintf(work, room, "% .*E", precision, value);
-    const bool finite = work[1] >= '0' && work[1] <= '9';
-    text = finite ? cobolFloat(work, length, precision, point) : kInfinity;
     return true;
 }
 
