@@ -1,6 +1,7 @@
 // DISPLAY: shows items on SYSOUT, the console or SYSPUNCH.
 #include "display.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -35,12 +36,14 @@ FILE *displayStream(uint8_t device) {
 // Whether each DISPLAY flushes its stream; threads that decide it together decide alike.
 bool flushesEachDisplay() {
     enum : int { unread, flush, noFlush };
-    static int decision = unread;
-    if (decision == unread) {
+    static std::atomic<int> decision{unread};
+    int known = decision.load(std::memory_order_relaxed);
+    if (known == unread) {
         const char *const value = getenv("COBOL_DISPLAY_FLUSH");
-        decision = value != nullptr && *value == '1' ? flush : noFlush;
+        known = value != nullptr && *value == '1' ? flush : noFlush;
+        decision.store(known, std::memory_order_relaxed);
     }
-    return decision == flush;
+    return known == flush;
 }
 
 // Writes into the stream's buffer while there is room, as putc_unlocked does for one character; an

@@ -36,7 +36,7 @@ template <class Signed, class Unsigned> BinaryValue loadBinary(const void *addre
     if (!isSigned) {
         return {load<Unsigned>(address), false};
     }
-    const int64_t value = load<Signed>(address);
+    const auto value = static_cast<int64_t>(load<Signed>(address));
     const auto bits = static_cast<uint64_t>(value);
     return {value < 0 ? 0U - bits : bits, value < 0};
 }
