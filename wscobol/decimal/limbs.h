@@ -66,7 +66,7 @@ template <> struct LimbRules<Packed> {
     static void store(const uint32_t *limbs, int32_t count, bool negative, uint8_t *target,
                       int32_t digits) {
         int32_t left = Packed::bytes(digits);
-        __m128i lower = _mm_slli_si128(_mm_cvtsi32_si128(packedSign(negative) << 4), 15);
+        __m128i lower = _mm_cvtsi32_si128(packedSign(negative) << 4); // the sign follows the units
         for (int32_t at = 0; left > 0; at += kBlockLimbs) {
             const __m128i block =
                 at < count ? digitsOfLimbs(loadLimbs(limbs + at)) : _mm_setzero_si128();
