@@ -1,0 +1,198 @@
+// Conversions among the storage forms.
+#include "decimal_moves.h"
+
+#include <type_traits>
+
+#include "decimal/form_names.h"
+#include "decimal/frame.h"
+#include "decimal/item_sign.h"
+#include "decimal/packed_check.h"
+#include "decimal/zoned_digits.h"
+#include "decimal/zoned_packed.h"
+
+namespace zor::decimal {
+namespace {
+
+template <class Form> constexpr bool kIsPacked = Form::kSign == SignKind::packed;
+template <class Form> constexpr bool kIsUnsigned = Form::kSign == SignKind::none;
+
+bool isOverpunchLetter(uint8_t byte) {
+    return byte == '{' || byte == '}' || (byte >= 'A' && byte <= 'R');
+}
+
+// The sign-carrying byte of a stored target as a letter.
+template <class To> void storeLetter(uint8_t *target, int32_t digits) {
+    uint8_t *byte = To::signByte(target, digits);
+    *byte = overpunchLetter(*byte & 0x0F, (*byte & 0xF0U) == kNegativeZone);
+}
+
+// Writes the zone of plain digits over every zone.
+void rezone(uint8_t *digits, int32_t count) {
+    int32_t at = 0;
+    for (; at + 4 <= count; at += 4) {
+        storeWord(digits + at, (loadWord<uint32_t>(digits + at) & 0x0F0F0F0FU) | 0x30303030U);
+    }
+    for (; at < count; ++at) {
+        digits[at] = static_cast<uint8_t>((digits[at] & 0x0F) | kZone);
+    }
+}
+
+template <class From, class To>
+void convertZonedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                         int32_t targetDigits, uint32_t options) {
+    constexpr bool kUnsignedSide = kIsUnsigned<From> || kIsUnsigned<To>;
+    const bool negative = From::isNegative(source, sourceDigits);
+    const uint8_t sourceSignByte = *From::signByte(source, sourceDigits);
+    uint8_t *digits = To::digitBytes(target);
+    placeDigits<From>(From::digitBytes(source), sourceDigits, digits, targetDigits);
+    if (kIsUnsigned<From> && kIsUnsigned<To> && (options & KEEP_UNSIGNED_TAIL) != 0) {
+        digits[targetDigits - 1] = sourceSignByte; // of an unsigned item its last byte
+        return;
+    }
+    if (kUnsignedSide && (options & REZONE_DIGITS) != 0) {
+        rezone(digits, targetDigits);
+    }
+    storeValueSign<To>(target, targetDigits, negative, options);
+    if constexpr (To::kSign == SignKind::overpunch && !kIsUnsigned<From>) {
+        if (options & EBCDIC_OVERPUNCH) {
+            // A letter stays as it is where the same byte of the same form takes it.
+            if (std::is_same_v<From, To> && (!To::kLeading || sourceDigits == targetDigits) &&
+                isOverpunchLetter(sourceSignByte)) {
+                *To::signByte(target, targetDigits) = sourceSignByte;
+            } else {
+                storeLetter<To>(target, targetDigits);
+            }
+        }
+    }
+}
+
+template <class To>
+void convertPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits, uint32_t options) {
+    const bool negative = !kIsUnsigned<To> && Packed::isNegative(source, sourceDigits) &&
+                          negativeSignLasts<To>(source, sourceDigits, targetDigits, options);
+    unpackDigits(source, sourceDigits, To::digitBytes(target), targetDigits);
+    To::storeSign(target, targetDigits, negative);
+    if constexpr (To::kSign == SignKind::overpunch) {
+        if (options & EBCDIC_OVERPUNCH) {
+            storeLetter<To>(target, targetDigits);
+        }
+    }
+}
+
+template <class From>
+void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits, uint32_t options) {
+    const uint8_t *digits = From::digitBytes(source);
+    uint8_t last = packedLastByte(digits[sourceDigits - 1], options);
+    if constexpr (kSignLeads<From>) {
+        if (sourceDigits == 1) {
+            last = static_cast<uint8_t>(zonedDigitValue(digits[0]) << 4);
+        }
+    }
+    if constexpr (!std::is_same_v<From, ZonedTrailing>) {
+        last = withPackedSign(last, From::isNegative(source, sourceDigits));
+    }
+    packDigits(digits, sourceDigits, target, targetDigits);
+    *Packed::signByte(target, targetDigits) = last;
+    if (last == kPackedNegative && (options & KEEP_NEGATIVE_ZERO) == 0 &&
+        packedIsZero(target, targetDigits)) {
+        *Packed::signByte(target, targetDigits) = kPackedPositive;
+    }
+}
+
+// Validates the digits of an unsigned item, and shows the whole item when they are bad.
+void checkUnsigned(const uint8_t *digits, int32_t count, const uint8_t *item, int32_t itemDigits) {
+    if (count < 1 || validateZoned(digits, count, Strictness::lenient) == 0) {
+        return;
+    }
+    flockfile(stderr);
+    std::fprintf(stderr, "Invalid zoned data %d 0x", itemDigits);
+    for (int32_t at = 0; at < itemDigits; ++at) {
+        std::fprintf(stderr, "%2.2x", item[at]);
+    }
+    std::fputc('\n', stderr);
+    funlockfile(stderr);
+    message::invalidDecimalData();
+}
+
+bool isPlusOrMinus(uint8_t byte) {
+    return byte == '+' || byte == '-';
+}
+
+// An unsigned item that may have got a sign, before or behind its digits.
+void convertUnsignedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                             int32_t targetDigits, uint32_t options) {
+    const uint8_t *digits = source;
+    int32_t count = sourceDigits;
+    if (isPlusOrMinus(digits[0]) || digits[0] == ' ') {
+        ++digits;
+        --count;
+    }
+    if (count > 0 && isPlusOrMinus(digits[count - 1])) {
+        --count;
+    }
+    if (options & VALIDATE_MOVES) {
+        checkUnsigned(digits, count, source, sourceDigits);
+    }
+    if (count > 0) {
+        zonedToPacked(digits, count, target, targetDigits);
+    } else {
+        fillBytes(target, 0, Packed::bytes(targetDigits));
+    }
+    Packed::storeSign(target, targetDigits, false);
+}
+
+template <class From>
+inline void checkSource(const uint8_t *source, int32_t sourceDigits, uint32_t options) {
+    if constexpr (kIsPacked<From>) {
+        if ((options & NOVALIDATE_ARITH) == 0 && !packedIsPlainlyValid(source, sourceDigits)) {
+            checkOperand<From>(source, sourceDigits);
+        }
+    } else if (options & VALIDATE_MOVES) {
+        checkOperand<From>(source, sourceDigits);
+    }
+}
+
+template <class From, class To>
+inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDigits,
+                        int32_t sourceDigits) {
+    const uint32_t options = loadBcdOptions();
+    if (__builtin_expect((options & TRACE) != 0, 0)) {
+        constexpr bool kBlank = kIsPacked<From> && std::is_same_v<To, ZonedTrailing>;
+        ZOR_BCD_TRACE("%s to %s%s...\n", From::kConversionName, To::kConversionName,
+                      kBlank ? " " : "");
+        traceOperand<From>("in:  ", LabelStyle::plain, source, sourceDigits);
+    }
+    if constexpr (kIsUnsigned<From> && kIsPacked<To>) {
+        convertUnsignedToPacked(source, sourceDigits, target, targetDigits, options);
+    } else {
+        if constexpr (From::kSign == SignKind::separate && !kIsUnsigned<To>) {
+            checkSeparateSign<From>(source, sourceDigits);
+        }
+        checkSource<From>(source, sourceDigits, options);
+        if constexpr (kIsPacked<From>) {
+            convertPackedToZoned<To>(source, sourceDigits, target, targetDigits, options);
+        } else if constexpr (kIsPacked<To>) {
+            convertZonedToPacked<From>(source, sourceDigits, target, targetDigits, options);
+        } else {
+            convertZonedToZoned<From, To>(source, sourceDigits, target, targetDigits, options);
+        }
+    }
+    if (__builtin_expect((options & TRACE) != 0, 0)) {
+        traceOperand<To>("out: ", LabelStyle::plain, target, targetDigits);
+    }
+    return target;
+}
+
+} // namespace
+} // namespace zor::decimal
+
+using namespace zor::decimal;
+
+#define DEFINE_CONVERSION(from, to)                                                                \
+    uint8_t *_zorcBCD_CONV_##from##_To_##to(const uint8_t *source, uint8_t *target,                \
+                                            int32_t targetDigits, int32_t sourceDigits) {          \
+        return convert<form::from, form::to>(source, target, targetDigits, sourceDigits);          \
+    }
+ZOR_BCD_CONVERSIONS(DEFINE_CONVERSION)

@@ -1,0 +1,155 @@
+// The two cores between packed and zoned storage. Up to 31 digits pass in one step, more by 32. The
+// digits of a short item are all loaded before any is stored, so that the target may overlap it.
+#ifndef ZOR_DECIMAL_ZONED_PACKED_H
+#define ZOR_DECIMAL_ZONED_PACKED_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "decimal/digits.h"
+#include "decimal/forms.h"
+#include "decimal/options.h"
+#include "decimal/windows.h"
+
+namespace zor::decimal {
+
+// Zoned digits of a window of packed bytes without its sign: the last 16 and those before them.
+struct UnpackedWindow {
+    __m128i first;
+    __m128i last;
+};
+
+// The bytes in front of each byte of the window are passed with it, since a byte's low digit
+// belongs to the pair of the next byte's high digit.
+inline UnpackedWindow unpackWindow(__m128i window, __m128i preceding) {
+    const __m128i zones = _mm_set1_epi8(kZone);
+    const __m128i left = _mm_or_si128(lowNibbles(preceding), zones);
+    const __m128i right = _mm_or_si128(highNibbles(window), zones);
+    return {_mm_unpacklo_epi8(left, right), _mm_unpackhi_epi8(left, right)};
+}
+
+// 32 zoned bytes as 16 packed ones, two low nibbles to a byte.
+inline __m128i packWindows(__m128i first, __m128i last) {
+    const auto pairs = [](__m128i zoned) {
+        const __m128i digits = lowNibbles(zoned);
+        const __m128i pair = _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8));
+        return _mm_and_si128(pair, _mm_set1_epi16(0x00FF));
+    };
+    return _mm_packus_epi16(pairs(first), pairs(last));
+}
+
+void unpackLongDigits(const uint8_t *source, int32_t bytes, uint8_t *target, int32_t targetDigits);
+void packLongDigits(const uint8_t *source, int32_t digits, uint8_t *target, int32_t targetBytes);
+
+// The digits of a packed item as plain zoned digits, the sign dropped.
+inline void unpackDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                         int32_t targetDigits) {
+    const int32_t sourceBytes = Packed::bytes(sourceDigits);
+    const int32_t bytes = std::min(sourceBytes, Packed::bytes(targetDigits));
+    source += sourceBytes - bytes;
+    if (bytes > kWindow) {
+        unpackLongDigits(source, bytes, target, targetDigits);
+        return;
+    }
+    const __m128i window = loadWindow(source, bytes);
+    const UnpackedWindow digits = unpackWindow(window, _mm_slli_si128(window, 1));
+    if (targetDigits <= kWindow) {
+        storeWindow(target, targetDigits, digits.last);
+        return;
+    }
+    int32_t rest = targetDigits - kWindow;
+    store16(target + rest, digits.last);
+    if (rest > kWindow) {
+        rest -= kWindow;
+        store16(target + rest, digits.first);
+        fillBytes(target, kZone, rest);
+    } else {
+        storeWindow(target, rest, digits.first);
+    }
+}
+
+// The low nibbles of zoned bytes as packed digits, the sign nibble 0. The leftmost byte of several
+// may carry a sign and is decoded.
+inline void packDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                       int32_t targetDigits) {
+    const int32_t digits = std::min(sourceDigits, targetDigits);
+    const int32_t targetBytes = Packed::bytes(targetDigits);
+    const uint8_t leftmost = source[0];
+    const bool decodes = digits == sourceDigits && digits > 1 && (leftmost & 0xF0U) != kZone;
+    source += sourceDigits - digits;
+    if (digits >= 2 * kWindow) {
+        packLongDigits(source, digits, target, targetBytes);
+    } else {
+        // The sign takes a place behind the last zoned byte.
+        __m128i first = _mm_setzero_si128();
+        __m128i last;
+        if (digits < kWindow) {
+            last = loadWindow(source, digits);
+        } else {
+            last = load16(source + digits - kWindow);
+            first = loadWindow(source, digits - kWindow + 1);
+        }
+        const __m128i packed = packWindows(first, _mm_srli_si128(last, 1));
+        if (targetBytes <= kWindow) {
+            storeWindow(target, targetBytes, packed);
+        } else {
+            store16(target + targetBytes - kWindow, packed);
+            fillBytes(target, 0, targetBytes - kWindow);
+        }
+    }
+    if (__builtin_expect(decodes, 0)) {
+        uint8_t &byte = target[targetBytes - Packed::bytes(digits)];
+        const uint8_t digit = zonedDigitValue(leftmost);
+        byte = static_cast<uint8_t>(digits % 2 != 0 ? digit << 4 | (byte & 0x0F) : digit);
+    }
+}
+
+// The packed byte that the last byte of a zoned item stands for: without EBCDIC_OVERPUNCH the low
+// nibble, negative in zone 7; with it any form that carries a sign.
+inline uint8_t packedLastByte(uint8_t zoned, uint32_t options) {
+    if (options & EBCDIC_OVERPUNCH) {
+        return static_cast<uint8_t>(zonedDigitValue(zoned) << 4 |
+                                    packedSign(zonedIsNegative(zoned)));
+    }
+    return static_cast<uint8_t>(zoned << 4 | packedSign((zoned & 0xF0U) == kNegativeZone));
+}
+
+// A zoned digit string, with the sign in the zone of its last byte, as a packed item. A negative
+// zero stays negative.
+inline void zonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits) {
+    const uint8_t last = packedLastByte(source[sourceDigits - 1], loadBcdOptions());
+    packDigits(source, sourceDigits, target, targetDigits);
+    *Packed::signByte(target, targetDigits) = last;
+}
+
+// Whether the negative sign of a packed item lasts in a zoned form: not that of a zero item unless
+// KEEP_NEGATIVE_ZERO is set. A value that the target cuts down to zeros stays negative, except in
+// a single digit with an overpunched sign.
+template <class To>
+inline bool negativeSignLasts(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits,
+                              uint32_t options) {
+    if ((options & KEEP_NEGATIVE_ZERO) != 0 ||
+        (*Packed::signByte(source, sourceDigits) & 0xF0U) != 0) {
+        return true;
+    }
+    if (To::kSign == SignKind::overpunch && targetDigits == 1) {
+        return false;
+    }
+    return !packedIsZero(source, sourceDigits);
+}
+
+// A packed item as a zoned one with trailing overpunch.
+inline void packedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits) {
+    const uint32_t options = loadBcdOptions();
+    const bool negative =
+        Packed::isNegative(source, sourceDigits) &&
+        negativeSignLasts<ZonedTrailing>(source, sourceDigits, targetDigits, options);
+    unpackDigits(source, sourceDigits, target, targetDigits);
+    ZonedTrailing::storeSign(target, targetDigits, negative);
+}
+
+} // namespace zor::decimal
+
+#endif
