@@ -3,6 +3,7 @@
 #include "text/display_item.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -32,33 +33,30 @@ struct BinaryValue {
     bool negative;
 };
 
-template <class Signed, class Unsigned> BinaryValue loadBinary(const void *address, bool isSigned) {
-    if (!isSigned) {
-        return {load<Unsigned>(address), false};
-    }
-    const auto value = static_cast<int64_t>(load<Signed>(address));
-    const auto bits = static_cast<uint64_t>(value);
-    return {value < 0 ? 0U - bits : bits, value < 0};
+template <class Unsigned> BinaryValue loadBinary(const void *address, bool isSigned) {
+    const auto bits = load<Unsigned>(address);
+    const bool negative = isSigned && bits >> (sizeof(Unsigned) * CHAR_BIT - 1) != 0;
+    return {negative ? static_cast<Unsigned>(0U - bits) : bits, negative};
 }
 
 bool loadBinary(const DisplayItem &item, BinaryValue &value) {
     const bool isSigned = item.type == DISPLAY_SIGNED_BINARY;
     switch (item.size) {
     case 1:
-        value = loadBinary<int8_t, uint8_t>(item.address, isSigned);
+        value = loadBinary<uint8_t>(item.address, isSigned);
         return true;
     case 2:
-        value = loadBinary<int16_t, uint16_t>(item.address, isSigned);
+        value = loadBinary<uint16_t>(item.address, isSigned);
         return true;
     case 3:
     case 4:
-        value = loadBinary<int32_t, uint32_t>(item.address, isSigned);
+        value = loadBinary<uint32_t>(item.address, isSigned);
         return true;
     case 5:
     case 6:
     case 7:
     case 8:
-        value = loadBinary<int64_t, uint64_t>(item.address, isSigned);
+        value = loadBinary<uint64_t>(item.address, isSigned);
         return true;
     default:
         return false;
