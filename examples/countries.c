@@ -70,7 +70,7 @@ static int32_t regionIndex;
 static int32_t currentRegion;
 static int32_t lineNumber;
 static int32_t returnCode;
-static uint8_t pageCounter[PACKED(kPage)] = {0, 0, 0x0C};
+static uint8_t pageCount[PACKED(kPage)] = {0, 0, 0x0C};
 static uint8_t recordsRead[PACKED(kCount)] = {0, 0, 0x0C};
 static uint8_t recordsRejected[PACKED(kCount)] = {0, 0, 0x0C};
 static uint8_t signsDoubtful[PACKED(kCount)] = {0, 0, 0x0C};
@@ -259,8 +259,8 @@ static void readRecord(void) {
 }
 
 static void printTitle(void) {
-    _zorcBCD_ADD_Pckd_Int4(pageCounter, kPage, 1);
-    moveEdited(pageCounter, kPage, titleLine.page, &editPage, 3);
+    _zorcBCD_ADD_Pckd_Int4(pageCount, kPage, 1);
+    moveEdited(pageCount, kPage, titleLine.page, &editPage, 3);
     _zorcMoveFigConst(ruler, kLineLength, "=", 1);
     DISPLAY_GROUP(ruler);
     DISPLAY_GROUP(titleLine);

@@ -54,11 +54,11 @@
            05  T-PEOPLE            PIC S9(15)V99  COMP-3.
            05  T-BALANCE           PIC S9(13)V99  COMP-3.
 
-       01  REGION-INDEX            PIC S9(9) COMP-5.
-       01  CURRENT-REGION          PIC S9(9) COMP-5 VALUE 0.
-       01  LINE-NUMBER             PIC S9(9) COMP-5 VALUE 0.
-       01  LINES-PER-PAGE          PIC S9(9) COMP-5 VALUE 54.
-       01  PAGE-COUNTER            PIC S9(5)    COMP-3 VALUE 0.
+       01  REGION-INDEX            PIC S9(9) BINARY.
+       01  CURRENT-REGION          PIC S9(9) BINARY VALUE 0.
+       01  LINE-NUMBER             PIC S9(9) BINARY VALUE 0.
+       01  LINES-PER-PAGE          PIC S9(9) BINARY VALUE 54.
+       01  PAGE-COUNT            PIC S9(5)    COMP-3 VALUE 0.
        01  RECORDS-READ            PIC S9(5)    COMP-3 VALUE 0.
        01  RECORDS-REJECTED        PIC S9(5)    COMP-3 VALUE 0.
        01  SIGNS-DOUBTFUL          PIC S9(5)    COMP-3 VALUE 0.
@@ -247,8 +247,8 @@
                "   DENSITY           BALANCE GROWTH".
 
        PRINT-TITLE.
-           ADD 1 TO PAGE-COUNTER
-           MOVE PAGE-COUNTER TO TI-PAGE
+           ADD 1 TO PAGE-COUNT
+           MOVE PAGE-COUNT TO TI-PAGE
            MOVE ALL "=" TO RULER
            DISPLAY RULER
            DISPLAY TITLE-LINE
