@@ -58,7 +58,7 @@
        01  CURRENT-REGION          PIC S9(9) BINARY VALUE 0.
        01  LINE-NUMBER             PIC S9(9) BINARY VALUE 0.
        01  LINES-PER-PAGE          PIC S9(9) BINARY VALUE 54.
-       01  PAGE-COUNT            PIC S9(5)    COMP-3 VALUE 0.
+       01  PAGE-COUNT              PIC S9(5)    COMP-3 VALUE 0.
        01  RECORDS-READ            PIC S9(5)    COMP-3 VALUE 0.
        01  RECORDS-REJECTED        PIC S9(5)    COMP-3 VALUE 0.
        01  SIGNS-DOUBTFUL          PIC S9(5)    COMP-3 VALUE 0.
@@ -170,7 +170,7 @@
                    PERFORM LIST-COUNTRY
            END-EVALUATE.
 
-      *> Compiled with checks of sending items: under the run-time option
+      *> Compiled with checks of sending items: under run-time option
       *> CHECK the operator is told too.
        REJECT-RECORD.
            ADD 1 TO RECORDS-REJECTED
@@ -200,7 +200,8 @@
                C-POPULATION * 0.025 - C-AREA * 0.500
            ADD 1            TO R-COUNT (REGION-INDEX)      W-COUNT
            ADD C-AREA       TO R-AREA (REGION-INDEX)       W-AREA
-           ADD C-POPULATION TO R-POPULATION (REGION-INDEX) W-POPULATION
+           ADD C-POPULATION TO R-POPULATION (REGION-INDEX)
+                               W-POPULATION
            ADD C-PEOPLE     TO R-PEOPLE (REGION-INDEX)     W-PEOPLE
            ADD C-BALANCE    TO R-BALANCE (REGION-INDEX)    W-BALANCE
            MOVE IN-NAME TO D-NAME
@@ -243,8 +244,8 @@
 
        START-PAGE.
            PERFORM PRINT-TITLE
-           DISPLAY "COUNTRY                       AREA KM2    POPULATION"
-               "   DENSITY           BALANCE GROWTH".
+           DISPLAY "COUNTRY                       AREA KM2    POPULAT"
+               "ION   DENSITY           BALANCE GROWTH".
 
        PRINT-TITLE.
            ADD 1 TO PAGE-COUNT
