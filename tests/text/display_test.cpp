@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -321,6 +322,37 @@ TEST(Display, FullDiskLosesTheItemsAlone) {
         kit::Environment{{"SYSOUT", "/dev/full"}});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "went on");
+}
+
+// A pipe that is full and does not block, read slowly: no byte is lost.
+TEST(Display, WaitsForASlowReader) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    std::string text;
+    std::thread reader([&] {
+        char bytes[1000];
+        for (;;) {
+            const ssize_t count = read(ends[0], bytes, sizeof bytes);
+            if (count > 0) {
+                text.append(bytes, static_cast<std::size_t>(count));
+            } else if (count == 0) {
+                return;
+            }
+            usleep(100);
+        }
+    });
+    std::string expected;
+    {
+        kit::StandIn sysout(_zorProccom->sysout, fdopen(ends[1], "w"));
+        for (int i = 0; i < 100; ++i) {
+            const std::string line(3000, static_cast<char>('A' + i % 26));
+            kit::display(line);
+            expected += line + "\n";
+        }
+        fcntl(ends[1], F_SETFL, 0); // the last flush is not the library's
+    }
+    reader.join();
+    EXPECT_TRUE(text == expected) << text.size() << " of " << expected.size();
 }
 
 TEST(Display, ThreadsDoNotMixTheirLines) {

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
+#include <stdio_ext.h>
 #include <unistd.h>
 
 namespace zor {
@@ -94,6 +95,19 @@ ssize_t retryBytes(int descriptor, std::size_t bytes, short events, Transfer tra
     return static_cast<ssize_t>(done);
 }
 
+// Writes out what a stream holds. The C library drops all of it when a write stops half-way, even
+// for EINTR and EAGAIN; here such a write goes on, and only another error loses what is left.
+bool drain(FILE *stream) {
+    const std::size_t pending = __fpending(stream);
+    const int descriptor = fileno_unlocked(stream);
+    if (pending == 0 || descriptor < 0) {
+        return true;
+    }
+    const ssize_t written = retryWrite(descriptor, stream->_IO_write_base, pending);
+    __fpurge(stream);
+    return written == static_cast<ssize_t>(pending);
+}
+
 } // namespace
 
 int retryOpen(const char *path, int flags, mode_t mode) {
@@ -151,6 +165,9 @@ int retryClose(int descriptor) {
 }
 
 int retryFlush(FILE *stream) {
+    if (!drain(stream)) {
+        return EOF;
+    }
     return retryOnStream(stream, POLLOUT, [&] { return fflush(stream); });
 }
 
@@ -169,20 +186,24 @@ int flushAndSync(FILE *stream) {
     return result;
 }
 
-bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes) {
-    std::size_t done = 0;
-    while (done < bytes) {
-        errno = 0;
-        done += fwrite_unlocked(text + done, 1, bytes - done, stream);
-        if (done < bytes) {
-            if (!interrupted()) {
-                return false;
-            }
-            waitUntilReady(fileno_unlocked(stream), POLLOUT);
-            clearerr_unlocked(stream);
-        }
+bool writeThrough(FILE *stream, const char *text, std::size_t bytes) {
+    const int descriptor = fileno_unlocked(stream);
+    if (descriptor < 0) {
+        return fwrite_unlocked(text, 1, bytes, stream) == bytes;
     }
-    return true;
+    if (__fbufsize(stream) == 0 || __fwriting(stream) == 0) {
+        // The first write makes the buffer; one byte always finds room in it.
+        return fwrite_unlocked(text, 1, 1, stream) == 1 &&
+               writeUnlocked(stream, text + 1, bytes - 1);
+    }
+    if (__flbf(stream) != 0 &&
+        stream->_IO_buf_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(bytes)) {
+        // A terminal gets whole lines.
+        std::memcpy(stream->_IO_write_ptr, text, bytes);
+        stream->_IO_write_ptr += bytes;
+        return std::memchr(text, '\n', bytes) == nullptr || drain(stream);
+    }
+    return drain(stream) && retryWrite(descriptor, text, bytes) == static_cast<ssize_t>(bytes);
 }
 
 } // namespace zor

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <sys/types.h>
 
 namespace zor {
@@ -27,9 +28,20 @@ int retryFlush(FILE *stream);
 // terminal, a pipe, a closed or read-only one) counts as written; errno is then 0.
 int flushAndSync(FILE *stream);
 
+// The part of writeUnlocked that reaches the file; bytes is not 0.
+bool writeThrough(FILE *stream, const char *text, std::size_t bytes);
+
 // Writes bytes to a stream whose lock the caller holds; goes on over partial writes, EAGAIN and
-// EINTR. False on any other error.
-bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes);
+// EINTR. False on any other error. While the stream's buffer has room they go there, as one
+// character of putc_unlocked does; an unbuffered or line-buffered stream never has room.
+inline bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes) {
+    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(bytes)) {
+        std::memcpy(stream->_IO_write_ptr, text, bytes);
+        stream->_IO_write_ptr += bytes;
+        return true;
+    }
+    return bytes == 0 || writeThrough(stream, text, bytes);
+}
 
 } // namespace zor
 

@@ -46,17 +46,6 @@ bool flushesEachDisplay() {
     return known == flush;
 }
 
-// Writes into the stream's buffer while there is room, as putc_unlocked does for one character; an
-// unbuffered or line-buffered stream never has room.
-void put(FILE *stream, std::string_view text) {
-    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<ptrdiff_t>(text.size())) {
-        memcpy(stream->_IO_write_ptr, text.data(), text.size());
-        stream->_IO_write_ptr += text.size();
-    } else {
-        writeUnlocked(stream, text.data(), text.size());
-    }
-}
-
 // Writes the items; false when one is invalid, after the items ahead of it.
 bool writeItems(FILE *stream, const DisplayControl &control, DisplayItem *items) {
     const auto point = static_cast<char>(control.point);
@@ -71,7 +60,7 @@ bool writeItems(FILE *stream, const DisplayControl &control, DisplayItem *items)
             _zorDebugBufLen = static_cast<uint32_t>(text.size());
             return true;
         }
-        put(stream, text);
+        writeUnlocked(stream, text.data(), text.size());
     }
     return true;
 }
@@ -89,7 +78,7 @@ void _zorcDisplay(const DisplayControl *control, DisplayItem *items) {
         zor::ScopedStream held(stream);
         valid = zor::writeItems(stream, *control, items);
         if ((control->flags & DISPLAY_NO_ADVANCING) == 0) {
-            zor::put(stream, "\n");
+            zor::writeUnlocked(stream, "\n", 1);
         }
         if (zor::flushesEachDisplay()) {
             zor::retryFlush(stream);
