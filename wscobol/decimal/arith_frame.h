@@ -6,9 +6,10 @@
 
 namespace zor::decimal {
 
-// A core of two operands and one target; it validates by checkArithmetic.
-using BinaryCore = void (*)(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                            int32_t op2Digits, uint8_t *target, int32_t targetDigits);
+// A core of two operands and one target; it validates by checkArithmetic. Its arguments and result
+// are those of the exported function, so that one jumps to the other.
+using BinaryCore = uint8_t *(*)(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                int32_t targetDigits, int32_t op2Digits, int32_t op1Digits);
 
 template <class Form>
 inline void checkArithmetic(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
@@ -30,7 +31,7 @@ tracedBinary(const char *header, BinaryCore core, const uint8_t *op1, const uint
         traceOperand<Form>("op1: ", LabelStyle::colon, op1, op1Digits);
         traceOperand<Form>("op2: ", LabelStyle::colon, op2, op2Digits);
     }
-    core(op1, op1Digits, op2, op2Digits, target, targetDigits);
+    core(op1, op2, target, targetDigits, op2Digits, op1Digits);
     if (traced) {
         traceOperand<Form>("dst: ", LabelStyle::colon, target, targetDigits);
     }
@@ -45,8 +46,7 @@ inline uint8_t *binaryFrame(const char *header, const uint8_t *op1, const uint8_
         return tracedBinary<Form>(header, core, op1, op2, target, targetDigits, op2Digits,
                                   op1Digits);
     }
-    core(op1, op1Digits, op2, op2Digits, target, targetDigits);
-    return target;
+    return core(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
 } // namespace zor::decimal

@@ -152,6 +152,23 @@ inline ZonedBlocks zonedOfDigits(__m128i digits) {
     return {_mm_unpacklo_epi8(tens, ones), _mm_unpackhi_epi8(tens, ones)};
 }
 
+// Zoned bytes, the zones dropped, as packed digits without a sign.
+inline __m128i pairsOfZoned(__m128i block) {
+    const __m128i digits = _mm_and_si128(block, _mm_set1_epi8(0x0F));
+    return _mm_and_si128(_mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8)),
+                         _mm_set1_epi16(0xFF));
+}
+inline __m128i packedOfZoned(__m128i high, __m128i low) {
+    return _mm_packus_epi16(pairsOfZoned(high), pairsOfZoned(low));
+}
+
+// Whether all bytes of a zoned block are "0" to "9", but for those that a mask of bits excepts.
+inline bool areZonedDigits(__m128i block, uint32_t excepted) {
+    const __m128i digits = _mm_xor_si128(block, _mm_set1_epi8(0x30));
+    const __m128i plain = _mm_cmpeq_epi8(_mm_min_epu8(digits, _mm_set1_epi8(9)), digits);
+    return (static_cast<uint32_t>(_mm_movemask_epi8(plain)) | excepted) == 0xFFFF;
+}
+
 // Whether a packed block has decimal digits and a proper sign in its last nibble, or, for a block
 // in front of another, digits alone.
 inline bool isPackedBlock(__m128i block, bool hasSign) {

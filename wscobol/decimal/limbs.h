@@ -32,11 +32,17 @@ inline LimbSplit splitLimb(uint64_t value) {
     return {quotient, rest};
 }
 
-inline __m128i loadLimbs(const uint32_t *limbs) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(limbs));
-}
-inline void storeLimbs(uint32_t *limbs, __m128i block) {
+inline void keepLimbs(uint32_t *limbs, __m128i block) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(limbs), block);
+}
+// Limbs that were computed one by one go to a block through registers: a load of all four would
+// have to wait until their stores are done.
+inline __m128i blockOfLimbs(uint32_t limb0, uint32_t limb1, uint32_t limb2, uint32_t limb3) {
+    const __m128i low = _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int32_t>(limb0)),
+                                           _mm_cvtsi32_si128(static_cast<int32_t>(limb1)));
+    const __m128i high = _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int32_t>(limb2)),
+                                            _mm_cvtsi32_si128(static_cast<int32_t>(limb3)));
+    return _mm_unpacklo_epi64(low, high);
 }
 
 // How the digits of a form become limbs and limbs become digits.
@@ -49,12 +55,12 @@ template <> struct LimbRules<Packed> {
         int32_t at = 0;
         for (; left > kBlockBytes && at < count; left -= kBlockBytes, at += kBlockLimbs) {
             const uint8_t *address = item + left - kBlockBytes;
-            storeLimbs(limbs + at,
-                       limbsOfDigits(shiftDigitRight(loadFull(address), loadFull(address - 1))));
+            keepLimbs(limbs + at,
+                      limbsOfDigits(shiftDigitRight(loadFull(address), loadFull(address - 1))));
         }
         if (left > 0 && at < count) {
             const __m128i block = loadBlock(item, left);
-            storeLimbs(limbs + at, limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
+            keepLimbs(limbs + at, limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
             at += kBlockLimbs;
         }
         for (; at < count; ++at) {
@@ -62,14 +68,13 @@ template <> struct LimbRules<Packed> {
         }
     }
 
-    // Stores the low-order digits that the target holds; zeros above the limbs.
-    static void store(const uint32_t *limbs, int32_t count, bool negative, uint8_t *target,
+    // Stores the low-order digits that the target holds; zeros above the blocks of four limbs.
+    static void store(const __m128i *limbs, int32_t blocks, bool negative, uint8_t *target,
                       int32_t digits) {
         int32_t left = Packed::bytes(digits);
         __m128i lower = _mm_cvtsi32_si128(packedSign(negative) << 4); // the sign follows the units
-        for (int32_t at = 0; left > 0; at += kBlockLimbs) {
-            const __m128i block =
-                at < count ? digitsOfLimbs(loadLimbs(limbs + at)) : _mm_setzero_si128();
+        for (int32_t at = 0; left > 0; ++at) {
+            const __m128i block = at < blocks ? digitsOfLimbs(limbs[at]) : _mm_setzero_si128();
             const __m128i behind =
                 _mm_or_si128(_mm_srli_si128(block, 1), _mm_slli_si128(lower, 15));
             const __m128i bytes = shiftDigitLeft(block, behind);
@@ -101,13 +106,13 @@ template <> struct LimbRules<ZonedTrailing> {
         limbs[0] += zonedDigitValue(last) - (last & 0x0FU);
     }
 
-    static void store(const uint32_t *limbs, int32_t count, bool negative, uint8_t *target,
+    static void store(const __m128i *limbs, int32_t blocks, bool negative, uint8_t *target,
                       int32_t digits) {
         int32_t left = digits;
-        for (int32_t at = 0; left > 0; at += kBlockLimbs) {
-            const ZonedBlocks blocks = zonedOfDigits(
-                at < count ? digitsOfLimbs(loadLimbs(limbs + at)) : _mm_setzero_si128());
-            for (const __m128i block : {blocks.low, blocks.high}) {
+        for (int32_t at = 0; left > 0; ++at) {
+            const ZonedBlocks zoned =
+                zonedOfDigits(at < blocks ? digitsOfLimbs(limbs[at]) : _mm_setzero_si128());
+            for (const __m128i block : {zoned.low, zoned.high}) {
                 if (left > kBlockBytes) {
                     left -= kBlockBytes;
                     storeFull(target + left, block);
@@ -122,6 +127,19 @@ template <> struct LimbRules<ZonedTrailing> {
         }
     }
 };
+
+// The same for limbs in storage; count is a multiple of four, at most kMaxLimbs.
+inline constexpr int32_t kMaxLimbs = 36;
+template <class Form>
+inline void storeLimbs(const uint32_t *limbs, int32_t count, bool negative, uint8_t *target,
+                       int32_t digits) {
+    __m128i blocks[kMaxLimbs / kBlockLimbs];
+    for (int32_t at = 0; at < count; at += kBlockLimbs) {
+        blocks[at / kBlockLimbs] =
+            blockOfLimbs(limbs[at], limbs[at + 1], limbs[at + 2], limbs[at + 3]);
+    }
+    LimbRules<Form>::store(blocks, count / kBlockLimbs, negative, target, digits);
+}
 
 } // namespace zor::decimal
 

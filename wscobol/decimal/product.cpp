@@ -35,22 +35,42 @@ struct Factor {
     int32_t digits;
 };
 
+template <class Form>
+inline Factor cutFactor(const uint8_t *item, int32_t digits, int32_t targetDigits) {
+    const int32_t excess = Form::bytes(digits) - Form::bytes(targetDigits);
+    return excess > 0 ? Factor{item + excess, Form::places(targetDigits)} : Factor{item, digits};
+}
+
+template <class Form>
+inline bool signsDiffer(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                        int32_t op2Digits) {
+    return Form::isNegative(op1, op1Digits) != Form::isNegative(op2, op2Digits);
+}
+
 // Both factors of at most N limbs.
 template <class Form, int32_t N>
-inline void multiplyShort(const Factor &a, const Factor &b, bool negative, uint8_t *target,
-                          int32_t targetDigits) {
-    constexpr int32_t kLoaded = std::max(N, kBlockLimbs);
-    constexpr int32_t kProduct = std::max(2 * N, kBlockLimbs);
-    uint32_t limbsA[kLoaded];
-    uint32_t limbsB[kLoaded];
-    uint32_t product[kProduct];
-    LimbRules<Form>::load(limbsA, kLoaded, a.item, a.digits);
-    LimbRules<Form>::load(limbsB, kLoaded, b.item, b.digits);
-    multiplyLimbs(limbsA, N, limbsB, N, product);
-    for (int32_t i = 2 * N; i < kProduct; ++i) {
-        product[i] = 0;
+[[gnu::noinline]] uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                         int32_t targetDigits, int32_t op2Digits,
+                                         int32_t op1Digits) {
+    checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
+    const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
+    uint32_t a[kBlockLimbs];
+    uint32_t b[kBlockLimbs];
+    uint32_t product[2 * N];
+    LimbRules<Form>::load(a, kBlockLimbs, op1, op1Digits);
+    LimbRules<Form>::load(b, kBlockLimbs, op2, op2Digits);
+    multiplyLimbs(a, N, b, N, product);
+    __m128i blocks[(N + 1) / 2];
+    if constexpr (N == 1) {
+        blocks[0] = blockOfLimbs(product[0], product[1], 0, 0);
+    } else {
+        for (int32_t i = 0; i < N / 2; ++i) {
+            const uint32_t *four = product + i * kBlockLimbs;
+            blocks[i] = blockOfLimbs(four[0], four[1], four[2], four[3]);
+        }
     }
-    LimbRules<Form>::store(product, kProduct, negative, target, targetDigits);
+    LimbRules<Form>::store(blocks, (N + 1) / 2, negative, target, targetDigits);
+    return target;
 }
 
 constexpr int32_t kLongLimbs = 16;
@@ -63,8 +83,8 @@ int32_t significantLimbs(const uint32_t *limbs, int32_t count) {
 }
 
 template <class Form>
-[[gnu::noinline]] void multiplyLong(const Factor &a, const Factor &b, bool negative,
-                                    uint8_t *target, int32_t targetDigits) {
+void multiplyLong(const Factor &a, const Factor &b, bool negative, uint8_t *target,
+                  int32_t targetDigits) {
     uint32_t limbsA[kLongLimbs];
     uint32_t limbsB[kLongLimbs];
     uint32_t product[2 * kLongLimbs] = {};
@@ -72,7 +92,7 @@ template <class Form>
     LimbRules<Form>::load(limbsB, kLongLimbs, b.item, b.digits);
     multiplyLimbs(limbsA, significantLimbs(limbsA, kLongLimbs), limbsB,
                   significantLimbs(limbsB, kLongLimbs), product);
-    LimbRules<Form>::store(product, 2 * kLongLimbs, negative, target, targetDigits);
+    storeLimbs<Form>(product, 2 * kLongLimbs, negative, target, targetDigits);
 }
 
 // ---- factors of any length, digit by digit in the target itself; the target is no operand then
@@ -99,8 +119,8 @@ void storeDigitAt(uint8_t *item, int32_t digits, int32_t fromUnits, unsigned dig
 }
 
 template <class Form>
-[[gnu::noinline]] void multiplyInTarget(const Factor &a, const Factor &b, bool negative,
-                                        uint8_t *target, int32_t targetDigits) {
+void multiplyInTarget(const Factor &a, const Factor &b, bool negative, uint8_t *target,
+                      int32_t targetDigits) {
     const int32_t places = Form::places(targetDigits);
     const int32_t placesA = Form::places(a.digits);
     const int32_t placesB = Form::places(b.digits);
@@ -123,30 +143,35 @@ template <class Form>
     }
 }
 
-template <class Form> Factor cutFactor(const uint8_t *item, int32_t digits, int32_t targetDigits) {
-    const int32_t excess = Form::bytes(digits) - Form::bytes(targetDigits);
-    return excess > 0 ? Factor{item + excess, Form::places(targetDigits)} : Factor{item, digits};
-}
-
 template <class Form>
-void multiply(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits,
-              uint8_t *target, int32_t targetDigits) {
+[[gnu::noinline]] uint8_t *multiplyAny(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                       int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
     checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
-    const bool negative = Form::isNegative(op1, op1Digits) != Form::isNegative(op2, op2Digits);
+    const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
     const Factor a = cutFactor<Form>(op1, op1Digits, targetDigits);
     const Factor b = cutFactor<Form>(op2, op2Digits, targetDigits);
-    const int32_t longest = Form::places(std::max(a.digits, b.digits));
-    if (longest <= kLimbDigits) {
-        multiplyShort<Form, 1>(a, b, negative, target, targetDigits);
-    } else if (longest <= 2 * kLimbDigits) {
-        multiplyShort<Form, 2>(a, b, negative, target, targetDigits);
-    } else if (longest <= 4 * kLimbDigits) {
-        multiplyShort<Form, 4>(a, b, negative, target, targetDigits);
-    } else if (longest <= kLongLimbs * kLimbDigits) {
+    if (Form::places(std::max(a.digits, b.digits)) <= kLongLimbs * kLimbDigits) {
         multiplyLong<Form>(a, b, negative, target, targetDigits);
     } else {
         multiplyInTarget<Form>(a, b, negative, target, targetDigits);
     }
+    return target;
+}
+
+template <class Form>
+inline uint8_t *multiply(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                         int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+    const int32_t longest = Form::places(std::max(op1Digits, op2Digits));
+    if (longest <= kLimbDigits) {
+        return multiplyShort<Form, 1>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    if (longest <= 2 * kLimbDigits) {
+        return multiplyShort<Form, 2>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    if (longest <= 4 * kLimbDigits) {
+        return multiplyShort<Form, 4>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    return multiplyAny<Form>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 namespace zor::decimal {
 namespace {
 
-constexpr int32_t kMaxLimbs = 32; // digits of an operand above these are not read
+constexpr int32_t kOperandLimbs = 32; // digits of an operand above these are not read
 
 // A target that may be absent, then with a null item.
 struct DivisionTarget {
@@ -21,12 +21,13 @@ constexpr DivisionTarget kAbsent{nullptr, 0};
 // A limb number with room for one limb above its digits.
 struct Number {
     int32_t count; // significant limbs, at least 1
-    uint32_t limb[kMaxLimbs + kBlockLimbs];
+    uint32_t limb[kMaxLimbs];
 };
+static_assert(kOperandLimbs < kMaxLimbs);
 
 template <class Form> void loadNumber(Number &number, const uint8_t *item, int32_t digits) {
     const int32_t limbs = (Form::places(digits) + kLimbDigits - 1) / kLimbDigits;
-    int32_t count = std::min((limbs + kBlockLimbs - 1) / kBlockLimbs * kBlockLimbs, kMaxLimbs);
+    int32_t count = std::min((limbs + kBlockLimbs - 1) / kBlockLimbs * kBlockLimbs, kOperandLimbs);
     LimbRules<Form>::load(number.limb, count, item, digits);
     while (count > 1 && number.limb[count - 1] == 0) {
         --count;
@@ -110,13 +111,13 @@ void storeNumber(Number &number, int32_t count, bool negative, DivisionTarget ta
     for (int32_t at = count; at < whole; ++at) {
         number.limb[at] = 0;
     }
-    LimbRules<Form>::store(number.limb, whole, negative, target.item, target.digits);
+    storeLimbs<Form>(number.limb, whole, negative, target.item, target.digits);
 }
 
-template <class Form> void storeSmall(uint32_t value, bool negative, DivisionTarget target) {
+template <class Form> void storeSmall(int32_t value, bool negative, DivisionTarget target) {
     if (target.item != nullptr) {
-        const uint32_t limbs[kBlockLimbs] = {value, 0, 0, 0};
-        LimbRules<Form>::store(limbs, kBlockLimbs, negative, target.item, target.digits);
+        const __m128i block = _mm_cvtsi32_si128(value);
+        LimbRules<Form>::store(&block, 1, negative, target.item, target.digits);
     }
 }
 
@@ -183,15 +184,17 @@ bool divide(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divi
 }
 
 template <class Form>
-void quotientOnly(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits,
-                  uint8_t *target, int32_t targetDigits) {
+uint8_t *quotientOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                      int32_t op2Digits, int32_t op1Digits) {
     divide<Form>(op1, op1Digits, op2, op2Digits, {target, targetDigits}, kAbsent);
+    return target;
 }
 
 template <class Form>
-void remainderOnly(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits,
-                   uint8_t *target, int32_t targetDigits) {
+uint8_t *remainderOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                       int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
     divide<Form>(op1, op1Digits, op2, op2Digits, kAbsent, {target, targetDigits});
+    return target;
 }
 
 } // namespace

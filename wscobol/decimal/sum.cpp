@@ -96,10 +96,10 @@ void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8
     std::memset(target, U::kZero, static_cast<size_t>(targetBytes - at));
 }
 
-template <class Form>
-[[gnu::noinline]] void sumByUnits(bool subtract, const uint8_t *op1, int32_t op1Digits,
-                                  const uint8_t *op2, int32_t op2Digits, uint8_t *target,
-                                  int32_t targetDigits) {
+template <class Form, bool subtract>
+[[gnu::noinline]] uint8_t *sumByUnits(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                      int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+    checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
     const Magnitude<Form> a(op1, op1Digits);
     const Magnitude<Form> b(op2, op2Digits);
     bool negative = Form::isNegative(op1, op1Digits);
@@ -116,35 +116,41 @@ template <class Form>
     }
     Form::storeSign(target, targetDigits, negative);
     Unit<Form>::finish(target, targetDigits);
+    return target;
 }
 
-// An operand failed the quick test, or is long: told properly ahead of the slow way.
-template <class Form>
-[[gnu::noinline]] void sumWithChecks(bool subtract, const uint8_t *op1, int32_t op1Digits,
-                                     const uint8_t *op2, int32_t op2Digits, uint8_t *target,
-                                     int32_t targetDigits) {
-    checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
-    sumByUnits<Form>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+// Well-formed items need no other test than that of their words; others are told properly ahead of
+// the slow way.
+template <class Form, bool subtract, unsigned W>
+[[gnu::noinline]] uint8_t *sumOfWords(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                      int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+    uint8_t *done =
+        sumByWords<Form, W, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    return done != nullptr
+               ? done
+               : sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
-// target = op1 + op2 or op1 - op2. Well-formed operands need no other test than that of the words.
+// target = op1 + op2 or op1 - op2.
 template <class Form, bool subtract>
-inline void sum(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2, int32_t op2Digits,
-                uint8_t *target, int32_t targetDigits) {
+inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                    int32_t op2Digits, int32_t op1Digits) {
     const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
-    bool done = false;
-    if (longest <= 4) {
-        done = sumByWords<Form, 1>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
-    } else if (longest <= 8) {
-        done = sumByWords<Form, 2>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
-    } else if (longest <= 16) {
-        done = sumByWords<Form, 4>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
-    } else if (longest <= 32) {
-        done = sumByWords<Form, 8>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    constexpr int32_t kWord = WordForm<Form>::kWordBytes;
+    if (longest <= kWord) {
+        return sumOfWords<Form, subtract, 1>(op1, op2, target, targetDigits, op2Digits, op1Digits);
     }
-    if (!done) {
-        sumWithChecks<Form>(subtract, op1, op1Digits, op2, op2Digits, target, targetDigits);
+    if (longest <= 2 * kWord) {
+        return sumOfWords<Form, subtract, 2>(op1, op2, target, targetDigits, op2Digits, op1Digits);
     }
+    if (longest <= 4 * kWord) {
+        return sumOfWords<Form, subtract, 4>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    if (longest <= WordForm<Form>::kMaxBytes) {
+        return sumOfWords<Form, subtract, WordForm<Form>::kMaxBytes / kWord>(
+            op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    return sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
 // ---- binary increments
@@ -163,20 +169,18 @@ void sumBinary(uint8_t *accumulator, int32_t digits, int64_t value) {
     }
     const uint64_t magnitude =
         value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-    uint32_t limbs[kBlockLimbs] = {};
     int32_t operandDigits = kLimbDigits - 1;
-    if (magnitude < kLimbBase / 10) {
-        limbs[0] = static_cast<uint32_t>(magnitude);
-    } else {
+    __m128i limbs = _mm_cvtsi32_si128(static_cast<int32_t>(magnitude));
+    if (magnitude >= kLimbBase / 10) {
         const uint64_t high = magnitude / kLimbBase;
-        limbs[0] = static_cast<uint32_t>(magnitude - high * kLimbBase);
-        limbs[1] = static_cast<uint32_t>(high % kLimbBase);
-        limbs[2] = static_cast<uint32_t>(high / kLimbBase);
+        limbs = blockOfLimbs(static_cast<uint32_t>(magnitude - high * kLimbBase),
+                             static_cast<uint32_t>(high % kLimbBase),
+                             static_cast<uint32_t>(high / kLimbBase), 0);
         operandDigits = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
     }
     uint8_t operand[kMaxBinaryDigits];
-    LimbRules<Form>::store(limbs, kBlockLimbs, value < 0, operand, operandDigits);
-    sum<Form, subtract>(accumulator, digits, operand, operandDigits, accumulator, digits);
+    LimbRules<Form>::store(&limbs, 1, value < 0, operand, operandDigits);
+    sum<Form, subtract>(accumulator, operand, accumulator, digits, operandDigits, digits);
 }
 
 template <class Form, bool subtract, class Integer>

@@ -1,160 +1,186 @@
-// Sums by words: eight packed or four zoned digits a step, for well-formed items of up to 32 bytes.
-// Word 0 holds the units; the digits of a word read from left to right as the item's bytes do.
+// Sums of well-formed items by words of eight packed digits: up to 63 packed or 32 zoned digits.
+// Word 0 holds the units; the hexadecimal digits of a word read as the decimal ones. A packed
+// item's sign nibble stays behind its units digit, as a zero.
 #ifndef ZOR_DECIMAL_SUM_WORDS_H
 #define ZOR_DECIMAL_SUM_WORDS_H
+
+#include <immintrin.h>
 
 #include "decimal/blocks.h"
 #include "decimal/forms.h"
 
 namespace zor::decimal {
 
-// An item's words, zeros beyond its first byte. bytes is 1 to 4 * W.
-template <unsigned W>
-inline void loadWords(uint32_t (&words)[W], const uint8_t *item, int32_t bytes) {
-    if (W == 1 || bytes < 4) {
-        words[0] = loadShort(item, bytes);
-        for (unsigned k = 1; k < W; ++k) {
-            words[k] = 0;
-        }
-        return;
+// The words of a block of packed bytes, and the block of words.
+inline void wordsOfBlock(uint32_t *words, __m128i block) {
+    uint32_t lanes[4];
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(lanes), block);
+    for (unsigned k = 0; k < 4; ++k) {
+        words[k] = __builtin_bswap32(lanes[3 - k]);
     }
-#pragma GCC unroll 8
-    for (unsigned k = 0; k < W; ++k) {
-        const int32_t left = bytes - 4 * static_cast<int32_t>(k);
-        if (left >= 4) {
-            words[k] = loadDigits(item + left - 4);
+}
+inline int32_t laneOfWord(uint32_t word) {
+    return static_cast<int32_t>(__builtin_bswap32(word));
+}
+
+template <class Form> struct WordForm;
+
+template <> struct WordForm<Packed> {
+    static constexpr int32_t kWordBytes = 4;
+    static constexpr int32_t kMaxBytes = 32;
+
+    // Reads an item of at most W words without its sign; false when it is not well-formed.
+    template <unsigned W>
+    static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
+        const int32_t bytes = Packed::bytes(digits);
+        negative = packedSignIsNegative(item[bytes - 1]);
+        bool good = true;
+        if constexpr (W <= 2) {
+            const bool isShort = W == 1 || bytes < 4;
+            words[0] = isShort ? loadShort(item, bytes) : loadDigits(item + bytes - 4);
+            uint32_t above = nibblesAboveNine(words[0]) ^ 0x08; // 8: a proper sign alone
+            if constexpr (W == 2) {
+                // Two shifts, as one may be of all 32 bits.
+                words[1] = isShort ? 0 : loadDigits(item) >> (4 * (8 - bytes)) >> (4 * (8 - bytes));
+                above |= nibblesAboveNine(words[1]);
+            }
+            good = above == 0;
         } else {
-            words[k] = left > 0 ? loadDigits(item) >> (8 * (4 - left)) : 0;
-        }
-    }
-}
-
-// The low-order bytes of the words into the target. bytes is 1 to 4 * W.
-template <unsigned W>
-inline void storeWords(const uint32_t (&words)[W], uint8_t *target, int32_t bytes) {
-#pragma GCC unroll 8
-    for (unsigned k = 0; k < W; ++k) {
-        const int32_t left = bytes - 4 * static_cast<int32_t>(k);
-        if (left >= 4) {
-            storeDigits(target + left - 4, words[k]);
-            continue;
-        }
-        if (left >= 2) {
-            storeWord(target + left - 2, __builtin_bswap16(static_cast<uint16_t>(words[k])));
-        }
-        if (left == 3) {
-            target[0] = static_cast<uint8_t>(words[k] >> 16);
-        } else if (left == 1) {
-            target[0] = static_cast<uint8_t>(words[k]);
-        }
-        return;
-    }
-}
-
-// How a form's words are read, added, subtracted and written.
-template <class Form> struct WordRules;
-
-template <> struct WordRules<Packed> {
-    static constexpr uint32_t kSignMask = 0x0F;
-    static constexpr uint32_t kSignIsNoDigit = 0x08; // nibblesAboveNine of a proper sign alone
-
-    // Takes the sign out of the words of an item; false when the item is not well-formed.
-    template <unsigned W>
-    static bool open(uint32_t (&words)[W], const uint8_t *, int32_t, bool &negative) {
-        uint32_t above = nibblesAboveNine(words[0]) ^ kSignIsNoDigit;
-        for (unsigned k = 1; k < W; ++k) {
-            above |= nibblesAboveNine(words[k]);
-        }
-        negative = packedSignIsNegative(static_cast<uint8_t>(words[0]));
-        words[0] &= ~kSignMask;
-        return above == 0;
-    }
-
-    template <unsigned W> static void close(uint32_t (&words)[W], bool negative) {
-        words[0] |= packedSign(negative);
-    }
-
-    // Adds with 6 in each nibble, so that a decimal carry is a binary one, and takes the 6 back
-    // from the nibbles that did not carry.
-    static uint32_t add(uint32_t a, uint32_t b, uint32_t &carry) {
-        const uint32_t biased = a + 0x66666666U;
-        uint32_t total = 0;
-        const bool out1 = __builtin_add_overflow(biased, b, &total);
-        const bool out2 = __builtin_add_overflow(total, carry, &total);
-        carry = out1 | out2;
-        const uint32_t carried = (biased ^ b ^ total) >> 4 | carry << 28;
-        const uint32_t uncarried = ~carried & 0x11111111U;
-        return total - uncarried * 6;
-    }
-
-    static uint32_t subtract(uint32_t a, uint32_t b, uint32_t &borrow) {
-        uint32_t difference = 0;
-        const bool out1 = __builtin_sub_overflow(a, b, &difference);
-        const uint32_t total = difference - borrow;
-        const bool out2 = difference < borrow;
-        borrow = out1 | out2;
-        const uint32_t borrowed = ((a ^ b ^ total) >> 4 | borrow << 28) & 0x11111111U;
-        return total - borrowed * 6;
-    }
-
-    static void finish(uint8_t *target, int32_t digits) { Packed::clearPad(target, digits); }
-};
-
-template <> struct WordRules<ZonedTrailing> {
-    static constexpr uint32_t kZones = 0x30303030U;
-
-    template <unsigned W>
-    static bool open(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
-        const uint8_t last = item[digits - 1];
-        negative = zonedIsNegative(last);
-        words[0] = (words[0] & ~0xFFU) | plainDigit(last);
-        // Bytes in front of a short item's first are no digits yet; zones fill them.
-        uint32_t odd = 0;
-#pragma GCC unroll 8
-        for (unsigned k = 0; k < W; ++k) {
-            const int32_t left = digits - 4 * static_cast<int32_t>(k);
-            if (left > 0) {
-                const uint32_t zones = left >= 4 ? kZones : kZones >> (8 * (4 - left));
-                words[k] ^= zones;
-                odd |= words[k] | (words[k] + 0x06060606U);
+            const int32_t front = bytes - kBlockBytes;
+            const __m128i low = front > 0 ? loadFull(item + front) : loadBlock(item, bytes);
+            good = isPackedBlock(low, true);
+            wordsOfBlock(words, low);
+            if constexpr (W == 8) {
+                const __m128i high = front > 0 ? loadBlock(item, front) : _mm_setzero_si128();
+                good = good && isPackedBlock(high, false);
+                wordsOfBlock(words + 4, high);
             }
         }
-        return (odd & 0xF0F0F0F0U) == 0 && zonedCarriesSign(last);
+        words[0] &= ~0x0FU;
+        return good;
     }
 
-    template <unsigned W> static void close(uint32_t (&words)[W], bool negative) {
+    // Stores the low-order bytes that the target holds, with a sign.
+    template <unsigned W>
+    static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits, bool negative) {
+        words[0] |= packedSign(negative);
+        const int32_t bytes = Packed::bytes(digits);
+#pragma GCC unroll 8
         for (unsigned k = 0; k < W; ++k) {
-            words[k] |= kZones;
+            const int32_t left = bytes - 4 * static_cast<int32_t>(k);
+            if (left >= 4) {
+                storeDigits(target + left - 4, words[k]);
+                continue;
+            }
+            if (left >= 2) {
+                storeWord(target + left - 2, __builtin_bswap16(static_cast<uint16_t>(words[k])));
+            }
+            if (left == 3) {
+                target[0] = static_cast<uint8_t>(words[k] >> 16);
+            } else if (left == 1) {
+                target[0] = static_cast<uint8_t>(words[k]);
+            }
+            break;
         }
-        if (negative) {
-            words[0] += kNegativeZone - kZone;
-        }
+        Packed::clearPad(target, digits);
     }
-
-    // A byte that carries leaves its digit behind with a zero high nibble; one that does not still
-    // holds the bias.
-    static uint32_t add(uint32_t a, uint32_t b, uint32_t &carry) {
-        const uint32_t biased = a + 0xF6F6F6F6U;
-        uint32_t total = 0;
-        const bool out1 = __builtin_add_overflow(biased, b, &total);
-        const bool out2 = __builtin_add_overflow(total, carry, &total);
-        carry = out1 | out2;
-        const uint32_t uncarried = (total >> 4) & 0x01010101U;
-        return (total - uncarried * 6) & 0x0F0F0F0FU;
-    }
-
-    static uint32_t subtract(uint32_t a, uint32_t b, uint32_t &borrow) {
-        uint32_t difference = 0;
-        const bool out1 = __builtin_sub_overflow(a, b, &difference);
-        const uint32_t total = difference - borrow;
-        const bool out2 = difference < borrow;
-        borrow = out1 | out2;
-        const uint32_t borrowed = (total >> 4) & 0x01010101U;
-        return (total - borrowed * 6) & 0x0F0F0F0FU;
-    }
-
-    static void finish(uint8_t *, int32_t) {}
 };
+
+template <> struct WordForm<ZonedTrailing> {
+    static constexpr int32_t kWordBytes = 8;
+    static constexpr int32_t kMaxBytes = 32;
+
+    template <unsigned W>
+    static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
+        const uint8_t last = item[digits - 1];
+        const int32_t front = digits - kBlockBytes;
+        const __m128i low = front > 0 ? loadFull(item + front) : loadBlock(item, digits);
+        const uint32_t absent = front > 0 ? 0 : (1U << -front) - 1; // bytes in front of the item
+        bool good = zonedCarriesSign(last) && areZonedDigits(low, absent | 0x8000U);
+        if constexpr (W <= 2) {
+            uint32_t lanes[2];
+            _mm_storel_epi64(reinterpret_cast<__m128i *>(lanes), packedOfZoned(low, low));
+            words[0] = __builtin_bswap32(lanes[1]);
+            if constexpr (W == 2) {
+                words[1] = __builtin_bswap32(lanes[0]);
+            }
+        } else {
+            __m128i high = _mm_setzero_si128();
+            if (front > 0) {
+                high = loadBlock(item, front);
+                good = good && areZonedDigits(high, (1U << (kBlockBytes - front)) - 1);
+            }
+            wordsOfBlock(words, packedOfZoned(high, low));
+        }
+        negative = zonedIsNegative(last);
+        words[0] = (words[0] & ~0x0FU) | zonedDigitValue(last);
+        return good;
+    }
+
+    template <unsigned W>
+    static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits, bool negative) {
+        __m128i packed = _mm_setzero_si128();
+        if constexpr (W == 1) {
+            packed = _mm_set_epi32(laneOfWord(words[0]), 0, 0, 0);
+        } else if constexpr (W == 2) {
+            packed = _mm_set_epi32(laneOfWord(words[0]), laneOfWord(words[1]), 0, 0);
+        } else {
+            packed = _mm_set_epi32(laneOfWord(words[0]), laneOfWord(words[1]), laneOfWord(words[2]),
+                                   laneOfWord(words[3]));
+        }
+        ZonedBlocks zoned = zonedOfDigits(packed);
+        const __m128i sign = _mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0);
+        zoned.low = _mm_or_si128(zoned.low, _mm_slli_si128(sign, 15));
+        const int32_t front = digits - kBlockBytes;
+        if (W == 4 && front > 0) {
+            storeFull(target + front, zoned.low);
+            storeBlock(target, front, zoned.high);
+        } else {
+            storeBlock(target, digits, zoned.low);
+        }
+    }
+};
+
+// ---- sums and differences of words
+
+// Adds with 6 more in each digit, so that a decimal carry is a binary one, and takes the 6 back
+// from the digits that did not carry.
+template <unsigned W> inline void addWords(uint32_t (&a)[W], const uint32_t (&b)[W]) {
+    uint32_t carries[W + 1]; // bit 0 of each digit: a carry came in
+    unsigned char carry = 0;
+#pragma GCC unroll 8
+    for (unsigned k = 0; k < W; ++k) {
+        const uint32_t biased = a[k] + 0x66666666U;
+        carry = _addcarry_u32(carry, biased, b[k], &a[k]);
+        carries[k] = biased ^ b[k] ^ a[k];
+    }
+    carries[W] = carry;
+#pragma GCC unroll 8
+    for (unsigned k = 0; k < W; ++k) {
+        const uint32_t carried = carries[k] >> 4 | carries[k + 1] << 28;
+        a[k] -= (~carried & 0x11111111U) * 6;
+    }
+}
+
+// difference = a - b, for an a that is not below b.
+template <unsigned W>
+inline void subtractWords(uint32_t (&difference)[W], const uint32_t (&a)[W],
+                          const uint32_t (&b)[W]) {
+    uint32_t borrows[W + 1];
+    unsigned char borrow = 0;
+    uint32_t raw[W];
+#pragma GCC unroll 8
+    for (unsigned k = 0; k < W; ++k) {
+        borrow = _subborrow_u32(borrow, a[k], b[k], &raw[k]);
+        borrows[k] = a[k] ^ b[k] ^ raw[k];
+    }
+    borrows[W] = borrow;
+#pragma GCC unroll 8
+    for (unsigned k = 0; k < W; ++k) {
+        const uint32_t borrowed = borrows[k] >> 4 | borrows[k + 1] << 28;
+        difference[k] = raw[k] - (borrowed & 0x11111111U) * 6;
+    }
+}
 
 template <unsigned W> inline bool isBelow(const uint32_t (&a)[W], const uint32_t (&b)[W]) {
     for (unsigned k = W - 1; k > 0; --k) {
@@ -165,43 +191,30 @@ template <unsigned W> inline bool isBelow(const uint32_t (&a)[W], const uint32_t
     return a[0] < b[0];
 }
 
-// The sum of items whose bytes fit W words. False, with nothing stored, when an operand is not
+// The sum of items whose bytes fit W words. Null, with nothing stored, when an operand is not
 // well-formed.
-template <class Form, unsigned W>
-inline bool sumByWords(bool subtract, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                       int32_t op2Digits, uint8_t *target, int32_t targetDigits) {
-    using Rules = WordRules<Form>;
+template <class Form, unsigned W, bool subtract>
+inline uint8_t *sumByWords(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                           int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
     uint32_t a[W];
     uint32_t b[W];
     bool negative1 = false;
     bool negative2 = false;
-    loadWords(a, op1, Form::bytes(op1Digits));
-    loadWords(b, op2, Form::bytes(op2Digits));
-    const bool good1 = Rules::open(a, op1, op1Digits, negative1);
-    const bool good2 = Rules::open(b, op2, op2Digits, negative2);
-    if (!(good1 & good2)) {
-        return false;
+    if (!WordForm<Form>::read(a, op1, op1Digits, negative1) ||
+        !WordForm<Form>::read(b, op2, op2Digits, negative2)) {
+        return nullptr;
     }
     negative2 ^= subtract;
-    uint32_t carry = 0;
     if (negative1 == negative2) {
-        for (unsigned k = 0; k < W; ++k) {
-            a[k] = Rules::add(a[k], b[k], carry);
-        }
+        addWords(a, b);
     } else if (isBelow(a, b)) {
-        for (unsigned k = 0; k < W; ++k) {
-            a[k] = Rules::subtract(b[k], a[k], carry);
-        }
+        subtractWords(a, b, a);
         negative1 = negative2;
     } else {
-        for (unsigned k = 0; k < W; ++k) {
-            a[k] = Rules::subtract(a[k], b[k], carry);
-        }
+        subtractWords(a, a, b);
     }
-    Rules::close(a, negative1);
-    storeWords(a, target, Form::bytes(targetDigits));
-    Rules::finish(target, targetDigits);
-    return true;
+    WordForm<Form>::write(a, target, targetDigits, negative1);
+    return target;
 }
 
 } // namespace zor::decimal
