@@ -6,11 +6,6 @@
 
 namespace zor::decimal {
 
-// A core of two operands and one target; it validates by checkArithmetic. Its arguments and result
-// are those of the exported function, so that one jumps to the other.
-using BinaryCore = uint8_t *(*)(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                                int32_t targetDigits, int32_t op2Digits, int32_t op1Digits);
-
 template <class Form>
 inline void checkArithmetic(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                             int32_t op2Digits) {
@@ -20,34 +15,53 @@ inline void checkArithmetic(const uint8_t *op1, int32_t op1Digits, const uint8_t
     }
 }
 
-// The first call of all, and calls under trace. A null header means a function without a trace.
-template <class Form>
-[[gnu::noinline, gnu::cold]] uint8_t *
-tracedBinary(const char *header, BinaryCore core, const uint8_t *op1, const uint8_t *op2,
-             uint8_t *target, int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
-    const bool traced = (loadBcdOptions() & TRACE) != 0 && header != nullptr;
+// A function of two operands and one target is described by a record of its Form, the header of its
+// trace (null: it has none) and its core, which validates. The frame, the core and the routines to
+// which a core branches have the arguments and the result of the exported function, and linkage
+// that keeps the compiler from arranging them otherwise: each is reached by a jump.
+
+// The first call of all, and calls under trace.
+template <class Function>
+[[gnu::noinline, gnu::cold]] uint8_t *tracedBinary(const uint8_t *op1, const uint8_t *op2,
+                                                   uint8_t *target, int32_t targetDigits,
+                                                   int32_t op2Digits, int32_t op1Digits) {
+    using Form = typename Function::Form;
+    const bool traced = (loadBcdOptions() & TRACE) != 0 && Function::kHeader != nullptr;
     if (traced) {
-        ZOR_BCD_TRACE("%s", header);
+        ZOR_BCD_TRACE("%s", Function::kHeader);
         traceOperand<Form>("op1: ", LabelStyle::colon, op1, op1Digits);
         traceOperand<Form>("op2: ", LabelStyle::colon, op2, op2Digits);
     }
-    core(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    Function::core(op1, op2, target, targetDigits, op2Digits, op1Digits);
     if (traced) {
         traceOperand<Form>("dst: ", LabelStyle::colon, target, targetDigits);
     }
     return target;
 }
 
-template <class Form, BinaryCore core>
-inline uint8_t *binaryFrame(const char *header, const uint8_t *op1, const uint8_t *op2,
-                            uint8_t *target, int32_t targetDigits, int32_t op2Digits,
-                            int32_t op1Digits) {
+template <class Function>
+inline uint8_t *binaryFrame(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                            int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
     if (optionsNeedAttention()) {
-        return tracedBinary<Form>(header, core, op1, op2, target, targetDigits, op2Digits,
-                                  op1Digits);
+        return tracedBinary<Function>(op1, op2, target, targetDigits, op2Digits, op1Digits);
     }
-    return core(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    return Function::core(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
+
+// Defines an exported function by its record. The core is a template of Form and further arguments.
+#define ZOR_BINARY_FUNCTION(name, form, header, ...)                                               \
+    struct name##_Function {                                                                       \
+        using Form = form;                                                                         \
+        static constexpr const char *kHeader = header;                                             \
+        static uint8_t *core(const uint8_t *op1, const uint8_t *op2, uint8_t *target,              \
+                             int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {         \
+            return __VA_ARGS__(op1, op2, target, targetDigits, op2Digits, op1Digits);              \
+        }                                                                                          \
+    };                                                                                             \
+    uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
+                  int32_t op2Digits, int32_t op1Digits) {                                          \
+        return binaryFrame<name##_Function>(op1, op2, target, targetDigits, op2Digits, op1Digits); \
+    }
 
 } // namespace zor::decimal
 

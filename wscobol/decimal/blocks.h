@@ -162,6 +162,13 @@ inline __m128i packedOfZoned(__m128i high, __m128i low) {
     return _mm_packus_epi16(pairsOfZoned(high), pairsOfZoned(low));
 }
 
+// Masks of bytes, a bit each in the order of storage: those in front of a short string, and the
+// last.
+inline uint32_t bytesInFront(int32_t bytes) {
+    return (1U << (kBlockBytes - bytes)) - 1;
+}
+inline constexpr uint32_t kUnitsByte = 1U << (kBlockBytes - 1);
+
 // Whether all bytes of a zoned block are "0" to "9", but for those that a mask of bits excepts.
 inline bool areZonedDigits(__m128i block, uint32_t excepted) {
     const __m128i digits = _mm_xor_si128(block, _mm_set1_epi8(0x30));

@@ -98,6 +98,10 @@ template <class Rule> constexpr auto byteTable(Rule rule) {
 inline constexpr auto zonedDigit = byteTable(digitValueOf);
 inline constexpr auto zonedNegative = byteTable(isNegativeByte);
 inline constexpr auto zonedSignCarrier = byteTable(isSignCarrier);
+inline constexpr auto zonedUnits = byteTable([](unsigned byte) {
+    return digitValueOf(byte) | (isNegativeByte(byte) ? 0x40 : 0) |
+           (isSignCarrier(byte) ? 0 : 0x80);
+});
 
 } // namespace tables
 
@@ -114,6 +118,17 @@ constexpr bool zonedIsNegative(uint8_t byte) {
 // Whether a byte has one of the forms in which a digit carries a sign.
 constexpr bool zonedCarriesSign(uint8_t byte) {
     return tables::zonedSignCarrier[byte] != 0;
+}
+
+// All three answers about a last byte by one look.
+struct ZonedUnits {
+    uint8_t digit;
+    bool negative;
+    bool valid;
+};
+constexpr ZonedUnits zonedUnits(uint8_t byte) {
+    const uint8_t entry = tables::zonedUnits[byte];
+    return {static_cast<uint8_t>(entry & 0x0FU), (entry & 0x40U) != 0, (entry & 0x80U) == 0};
 }
 
 // The form in which sign-carrying digits are stored.

@@ -23,11 +23,12 @@ struct Packed {
     static constexpr const char *kConversionName = "packed";
     static constexpr const char *kShiftName = "packed";
 
-    static constexpr int32_t bytes(int32_t digits) { return digits / 2 + 1; }
+    // Counts are positive; a shift spares the correction that a division of negative ones needs.
+    static constexpr int32_t bytes(int32_t digits) { return (digits >> 1) + 1; }
     // Digits read: the pad nibble of an even count is one.
-    static constexpr int32_t places(int32_t digits) { return digits / 2 * 2 + 1; }
+    static constexpr int32_t places(int32_t digits) { return digits | 1; }
 
-    static uint8_t *signByte(uint8_t *item, int32_t digits) { return item + digits / 2; }
+    static uint8_t *signByte(uint8_t *item, int32_t digits) { return item + (digits >> 1); }
     static const uint8_t *signByte(const uint8_t *item, int32_t digits) {
         return item + digits / 2;
     }
@@ -41,7 +42,7 @@ struct Packed {
     }
     // An even count of digits leaves the first high nibble unused; it is stored as 0.
     static void clearPad(uint8_t *item, int32_t digits) {
-        if (digits % 2 == 0) {
+        if ((digits & 1) == 0) {
             item[0] &= 0x0F;
         }
     }

@@ -27,8 +27,7 @@ template <class Form> inline bool isPlainlyValid(const uint8_t *item, int32_t di
             return false;
         }
         const uint8_t *bytes = Form::digitBytes(item);
-        constexpr uint32_t kLastByte = 1U << (kBlockBytes - 1);
-        return (zonedDigitBytes(loadBlock(bytes, digits)) | kLastByte) == 2 * kLastByte - 1 &&
+        return (zonedDigitBytes(loadBlock(bytes, digits)) | kUnitsByte) == 2 * kUnitsByte - 1 &&
                zonedCarriesSign(bytes[digits - 1]);
     }
 }

@@ -4,6 +4,8 @@
 #ifndef ZOR_DECIMAL_LIMBS_H
 #define ZOR_DECIMAL_LIMBS_H
 
+#include <cstring>
+
 #include "decimal/blocks.h"
 #include "decimal/forms.h"
 
@@ -45,12 +47,35 @@ inline __m128i blockOfLimbs(uint32_t limb0, uint32_t limb1, uint32_t limb2, uint
     return _mm_unpacklo_epi64(low, high);
 }
 
-// How the digits of a form become limbs and limbs become digits.
-template <class Form> struct LimbRules;
+// The limb of eight packed digits without a sign.
+inline uint32_t limbOfDigits(uint32_t digits) {
+    const uint32_t pairs = digits - ((digits >> 4) & 0x0F0F0F0FU) * 6;
+    const uint32_t quads = (pairs & 0x00FF00FFU) + ((pairs >> 8) & 0x00FF00FFU) * 100;
+    return (quads & 0xFFFFU) + (quads >> 16) * 10000;
+}
 
-template <> struct LimbRules<Packed> {
+// How the digits of a form become limbs.
+template <class Form> struct LimbReader;
+
+template <> struct LimbReader<Packed> {
+    // An item of at most N limbs, N 1, 2 or 4; false when it is not well-formed. Stores limbs 0
+    // to 3.
+    template <int32_t N>
+    static bool readShort(uint32_t (&limbs)[kBlockLimbs], const uint8_t *item, int32_t digits) {
+        const int32_t bytes = Packed::bytes(digits);
+        if constexpr (N == 1) {
+            const uint32_t word = loadShort(item, bytes);
+            limbs[0] = limbOfDigits(word >> 4);
+            return nibblesAboveNine(word) == kSignAboveNine;
+        } else {
+            const __m128i block = loadBlock(item, bytes);
+            keepLimbs(limbs, limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
+            return isPackedBlock(block, true);
+        }
+    }
+
     // Reads an item's low-order digits, as many as fill the limbs, which are a multiple of four.
-    static void load(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
+    static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
         int32_t left = Packed::bytes(digits);
         int32_t at = 0;
         for (; left > kBlockBytes && at < count; left -= kBlockBytes, at += kBlockLimbs) {
@@ -67,31 +92,24 @@ template <> struct LimbRules<Packed> {
             limbs[at] = 0;
         }
     }
-
-    // Stores the low-order digits that the target holds; zeros above the blocks of four limbs.
-    static void store(const __m128i *limbs, int32_t blocks, bool negative, uint8_t *target,
-                      int32_t digits) {
-        int32_t left = Packed::bytes(digits);
-        __m128i lower = _mm_cvtsi32_si128(packedSign(negative) << 4); // the sign follows the units
-        for (int32_t at = 0; left > 0; ++at) {
-            const __m128i block = at < blocks ? digitsOfLimbs(limbs[at]) : _mm_setzero_si128();
-            const __m128i behind =
-                _mm_or_si128(_mm_srli_si128(block, 1), _mm_slli_si128(lower, 15));
-            const __m128i bytes = shiftDigitLeft(block, behind);
-            lower = block;
-            if (left <= kBlockBytes) {
-                storeBlock(target, left, bytes);
-                break;
-            }
-            left -= kBlockBytes;
-            storeFull(target + left, bytes);
-        }
-        Packed::clearPad(target, digits);
-    }
 };
 
-template <> struct LimbRules<ZonedTrailing> {
-    static void load(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
+template <> struct LimbReader<ZonedTrailing> {
+    template <int32_t N>
+    static bool readShort(uint32_t (&limbs)[kBlockLimbs], const uint8_t *item, int32_t digits) {
+        read(limbs, kBlockLimbs, item, digits);
+        const int32_t front = N <= 2 ? 0 : digits - kBlockBytes;
+        bool good = true;
+        if (front > 0) {
+            good = areZonedDigits(loadBlock(item, front), bytesInFront(front));
+            item += front;
+            digits = kBlockBytes;
+        }
+        return good && areZonedDigits(loadBlock(item, digits), bytesInFront(digits) | kUnitsByte) &&
+               zonedCarriesSign(item[digits - 1]);
+    }
+
+    static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
         int32_t left = digits;
         int32_t at = 0;
         for (; left > 0 && at < count; left -= kBlockBytes, at += 2) {
@@ -105,40 +123,103 @@ template <> struct LimbRules<ZonedTrailing> {
         const uint8_t last = item[digits - 1];
         limbs[0] += zonedDigitValue(last) - (last & 0x0FU);
     }
-
-    static void store(const __m128i *limbs, int32_t blocks, bool negative, uint8_t *target,
-                      int32_t digits) {
-        int32_t left = digits;
-        for (int32_t at = 0; left > 0; ++at) {
-            const ZonedBlocks zoned =
-                zonedOfDigits(at < blocks ? digitsOfLimbs(limbs[at]) : _mm_setzero_si128());
-            for (const __m128i block : {zoned.low, zoned.high}) {
-                if (left > kBlockBytes) {
-                    left -= kBlockBytes;
-                    storeFull(target + left, block);
-                } else if (left > 0) {
-                    storeBlock(target, left, block);
-                    left = 0;
-                }
-            }
-        }
-        if (negative) {
-            target[digits - 1] |= kNegativeZone;
-        }
-    }
 };
 
-// The same for limbs in storage; count is a multiple of four, at most kMaxLimbs.
-inline constexpr int32_t kMaxLimbs = 36;
+// Writes limbs into an item from its last byte on, four at a time, as far as they go and the item
+// has room.
+template <class Form> class LimbWriter;
+
+template <> class LimbWriter<Packed> {
+public:
+    LimbWriter(uint8_t *target, int32_t digits, bool negative)
+        : target_(target), digits_(digits), left_(Packed::bytes(digits)),
+          lower_(_mm_cvtsi32_si128(packedSign(negative) << 4)) {} // the sign follows the units
+
+    // False when the item is full.
+    [[gnu::always_inline]] bool put(__m128i limbs) {
+        const __m128i block = digitsOfLimbs(limbs);
+        const __m128i behind = _mm_or_si128(_mm_srli_si128(block, 1), _mm_slli_si128(lower_, 15));
+        const __m128i bytes = shiftDigitLeft(block, behind);
+        lower_ = block;
+        left_ -= kBlockBytes;
+        if (left_ <= 0) {
+            storeBlock(target_, left_ + kBlockBytes, bytes);
+            return false;
+        }
+        storeFull(target_ + left_, bytes);
+        return true;
+    }
+
+    // Clears what no limb reached.
+    void finish() {
+        if (left_ > 0) {
+            std::memset(target_, 0, static_cast<size_t>(left_));
+            target_[left_ - 1] = static_cast<uint8_t>(_mm_cvtsi128_si32(lower_) >> 4 & 0x0F);
+        }
+        Packed::clearPad(target_, digits_);
+    }
+
+private:
+    uint8_t *target_;
+    int32_t digits_;
+    int32_t left_; // bytes in front of those written
+    __m128i lower_;
+};
+
+template <> class LimbWriter<ZonedTrailing> {
+public:
+    LimbWriter(uint8_t *target, int32_t digits, bool negative)
+        : target_(target), left_(digits),
+          sign_(_mm_slli_si128(_mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0), 15)) {}
+
+    [[gnu::always_inline]] bool put(__m128i limbs) {
+        const ZonedBlocks zoned = zonedOfDigits(digitsOfLimbs(limbs));
+        const __m128i low = _mm_or_si128(zoned.low, sign_);
+        sign_ = _mm_setzero_si128();
+        return putBlock(low) && putBlock(zoned.high);
+    }
+
+    void finish() {
+        if (left_ > 0) {
+            std::memset(target_, kZone, static_cast<size_t>(left_));
+        }
+    }
+
+private:
+    bool putBlock(__m128i bytes) {
+        left_ -= kBlockBytes;
+        if (left_ <= 0) {
+            storeBlock(target_, left_ + kBlockBytes, bytes);
+            return false;
+        }
+        storeFull(target_ + left_, bytes);
+        return true;
+    }
+
+    uint8_t *target_;
+    int32_t left_;
+    __m128i sign_;
+};
+
+// Stores the low-order digits of a number of at most four limbs, with zeros above.
+template <class Form>
+inline void storeBlockOfLimbs(__m128i limbs, bool negative, uint8_t *target, int32_t digits) {
+    LimbWriter<Form> writer(target, digits, negative);
+    writer.put(limbs);
+    writer.finish();
+}
+
+// The same of any count, a multiple of four.
 template <class Form>
 inline void storeLimbs(const uint32_t *limbs, int32_t count, bool negative, uint8_t *target,
                        int32_t digits) {
-    __m128i blocks[kMaxLimbs / kBlockLimbs];
+    LimbWriter<Form> writer(target, digits, negative);
     for (int32_t at = 0; at < count; at += kBlockLimbs) {
-        blocks[at / kBlockLimbs] =
-            blockOfLimbs(limbs[at], limbs[at + 1], limbs[at + 2], limbs[at + 3]);
+        if (!writer.put(blockOfLimbs(limbs[at], limbs[at + 1], limbs[at + 2], limbs[at + 3]))) {
+            break;
+        }
     }
-    LimbRules<Form>::store(blocks, count / kBlockLimbs, negative, target, digits);
+    writer.finish();
 }
 
 } // namespace zor::decimal

@@ -47,32 +47,6 @@ inline bool signsDiffer(const uint8_t *op1, int32_t op1Digits, const uint8_t *op
     return Form::isNegative(op1, op1Digits) != Form::isNegative(op2, op2Digits);
 }
 
-// Both factors of at most N limbs.
-template <class Form, int32_t N>
-[[gnu::noinline]] uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                                         int32_t targetDigits, int32_t op2Digits,
-                                         int32_t op1Digits) {
-    checkArithmetic<Form>(op1, op1Digits, op2, op2Digits);
-    const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
-    uint32_t a[kBlockLimbs];
-    uint32_t b[kBlockLimbs];
-    uint32_t product[2 * N];
-    LimbRules<Form>::load(a, kBlockLimbs, op1, op1Digits);
-    LimbRules<Form>::load(b, kBlockLimbs, op2, op2Digits);
-    multiplyLimbs(a, N, b, N, product);
-    __m128i blocks[(N + 1) / 2];
-    if constexpr (N == 1) {
-        blocks[0] = blockOfLimbs(product[0], product[1], 0, 0);
-    } else {
-        for (int32_t i = 0; i < N / 2; ++i) {
-            const uint32_t *four = product + i * kBlockLimbs;
-            blocks[i] = blockOfLimbs(four[0], four[1], four[2], four[3]);
-        }
-    }
-    LimbRules<Form>::store(blocks, (N + 1) / 2, negative, target, targetDigits);
-    return target;
-}
-
 constexpr int32_t kLongLimbs = 16;
 
 int32_t significantLimbs(const uint32_t *limbs, int32_t count) {
@@ -88,8 +62,8 @@ void multiplyLong(const Factor &a, const Factor &b, bool negative, uint8_t *targ
     uint32_t limbsA[kLongLimbs];
     uint32_t limbsB[kLongLimbs];
     uint32_t product[2 * kLongLimbs] = {};
-    LimbRules<Form>::load(limbsA, kLongLimbs, a.item, a.digits);
-    LimbRules<Form>::load(limbsB, kLongLimbs, b.item, b.digits);
+    LimbReader<Form>::read(limbsA, kLongLimbs, a.item, a.digits);
+    LimbReader<Form>::read(limbsB, kLongLimbs, b.item, b.digits);
     multiplyLimbs(limbsA, significantLimbs(limbsA, kLongLimbs), limbsB,
                   significantLimbs(limbsB, kLongLimbs), product);
     storeLimbs<Form>(product, 2 * kLongLimbs, negative, target, targetDigits);
@@ -143,6 +117,8 @@ void multiplyInTarget(const Factor &a, const Factor &b, bool negative, uint8_t *
     }
 }
 
+} // namespace
+
 template <class Form>
 [[gnu::noinline]] uint8_t *multiplyAny(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
                                        int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
@@ -155,6 +131,36 @@ template <class Form>
     } else {
         multiplyInTarget<Form>(a, b, negative, target, targetDigits);
     }
+    return target;
+}
+
+// Both factors of at most N limbs.
+template <class Form, int32_t N>
+[[gnu::noinline]] uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                         int32_t targetDigits, int32_t op2Digits,
+                                         int32_t op1Digits) {
+    uint32_t a[kBlockLimbs];
+    uint32_t b[kBlockLimbs];
+    const bool good1 = LimbReader<Form>::template readShort<N>(a, op1, op1Digits);
+    const bool good2 = LimbReader<Form>::template readShort<N>(b, op2, op2Digits);
+    if (!(good1 && good2)) {
+        return multiplyAny<Form>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    }
+    const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
+    uint32_t product[2 * N];
+    multiplyLimbs(a, N, b, N, product);
+    LimbWriter<Form> writer(target, targetDigits, negative);
+    if constexpr (N == 1) {
+        writer.put(blockOfLimbs(product[0], product[1], 0, 0));
+    } else {
+        for (int32_t at = 0; at < 2 * N; at += kBlockLimbs) {
+            if (!writer.put(
+                    blockOfLimbs(product[at], product[at + 1], product[at + 2], product[at + 3]))) {
+                break;
+            }
+        }
+    }
+    writer.finish();
     return target;
 }
 
@@ -174,19 +180,9 @@ inline uint8_t *multiply(const uint8_t *op1, const uint8_t *op2, uint8_t *target
     return multiplyAny<Form>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
-} // namespace
 } // namespace zor::decimal
 
 using namespace zor::decimal;
 
-uint8_t *_zorcBCD_MPY_Pckd(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                           int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
-    return binaryFrame<Packed, multiply<Packed>>("mpy packed...\n", op1, op2, target, targetDigits,
-                                                 op2Digits, op1Digits);
-}
-
-uint8_t *_zorcBCD_MPY_Znd(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                          int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
-    return binaryFrame<ZonedTrailing, multiply<ZonedTrailing>>("mpy zoned...\n", op1, op2, target,
-                                                               targetDigits, op2Digits, op1Digits);
-}
+ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Pckd, Packed, "mpy packed...\n", multiply<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Znd, ZonedTrailing, "mpy zoned...\n", multiply<ZonedTrailing>)

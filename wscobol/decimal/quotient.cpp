@@ -21,14 +21,13 @@ constexpr DivisionTarget kAbsent{nullptr, 0};
 // A limb number with room for one limb above its digits.
 struct Number {
     int32_t count; // significant limbs, at least 1
-    uint32_t limb[kMaxLimbs];
+    uint32_t limb[kOperandLimbs + kBlockLimbs];
 };
-static_assert(kOperandLimbs < kMaxLimbs);
 
 template <class Form> void loadNumber(Number &number, const uint8_t *item, int32_t digits) {
     const int32_t limbs = (Form::places(digits) + kLimbDigits - 1) / kLimbDigits;
     int32_t count = std::min((limbs + kBlockLimbs - 1) / kBlockLimbs * kBlockLimbs, kOperandLimbs);
-    LimbRules<Form>::load(number.limb, count, item, digits);
+    LimbReader<Form>::read(number.limb, count, item, digits);
     while (count > 1 && number.limb[count - 1] == 0) {
         --count;
     }
@@ -116,8 +115,7 @@ void storeNumber(Number &number, int32_t count, bool negative, DivisionTarget ta
 
 template <class Form> void storeSmall(int32_t value, bool negative, DivisionTarget target) {
     if (target.item != nullptr) {
-        const __m128i block = _mm_cvtsi32_si128(value);
-        LimbRules<Form>::store(&block, 1, negative, target.item, target.digits);
+        storeBlockOfLimbs<Form>(_mm_cvtsi32_si128(value), negative, target.item, target.digits);
     }
 }
 
@@ -183,35 +181,32 @@ bool divide(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divi
     return true;
 }
 
+} // namespace
+
 template <class Form>
-uint8_t *quotientOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
-                      int32_t op2Digits, int32_t op1Digits) {
+[[gnu::noinline]] uint8_t *quotientOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                        int32_t targetDigits, int32_t op2Digits,
+                                        int32_t op1Digits) {
     divide<Form>(op1, op1Digits, op2, op2Digits, {target, targetDigits}, kAbsent);
     return target;
 }
 
 template <class Form>
-uint8_t *remainderOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                       int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+[[gnu::noinline]] uint8_t *remainderOnly(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                         int32_t targetDigits, int32_t op2Digits,
+                                         int32_t op1Digits) {
     divide<Form>(op1, op1Digits, op2, op2Digits, kAbsent, {target, targetDigits});
     return target;
 }
 
-} // namespace
 } // namespace zor::decimal
 
 using namespace zor::decimal;
 
-#define ZOR_DIVISION(name, Form, core, header)                                                     \
-    uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
-                  int32_t op2Digits, int32_t op1Digits) {                                          \
-        return binaryFrame<Form, core<Form>>(header, op1, op2, target, targetDigits, op2Digits,    \
-                                             op1Digits);                                           \
-    }
-ZOR_DIVISION(_zorcBCD_DIV_Pckd, Packed, quotientOnly, "div packed...\n")
-ZOR_DIVISION(_zorcBCD_MOD_Pckd, Packed, remainderOnly, "mod packed...\n")
-ZOR_DIVISION(_zorcBCD_DIV_Znd, ZonedTrailing, quotientOnly, "div zoned...\n")
-ZOR_DIVISION(_zorcBCD_MOD_Znd, ZonedTrailing, remainderOnly, nullptr)
+ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Pckd, Packed, "div packed...\n", quotientOnly<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Pckd, Packed, "mod packed...\n", remainderOnly<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Znd, ZonedTrailing, "div zoned...\n", quotientOnly<ZonedTrailing>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Znd, ZonedTrailing, nullptr, remainderOnly<ZonedTrailing>)
 
 int32_t _zorcBCD_DIVR_Pckd(const uint8_t *dividend, const uint8_t *divisor, uint8_t *quotient,
                            uint8_t *remainder, int32_t remainderDigits, int32_t quotientDigits,

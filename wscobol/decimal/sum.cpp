@@ -96,6 +96,8 @@ void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8
     std::memset(target, U::kZero, static_cast<size_t>(targetBytes - at));
 }
 
+} // namespace
+
 template <class Form, bool subtract>
 [[gnu::noinline]] uint8_t *sumByUnits(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
                                       int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
@@ -153,6 +155,8 @@ inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int
     return sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
+namespace {
+
 // ---- binary increments
 
 constexpr int32_t kMaxBinaryDigits = 20; // of a 64-bit magnitude
@@ -179,7 +183,7 @@ void sumBinary(uint8_t *accumulator, int32_t digits, int64_t value) {
         operandDigits = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
     }
     uint8_t operand[kMaxBinaryDigits];
-    LimbRules<Form>::store(&limbs, 1, value < 0, operand, operandDigits);
+    storeBlockOfLimbs<Form>(limbs, value < 0, operand, operandDigits);
     sum<Form, subtract>(accumulator, operand, accumulator, digits, operandDigits, digits);
 }
 
@@ -214,16 +218,10 @@ inline uint8_t *incrementFrame(const char *header, uint8_t *accumulator, int32_t
 
 using namespace zor::decimal;
 
-#define ZOR_SUM(name, Form, subtract, header)                                                      \
-    uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
-                  int32_t op2Digits, int32_t op1Digits) {                                          \
-        return binaryFrame<Form, sum<Form, subtract>>(header, op1, op2, target, targetDigits,      \
-                                                      op2Digits, op1Digits);                       \
-    }
-ZOR_SUM(_zorcBCD_ADD_Pckd, Packed, false, "add packed...\n")
-ZOR_SUM(_zorcBCD_SUB_Pckd, Packed, true, "sub packed...\n")
-ZOR_SUM(_zorcBCD_ADD_Znd, ZonedTrailing, false, "add zoned...\n")
-ZOR_SUM(_zorcBCD_SUB_Znd, ZonedTrailing, true, "sub zoned...\n")
+ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Pckd, Packed, "add packed...\n", sum<Packed, false>)
+ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Pckd, Packed, "sub packed...\n", sum<Packed, true>)
+ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Znd, ZonedTrailing, "add zoned...\n", sum<ZonedTrailing, false>)
+ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Znd, ZonedTrailing, "sub zoned...\n", sum<ZonedTrailing, true>)
 
 #define ZOR_INCREMENT(name, Integer, Form, subtract, header)                                       \
     uint8_t *name(uint8_t *accumulator, int32_t digits, Integer value) {                           \

@@ -19,6 +19,9 @@ inline void wordsOfBlock(uint32_t *words, __m128i block) {
         words[k] = __builtin_bswap32(lanes[3 - k]);
     }
 }
+inline uint32_t wordOfLane(int32_t lane) {
+    return __builtin_bswap32(static_cast<uint32_t>(lane));
+}
 inline int32_t laneOfWord(uint32_t word) {
     return static_cast<int32_t>(__builtin_bswap32(word));
 }
@@ -34,30 +37,36 @@ template <> struct WordForm<Packed> {
     static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
         const int32_t bytes = Packed::bytes(digits);
         negative = packedSignIsNegative(item[bytes - 1]);
-        bool good = true;
         if constexpr (W <= 2) {
             const bool isShort = W == 1 || bytes < 4;
             words[0] = isShort ? loadShort(item, bytes) : loadDigits(item + bytes - 4);
-            uint32_t above = nibblesAboveNine(words[0]) ^ 0x08; // 8: a proper sign alone
+            uint32_t above = nibblesAboveNine(words[0]) ^ kSignAboveNine;
             if constexpr (W == 2) {
                 // Two shifts, as one may be of all 32 bits.
-                words[1] = isShort ? 0 : loadDigits(item) >> (4 * (8 - bytes)) >> (4 * (8 - bytes));
+                const int32_t half = 4 * (8 - bytes);
+                words[1] = isShort ? 0 : loadDigits(item) >> half >> half;
                 above |= nibblesAboveNine(words[1]);
             }
-            good = above == 0;
+            if (above != 0) {
+                return false;
+            }
         } else {
             const int32_t front = bytes - kBlockBytes;
             const __m128i low = front > 0 ? loadFull(item + front) : loadBlock(item, bytes);
-            good = isPackedBlock(low, true);
+            if (!isPackedBlock(low, true)) {
+                return false;
+            }
             wordsOfBlock(words, low);
             if constexpr (W == 8) {
                 const __m128i high = front > 0 ? loadBlock(item, front) : _mm_setzero_si128();
-                good = good && isPackedBlock(high, false);
+                if (!isPackedBlock(high, false)) {
+                    return false;
+                }
                 wordsOfBlock(words + 4, high);
             }
         }
         words[0] &= ~0x0FU;
-        return good;
+        return true;
     }
 
     // Stores the low-order bytes that the target holds, with a sign.
@@ -92,29 +101,36 @@ template <> struct WordForm<ZonedTrailing> {
 
     template <unsigned W>
     static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
-        const uint8_t last = item[digits - 1];
+        const ZonedUnits units = zonedUnits(item[digits - 1]);
         const int32_t front = digits - kBlockBytes;
-        const __m128i low = front > 0 ? loadFull(item + front) : loadBlock(item, digits);
-        const uint32_t absent = front > 0 ? 0 : (1U << -front) - 1; // bytes in front of the item
-        bool good = zonedCarriesSign(last) && areZonedDigits(low, absent | 0x8000U);
-        if constexpr (W <= 2) {
-            uint32_t lanes[2];
-            _mm_storel_epi64(reinterpret_cast<__m128i *>(lanes), packedOfZoned(low, low));
-            words[0] = __builtin_bswap32(lanes[1]);
-            if constexpr (W == 2) {
-                words[1] = __builtin_bswap32(lanes[0]);
+        negative = units.negative;
+        __m128i low;
+        __m128i high = _mm_setzero_si128();
+        uint32_t absent = 0; // bytes of a block in front of the item
+        if (W == 4 && front > 0) {
+            low = loadFull(item + front);
+            high = loadBlock(item, front);
+            if (!areZonedDigits(high, bytesInFront(front))) {
+                return false;
             }
         } else {
-            __m128i high = _mm_setzero_si128();
-            if (front > 0) {
-                high = loadBlock(item, front);
-                good = good && areZonedDigits(high, (1U << (kBlockBytes - front)) - 1);
+            low = loadBlock(item, digits);
+            absent = bytesInFront(digits);
+        }
+        if (!units.valid || !areZonedDigits(low, absent | kUnitsByte)) {
+            return false;
+        }
+        if constexpr (W <= 2) {
+            const __m128i packed = packedOfZoned(low, low);
+            words[0] = wordOfLane(_mm_cvtsi128_si32(_mm_srli_si128(packed, 4)));
+            if constexpr (W == 2) {
+                words[1] = wordOfLane(_mm_cvtsi128_si32(packed));
             }
+        } else {
             wordsOfBlock(words, packedOfZoned(high, low));
         }
-        negative = zonedIsNegative(last);
-        words[0] = (words[0] & ~0x0FU) | zonedDigitValue(last);
-        return good;
+        words[0] = (words[0] & ~0x0FU) | units.digit;
+        return true;
     }
 
     template <unsigned W>

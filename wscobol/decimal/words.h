@@ -31,6 +31,9 @@ template <class Word> constexpr Word nibblesAboveNine(Word word) {
     return static_cast<Word>(word & ((word << 1) | (word << 2)) & kTopBits);
 }
 
+// That of a packed word with digits and a proper sign: the sign alone.
+inline constexpr uint32_t kSignAboveNine = 0x08;
+
 } // namespace zor::decimal
 
 #endif
