@@ -16,9 +16,8 @@ inline void checkArithmetic(const uint8_t *op1, int32_t op1Digits, const uint8_t
 }
 
 // A function of two operands and one target is described by a record of its Form, the header of its
-// trace (null: it has none) and its core, which validates. The frame, the core and the routines to
-// which a core branches have the arguments and the result of the exported function, and linkage
-// that keeps the compiler from arranging them otherwise: each is reached by a jump.
+// trace (null: it has none) and its general core, which validates and works for any operands.
+// Beside it there is a fast core, which does the same and is inlined into the exported function.
 
 // The first call of all, and calls under trace.
 template <class Function>
@@ -32,35 +31,25 @@ template <class Function>
         traceOperand<Form>("op1: ", LabelStyle::colon, op1, op1Digits);
         traceOperand<Form>("op2: ", LabelStyle::colon, op2, op2Digits);
     }
-    Function::core(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    Function::general(op1, op2, target, targetDigits, op2Digits, op1Digits);
     if (traced) {
         traceOperand<Form>("dst: ", LabelStyle::colon, target, targetDigits);
     }
     return target;
 }
 
-template <class Function>
-inline uint8_t *binaryFrame(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                            int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
-    if (optionsNeedAttention()) {
-        return tracedBinary<Function>(op1, op2, target, targetDigits, op2Digits, op1Digits);
-    }
-    return Function::core(op1, op2, target, targetDigits, op2Digits, op1Digits);
-}
-
-// Defines an exported function by its record. The core is a template of Form and further arguments.
-#define ZOR_BINARY_FUNCTION(name, form, header, ...)                                               \
+#define ZOR_BINARY_FUNCTION(name, form, header, fast, ...)                                         \
     struct name##_Function {                                                                       \
         using Form = form;                                                                         \
         static constexpr const char *kHeader = header;                                             \
-        static uint8_t *core(const uint8_t *op1, const uint8_t *op2, uint8_t *target,              \
-                             int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {         \
-            return __VA_ARGS__(op1, op2, target, targetDigits, op2Digits, op1Digits);              \
-        }                                                                                          \
+        static constexpr auto general = __VA_ARGS__;                                               \
     };                                                                                             \
     uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
                   int32_t op2Digits, int32_t op1Digits) {                                          \
-        return binaryFrame<name##_Function>(op1, op2, target, targetDigits, op2Digits, op1Digits); \
+        return optionsNeedAttention()                                                              \
+                   ? tracedBinary<name##_Function>(op1, op2, target, targetDigits, op2Digits,      \
+                                                   op1Digits)                                      \
+                   : fast<form>(op1, op2, target, targetDigits, op2Digits, op1Digits);             \
     }
 
 } // namespace zor::decimal

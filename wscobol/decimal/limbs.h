@@ -61,7 +61,8 @@ template <> struct LimbReader<Packed> {
     // An item of at most N limbs, N 1, 2 or 4; false when it is not well-formed. Stores limbs 0
     // to 3.
     template <int32_t N>
-    static bool readShort(uint32_t (&limbs)[kBlockLimbs], const uint8_t *item, int32_t digits) {
+    [[gnu::always_inline]] static bool readShort(uint32_t (&limbs)[kBlockLimbs],
+                                                 const uint8_t *item, int32_t digits) {
         const int32_t bytes = Packed::bytes(digits);
         if constexpr (N == 1) {
             const uint32_t word = loadShort(item, bytes);
@@ -96,7 +97,8 @@ template <> struct LimbReader<Packed> {
 
 template <> struct LimbReader<ZonedTrailing> {
     template <int32_t N>
-    static bool readShort(uint32_t (&limbs)[kBlockLimbs], const uint8_t *item, int32_t digits) {
+    [[gnu::always_inline]] static bool readShort(uint32_t (&limbs)[kBlockLimbs],
+                                                 const uint8_t *item, int32_t digits) {
         read(limbs, kBlockLimbs, item, digits);
         const int32_t front = N <= 2 ? 0 : digits - kBlockBytes;
         bool good = true;

@@ -136,9 +136,9 @@ template <class Form>
 
 // Both factors of at most N limbs.
 template <class Form, int32_t N>
-[[gnu::noinline]] uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                                         int32_t targetDigits, int32_t op2Digits,
-                                         int32_t op1Digits) {
+[[gnu::always_inline]] inline uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2,
+                                                     uint8_t *target, int32_t targetDigits,
+                                                     int32_t op2Digits, int32_t op1Digits) {
     uint32_t a[kBlockLimbs];
     uint32_t b[kBlockLimbs];
     const bool good1 = LimbReader<Form>::template readShort<N>(a, op1, op1Digits);
@@ -165,8 +165,9 @@ template <class Form, int32_t N>
 }
 
 template <class Form>
-inline uint8_t *multiply(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                         int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+[[gnu::always_inline]] inline uint8_t *multiply(const uint8_t *op1, const uint8_t *op2,
+                                                uint8_t *target, int32_t targetDigits,
+                                                int32_t op2Digits, int32_t op1Digits) {
     const int32_t longest = Form::places(std::max(op1Digits, op2Digits));
     if (longest <= kLimbDigits) {
         return multiplyShort<Form, 1>(op1, op2, target, targetDigits, op2Digits, op1Digits);
@@ -184,5 +185,6 @@ inline uint8_t *multiply(const uint8_t *op1, const uint8_t *op2, uint8_t *target
 
 using namespace zor::decimal;
 
-ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Pckd, Packed, "mpy packed...\n", multiply<Packed>)
-ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Znd, ZonedTrailing, "mpy zoned...\n", multiply<ZonedTrailing>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Pckd, Packed, "mpy packed...\n", multiply, multiplyAny<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MPY_Znd, ZonedTrailing, "mpy zoned...\n", multiply,
+                    multiplyAny<ZonedTrailing>)

@@ -203,10 +203,14 @@ template <class Form>
 
 using namespace zor::decimal;
 
-ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Pckd, Packed, "div packed...\n", quotientOnly<Packed>)
-ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Pckd, Packed, "mod packed...\n", remainderOnly<Packed>)
-ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Znd, ZonedTrailing, "div zoned...\n", quotientOnly<ZonedTrailing>)
-ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Znd, ZonedTrailing, nullptr, remainderOnly<ZonedTrailing>)
+ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Pckd, Packed, "div packed...\n", quotientOnly,
+                    quotientOnly<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Pckd, Packed, "mod packed...\n", remainderOnly,
+                    remainderOnly<Packed>)
+ZOR_BINARY_FUNCTION(_zorcBCD_DIV_Znd, ZonedTrailing, "div zoned...\n", quotientOnly,
+                    quotientOnly<ZonedTrailing>)
+ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Znd, ZonedTrailing, nullptr, remainderOnly,
+                    remainderOnly<ZonedTrailing>)
 
 int32_t _zorcBCD_DIVR_Pckd(const uint8_t *dividend, const uint8_t *divisor, uint8_t *quotient,
                            uint8_t *remainder, int32_t remainderDigits, int32_t quotientDigits,

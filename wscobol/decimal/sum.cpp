@@ -124,8 +124,9 @@ template <class Form, bool subtract>
 // Well-formed items need no other test than that of their words; others are told properly ahead of
 // the slow way.
 template <class Form, bool subtract, unsigned W>
-[[gnu::noinline]] uint8_t *sumOfWords(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                                      int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+[[gnu::always_inline]] inline uint8_t *sumOfWords(const uint8_t *op1, const uint8_t *op2,
+                                                  uint8_t *target, int32_t targetDigits,
+                                                  int32_t op2Digits, int32_t op1Digits) {
     uint8_t *done =
         sumByWords<Form, W, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
     return done != nullptr
@@ -135,8 +136,9 @@ template <class Form, bool subtract, unsigned W>
 
 // target = op1 + op2 or op1 - op2.
 template <class Form, bool subtract>
-inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
-                    int32_t op2Digits, int32_t op1Digits) {
+[[gnu::always_inline]] inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                           int32_t targetDigits, int32_t op2Digits,
+                                           int32_t op1Digits) {
     const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
     constexpr int32_t kWord = WordForm<Form>::kWordBytes;
     if (longest <= kWord) {
@@ -155,83 +157,110 @@ inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int
     return sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
-namespace {
+template <class Form>
+[[gnu::always_inline]] inline uint8_t *add(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
+                                           int32_t targetDigits, int32_t op2Digits,
+                                           int32_t op1Digits) {
+    return sum<Form, false>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+}
+template <class Form>
+[[gnu::always_inline]] inline uint8_t *subtract(const uint8_t *op1, const uint8_t *op2,
+                                                uint8_t *target, int32_t targetDigits,
+                                                int32_t op2Digits, int32_t op1Digits) {
+    return sum<Form, true>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+}
 
-// ---- binary increments
+// ---- increments by a binary value
+
+namespace {
 
 constexpr int32_t kMaxBinaryDigits = 20; // of a 64-bit magnitude
 
-// The value becomes an operand of few digits, and the increment a sum whose target is the first
-// operand.
-template <class Form, bool subtract>
-void sumBinary(uint8_t *accumulator, int32_t digits, int64_t value) {
+// A value as an operand of few digits.
+template <class Form> class BinaryOperand {
+public:
+    explicit BinaryOperand(int64_t value) {
+        const uint64_t magnitude =
+            value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+        __m128i limbs = _mm_cvtsi32_si128(static_cast<int32_t>(magnitude));
+        if (magnitude >= kLimbBase / 10) {
+            const uint64_t high = magnitude / kLimbBase;
+            limbs = blockOfLimbs(static_cast<uint32_t>(magnitude - high * kLimbBase),
+                                 static_cast<uint32_t>(high % kLimbBase),
+                                 static_cast<uint32_t>(high / kLimbBase), 0);
+            digits_ = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
+        }
+        storeBlockOfLimbs<Form>(limbs, value < 0, bytes_, digits_);
+    }
+    const uint8_t *bytes() const { return bytes_; }
+    int32_t digits() const { return digits_; }
+
+private:
+    int32_t digits_ = kLimbDigits - 1;
+    uint8_t bytes_[kMaxBinaryDigits];
+};
+
+using Sum = uint8_t *(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                      int32_t op2Digits, int32_t op1Digits);
+
+// The increment is a sum whose target is the first operand; but a value of 0 leaves the bytes
+// alone.
+template <class Form>
+inline uint8_t *increment(Sum *call, uint8_t *accumulator, int32_t digits, int64_t value) {
     if (value == 0) {
         if ((loadBcdOptions() & NOVALIDATE_ARITH) == 0) {
             checkOperand<Form>(accumulator, digits);
         }
-        return;
+        return accumulator;
     }
-    const uint64_t magnitude =
-        value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-    int32_t operandDigits = kLimbDigits - 1;
-    __m128i limbs = _mm_cvtsi32_si128(static_cast<int32_t>(magnitude));
-    if (magnitude >= kLimbBase / 10) {
-        const uint64_t high = magnitude / kLimbBase;
-        limbs = blockOfLimbs(static_cast<uint32_t>(magnitude - high * kLimbBase),
-                             static_cast<uint32_t>(high % kLimbBase),
-                             static_cast<uint32_t>(high / kLimbBase), 0);
-        operandDigits = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
-    }
-    uint8_t operand[kMaxBinaryDigits];
-    storeBlockOfLimbs<Form>(limbs, value < 0, operand, operandDigits);
-    sum<Form, subtract>(accumulator, operand, accumulator, digits, operandDigits, digits);
+    const BinaryOperand<Form> operand(value);
+    return call(accumulator, operand.bytes(), accumulator, digits, operand.digits(), digits);
 }
 
-template <class Form, bool subtract, class Integer>
-[[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, uint8_t *accumulator,
-                                                      int32_t digits, Integer value) {
+template <class Form>
+[[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, Sum *general,
+                                                      uint8_t *accumulator, int32_t digits,
+                                                      int64_t value) {
     const bool traced = (loadBcdOptions() & TRACE) != 0;
     if (traced) {
         ZOR_BCD_TRACE("%s", header);
         traceOperand<Form>("op1: ", LabelStyle::colon, accumulator, digits);
         ZOR_BCD_TRACE("op2: %lld\n", static_cast<long long>(value));
     }
-    sumBinary<Form, subtract>(accumulator, digits, value);
+    increment<Form>(general, accumulator, digits, value);
     if (traced) {
         traceOperand<Form>("dst: ", LabelStyle::colon, accumulator, digits);
     }
     return accumulator;
 }
 
-template <class Form, bool subtract, class Integer>
-inline uint8_t *incrementFrame(const char *header, uint8_t *accumulator, int32_t digits,
-                               Integer value) {
-    if (optionsNeedAttention()) {
-        return tracedIncrement<Form, subtract>(header, accumulator, digits, value);
-    }
-    sumBinary<Form, subtract>(accumulator, digits, value);
-    return accumulator;
-}
-
 } // namespace
+
 } // namespace zor::decimal
 
 using namespace zor::decimal;
 
-ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Pckd, Packed, "add packed...\n", sum<Packed, false>)
-ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Pckd, Packed, "sub packed...\n", sum<Packed, true>)
-ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Znd, ZonedTrailing, "add zoned...\n", sum<ZonedTrailing, false>)
-ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Znd, ZonedTrailing, "sub zoned...\n", sum<ZonedTrailing, true>)
+ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Pckd, Packed, "add packed...\n", add, sumByUnits<Packed, false>)
+ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Pckd, Packed, "sub packed...\n", subtract,
+                    sumByUnits<Packed, true>)
+ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Znd, ZonedTrailing, "add zoned...\n", add,
+                    sumByUnits<ZonedTrailing, false>)
+ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Znd, ZonedTrailing, "sub zoned...\n", subtract,
+                    sumByUnits<ZonedTrailing, true>)
 
-#define ZOR_INCREMENT(name, Integer, Form, subtract, header)                                       \
+#define ZOR_INCREMENT(name, Integer, function, header)                                             \
     uint8_t *name(uint8_t *accumulator, int32_t digits, Integer value) {                           \
-        return incrementFrame<Form, subtract>(header, accumulator, digits, value);                 \
+        using Function = function##_Function;                                                      \
+        return optionsNeedAttention()                                                              \
+                   ? tracedIncrement<Function::Form>(header, Function::general, accumulator,       \
+                                                     digits, value)                                \
+                   : increment<Function::Form>(function, accumulator, digits, value);              \
     }
-ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int8, int64_t, Packed, false, "inc packed_int64...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int4, int32_t, Packed, false, "inc packed_int32...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int8, int64_t, Packed, true, "dec packed_int64...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int4, int32_t, Packed, true, "dec packed_int32...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int8, int64_t, ZonedTrailing, false, "inc zoned_int64...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int4, int32_t, ZonedTrailing, false, "inc zoned_32...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int8, int64_t, ZonedTrailing, true, "dec zoned_int64...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int4, int32_t, ZonedTrailing, true, "dec zoned_int32...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int8, int64_t, _zorcBCD_ADD_Pckd, "inc packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int4, int32_t, _zorcBCD_ADD_Pckd, "inc packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int8, int64_t, _zorcBCD_SUB_Pckd, "dec packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int4, int32_t, _zorcBCD_SUB_Pckd, "dec packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int8, int64_t, _zorcBCD_ADD_Znd, "inc zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int4, int32_t, _zorcBCD_ADD_Znd, "inc zoned_32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int8, int64_t, _zorcBCD_SUB_Znd, "dec zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int4, int32_t, _zorcBCD_SUB_Znd, "dec zoned_int32...\n")

@@ -34,7 +34,8 @@ template <> struct WordForm<Packed> {
 
     // Reads an item of at most W words without its sign; false when it is not well-formed.
     template <unsigned W>
-    static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
+    [[gnu::always_inline]] static bool read(uint32_t (&words)[W], const uint8_t *item,
+                                            int32_t digits, bool &negative) {
         const int32_t bytes = Packed::bytes(digits);
         negative = packedSignIsNegative(item[bytes - 1]);
         if constexpr (W <= 2) {
@@ -71,7 +72,8 @@ template <> struct WordForm<Packed> {
 
     // Stores the low-order bytes that the target holds, with a sign.
     template <unsigned W>
-    static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits, bool negative) {
+    [[gnu::always_inline]] static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits,
+                                             bool negative) {
         words[0] |= packedSign(negative);
         const int32_t bytes = Packed::bytes(digits);
 #pragma GCC unroll 8
@@ -100,7 +102,8 @@ template <> struct WordForm<ZonedTrailing> {
     static constexpr int32_t kMaxBytes = 32;
 
     template <unsigned W>
-    static bool read(uint32_t (&words)[W], const uint8_t *item, int32_t digits, bool &negative) {
+    [[gnu::always_inline]] static bool read(uint32_t (&words)[W], const uint8_t *item,
+                                            int32_t digits, bool &negative) {
         const ZonedUnits units = zonedUnits(item[digits - 1]);
         const int32_t front = digits - kBlockBytes;
         negative = units.negative;
@@ -134,7 +137,8 @@ template <> struct WordForm<ZonedTrailing> {
     }
 
     template <unsigned W>
-    static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits, bool negative) {
+    [[gnu::always_inline]] static void write(uint32_t (&words)[W], uint8_t *target, int32_t digits,
+                                             bool negative) {
         __m128i packed = _mm_setzero_si128();
         if constexpr (W == 1) {
             packed = _mm_set_epi32(laneOfWord(words[0]), 0, 0, 0);
@@ -210,8 +214,9 @@ template <unsigned W> inline bool isBelow(const uint32_t (&a)[W], const uint32_t
 // The sum of items whose bytes fit W words. Null, with nothing stored, when an operand is not
 // well-formed.
 template <class Form, unsigned W, bool subtract>
-inline uint8_t *sumByWords(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
-                           int32_t targetDigits, int32_t op2Digits, int32_t op1Digits) {
+[[gnu::always_inline]] inline uint8_t *sumByWords(const uint8_t *op1, const uint8_t *op2,
+                                                  uint8_t *target, int32_t targetDigits,
+                                                  int32_t op2Digits, int32_t op1Digits) {
     uint32_t a[W];
     uint32_t b[W];
     bool negative1 = false;
