@@ -75,6 +75,28 @@ inline void fillBytes(uint8_t *target, uint8_t value, int32_t length) {
     }
 }
 
+// Whether the bits under the mask are 0 in all bytes.
+inline bool bitsAreClear(const uint8_t *address, int32_t length, uint8_t mask) {
+    const uint32_t wordMask = mask * 0x01010101U;
+    if (length >= 8) {
+        __m128i any = load8(address + length - 8);
+        for (int32_t at = 0; at <= length - 8; at += 8) {
+            any = _mm_or_si128(any, load8(address + at));
+        }
+        any = _mm_and_si128(any, _mm_set1_epi32(static_cast<int>(wordMask)));
+        return _mm_movemask_epi8(_mm_cmpeq_epi8(any, _mm_setzero_si128())) == 0xFFFF;
+    }
+    if (length >= 4) {
+        const uint32_t any = loadWord<uint32_t>(address) | loadWord<uint32_t>(address + length - 4);
+        return (any & wordMask) == 0;
+    }
+    uint32_t any = 0;
+    for (int32_t at = 0; at < length; ++at) {
+        any |= address[at];
+    }
+    return (any & mask) == 0;
+}
+
 // As memcmp. Only the sign of the result has a meaning.
 inline int32_t compareBytes(const uint8_t *left, const uint8_t *right, int32_t length) {
     constexpr unsigned kAllEqual = 0xFFFF;

@@ -18,36 +18,64 @@ int32_t packedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t
 int32_t zonedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                            int32_t op2Digits, bool magnitudeOnly);
 
+// The common case, operands of equal length and the same sign: gives their order. False for others.
+inline bool packedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                               int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
+    const int32_t bytes = Packed::bytes(op1Digits);
+    if (bytes != Packed::bytes(op2Digits)) {
+        return false;
+    }
+    const uint8_t last1 = op1[bytes - 1];
+    const uint8_t last2 = op2[bytes - 1];
+    const bool negative = packedSignIsNegative(last1);
+    if (!magnitudeOnly && negative != packedSignIsNegative(last2)) {
+        return false;
+    }
+    order = compareBytes(op1, op2, bytes - 1);
+    if (order == 0) {
+        order = (last1 >> 4) - (last2 >> 4);
+    }
+    if (negative && !magnitudeOnly) {
+        order = -order;
+    }
+    return true;
+}
+
+inline bool zonedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                              int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
+    if (op1Digits != op2Digits) {
+        return false;
+    }
+    const uint8_t last1 = op1[op1Digits - 1];
+    const uint8_t last2 = op2[op1Digits - 1];
+    const bool negative = zonedIsNegative(last1);
+    if (!magnitudeOnly && negative != zonedIsNegative(last2)) {
+        return false;
+    }
+    order = compareBytes(op1, op2, op1Digits - 1);
+    if (order == 0) {
+        order = zonedDigitValue(last1) - zonedDigitValue(last2);
+    }
+    if (negative && !magnitudeOnly) {
+        order = -order;
+    }
+    return true;
+}
+
 inline int32_t packedCompare(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                              int32_t op2Digits, bool magnitudeOnly) {
-    const int32_t bytes = Packed::bytes(op1Digits);
-    if (bytes == Packed::bytes(op2Digits)) {
-        const uint8_t last1 = op1[bytes - 1];
-        const uint8_t last2 = op2[bytes - 1];
-        const bool negative = packedSignIsNegative(last1);
-        if (magnitudeOnly || negative == packedSignIsNegative(last2)) {
-            const int32_t order = compareBytes(op1, op2, bytes - 1);
-            const int32_t result = order != 0 ? order : (last1 >> 4) - (last2 >> 4);
-            return negative && !magnitudeOnly ? -result : result;
-        }
-    }
-    return packedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
+    int32_t order = 0;
+    return packedCompareAlike(op1, op1Digits, op2, op2Digits, magnitudeOnly, order)
+               ? order
+               : packedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
 }
 
 inline int32_t zonedCompare(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                             int32_t op2Digits, bool magnitudeOnly) {
-    if (op1Digits == op2Digits) {
-        const uint8_t last1 = op1[op1Digits - 1];
-        const uint8_t last2 = op2[op1Digits - 1];
-        const bool negative = zonedIsNegative(last1);
-        if (magnitudeOnly || negative == zonedIsNegative(last2)) {
-            const int32_t order = compareBytes(op1, op2, op1Digits - 1);
-            const int32_t result =
-                order != 0 ? order : zonedDigitValue(last1) - zonedDigitValue(last2);
-            return negative && !magnitudeOnly ? -result : result;
-        }
-    }
-    return zonedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
+    int32_t order = 0;
+    return zonedCompareAlike(op1, op1Digits, op2, op2Digits, magnitudeOnly, order)
+               ? order
+               : zonedCompareUnlike(op1, op1Digits, op2, op2Digits, magnitudeOnly);
 }
 
 } // namespace zor::decimal

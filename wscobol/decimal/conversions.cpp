@@ -3,6 +3,7 @@
 
 #include <type_traits>
 
+#include "decimal/common_case.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_sign.h"
@@ -96,7 +97,7 @@ void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *
     packDigits(digits, sourceDigits, target, targetDigits);
     *Packed::signByte(target, targetDigits) = last;
     if (last == kPackedNegative && (options & KEEP_NEGATIVE_ZERO) == 0 &&
-        packedIsZero(target, targetDigits)) {
+        digitsAreZero<Packed>(target, targetDigits)) {
         *Packed::signByte(target, targetDigits) = kPackedPositive;
     }
 }
@@ -155,8 +156,8 @@ inline void checkSource(const uint8_t *source, int32_t sourceDigits, uint32_t op
 }
 
 template <class From, class To>
-inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDigits,
-                        int32_t sourceDigits) {
+[[gnu::noinline]] uint8_t *convertWatched(const uint8_t *source, uint8_t *target,
+                                          int32_t targetDigits, int32_t sourceDigits) {
     const uint32_t options = loadBcdOptions();
     if (__builtin_expect((options & TRACE) != 0, 0)) {
         constexpr bool kBlank = kIsPacked<From> && std::is_same_v<To, ZonedTrailing>;
@@ -185,14 +186,54 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
     return target;
 }
 
+// The switches that make a conversion uncommon.
+template <class From, class To> constexpr uint32_t uncommonSwitches() {
+    uint32_t switches = TRACE;
+    if (!kIsPacked<From>) {
+        switches |= VALIDATE_MOVES;
+    }
+    if (To::kSign == SignKind::overpunch || kIsPacked<To>) {
+        switches |= EBCDIC_OVERPUNCH;
+    }
+    if (kIsUnsigned<From> || kIsUnsigned<To>) {
+        switches |= REZONE_DIGITS | KEEP_UNSIGNED_TAIL;
+    }
+    return switches;
+}
+
+template <class From, class To>
+inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDigits,
+                        int32_t sourceDigits) {
+    constexpr uint32_t kUncommon = uncommonSwitches<From, To>();
+    uint32_t options = peekBcdOptions();
+    if (allOff<kUncommon>(options) && areShort(sourceDigits, targetDigits)) {
+        options &= ~kUncommon; // for the compiler to see
+        if constexpr (kIsPacked<From>) {
+            if (packedIsPlainlyValid(source, sourceDigits)) {
+                convertPackedToZoned<To>(source, sourceDigits, target, targetDigits, options);
+                return target;
+            }
+        } else if (From::hasProperSign(source, sourceDigits)) {
+            if constexpr (!kIsPacked<To>) {
+                convertZonedToZoned<From, To>(source, sourceDigits, target, targetDigits, options);
+                return target;
+            } else if constexpr (!kIsUnsigned<From>) {
+                convertZonedToPacked<From>(source, sourceDigits, target, targetDigits, options);
+                return target;
+            }
+        }
+    }
+    return convertWatched<From, To>(source, target, targetDigits, sourceDigits);
+}
+
 } // namespace
 } // namespace zor::decimal
 
 using namespace zor::decimal;
 
 #define DEFINE_CONVERSION(from, to)                                                                \
-    uint8_t *_zorcBCD_CONV_##from##_To_##to(const uint8_t *source, uint8_t *target,                \
-                                            int32_t targetDigits, int32_t sourceDigits) {          \
+    [[gnu::flatten]] uint8_t *_zorcBCD_CONV_##from##_To_##to(                                      \
+        const uint8_t *source, uint8_t *target, int32_t targetDigits, int32_t sourceDigits) {      \
         return convert<form::from, form::to>(source, target, targetDigits, sourceDigits);          \
     }
 ZOR_BCD_CONVERSIONS(DEFINE_CONVERSION)

@@ -3,6 +3,7 @@
 
 #include <type_traits>
 
+#include "decimal/common_case.h"
 #include "decimal/copy.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
@@ -25,8 +26,8 @@ bool traced(uint32_t options) {
 }
 
 template <class Form>
-inline uint8_t *copy(const uint8_t *source, uint8_t *target, int32_t targetDigits,
-                     int32_t sourceDigits) {
+[[gnu::noinline]] uint8_t *copyWatched(const uint8_t *source, uint8_t *target, int32_t targetDigits,
+                                       int32_t sourceDigits) {
     const uint32_t options = loadBcdOptions();
     if (traced(options)) {
         ZOR_BCD_TRACE("%s", kCopyHeader<Form>);
@@ -43,6 +44,17 @@ inline uint8_t *copy(const uint8_t *source, uint8_t *target, int32_t targetDigit
         traceOperand<Form>("res: ", LabelStyle::plain, target, targetDigits);
     }
     return target;
+}
+
+template <class Form>
+inline uint8_t *copy(const uint8_t *source, uint8_t *target, int32_t targetDigits,
+                     int32_t sourceDigits) {
+    const uint32_t options = peekBcdOptions();
+    if (allOff<TRACE | VALIDATE_MOVES>(options) && areShort(sourceDigits, targetDigits)) {
+        copyItem<Form>(source, sourceDigits, target, targetDigits, options);
+        return target;
+    }
+    return copyWatched<Form>(source, target, targetDigits, sourceDigits);
 }
 
 // ABS and NEG decide the sign by the source alone.
@@ -89,8 +101,8 @@ inline uint8_t *copyWithSign(const uint8_t *source, uint8_t *target, int32_t tar
 using namespace zor::decimal;
 
 #define DEFINE_MOVE(name, function)                                                                \
-    uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,                    \
-                  int32_t sourceDigits) {                                                          \
+    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
+                                   int32_t sourceDigits) {                                         \
         return function(source, target, targetDigits, sourceDigits);                               \
     }
 

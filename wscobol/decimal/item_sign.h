@@ -4,19 +4,20 @@
 
 #include <cstdint>
 
+#include "decimal/bytes.h"
 #include "decimal/forms.h"
 #include "decimal/options.h"
-#include "decimal/validate.h"
 
 namespace zor::decimal {
 
-// Whether a stored target is zero; most values show by their last digit that they are not.
-template <class Form> inline bool storedIsZero(const uint8_t *item, int32_t digits) {
+// Whether all digits of an item are zero, as Form::isZero, without a call; most values show by
+// their last digit that they are not. Of the zoned forms only for items that the family has stored.
+template <class Form> inline bool digitsAreZero(const uint8_t *item, int32_t digits) {
     if constexpr (Form::kSign == SignKind::packed) {
-        return (*Form::signByte(item, digits) & 0xF0U) == 0 && packedIsZero(item, digits);
+        return (item[digits / 2] & 0xF0U) == 0 && bitsAreClear(item, digits / 2, 0xFF);
     } else {
         const uint8_t *bytes = Form::digitBytes(item);
-        return (bytes[digits - 1] & 0x0FU) == 0 && zonedIsZero(bytes, digits);
+        return (bytes[digits - 1] & 0x0FU) == 0 && bitsAreClear(bytes, digits - 1, 0x0F);
     }
 }
 
@@ -25,7 +26,7 @@ template <class Form> inline bool storedIsZero(const uint8_t *item, int32_t digi
 template <class Form>
 inline void storeValueSign(uint8_t *target, int32_t digits, bool negative, uint32_t options) {
     Form::storeSign(target, digits, negative);
-    if (negative && (options & KEEP_NEGATIVE_ZERO) == 0 && storedIsZero<Form>(target, digits)) {
+    if (negative && (options & KEEP_NEGATIVE_ZERO) == 0 && digitsAreZero<Form>(target, digits)) {
         Form::storeSign(target, digits, false);
     }
 }

@@ -1,6 +1,7 @@
 // The six relations and NOT.
 #include "decimal_moves.h"
 
+#include "decimal/common_case.h"
 #include "decimal/compare.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
@@ -8,12 +9,21 @@
 namespace zor::decimal {
 namespace {
 
-int32_t compareItems(Packed, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                     int32_t op2Digits) {
+// The compare cores, chosen by form.
+bool compareAlike(Packed, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                  int32_t op2Digits, int32_t &order) {
+    return packedCompareAlike(op1, op1Digits, op2, op2Digits, false, order);
+}
+bool compareAlike(ZonedTrailing, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                  int32_t op2Digits, int32_t &order) {
+    return zonedCompareAlike(op1, op1Digits, op2, op2Digits, false, order);
+}
+int32_t compare(Packed, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                int32_t op2Digits) {
     return packedCompare(op1, op1Digits, op2, op2Digits, false);
 }
-int32_t compareItems(ZonedTrailing, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                     int32_t op2Digits) {
+int32_t compare(ZonedTrailing, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
+                int32_t op2Digits) {
     return zonedCompare(op1, op1Digits, op2, op2Digits, false);
 }
 
@@ -49,8 +59,8 @@ template <class Form> bool traces(uint32_t options) {
 }
 
 template <class Relation, class Form>
-inline int32_t relation(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits,
-                        int32_t op1Digits) {
+[[gnu::noinline]] int32_t relationWatched(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits,
+                                          int32_t op1Digits) {
     const uint32_t options = loadBcdOptions();
     if (traces<Form>(options)) {
         ZOR_BCD_TRACE("%s packed...\n", Relation::kName);
@@ -61,11 +71,22 @@ inline int32_t relation(const uint8_t *op1, const uint8_t *op2, int32_t op2Digit
         checkOperand<Form>(op1, op1Digits, Strictness::strict);
         checkOperand<Form>(op2, op2Digits, Strictness::strict);
     }
-    const int32_t result = Relation::holds(compareItems(Form(), op1, op1Digits, op2, op2Digits));
+    const int32_t result = Relation::holds(compare(Form(), op1, op1Digits, op2, op2Digits));
     if (traces<Form>(options)) {
         ZOR_BCD_TRACE("res: %d\n", result);
     }
     return result;
+}
+
+template <class Relation, class Form>
+inline int32_t relation(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits,
+                        int32_t op1Digits) {
+    int32_t order = 0;
+    if (allOff<TRACE | VALIDATE_COMPARES>(peekBcdOptions()) &&
+        compareAlike(Form(), op1, op1Digits, op2, op2Digits, order)) {
+        return Relation::holds(order);
+    }
+    return relationWatched<Relation, Form>(op1, op2, op2Digits, op1Digits);
 }
 
 template <class Form> inline int32_t isZero(const uint8_t *operand, int32_t digits) {
@@ -90,12 +111,12 @@ template <class Form> inline int32_t isZero(const uint8_t *operand, int32_t digi
 using namespace zor::decimal;
 
 #define DEFINE_RELATION(name)                                                                      \
-    int32_t _zorcBCD_##name##_Pckd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits,      \
-                                   int32_t op1Digits) {                                            \
+    [[gnu::flatten]] int32_t _zorcBCD_##name##_Pckd(const uint8_t *op1, const uint8_t *op2,        \
+                                                    int32_t op2Digits, int32_t op1Digits) {        \
         return relation<name, form::Pckd>(op1, op2, op2Digits, op1Digits);                         \
     }                                                                                              \
-    int32_t _zorcBCD_##name##_Znd(const uint8_t *op1, const uint8_t *op2, int32_t op2Digits,       \
-                                  int32_t op1Digits) {                                             \
+    [[gnu::flatten]] int32_t _zorcBCD_##name##_Znd(const uint8_t *op1, const uint8_t *op2,         \
+                                                   int32_t op2Digits, int32_t op1Digits) {         \
         return relation<name, form::Znd>(op1, op2, op2Digits, op1Digits);                          \
     }
 ZOR_BCD_RELATIONS(DEFINE_RELATION)

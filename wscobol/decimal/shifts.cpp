@@ -1,6 +1,7 @@
 // Decimal shifts of items of all forms.
 #include "decimal_moves.h"
 
+#include "decimal/common_case.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_copy.h"
@@ -113,7 +114,7 @@ inline void shiftItem(const uint8_t *source, int32_t sourceDigits, uint8_t *targ
                                        Form::digitBytes(target), targetDigits, shift);
         }
     } else if constexpr (kPacked) {
-        packedShiftDigitsRight(source, sourceDigits, target, targetDigits, shift, kRounds);
+        packedShiftDigitsRight<kRounds>(source, sourceDigits, target, targetDigits, shift);
     } else {
         zonedShiftDigitsRight<Form>(Form::digitBytes(source), sourceDigits,
                                     Form::digitBytes(target), targetDigits, shift, kRounds);
@@ -122,8 +123,9 @@ inline void shiftItem(const uint8_t *source, int32_t sourceDigits, uint8_t *targ
 }
 
 template <class Form, Direction direction>
-inline uint8_t *shift(const uint8_t *source, uint8_t *target, int32_t targetDigits,
-                      int32_t sourceDigits, int32_t places) {
+[[gnu::noinline]] uint8_t *shiftWatched(const uint8_t *source, uint8_t *target,
+                                        int32_t targetDigits, int32_t sourceDigits,
+                                        int32_t places) {
     const uint32_t options = loadBcdOptions();
     if (__builtin_expect((options & TRACE) != 0, 0)) {
         ZOR_BCD_TRACE("Shift %s %s %d ...\n", Form::kShiftName, directionName(direction), places);
@@ -141,14 +143,26 @@ inline uint8_t *shift(const uint8_t *source, uint8_t *target, int32_t targetDigi
     return target;
 }
 
+template <class Form, Direction direction>
+inline uint8_t *shift(const uint8_t *source, uint8_t *target, int32_t targetDigits,
+                      int32_t sourceDigits, int32_t places) {
+    const uint32_t options = peekBcdOptions();
+    if (allOff<TRACE | KEEP_NEGATIVE_ZERO>(options) && areShort(sourceDigits, targetDigits) &&
+        areShort(places, places)) {
+        shiftItem<Form, direction>(source, sourceDigits, target, targetDigits, places, 0);
+        return target;
+    }
+    return shiftWatched<Form, direction>(source, target, targetDigits, sourceDigits, places);
+}
+
 } // namespace
 } // namespace zor::decimal
 
 using namespace zor::decimal;
 
 #define DEFINE_SHIFT(name, Form, direction)                                                        \
-    uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,                    \
-                  int32_t sourceDigits, int32_t places) {                                          \
+    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
+                                   int32_t sourceDigits, int32_t places) {                         \
         return shift<Form, direction>(source, target, targetDigits, sourceDigits, places);         \
     }
 #define DEFINE_SHIFTS(name)                                                                        \

@@ -136,7 +136,7 @@ inline bool negativeSignLasts(const uint8_t *source, int32_t sourceDigits, int32
     if (To::kSign == SignKind::overpunch && targetDigits == 1) {
         return false;
     }
-    return !packedIsZero(source, sourceDigits);
+    return !bitsAreClear(source, sourceDigits / 2, 0xFF); // the last digit is 0
 }
 
 // A packed item as a zoned one with trailing overpunch.
