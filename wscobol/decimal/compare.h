@@ -18,17 +18,19 @@ int32_t packedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t
 int32_t zonedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                            int32_t op2Digits, bool magnitudeOnly);
 
-// The common case, operands of equal length and the same sign: gives their order. False for others.
+// The common cases, operands of equal length or of signs that decide: gives their order. False for
+// others.
 inline bool packedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                                int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
     const int32_t bytes = Packed::bytes(op1Digits);
-    if (bytes != Packed::bytes(op2Digits)) {
-        return false;
-    }
     const uint8_t last1 = op1[bytes - 1];
-    const uint8_t last2 = op2[bytes - 1];
+    const uint8_t last2 = *Packed::signByte(op2, op2Digits);
     const bool negative = packedSignIsNegative(last1);
     if (!magnitudeOnly && negative != packedSignIsNegative(last2)) {
+        order = negative ? -1 : 1;
+        return ((last1 | last2) & 0xF0U) != 0; // else both may be zero
+    }
+    if (bytes != Packed::bytes(op2Digits)) {
         return false;
     }
     order = compareBytes(op1, op2, bytes - 1);
@@ -43,13 +45,14 @@ inline bool packedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint
 
 inline bool zonedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                               int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
-    if (op1Digits != op2Digits) {
-        return false;
-    }
     const uint8_t last1 = op1[op1Digits - 1];
-    const uint8_t last2 = op2[op1Digits - 1];
+    const uint8_t last2 = op2[op2Digits - 1];
     const bool negative = zonedIsNegative(last1);
     if (!magnitudeOnly && negative != zonedIsNegative(last2)) {
+        order = negative ? -1 : 1;
+        return (zonedDigitValue(last1) | zonedDigitValue(last2)) != 0;
+    }
+    if (op1Digits != op2Digits) {
         return false;
     }
     order = compareBytes(op1, op2, op1Digits - 1);

@@ -68,17 +68,43 @@ void convertZonedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *t
 }
 
 template <class To>
-void convertPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                          int32_t targetDigits, uint32_t options) {
-    const bool negative = !kIsUnsigned<To> && Packed::isNegative(source, sourceDigits) &&
-                          negativeSignLasts<To>(source, sourceDigits, targetDigits, options);
-    unpackDigits(source, sourceDigits, To::digitBytes(target), targetDigits);
+void storeUnpackedSign(uint8_t *target, int32_t targetDigits, bool negative, uint32_t options) {
     To::storeSign(target, targetDigits, negative);
     if constexpr (To::kSign == SignKind::overpunch) {
         if (options & EBCDIC_OVERPUNCH) {
             storeLetter<To>(target, targetDigits);
         }
     }
+}
+
+template <class To>
+bool unpackedIsNegative(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits,
+                        uint32_t options) {
+    return !kIsUnsigned<To> && Packed::isNegative(source, sourceDigits) &&
+           negativeSignLasts<To>(source, sourceDigits, targetDigits, options);
+}
+
+template <class To>
+void convertPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits, uint32_t options) {
+    const bool negative = unpackedIsNegative<To>(source, sourceDigits, targetDigits, options);
+    unpackDigits(source, sourceDigits, To::digitBytes(target), targetDigits);
+    storeUnpackedSign<To>(target, targetDigits, negative, options);
+}
+
+// The same for a short item, which is looked at in a register; false, and nothing done, when it is
+// not valid at a glance.
+template <class To>
+bool convertShortPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                               int32_t targetDigits, uint32_t options) {
+    const __m128i window = loadWindow(source, Packed::bytes(sourceDigits));
+    if (!packedIsPlainlyValid(window, *Packed::signByte(source, sourceDigits))) {
+        return false;
+    }
+    const bool negative = unpackedIsNegative<To>(source, sourceDigits, targetDigits, options);
+    unpackDigits(window, To::digitBytes(target), targetDigits);
+    storeUnpackedSign<To>(target, targetDigits, negative, options);
+    return true;
 }
 
 template <class From>
@@ -147,7 +173,7 @@ void convertUnsignedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_
 template <class From>
 inline void checkSource(const uint8_t *source, int32_t sourceDigits, uint32_t options) {
     if constexpr (kIsPacked<From>) {
-        if ((options & NOVALIDATE_ARITH) == 0 && !packedIsPlainlyValid(source, sourceDigits)) {
+        if ((options & NOVALIDATE_ARITH) == 0) {
             checkOperand<From>(source, sourceDigits);
         }
     } else if (options & VALIDATE_MOVES) {
@@ -209,8 +235,8 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
     if (allOff<kUncommon>(options) && areShort(sourceDigits, targetDigits)) {
         options &= ~kUncommon; // for the compiler to see
         if constexpr (kIsPacked<From>) {
-            if (packedIsPlainlyValid(source, sourceDigits)) {
-                convertPackedToZoned<To>(source, sourceDigits, target, targetDigits, options);
+            if (convertShortPackedToZoned<To>(source, sourceDigits, target, targetDigits,
+                                              options)) {
                 return target;
             }
         } else if (From::hasProperSign(source, sourceDigits)) {

@@ -9,14 +9,12 @@
 
 namespace zor::decimal {
 
-// True only for an item of up to 31 digits, all of them decimal and the sign a sign, which is valid
-// by every measure; false says nothing.
-inline bool packedIsPlainlyValid(const uint8_t *item, int32_t digits) {
-    const int32_t bytes = Packed::bytes(digits);
-    if (bytes > kWindow || isDigit(item[bytes - 1] & 0x0FU)) {
+// Whether the window of a whole packed item holds decimal digits and a sign, and so is valid by
+// every measure.
+inline bool packedIsPlainlyValid(__m128i window, uint8_t lastByte) {
+    if (isDigit(lastByte & 0x0FU)) {
         return false;
     }
-    const __m128i window = loadWindow(item, bytes);
     const __m128i lowerBits = _mm_or_si128(_mm_slli_epi16(window, 1), _mm_slli_epi16(window, 2));
     // Bit 3 of each nibble above 9, the sign left out.
     const __m128i above =

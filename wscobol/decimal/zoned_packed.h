@@ -28,30 +28,23 @@ inline UnpackedWindow unpackWindow(__m128i window, __m128i preceding) {
     return {_mm_unpacklo_epi8(left, right), _mm_unpackhi_epi8(left, right)};
 }
 
-// 32 zoned bytes as 16 packed ones, two low nibbles to a byte.
+// 16 zoned bytes as 8 packed ones in 16-bit lanes, two low nibbles to a byte.
+inline __m128i packPairs(__m128i zoned) {
+    const __m128i digits = lowNibbles(zoned);
+    const __m128i pair = _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8));
+    return _mm_and_si128(pair, _mm_set1_epi16(0x00FF));
+}
+
+// 32 zoned bytes as 16 packed ones.
 inline __m128i packWindows(__m128i first, __m128i last) {
-    const auto pairs = [](__m128i zoned) {
-        const __m128i digits = lowNibbles(zoned);
-        const __m128i pair = _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8));
-        return _mm_and_si128(pair, _mm_set1_epi16(0x00FF));
-    };
-    return _mm_packus_epi16(pairs(first), pairs(last));
+    return _mm_packus_epi16(packPairs(first), packPairs(last));
 }
 
 void unpackLongDigits(const uint8_t *source, int32_t bytes, uint8_t *target, int32_t targetDigits);
 void packLongDigits(const uint8_t *source, int32_t digits, uint8_t *target, int32_t targetBytes);
 
-// The digits of a packed item as plain zoned digits, the sign dropped.
-inline void unpackDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                         int32_t targetDigits) {
-    const int32_t sourceBytes = Packed::bytes(sourceDigits);
-    const int32_t bytes = std::min(sourceBytes, Packed::bytes(targetDigits));
-    source += sourceBytes - bytes;
-    if (bytes > kWindow) {
-        unpackLongDigits(source, bytes, target, targetDigits);
-        return;
-    }
-    const __m128i window = loadWindow(source, bytes);
+// The digits of a window of packed bytes as plain zoned digits, "0" before them.
+inline void unpackDigits(__m128i window, uint8_t *target, int32_t targetDigits) {
     const UnpackedWindow digits = unpackWindow(window, _mm_slli_si128(window, 1));
     if (targetDigits <= kWindow) {
         storeWindow(target, targetDigits, digits.last);
@@ -68,36 +61,52 @@ inline void unpackDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *t
     }
 }
 
-// The low nibbles of zoned bytes as packed digits, the sign nibble 0. The leftmost byte of several
-// may carry a sign and is decoded.
+// The digits of a packed item as plain zoned digits, the sign dropped.
+inline void unpackDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                         int32_t targetDigits) {
+    const int32_t sourceBytes = Packed::bytes(sourceDigits);
+    const int32_t bytes = std::min(sourceBytes, Packed::bytes(targetDigits));
+    source += sourceBytes - bytes;
+    if (bytes > kWindow) {
+        unpackLongDigits(source, bytes, target, targetDigits);
+    } else {
+        unpackDigits(loadWindow(source, bytes), target, targetDigits);
+    }
+}
+
+// The low nibbles of the last digits of a zoned item as packed digits, the sign nibble 0.
+inline void packNibbles(const uint8_t *source, int32_t digits, uint8_t *target,
+                        int32_t targetBytes) {
+    if (digits >= 2 * kWindow) {
+        packLongDigits(source, digits, target, targetBytes);
+        return;
+    }
+    // The sign takes a place behind the last zoned byte.
+    __m128i packed;
+    if (digits < kWindow) {
+        const __m128i last = loadWindow(source, digits);
+        packed = _mm_packus_epi16(_mm_setzero_si128(), packPairs(_mm_srli_si128(last, 1)));
+    } else {
+        const __m128i last = load16(source + digits - kWindow);
+        const __m128i first = loadWindow(source, digits - kWindow + 1);
+        packed = packWindows(first, _mm_srli_si128(last, 1));
+    }
+    if (targetBytes <= kWindow) {
+        storeWindow(target, targetBytes, packed);
+    } else {
+        store16(target + targetBytes - kWindow, packed);
+        fillBytes(target, 0, targetBytes - kWindow);
+    }
+}
+
+// The same for an item whose leftmost digit byte, one of several, may carry a sign: it is decoded.
 inline void packDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
                        int32_t targetDigits) {
     const int32_t digits = std::min(sourceDigits, targetDigits);
     const int32_t targetBytes = Packed::bytes(targetDigits);
     const uint8_t leftmost = source[0];
-    const bool decodes = digits == sourceDigits && digits > 1 && (leftmost & 0xF0U) != kZone;
-    source += sourceDigits - digits;
-    if (digits >= 2 * kWindow) {
-        packLongDigits(source, digits, target, targetBytes);
-    } else {
-        // The sign takes a place behind the last zoned byte.
-        __m128i first = _mm_setzero_si128();
-        __m128i last;
-        if (digits < kWindow) {
-            last = loadWindow(source, digits);
-        } else {
-            last = load16(source + digits - kWindow);
-            first = loadWindow(source, digits - kWindow + 1);
-        }
-        const __m128i packed = packWindows(first, _mm_srli_si128(last, 1));
-        if (targetBytes <= kWindow) {
-            storeWindow(target, targetBytes, packed);
-        } else {
-            store16(target + targetBytes - kWindow, packed);
-            fillBytes(target, 0, targetBytes - kWindow);
-        }
-    }
-    if (__builtin_expect(decodes, 0)) {
+    packNibbles(source + sourceDigits - digits, digits, target, targetBytes);
+    if (__builtin_expect((leftmost & 0xF0U) != kZone, 0) && digits == sourceDigits && digits > 1) {
         uint8_t &byte = target[targetBytes - Packed::bytes(digits)];
         const uint8_t digit = zonedDigitValue(leftmost);
         byte = static_cast<uint8_t>(digits % 2 != 0 ? digit << 4 | (byte & 0x0F) : digit);
