@@ -1,0 +1,197 @@
+// Packed and zoned items to floating forms: the significant digits as an integer, with a power of ten.
+#include "decimal/binary_rounding.h"
+#include "decimal/float_trace.h"
+#include "decimal/frame.h"
+#include "decimal/integer_digits.h"
+#include "decimal_convert.h"
+
+#include <algorithm>
+
+namespace zor::decimal {
+namespace {
+
+constexpr int32_t kBinaryDigits = 36; // significant digits read for a binary form
+constexpr int32_t kWordDigits = 19;   // digits that always fit 64 bits unsigned
+constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
+
+// Digit i of an item, counted from the most significant one.
+template <class Form> uint32_t digitAt(const uint8_t *item, int32_t digits, int32_t i) {
+    if constexpr (Form::kSign == SignKind::packed) {
+        const int32_t nibble = digits % 2 == 0 ? i + 1 : i;
+        const uint32_t byte = item[nibble / 2];
+        return nibble % 2 == 0 ? byte >> 4 : byte & 0x0FU;
+    } else {
+        return i == digits - 1 ? zonedDigitValue(item[i]) : item[i] & 0x0FU;
+    }
+}
+
+template <class Form>
+uint64_t digitsBetween(const uint8_t *item, int32_t digits, int32_t first, int32_t end) {
+    constexpr int32_t kStep = 9; // digits whose value fits 32 bits, even when they are no digits
+    uint64_t value = 0;
+    while (first < end) {
+        const int32_t stop = std::min(first + kStep, end);
+        uint32_t part = 0;
+        uint32_t scale = 1;
+        for (; first < stop; ++first) {
+            part = part * 10 + digitAt<Form>(item, digits, first);
+            scale *= 10;
+        }
+        value = value * scale + part;
+    }
+    return value;
+}
+
+struct DecimalValue {
+    Wide128 coefficient;
+    int32_t power; // of ten
+};
+
+constexpr uint64_t powerOfTen64(int32_t power) {
+    uint64_t value = 1;
+    for (; power > 0; --power) {
+        value *= 10;
+    }
+    return value;
+}
+
+// The digits from first to end.
+template <class Form>
+Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_t end) {
+    const int32_t split = end - kWordDigits;
+    if (split <= first) {
+        return {0, digitsBetween<Form>(item, digits, first, end)};
+    }
+    const uint64_t low = digitsBetween<Form>(item, digits, split, end);
+    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), powerOfTen64(kWordDigits),
+                       low);
+}
+
+template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digits) {
+    int32_t first = 0;
+    while (first < digits && digitAt<Form>(item, digits, first) == 0) {
+        ++first;
+    }
+    return first;
+}
+
+// A binary form's nearest value to the leading digits of an item.
+template <class T, class Form>
+T binaryOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative) {
+    Wide128 coefficient{0, 0};
+    int32_t power = -decs;
+    if (digits < kWordDigits) {
+        coefficient.low = magnitudeOf<Form, uint64_t>(item, digits);
+    } else {
+        const int32_t first = firstSignificant<Form>(item, digits);
+        const int32_t end = std::min(digits, first + kBinaryDigits);
+        coefficient = coefficientOf<Form>(item, digits, first, end);
+        power += digits - end;
+    }
+    if (isZero(coefficient)) {
+        return 0;
+    }
+    const T value = nearestBinary<T>(coefficient, power);
+    return negative ? -value : value;
+}
+
+// A decimal form of the leading digits of an item. Of the ways to write the value it takes the one
+// with the exponent nearest to 0, as a division of the whole number by a power of ten does.
+template <class T, class Form>
+T decimalFormOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative) {
+    using Decimal = DecimalForm<T>;
+    constexpr int32_t kLeastPower = -Decimal::kBias;
+    constexpr int32_t kGreatestPower =
+        3 * (1 << (Decimal::kExponentBits - 2)) - 1 - Decimal::kBias; // its top bits are never 11
+    const int32_t first = firstSignificant<Form>(item, digits);
+    int32_t end = std::min(digits, first + Decimal::kDigits);
+    int32_t power = digits - end - decs;
+    while (end > first && power < 0 &&
+           (power < kLeastPower || digitAt<Form>(item, digits, end - 1) == 0)) {
+        --end;
+        ++power;
+    }
+    if (end == first) {
+        return decimalOf<T>(false, {0, 0}, 0);
+    }
+    if (power > kGreatestPower) {
+        constexpr uint64_t kInfinity = 0x78ULL << 56;
+        return fromBits<T>({kInfinity | (negative ? 1ULL << 63 : 0), 0});
+    }
+    Wide128 coefficient = coefficientOf<Form>(item, digits, first, end);
+    if (isAbove(coefficient, Decimal::kLargest)) {
+        coefficient = Decimal::kLargest; // of bytes that are no digits
+    }
+    return decimalOf<T>(negative, coefficient, power);
+}
+
+enum class Radix : uint8_t { binary, decimal };
+
+template <class T, Radix radix> T zeroOf() {
+    if constexpr (radix == Radix::binary) {
+        return 0;
+    } else {
+        return decimalOf<T>(false, {0, 0}, 0);
+    }
+}
+
+template <class T, Radix radix, class Form>
+T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *header) {
+    const uint32_t options = loadBcdOptions();
+    if (digits < 1) {
+        return zeroOf<T, radix>();
+    }
+    if ((options & TRACE) != 0) {
+        ZOR_BCD_TRACE(header, digits, decs);
+        traceOperand<Form>("in:  ", LabelStyle::plain, source, digits);
+    }
+    if ((options & NOVALIDATE_ARITH) == 0) {
+        checkOperand<Form>(source, digits);
+    }
+    const bool negative = Form::isNegative(source, digits);
+    decs = std::clamp(decs, -kMostDecs, kMostDecs);
+    if constexpr (radix == Radix::binary) {
+        const T value = binaryOf<T, Form>(source, digits, decs, negative);
+        if ((options & TRACE) != 0) {
+            traceFloatResult(value);
+        }
+        return value;
+    } else {
+        const T value = decimalFormOf<T, Form>(source, digits, decs, negative);
+        if ((options & TRACE) != 0) {
+            traceDecimalResult(static_cast<ZorDecimal128>(value));
+        }
+        return value;
+    }
+}
+
+} // namespace
+} // namespace zor::decimal
+
+using namespace zor::decimal;
+
+// name, result, radix, form, header
+#define ZOR_TO_FLOAT(X)                                                                            \
+    X(Pckd_To_SFlt, ZorBinary32, binary, Packed, "packed to float ... prec %d decs %d\n")          \
+    X(Pckd_To_LFlt, ZorBinary64, binary, Packed, "packed to double... prec %d decs %d\n")          \
+    X(Pckd_To_EFlt, ZorBinary128, binary, Packed, "packed to quad... prec %d decs %d\n")           \
+    X(Pckd_To_DFlt, ZorDecimal32, decimal, Packed, "packed to Decimal132... prec %d  decs %d\n")   \
+    X(Pckd_To_DFlt64, ZorDecimal64, decimal, Packed, "packed to Decimal164... prec %d  decs %d\n") \
+    X(Pckd_To_DFlt128, ZorDecimal128, decimal, Packed,                                             \
+      "packed to Decimal128... prec %d  decs %d\n")                                                \
+    X(Znd_To_BFlt32, ZorBinary32, binary, ZonedTrailing, "zoned to float ... prec %d decs %d\n")   \
+    X(Znd_To_BFlt64, ZorBinary64, binary, ZonedTrailing, "zoned to double... prec %d decs %d\n")   \
+    X(Znd_To_BFlt128, ZorBinary128, binary, ZonedTrailing, "zoned to quad... prec %d decs %d\n")   \
+    X(Znd_To_DFlt32, ZorDecimal32, decimal, ZonedTrailing,                                         \
+      "zoned to Decimal132... prec %d  decs %d\n")                                                 \
+    X(Znd_To_DFlt64, ZorDecimal64, decimal, ZonedTrailing,                                         \
+      "zoned to Decimal164... prec %d  decs %d\n")                                                 \
+    X(Znd_To_DFlt128, ZorDecimal128, decimal, ZonedTrailing,                                       \
+      "zoned to Decimal128... prec %d  decs %d\n")
+
+#define ZOR_DEFINE(name, Result, radix, Form, header)                                              \
+    Result _zorcBCD_CONV_##name(const uint8_t *source, int32_t sourceDigits, int32_t decs) {       \
+        return toFloat<Result, Radix::radix, Form>(source, sourceDigits, decs, header);            \
+    }
+ZOR_TO_FLOAT(ZOR_DEFINE)
+#undef ZOR_DEFINE

@@ -1,0 +1,32 @@
+// What a binary floating value is in decimal.
+#ifndef ZOR_DECIMAL_DECIMAL_VALUE_H
+#define ZOR_DECIMAL_DECIMAL_VALUE_H
+
+#include "decimal/float_forms.h"
+
+namespace zor::decimal {
+
+// digits * 10^exponent; no digit is above 9, the first is not 0. One byte in front of the first may
+// be written.
+struct DigitString {
+    uint8_t *first; // the most significant
+    int32_t count;
+    int32_t exponent;
+};
+
+// Room for the longest exact value of a binary form in use here, and a digit in front.
+inline constexpr int32_t kDigitRoom = 4960;
+
+// The digits of an integer, right-aligned in the room.
+DigitString integerDigits(WideInteger value, int32_t exponent, uint8_t (&room)[kDigitRoom]);
+
+// The exact value. Its exponent is not below -64.
+DigitString exactDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]);
+
+// The shortest decimal fraction that reads back, to nearest with ties to even, as the value; of
+// several the nearest. At most 9, 17 and 36 digits for the three forms.
+DigitString shortestDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]);
+
+} // namespace zor::decimal
+
+#endif
