@@ -13,8 +13,8 @@ struct RoundedBinary {
     int32_t exponent;    // of its last bit
 };
 
-// coefficient * 10^power, rounded to nearest with ties to even; the significand is shortened where its
-// last bit would lie below 2^leastExponent. The coefficient is not zero. A value below half of
+// coefficient * 10^power, rounded to nearest with ties to even; the significand is shortened where
+// its last bit would lie below 2^leastExponent. The coefficient is not zero. A value below half of
 // 2^leastExponent gives zero; one above 2^16384 need not be exact.
 RoundedBinary roundToBinary(Wide128 coefficient, int32_t power, int32_t precision,
                             int32_t leastExponent);
@@ -22,8 +22,7 @@ RoundedBinary roundToBinary(Wide128 coefficient, int32_t power, int32_t precisio
 // The form's value nearest to coefficient * 10^power: the way for every value.
 template <class T> T nearestBinarySlowly(Wide128 coefficient, int32_t power) {
     constexpr int32_t kPrecision = BinaryForm<T>::kPrecision;
-    const RoundedBinary rounded =
-        roundToBinary(coefficient, power, kPrecision, kLeastExponent<T>);
+    const RoundedBinary rounded = roundToBinary(coefficient, power, kPrecision, kLeastExponent<T>);
     const bool isNormal = !isZero(shiftedRight(rounded.significand, kFractionBits<T>));
     const int32_t biased = isNormal ? rounded.exponent - kLeastExponent<T> + 1 : 0;
     if (biased >= kLargestExponent<T>) {
@@ -46,11 +45,11 @@ template <class T, class Wider> inline bool isRiskyToNarrow(Wider value, T narro
            biasedExponent(narrowed) == kLargestExponent<T>;
 }
 
-// The same, by the processor or by 128-bit arithmetic where these are exact up to their one rounding.
+// The same, by the processor or by 128-bit arithmetic where these are exact up to their one
+// rounding.
 template <class T> T nearestBinary(Wide128 coefficient, int32_t power);
 
-template <>
-inline ZorBinary128 nearestBinary<ZorBinary128>(Wide128 coefficient, int32_t power) {
+template <> inline ZorBinary128 nearestBinary<ZorBinary128>(Wide128 coefficient, int32_t power) {
     using Form = BinaryForm<ZorBinary128>;
     const bool isExact = isZero(shiftedRight(coefficient, Form::kPrecision));
     if (!isExact || power > Form::kExactPower || power < -Form::kExactPower) {

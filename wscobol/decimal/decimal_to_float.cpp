@@ -1,4 +1,5 @@
-// Packed and zoned items to floating forms: the significant digits as an integer, with a power of ten.
+// Packed and zoned items to floating forms: the significant digits as an integer, with a power of
+// ten.
 #include "decimal/binary_rounding.h"
 #include "decimal/float_trace.h"
 #include "decimal/frame.h"
@@ -10,8 +11,8 @@
 namespace zor::decimal {
 namespace {
 
-constexpr int32_t kBinaryDigits = 36; // significant digits read for a binary form
-constexpr int32_t kWordDigits = 19;   // digits that always fit 64 bits unsigned
+constexpr int32_t kBinaryDigits = 36;  // significant digits read for a binary form
+constexpr int32_t kWordDigits = 19;    // digits that always fit 64 bits unsigned
 constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
 
 // Digit i of an item, counted from the most significant one.
@@ -92,7 +93,7 @@ T binaryOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative) {
         return 0;
     }
     const T value = nearestBinary<T>(coefficient, power);
-    return negative ? -value : value;
+    return negative && value != 0 ? -value : value;
 }
 
 // A decimal form of the leading digits of an item. Of the ways to write the value it takes the one

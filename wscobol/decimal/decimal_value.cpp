@@ -1,5 +1,7 @@
 #include "decimal/decimal_value.h"
 
+#include <bit>
+
 namespace zor::decimal {
 
 DigitString integerDigits(WideInteger value, int32_t exponent, uint8_t (&room)[kDigitRoom]) {
@@ -25,6 +27,8 @@ DigitString exactDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]) {
     integer.multiplyByPowerOfFive(-value.exponent); // m / 2^k = m * 5^k / 10^k
     return integerDigits(integer, value.exponent, room);
 }
+
+namespace {
 
 // Free-format generation: the value is remainder / divisor, its neighbours half a gap away, and the
 // digits end as soon as what has been written can mean no other value.
@@ -91,7 +95,8 @@ DigitString shortestDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]
             bool roundUp = highEnough;
             if (lowEnough && highEnough) {
                 remainder.multiplyAdd(2);
-                roundUp = WideInteger::compare(remainder, divisor) >= 0;
+                const int32_t half = WideInteger::compare(remainder, divisor);
+                roundUp = half > 0 || (half == 0 && digit % 2 != 0);
             }
             *at++ = static_cast<uint8_t>(digit + (roundUp ? 1 : 0));
             break;
@@ -101,6 +106,31 @@ DigitString shortestDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]
         --power;
     }
     return {first, static_cast<int32_t>(at - first), power};
+}
+
+// The value with its significand odd.
+BinaryParts reduced(BinaryParts value) {
+    const int32_t zeros = value.significand.low != 0
+                              ? std::countr_zero(value.significand.low)
+                              : 64 + std::countr_zero(value.significand.high);
+    value.significand = shiftedRight(value.significand, zeros);
+    value.exponent += zeros;
+    return value;
+}
+
+} // namespace
+
+DigitString readableDigits(const BinaryParts &value, int32_t mostDigits,
+                           uint8_t (&room)[kDigitRoom]) {
+    const BinaryParts odd = reduced(value);
+    // It has at least the digits of 5^places, which is most of what a digit can hold.
+    if (-odd.exponent * 2 <= mostDigits * 3) {
+        const DigitString exact = exactDigits(odd, room);
+        if (exact.count <= mostDigits) {
+            return exact;
+        }
+    }
+    return shortestDigits(value, room);
 }
 
 } // namespace zor::decimal

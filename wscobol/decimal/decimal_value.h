@@ -20,12 +20,16 @@ inline constexpr int32_t kDigitRoom = 4960;
 // The digits of an integer, right-aligned in the room.
 DigitString integerDigits(WideInteger value, int32_t exponent, uint8_t (&room)[kDigitRoom]);
 
-// The exact value. Its exponent is not below -64.
+// The value from 10^kDecimals of its form on, which is nearly whole: the exact one.
 DigitString exactDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]);
 
-// The shortest decimal fraction that reads back, to nearest with ties to even, as the value; of
-// several the nearest. At most 9, 17 and 36 digits for the three forms.
-DigitString shortestDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]);
+// The value below that: the exact one if it has at most mostDigits, kDigits of the form; otherwise
+// the shortest decimal fraction that reads back, to nearest with ties to even, as the value, and of
+// several the nearest. Either way a decimal fraction of kDecimals that reads as the value is the
+// one given: exact values of more digits end in 5, 25 or 125, too far from every such fraction to
+// be read from it.
+DigitString readableDigits(const BinaryParts &value, int32_t mostDigits,
+                           uint8_t (&room)[kDigitRoom]);
 
 } // namespace zor::decimal
 

@@ -1,5 +1,5 @@
-// The floating forms taken apart and put together: binary forms as a significand and a power of two,
-// decimal forms as a coefficient and a power of ten.
+// The floating forms taken apart and put together: binary forms as a significand and a power of
+// two, decimal forms as a coefficient and a power of ten.
 #ifndef ZOR_DECIMAL_FLOAT_FORMS_H
 #define ZOR_DECIMAL_FLOAT_FORMS_H
 
@@ -62,23 +62,27 @@ template <class Real, int32_t count> constexpr std::array<Real, count> powersOfT
 }
 
 // kPrecision: bits of the significand. kDecimals: decimal digits that always survive a round trip.
+// kDigits: decimal digits that always tell two values apart.
 // kExactPower: the largest exact power of ten, and kPowers those up to it.
 template <class T> struct BinaryForm;
 
 template <> struct BinaryForm<ZorBinary32> {
     static constexpr int32_t kPrecision = 24;
     static constexpr int32_t kDecimals = 6;
+    static constexpr int32_t kDigits = 9;
     static constexpr int32_t kExactPower = 10;
 };
 template <> struct BinaryForm<ZorBinary64> {
     static constexpr int32_t kPrecision = 53;
     static constexpr int32_t kDecimals = 15;
+    static constexpr int32_t kDigits = 17;
     static constexpr int32_t kExactPower = 22;
     static constexpr auto kPowers = powersOfTen<ZorBinary64, kExactPower + 1>();
 };
 template <> struct BinaryForm<ZorBinary128> {
     static constexpr int32_t kPrecision = 113;
     static constexpr int32_t kDecimals = 33;
+    static constexpr int32_t kDigits = 36;
     static constexpr int32_t kExactPower = 48;
     static constexpr auto kPowers = powersOfTen<ZorBinary128, kExactPower + 1>();
 };
@@ -117,8 +121,9 @@ template <class T> inline BinaryParts binaryParts(T value) {
     return {fraction, kLeastExponent<T> + (isNormal ? biased - 1 : 0), lowest};
 }
 
-// ---- decimal forms: sign, exponent field, coefficient; or, for coefficients with one bit more than
-// the field has, sign, two bits 11, exponent field, and the coefficient without its leading 100
+// ---- decimal forms: sign, exponent field, coefficient; or, for coefficients with one bit more
+// than the field has, sign, two bits 11, exponent field, and the coefficient without its leading
+// 100
 
 template <class T> struct DecimalForm;
 

@@ -1,5 +1,5 @@
-// Floating forms to packed and zoned items: the value as decimal digits with a power of ten, scaled and
-// cut or rounded once, of which the item takes the low-order ones.
+// Floating forms to packed and zoned items: the value as decimal digits with a power of ten, scaled
+// and cut or rounded once, of which the item takes the low-order ones.
 #include "decimal/decimal_value.h"
 #include "decimal/float_trace.h"
 #include "decimal/frame.h"
@@ -24,7 +24,7 @@ struct Target {
     Rounding rounding;
 };
 
-constexpr int32_t kSpareDigits = 34;      // what a value may have above the target's digits
+constexpr int32_t kSpareDigits = 34;       // what a value may have above the target's digits
 constexpr int32_t kMostDigits = 1'000'000; // more digits or decs than this make no difference
 
 constexpr int32_t kWordPowers = 20; // of ten, that fit 64 bits
@@ -149,12 +149,8 @@ void storeCoefficient(const Target &target, bool negative, Wide128 coefficient, 
 
 // The form in which a binary form's value is scaled: its products with powers of ten are rounded at
 // most once.
-template <class T> struct WorkOf {
-    using Type = T;
-};
-template <> struct WorkOf<ZorBinary32> {
-    using Type = ZorBinary64;
-};
+template <class T> struct WorkOf { using Type = T; };
+template <> struct WorkOf<ZorBinary32> { using Type = ZorBinary64; };
 
 // The nearest integer of a value from 0 to below kWholeLimit.
 int64_t nearestWhole(ZorBinary64 value) {
@@ -165,12 +161,13 @@ int64_t nearestWhole(ZorBinary128 value) {
     return static_cast<int64_t>(value + static_cast<ZorBinary128>(0.5));
 }
 template <class Work>
-constexpr auto kWholeLimit =
-    static_cast<Work>(sizeof(Work) == sizeof(ZorBinary64) ? 1LL << 50 : 1LL << 60);
+constexpr auto kWholeLimit = static_cast<Work>(sizeof(Work) == sizeof(ZorBinary64) ? 1LL << 50
+                                                                                   : 1LL << 60);
 
-// By how much a scaled value may differ from the decimal value scaled, in proportion: half a unit in
-// the last place of the binary form, and as much for the product; twice that.
-template <class T> constexpr auto kMargin = [] {
+// By how much a scaled value may differ from the decimal value scaled, in proportion: half a unit
+// in the last place of the binary form, and as much for the product; twice that.
+template <class T>
+constexpr auto kMargin = [] {
     typename WorkOf<T>::Type margin = 1;
     for (int32_t i = 0; i < BinaryForm<T>::kPrecision - 2; ++i) {
         margin /= 2;
@@ -267,9 +264,10 @@ private:
             return;
         }
         uint8_t room[kDigitRoom];
-        const bool exact = work_ >= kPowers[BinaryForm<T>::kDecimals];
+        const bool isWhole = work_ >= kPowers[BinaryForm<T>::kDecimals];
         storeDigits<Form>(target, negative,
-                          exact ? exactDigits(parts, room) : shortestDigits(parts, room));
+                          isWhole ? exactDigits(parts, room)
+                                  : readableDigits(parts, BinaryForm<T>::kDigits, room));
     }
 
     // log10(2^power), cut downwards; not above it.

@@ -1,5 +1,5 @@
-// Conversions between binary integers and packed or trailing-sign zoned items. Values that do not fit
-// wrap in the binary direction and lose high-order digits in the decimal one.
+// Conversions between binary integers and packed or trailing-sign zoned items. Values that do not
+// fit wrap in the binary direction and lose high-order digits in the decimal one.
 #include "decimal/frame.h"
 #include "decimal/integer_digits.h"
 #include "decimal_convert.h"

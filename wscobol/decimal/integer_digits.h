@@ -1,6 +1,6 @@
 // Digits of packed and zoned items to binary integers and back: the cores of the integer
-// conversions, which the floating conversions share. Nothing is reported: integers wrap at the width
-// of Word, items lose high-order digits.
+// conversions, which the floating conversions share. Nothing is reported: integers wrap at the
+// width of Word, items lose high-order digits.
 #ifndef ZOR_DECIMAL_INTEGER_DIGITS_H
 #define ZOR_DECIMAL_INTEGER_DIGITS_H
 

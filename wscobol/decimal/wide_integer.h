@@ -36,8 +36,8 @@ constexpr Wide128 shiftedRight(Wide128 value, int32_t bits) {
                      : Wide128{0, value.high >> (bits - 64)};
 }
 
-// An integer of up to kCapacity words. The largest values are those of 128-bit binary: below 2^16384,
-// and below 2^16640 where the smallest ones are scaled to digits.
+// An integer of up to kCapacity words. The largest values are those of 128-bit binary: below
+// 2^16384, and below 2^16640 where the smallest ones are scaled to digits.
 class WideInteger {
 public:
     static constexpr int32_t kCapacity = 528;
