@@ -48,6 +48,24 @@ inline std::string message995(const std::string &name, const std::string &addres
            " and ends the run.\nZOR901S Program exits due to severe or critical error.\n\n";
 }
 
+// The faults themselves, which a sanitizer must leave alone.
+#define ZOR_UNCHECKED __attribute__((noinline, no_sanitize("address", "undefined")))
+
+ZOR_UNCHECKED inline int readAt(const volatile int *address) {
+    return *address;
+}
+ZOR_UNCHECKED inline int divide(int dividend, int divisor) {
+    return dividend / divisor;
+}
+ZOR_UNCHECKED inline double divide(double dividend, double divisor) {
+    return dividend / divisor;
+}
+
+inline void readNothing() {
+    static int *volatile nothing = nullptr;
+    readAt(nothing);
+}
+
 // Runs a body as a main program; core files are allowed if the environment has CORES.
 inline void runProgram(void (*body)()) {
     rlimit limit{};

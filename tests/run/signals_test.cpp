@@ -23,6 +23,7 @@ using failure::kSignalled;
 using failure::kTraceback;
 using failure::message995;
 using failure::options;
+using failure::readNothing;
 using failure::runProgram;
 using failure::shape;
 using kit::ChildResult;
@@ -32,22 +33,21 @@ using kit::runChild;
 constexpr std::size_t kBlock = 4096 - 4; // bytes, up to the size word of the next block
 constexpr const char *kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
 
-volatile int dividend = 1;
 volatile int zero = 0;
 volatile int depthLimit = -1;
-int *volatile nothing = nullptr;
 void (*volatile noProgram)() = nullptr;
 int *volatile higher = reinterpret_cast<int *>(0x2000);
 volatile double sink = 0;
 
-__attribute__((noinline)) int deep(int level) {
+ZOR_UNCHECKED void callNothing() {
+    noProgram();
+    zero = 0;
+}
+
+ZOR_UNCHECKED int deep(int level) {
     volatile char space[1024];
     space[0] = static_cast<char>(level);
     return level == depthLimit ? 0 : deep(level + 1) + space[0];
-}
-
-void readNothing() {
-    sink = *nothing;
 }
 
 struct Fault {
@@ -59,15 +59,16 @@ struct Fault {
 };
 
 const Fault kFaults[] = {
-    {"NullCall", [] { noProgram(); }, kNullPointer, "SIGSEGV", "(nil)"},
+    {"NullCall", [] { callNothing(); }, kNullPointer, "SIGSEGV", "(nil)"},
     {"NullData", readNothing, kNullPointer, "SIGSEGV", "@"},
-    {"HigherAddress", [] { sink = *higher; },
+    {"HigherAddress", [] { failure::readAt(higher); },
      "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (0x2000).\n", "SIGSEGV", "@"},
     {"StackOverflow", [] { sink = deep(0); },
      "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (@).\n", "SIGSEGV", "@"},
-    {"IntegerDivision", [] { sink = dividend / zero; }, "SIGFPE: Integer division by zero.\n",
-     "SIGFPE", "@"},
-    {"FloatDivision", [] { sink = 1.0 / zero; }, "SIGFPE: BFP division by zero.\n", "SIGFPE", "@"},
+    {"IntegerDivision", [] { sink = failure::divide(1, zero); },
+     "SIGFPE: Integer division by zero.\n", "SIGFPE", "@"},
+    {"FloatDivision", [] { sink = failure::divide(1.0, static_cast<double>(zero)); },
+     "SIGFPE: BFP division by zero.\n", "SIGFPE", "@"},
     {"Raised", [] { raise(SIGFPE); }, "SIGFPE: Other exception: -6.\n", "SIGFPE", "@"},
     {"Illegal", [] { raise(SIGILL); }, "", "SIGILL", "@"},
     {"Terminated", [] { kill(getpid(), SIGTERM); }, "", "SIGTERM", "@"},
