@@ -40,6 +40,7 @@ inline std::string shape(const std::string &text) {
     return std::regex_replace(result, pids, "PID #");
 }
 
+inline constexpr const char *kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
 inline constexpr const char *kTraceback = "<traceback>\n";
 
 // Message 995 with its closing line, for a signal's name and an address as "%p" shows it.

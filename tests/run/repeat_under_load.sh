@@ -11,4 +11,4 @@ done
 trap 'kill $load_ids' EXIT INT TERM
 # The ends that a watch must force take seconds each, and core files too.
 "$test_program" --gtest_brief=1 --gtest_repeat="$times" --gtest_break_on_failure \
-    --gtest_filter='Signals.*:Abort.*:-*DoNotWait*:*Allocator*:*SourceLines*'
+    --gtest_filter='Signal*:Abort.*:-*DoNotWait*:*Allocator*:*SourceLines*'
