@@ -17,6 +17,9 @@ inline __m128i load16(const uint8_t *address) {
 inline __m128i load8(const uint8_t *address) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(address));
 }
+inline __m128i load4(const uint8_t *address) {
+    return _mm_cvtsi32_si128(static_cast<int>(loadWord<uint32_t>(address)));
+}
 inline void store16(uint8_t *address, __m128i bytes) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(address), bytes);
 }
@@ -97,45 +100,50 @@ inline bool bitsAreClear(const uint8_t *address, int32_t length, uint8_t mask) {
     return (any & mask) == 0;
 }
 
+// Where the first bytes differ; length when they are equal.
+inline int32_t firstDifference(const uint8_t *left, const uint8_t *right, int32_t length) {
+    const auto differences = [](__m128i a, __m128i b) {
+        constexpr int kAllEqual = 0xFFFF;
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)) ^ kAllEqual);
+    };
+    int32_t from = 0;
+    for (; length - from >= 16; from += 16) {
+        const unsigned differs = differences(load16(left + from), load16(right + from));
+        if (differs != 0) {
+            return from + __builtin_ctz(differs);
+        }
+    }
+    const int32_t rest = length - from;
+    left += from;
+    right += from;
+    if (rest >= 4) { // as two halves that overlap
+        const int32_t half = rest >= 8 ? 8 : 4;
+        const int32_t gap = rest - half;
+        unsigned differs = 0;
+        if (rest >= 8) {
+            differs = differences(_mm_unpacklo_epi64(load8(left), load8(left + gap)),
+                                  _mm_unpacklo_epi64(load8(right), load8(right + gap)));
+        } else {
+            differs = differences(_mm_unpacklo_epi32(load4(left), load4(left + gap)),
+                                  _mm_unpacklo_epi32(load4(right), load4(right + gap)));
+        }
+        if (differs == 0) {
+            return length;
+        }
+        const int32_t at = __builtin_ctz(differs);
+        return from + (at < half ? at : at - half + gap);
+    }
+    int32_t at = 0;
+    while (at < rest && left[at] == right[at]) {
+        ++at;
+    }
+    return from + at;
+}
+
 // As memcmp. Only the sign of the result has a meaning.
 inline int32_t compareBytes(const uint8_t *left, const uint8_t *right, int32_t length) {
-    constexpr unsigned kAllEqual = 0xFFFF;
-    const auto equalBytes = [](__m128i a, __m128i b) {
-        return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)));
-    };
-    for (; length >= 16; left += 16, right += 16, length -= 16) {
-        const unsigned equal = equalBytes(load16(left), load16(right));
-        if (equal != kAllEqual) {
-            const int at = __builtin_ctz(~equal);
-            return left[at] - right[at];
-        }
-    }
-    if (length >= 8) {
-        const unsigned equal =
-            equalBytes(_mm_unpacklo_epi64(load8(left), load8(left + length - 8)),
-                       _mm_unpacklo_epi64(load8(right), load8(right + length - 8)));
-        if (equal == kAllEqual) {
-            return 0;
-        }
-        int at = __builtin_ctz(~equal);
-        at += at < 8 ? 0 : length - 16;
-        return left[at] - right[at];
-    }
-    if (length >= 4) {
-        uint32_t a = loadDigits(left);
-        uint32_t b = loadDigits(right);
-        if (a == b) {
-            a = loadDigits(left + length - 4);
-            b = loadDigits(right + length - 4);
-        }
-        return static_cast<int32_t>(a > b) - static_cast<int32_t>(a < b);
-    }
-    for (; length > 0; ++left, ++right, --length) {
-        if (*left != *right) {
-            return *left - *right;
-        }
-    }
-    return 0;
+    const int32_t at = firstDifference(left, right, length);
+    return at < length ? left[at] - right[at] : 0;
 }
 
 } // namespace zor::decimal

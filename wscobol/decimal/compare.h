@@ -22,47 +22,54 @@ int32_t zonedCompareUnlike(const uint8_t *op1, int32_t op1Digits, const uint8_t 
 // others.
 inline bool packedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                                int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
-    const int32_t bytes = Packed::bytes(op1Digits);
-    const uint8_t last1 = op1[bytes - 1];
-    const uint8_t last2 = *Packed::signByte(op2, op2Digits);
+    const int32_t end1 = op1Digits / 2; // of the bytes in front of the sign's
+    const int32_t end2 = op2Digits / 2;
+    int32_t at = 0;
+    if (end1 == end2) {
+        at = firstDifference(op1, op2, end1 + 1);
+        if (at > end1) {
+            order = 0;
+            return true;
+        }
+    }
+    const uint8_t last1 = op1[end1];
+    const uint8_t last2 = op2[end2];
     const bool negative = packedSignIsNegative(last1);
     if (!magnitudeOnly && negative != packedSignIsNegative(last2)) {
         order = negative ? -1 : 1;
         return ((last1 | last2) & 0xF0U) != 0; // else both may be zero
     }
-    if (bytes != Packed::bytes(op2Digits)) {
-        return false;
-    }
-    order = compareBytes(op1, op2, bytes - 1);
-    if (order == 0) {
-        order = (last1 >> 4) - (last2 >> 4);
-    }
+    order = at < end1 ? op1[at] - op2[at] : (last1 >> 4) - (last2 >> 4);
     if (negative && !magnitudeOnly) {
         order = -order;
     }
-    return true;
+    return end1 == end2;
 }
 
 inline bool zonedCompareAlike(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
                               int32_t op2Digits, bool magnitudeOnly, int32_t &order) {
-    const uint8_t last1 = op1[op1Digits - 1];
-    const uint8_t last2 = op2[op2Digits - 1];
+    const int32_t end1 = op1Digits - 1;
+    const int32_t end2 = op2Digits - 1;
+    int32_t at = 0;
+    if (end1 == end2) {
+        at = firstDifference(op1, op2, end1 + 1);
+        if (at > end1) {
+            order = 0;
+            return true;
+        }
+    }
+    const uint8_t last1 = op1[end1];
+    const uint8_t last2 = op2[end2];
     const bool negative = zonedIsNegative(last1);
     if (!magnitudeOnly && negative != zonedIsNegative(last2)) {
         order = negative ? -1 : 1;
-        return (zonedDigitValue(last1) | zonedDigitValue(last2)) != 0;
+        return (zonedDigitValue(last1) | zonedDigitValue(last2)) != 0; // else both may be zero
     }
-    if (op1Digits != op2Digits) {
-        return false;
-    }
-    order = compareBytes(op1, op2, op1Digits - 1);
-    if (order == 0) {
-        order = zonedDigitValue(last1) - zonedDigitValue(last2);
-    }
+    order = at < end1 ? op1[at] - op2[at] : zonedDigitValue(last1) - zonedDigitValue(last2);
     if (negative && !magnitudeOnly) {
         order = -order;
     }
-    return true;
+    return end1 == end2;
 }
 
 inline int32_t packedCompare(const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
