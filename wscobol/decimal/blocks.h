@@ -95,13 +95,21 @@ inline __m128i shiftDigitLeft(__m128i block, __m128i behind) {
                         _mm_and_si128(_mm_srli_epi16(behind, 4), low));
 }
 
+// Products by a constant in 16-bit lanes. The compiler would turn one into a chain of shifts and
+// additions, which is slower than the multiplication; so it must not see the constant.
+inline __m128i timesConstant(__m128i lanes, int16_t constant) {
+    __m128i factor = _mm_set1_epi16(constant);
+    asm("" : "+x"(factor));
+    return _mm_mullo_epi16(lanes, factor);
+}
+
 // 32 packed digits, without a sign, as four limbs of eight digits, limb 0 the units.
 inline __m128i limbsOfDigits(__m128i digits) {
     const __m128i tens = _mm_and_si128(_mm_srli_epi16(digits, 4), _mm_set1_epi8(0x0F));
     const __m128i times6 = _mm_add_epi8(_mm_slli_epi16(tens, 2), _mm_slli_epi16(tens, 1));
     const __m128i pairs = _mm_sub_epi8(digits, times6); // bytes of 0 to 99
     const __m128i high = _mm_and_si128(pairs, _mm_set1_epi16(0xFF));
-    const __m128i quads = _mm_add_epi16(_mm_mullo_epi16(high, _mm_set1_epi16(100)), // 0 to 9999
+    const __m128i quads = _mm_add_epi16(timesConstant(high, 100), // 0 to 9999
                                         _mm_srli_epi16(pairs, 8));
     const __m128i limbs = _mm_madd_epi16(quads, _mm_set1_epi32(1 << 16 | 10000));
     return _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 2, 3));
@@ -117,7 +125,7 @@ inline __m128i digitsOfLimbs(__m128i limbs) {
     const __m128i low = _mm_sub_epi32(limbs, _mm_madd_epi16(high, _mm_set1_epi32(10000)));
     const __m128i quads = _mm_or_si128(high, _mm_slli_epi32(low, 16));
     const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3);
-    const __m128i rest = _mm_sub_epi16(quads, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
+    const __m128i rest = _mm_sub_epi16(quads, timesConstant(hundreds, 100));
     const __m128i pairs = _mm_or_si128(hundreds, _mm_slli_epi16(rest, 8));
     // The tens of both pairs of a lane.
     const __m128i kTenth = _mm_set1_epi16(6554); // 2^16 / 10
@@ -131,8 +139,7 @@ inline __m128i digitsOfLimbs(__m128i limbs) {
 inline __m128i limbsOfZoned(__m128i block) {
     const __m128i digits = _mm_and_si128(block, _mm_set1_epi8(0x0F));
     const __m128i high = _mm_and_si128(digits, _mm_set1_epi16(0xFF));
-    const __m128i pairs =
-        _mm_add_epi16(_mm_mullo_epi16(high, _mm_set1_epi16(10)), _mm_srli_epi16(digits, 8));
+    const __m128i pairs = _mm_add_epi16(timesConstant(high, 10), _mm_srli_epi16(digits, 8));
     const __m128i quads = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
     const __m128i packed = _mm_packs_epi32(quads, quads);
     const __m128i limbs = _mm_madd_epi16(packed, _mm_set1_epi32(1 << 16 | 10000));

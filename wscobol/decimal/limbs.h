@@ -27,10 +27,9 @@ inline LimbSplit splitLimb(uint64_t value) {
     const auto high = static_cast<uint32_t>(value >> kShift);
     auto quotient = static_cast<uint32_t>(uint64_t{high} * kReciprocal >> 32);
     auto rest = static_cast<uint32_t>(value) - quotient * kLimbBase;
-    if (rest >= kLimbBase) {
-        rest -= kLimbBase;
-        ++quotient;
-    }
+    const uint32_t above = rest >= kLimbBase ? 1 : 0;
+    quotient += above;
+    rest -= (0 - above) & kLimbBase; // no branch: data decides it
     return {quotient, rest};
 }
 
@@ -58,19 +57,18 @@ inline uint32_t limbOfDigits(uint32_t digits) {
 template <class Form> struct LimbReader;
 
 template <> struct LimbReader<Packed> {
-    // An item of at most N limbs, N 1, 2 or 4; false when it is not well-formed. Stores limbs 0
-    // to 3.
+    // An item of at most N limbs, N 1, 2 or 4; false when it is not well-formed.
     template <int32_t N>
-    [[gnu::always_inline]] static bool readShort(uint32_t (&limbs)[kBlockLimbs],
-                                                 const uint8_t *item, int32_t digits) {
+    [[gnu::always_inline]] static bool readShort(__m128i &limbs, const uint8_t *item,
+                                                 int32_t digits) {
         const int32_t bytes = Packed::bytes(digits);
         if constexpr (N == 1) {
             const uint32_t word = loadShort(item, bytes);
-            limbs[0] = limbOfDigits(word >> 4);
+            limbs = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word >> 4)));
             return nibblesAboveNine(word) == kSignAboveNine;
         } else {
             const __m128i block = loadBlock(item, bytes);
-            keepLimbs(limbs, limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
+            limbs = limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1)));
             return isPackedBlock(block, true);
         }
     }
@@ -97,18 +95,23 @@ template <> struct LimbReader<Packed> {
 
 template <> struct LimbReader<ZonedTrailing> {
     template <int32_t N>
-    [[gnu::always_inline]] static bool readShort(uint32_t (&limbs)[kBlockLimbs],
-                                                 const uint8_t *item, int32_t digits) {
-        read(limbs, kBlockLimbs, item, digits);
+    [[gnu::always_inline]] static bool readShort(__m128i &limbs, const uint8_t *item,
+                                                 int32_t digits) {
+        const ZonedUnits units = zonedUnits(item[digits - 1]);
         const int32_t front = N <= 2 ? 0 : digits - kBlockBytes;
-        bool good = true;
+        bool good = units.valid;
+        __m128i high = _mm_setzero_si128();
         if (front > 0) {
-            good = areZonedDigits(loadBlock(item, front), bytesInFront(front));
+            high = loadBlock(item, front);
+            good = good && areZonedDigits(high, bytesInFront(front));
             item += front;
             digits = kBlockBytes;
         }
-        return good && areZonedDigits(loadBlock(item, digits), bytesInFront(digits) | kUnitsByte) &&
-               zonedCarriesSign(item[digits - 1]);
+        const __m128i low = loadBlock(item, digits);
+        const int32_t correction = units.digit - (item[digits - 1] & 0x0F);
+        limbs = _mm_add_epi32(_mm_unpacklo_epi64(limbsOfZoned(low), limbsOfZoned(high)),
+                              _mm_cvtsi32_si128(correction));
+        return good && areZonedDigits(low, bytesInFront(digits) | kUnitsByte);
     }
 
     static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
