@@ -93,7 +93,9 @@ void divideNumbers(Number &dividend, const Number &divisor, Number &quotient) {
     for (int32_t at = limbs - 1; at >= 0; --at) {
         uint32_t *window = dividend.limb + at;
         const double head = leading(window, divisor.count + 1, down + 1);
-        auto estimate = static_cast<uint32_t>(static_cast<int32_t>(head * factor));
+        // Only limbs out of range reach the bound, which keeps their estimate an integer.
+        auto estimate =
+            static_cast<uint32_t>(static_cast<int32_t>(std::min(head * factor, 4.0 * kLimbBase)));
         if (estimate != 0 && subtractMultiple(window, divisor, estimate)) {
             --estimate;
             addBack(window, divisor);

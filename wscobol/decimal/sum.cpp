@@ -65,8 +65,8 @@ template <class Form> struct Magnitude {
 };
 
 // Stores the sum or difference of two magnitudes, the longer or not smaller one first, in the low
-// bytes of the target and gives the bytes stored. Sign +1 adds, -1 subtracts. A byte of the longer
-// one that no carry reaches is copied as it is.
+// bytes of the target. Sign +1 adds, -1 subtracts. A byte of the longer one that no carry reaches
+// is copied as it is.
 template <class Form>
 void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8_t *target,
              int32_t targetBytes) {
@@ -80,7 +80,7 @@ void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8
             break;
         }
         int value = a.unit(at) + sign * ((common ? b.unit(at) : 0) + carry);
-        carry = value < 0 || value >= U::kBase ? 1 : 0;
+        carry = (sign > 0 ? value >= U::kBase : value < 0) ? 1 : 0;
         value -= sign * carry * U::kBase;
         end[-1 - at] = U::byte(value);
     }
@@ -235,7 +235,6 @@ template <class Form>
 }
 
 } // namespace
-
 } // namespace zor::decimal
 
 using namespace zor::decimal;
