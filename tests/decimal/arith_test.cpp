@@ -274,6 +274,7 @@ TEST(Arithmetic, SignsPadsAndCuts) {
     const Function div{"DIV_Pckd", Form::packed, '/', _zorcBCD_DIV_Pckd};
     const Function mod{"MOD_Pckd", Form::packed, '%', _zorcBCD_MOD_Pckd};
     const Function addZoned{"ADD_Znd", Form::zoned, '+', _zorcBCD_ADD_Znd};
+    const Function subZoned{"SUB_Znd", Form::zoned, '-', _zorcBCD_SUB_Znd};
     const Function divZoned{"DIV_Znd", Form::zoned, '/', _zorcBCD_DIV_Znd};
     const Function modZoned{"MOD_Znd", Form::zoned, '%', _zorcBCD_MOD_Znd};
     const Example examples[] = {
@@ -303,7 +304,8 @@ TEST(Arithmetic, SignsPadsAndCuts) {
         {addZoned, "310042", "3939", "323031", 3, 2, 3}, // a null is a zero digit
         {addZoned, "41313233", "35", "41313238", 4, 1, 4},
         {addZoned, "4A323330", "31", "4A323331", 4, 1, 4},
-        {addZoned, "3920", "31", "3931", 2, 1, 2}, // a blank at the end is zero
+        {subZoned, "4A35", "3031", "3A34", 2, 2, 2}, // a letter in front counts by its low half
+        {addZoned, "3920", "31", "3931", 2, 1, 2},   // a blank at the end is zero
         {addZoned, "397D", "3031", "3879", 2, 2, 2},
         {divZoned, "3170", "35", "72", 2, 1, 1},
         {divZoned, "75", "35", "71", 1, 1, 1},

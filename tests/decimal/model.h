@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -197,27 +198,36 @@ private:
     std::mt19937 random_;
 };
 
-// A place for an item at any alignment, with a watch on the bytes around it.
+// A place for an item at any alignment, with a watch on the bytes around it. Under the address
+// sanitizer nothing lies behind the item, so that it watches reads too.
 class Field {
 public:
     Field(const std::string &bytes, unsigned alignment)
-        : at_(kMargin + alignment), size_(bytes.size()) {
-        storage_.assign(at_ + size_ + kMargin, kWatch);
-        storage_.replace(at_, size_, bytes);
+        : at_(kMargin + alignment), size_(bytes.size()), whole_(at_ + size_ + kMargin),
+          storage_(new uint8_t[whole_]) {
+        std::fill_n(storage_.get(), whole_, kWatch);
+        std::copy(bytes.begin(), bytes.end(), data());
     }
-    uint8_t *data() { return reinterpret_cast<uint8_t *>(storage_.data()) + at_; }
-    std::string bytes() const { return storage_.substr(at_, size_); }
+    uint8_t *data() { return storage_.get() + at_; }
+    std::string bytes() const { return {storage_.get() + at_, storage_.get() + at_ + size_}; }
     bool surroundingsAreWhole() const {
-        return storage_.find_first_not_of(kWatch) >= at_ &&
-               storage_.find_first_not_of(kWatch, at_ + size_) == std::string::npos;
+        const uint8_t *start = storage_.get();
+        auto watches = [](uint8_t byte) { return byte == kWatch; };
+        return std::all_of(start, start + at_, watches) &&
+               std::all_of(start + at_ + size_, start + whole_, watches);
     }
 
 private:
+#ifdef __SANITIZE_ADDRESS__
+    static constexpr std::size_t kMargin = 0;
+#else
     static constexpr std::size_t kMargin = 16;
-    static constexpr char kWatch = '\xA5';
+#endif
+    static constexpr uint8_t kWatch = 0xA5;
     std::size_t at_;
     std::size_t size_;
-    std::string storage_;
+    std::size_t whole_;
+    std::unique_ptr<uint8_t[]> storage_;
 };
 
 } // namespace model
