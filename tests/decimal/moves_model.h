@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -59,6 +60,16 @@ inline const Function *functionOf(const char *name) {
 }
 
 using Bytes = std::basic_string<uint8_t>;
+
+// A number that the parent of a test process has put into the environment.
+inline unsigned parameter(const char *name) {
+    const char *text = getenv(name);
+    return text == nullptr ? 0 : static_cast<unsigned>(strtoul(text, nullptr, 0));
+}
+
+using Move = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
+using Relation = int32_t (*)(const uint8_t *, const uint8_t *, int32_t, int32_t);
+using ZeroTest = int32_t (*)(const uint8_t *, int32_t);
 
 inline bool separate(Form form) {
     return form == ZndTS || form == ZndLS;
@@ -161,7 +172,7 @@ inline Bytes write(Form form, Bytes digits, bool negative, bool letters = false)
 
 // ---- what a function gives
 
-inline Bytes copied(const Function &f, unsigned options, Item item, int32_t targetDigits) {
+inline Bytes copied(const Function &f, unsigned options, const Item &item, int32_t targetDigits) {
     const Bytes digits = fit(item.digits, targetDigits);
     bool negative = item.negative;
     if (f.kind == Kind::abs) {

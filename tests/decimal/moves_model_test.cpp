@@ -13,13 +13,10 @@ namespace {
 using namespace moves;
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr int kCases = 20'000; // of each setting
+constexpr int kCases = 60'000; // of each setting
 #else
 constexpr int kCases = 150'000;
 #endif
-
-using Move = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
-using Relation = int32_t (*)(const uint8_t *, const uint8_t *, int32_t, int32_t);
 
 std::mt19937 random32(1959);
 int below(int limit) {
@@ -149,7 +146,7 @@ void checkRelation(const Function &f, unsigned options, Page &page1, Page &page2
     int32_t got = 0;
     if (f.kind == Kind::isZero) {
         wanted = zero(read1.digits);
-        got = reinterpret_cast<int32_t (*)(const uint8_t *, int32_t)>(f.address)(room1, digits1);
+        got = reinterpret_cast<ZeroTest>(f.address)(room1, digits1);
     } else {
         wanted = related(f.name, orderOf(read1, read(f.from, room2, digits2)));
         got = reinterpret_cast<Relation>(f.address)(room1, room2, digits2, digits1);
@@ -198,7 +195,7 @@ void checkMove(const Function &f, unsigned options, Page &page1, Page &page2) {
 
 // The word of switches comes from the parent, which knows what the environment means.
 void runModel() {
-    const auto options = static_cast<unsigned>(strtoul(getenv("MOVES_OPTIONS"), nullptr, 0));
+    const unsigned options = parameter("MOVES_OPTIONS");
     Page page1;
     Page page2;
     for (int i = 0; i < kCases; ++i) {
@@ -234,8 +231,7 @@ void runGarbage() {
         if (f.kind == Kind::relation) {
             reinterpret_cast<Relation>(f.address)(source, target, targetDigits, sourceDigits);
         } else if (f.kind == Kind::isZero) {
-            reinterpret_cast<int32_t (*)(const uint8_t *, int32_t)>(f.address)(source,
-                                                                               sourceDigits);
+            reinterpret_cast<ZeroTest>(f.address)(source, sourceDigits);
         } else {
             const int32_t shift = oneIn(20) ? INT32_MAX - below(3) : below(300);
             reinterpret_cast<Move>(f.address)(source, target, targetDigits, sourceDigits, shift);

@@ -12,9 +12,6 @@ namespace {
 
 using namespace moves;
 
-using Move = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
-using Relation = int32_t (*)(const uint8_t *, const uint8_t *, int32_t, int32_t);
-
 Bytes unhex(const char *text) {
     Bytes bytes;
     for (; text[0] != 0; text += 2) {
@@ -132,7 +129,7 @@ const Table kTables[] = {
 };
 
 void runTable() {
-    const Table &table = kTables[atoi(getenv("MOVES_TABLE"))];
+    const Table &table = kTables[parameter("MOVES_TABLE")];
     for (const Case *c = table.cases; c < table.cases + table.count; ++c) {
         const Function *f = functionOf(c->name);
         const Bytes source = unhex(c->source);
@@ -202,8 +199,7 @@ std::string messagesOf(const Function &f, const Bytes &source, int32_t digits) {
         if (f.kind == Kind::relation) { // as the second operand, beside a good first one
             reinterpret_cast<Relation>(f.address)(other.data(), source.data(), digits, 3);
         } else if (f.kind == Kind::isZero) {
-            reinterpret_cast<int32_t (*)(const uint8_t *, int32_t)>(f.address)(source.data(),
-                                                                               digits);
+            reinterpret_cast<ZeroTest>(f.address)(source.data(), digits);
         } else {
             reinterpret_cast<Move>(f.address)(source.data(), target, 3, digits, 1);
         }
@@ -248,7 +244,7 @@ bool validates(const Function &f, unsigned options) {
 }
 
 void checkValidation() {
-    const auto options = static_cast<unsigned>(strtoul(getenv("MOVES_OPTIONS"), nullptr, 0));
+    const unsigned options = parameter("MOVES_OPTIONS");
     const auto expect = [](const Function &f, const char *what, const std::string &got,
                            const std::string &wanted) {
         if (got != wanted) {
