@@ -116,10 +116,10 @@ ZOR_EXPORT ZorDecimal128 _zorcBCD_CONV_Znd_To_DFlt128(const uint8_t *source, int
  * cut to an integer or, by the names in Rnd, rounded half up on the magnitude; the rounding is done
  * once, on the exact decimal value. DFlt_To_Pckd takes decimal128.
  *
- * The decimal value of a binary form is the exact one from 10^6 (binary32), 10^15 (binary64) and 10^33
- * (binary128) on, and below if it has at most 9, 17 and 36 digits. Otherwise it is the shortest decimal
- * fraction that reads back as the same value. What came from a decimal of 6, 15 and 33 digits so goes
- * back to the same digits.
+ * The decimal value of a binary form is the exact one from 10^6 (binary32), 10^15 (binary64) and
+ * 10^33 (binary128) on, and below if it has at most 9, 17 and 36 digits. Otherwise it is the
+ * shortest decimal fraction that reads back as the same value. What came from a decimal of 6, 15
+ * and 33 digits so goes back to the same digits.
  *
  * A scaled value of more than targetDigits + 34 digits stores zero, and so does a binary32 above
  * 10^9 in a target of fewer than 9 digits; NaN and infinity store zero. A target whose digits are

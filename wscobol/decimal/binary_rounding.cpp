@@ -5,31 +5,26 @@ namespace {
 
 constexpr int32_t kGreatestPower = 5000; // of ten: beyond, every form is infinite or zero
 
-// The leading bits of numerator / denominator, one more than the precision, and whether anything is
-// left; the quotient lies in the range [2^precision, 2^(precision + 2)) when scaled.
 struct Quotient {
-    Wide128 bits;
+    Wide128 value;
     bool isInexact;
 };
 
+// numerator / denominator, cut; the numerator is below denominator * 2^bits. One bit a step.
 Quotient divideBitwise(WideInteger &numerator, const WideInteger &denominator, int32_t bits) {
-    // numerator < denominator * 2^bits; one bit of the quotient a step.
-    Wide128 quotient{0, 0};
-    WideInteger shifted(denominator);
-    shifted.shiftLeft(bits);
+    Quotient quotient{{0, 0}, false};
+    WideInteger divisor(denominator);
+    divisor.shiftLeft(bits);
     for (int32_t i = 0; i < bits; ++i) {
         numerator.shiftLeft(1);
-        quotient = shiftedLeft(quotient, 1);
-        if (WideInteger::compare(numerator, shifted) >= 0) {
-            numerator.subtract(shifted);
-            quotient.low |= 1;
+        quotient.value = shiftedLeft(quotient.value, 1);
+        if (WideInteger::compare(numerator, divisor) >= 0) {
+            numerator.subtract(divisor);
+            quotient.value.low |= 1;
         }
     }
-    return {quotient, !numerator.isZero()};
-}
-
-int32_t bitsOfWide(Wide128 value) {
-    return WideInteger(value).bits();
+    quotient.isInexact = !numerator.isZero();
+    return quotient;
 }
 
 // Drops low bits, rounding to nearest with ties to even.
@@ -62,19 +57,18 @@ RoundedBinary roundToBinary(Wide128 coefficient, int32_t power, int32_t precisio
     } else {
         denominator.multiplyByPowerOfFive(-power);
     }
-    // A quotient of two bits more than the precision, or one bit less than that.
-    const int32_t kWanted = precision + 2;
-    int32_t exponent = power;
-    const int32_t lacking = kWanted - (numerator.bits() - denominator.bits());
+    // Scaled so that the quotient has two bits more than the precision, or three.
+    const int32_t wanted = precision + 2;
+    const int32_t lacking = wanted - (numerator.bits() - denominator.bits());
     if (lacking > 0) {
         numerator.shiftLeft(lacking);
     } else {
         denominator.shiftLeft(-lacking);
     }
-    exponent -= lacking;
-    const Quotient quotient = divideBitwise(numerator, denominator, kWanted + 1);
-    RoundedBinary rounded{quotient.bits, exponent};
-    const int32_t surplus = bitsOfWide(rounded.significand) - precision;
+    const int32_t exponent = power - lacking;
+    const Quotient quotient = divideBitwise(numerator, denominator, wanted + 1);
+    RoundedBinary rounded{quotient.value, exponent};
+    const int32_t surplus = WideInteger(quotient.value).bits() - precision;
     const int32_t below = leastExponent - exponent;
     const int32_t drop = below > surplus ? below : surplus;
     if (drop > 127) {

@@ -70,8 +70,22 @@ template <> inline ZorBinary64 nearestBinary<ZorBinary64>(Wide128 coefficient, i
     using Form = BinaryForm<ZorBinary64>;
     if (coefficient.high == 0 && coefficient.low >> Form::kPrecision == 0 && power <= 0 &&
         power >= -Form::kExactPower) {
-        return static_cast<ZorBinary64>(static_cast<int64_t>(coefficient.low)) /
-               Form::kPowers[-power];
+        return static_cast<ZorBinary64>(coefficient.low) / Form::kPowers[-power];
+    }
+    // The processor's extended form holds a 63-bit integer, and powers of ten up to the 27th.
+    constexpr int32_t kExtendedPower = 27;
+    constexpr int32_t kExtraBits = 11;
+    if (coefficient.high == 0 && coefficient.low >> 63 == 0 && power <= 0 &&
+        power >= -kExtendedPower) {
+        static constexpr auto kPowers = powersOfTen<long double, kExtendedPower + 1>();
+        const long double wider =
+            static_cast<long double>(static_cast<int64_t>(coefficient.low)) / kPowers[-power];
+        uint64_t significand;
+        std::memcpy(&significand, &wider, sizeof significand);
+        constexpr uint64_t kHalf = 1ULL << (kExtraBits - 1);
+        if ((significand & (2 * kHalf - 1)) != kHalf) {
+            return static_cast<ZorBinary64>(wider);
+        }
     }
     const auto wider = nearestBinary<ZorBinary128>(coefficient, power);
     const auto value = static_cast<ZorBinary64>(wider);

@@ -76,23 +76,21 @@ template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digi
     return first;
 }
 
-// A binary form's nearest value to the leading digits of an item.
-template <class T, class Form>
-T binaryOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative) {
-    Wide128 coefficient{0, 0};
-    int32_t power = -decs;
+// The leading digits of an item, as many as a binary form reads.
+template <class Form> DecimalValue leadingDigits(const uint8_t *item, int32_t digits) {
     if (digits < kWordDigits) {
-        coefficient.low = magnitudeOf<Form, uint64_t>(item, digits);
-    } else {
-        const int32_t first = firstSignificant<Form>(item, digits);
-        const int32_t end = std::min(digits, first + kBinaryDigits);
-        coefficient = coefficientOf<Form>(item, digits, first, end);
-        power += digits - end;
+        return {{0, magnitudeOf<Form, uint64_t>(item, digits)}, 0};
     }
-    if (isZero(coefficient)) {
+    const int32_t first = firstSignificant<Form>(item, digits);
+    const int32_t end = std::min(digits, first + kBinaryDigits);
+    return {coefficientOf<Form>(item, digits, first, end), digits - end};
+}
+
+template <class T> T binaryOf(const DecimalValue &digits, int32_t decs, bool negative) {
+    if (isZero(digits.coefficient)) {
         return 0;
     }
-    const T value = nearestBinary<T>(coefficient, power);
+    const T value = nearestBinary<T>(digits.coefficient, digits.power - decs);
     return negative && value != 0 ? -value : value;
 }
 
@@ -146,23 +144,32 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
         ZOR_BCD_TRACE(header, digits, decs);
         traceOperand<Form>("in:  ", LabelStyle::plain, source, digits);
     }
-    if ((options & NOVALIDATE_ARITH) == 0) {
+    // A short packed item of proper digits is validated by reading it.
+    DecimalValue value{{0, 0}, 0};
+    bool isRead = false;
+    if constexpr (radix == Radix::binary && Form::kSign == SignKind::packed) {
+        isRead = digits < kWordDigits && readPacked(source, digits, value.coefficient.low);
+    }
+    if (!isRead && (options & NOVALIDATE_ARITH) == 0) {
         checkOperand<Form>(source, digits);
     }
     const bool negative = Form::isNegative(source, digits);
     decs = std::clamp(decs, -kMostDecs, kMostDecs);
     if constexpr (radix == Radix::binary) {
-        const T value = binaryOf<T, Form>(source, digits, decs, negative);
-        if ((options & TRACE) != 0) {
-            traceFloatResult(value);
+        if (!isRead) {
+            value = leadingDigits<Form>(source, digits);
         }
-        return value;
+        const T result = binaryOf<T>(value, decs, negative);
+        if ((options & TRACE) != 0) {
+            traceFloatResult(result);
+        }
+        return result;
     } else {
-        const T value = decimalFormOf<T, Form>(source, digits, decs, negative);
+        const T result = decimalFormOf<T, Form>(source, digits, decs, negative);
         if ((options & TRACE) != 0) {
-            traceDecimalResult(static_cast<ZorDecimal128>(value));
+            traceDecimalResult(static_cast<ZorDecimal128>(result));
         }
-        return value;
+        return result;
     }
 }
 

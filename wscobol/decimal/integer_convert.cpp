@@ -9,21 +9,17 @@
 namespace zor::decimal {
 namespace {
 
-// The magnitude is read at the result's width, the sign of an unsigned result is not looked at.
-template <class Result, class Form> Result toInteger(const uint8_t *item, int32_t digits) {
-    const auto magnitude = magnitudeOf<Form, std::make_unsigned_t<Result>>(item, digits);
-    if constexpr (std::is_signed_v<Result>) {
-        if (Form::isNegative(item, digits)) {
-            return static_cast<Result>(0 - magnitude);
-        }
-    }
-    return static_cast<Result>(magnitude);
+// The sign of an unsigned result is not looked at.
+template <class Result, class Form, class Word>
+Result signedAs(Word magnitude, const uint8_t *item, int32_t digits) {
+    const bool negative = std::is_signed_v<Result> && Form::isNegative(item, digits);
+    return static_cast<Result>(negative ? 0 - magnitude : magnitude);
 }
 
-// Printed is the type that the trace format takes.
+// The frame in full. Printed is the type that the trace format takes.
 template <class Result, class Form, class Printed>
-Result tracedToInteger(const uint8_t *source, int32_t digits, const char *header,
-                       const char *resultFormat) {
+[[gnu::noinline]] Result toIntegerInFrame(const uint8_t *source, int32_t digits, const char *header,
+                                          const char *resultFormat) {
     const uint32_t options = loadBcdOptions();
     if (digits < 1) {
         return 0;
@@ -35,16 +31,39 @@ Result tracedToInteger(const uint8_t *source, int32_t digits, const char *header
     if ((options & NOVALIDATE_ARITH) == 0) {
         checkOperand<Form>(source, digits);
     }
-    const auto result = toInteger<Result, Form>(source, digits);
+    const auto result = signedAs<Result, Form>(
+        magnitudeOf<Form, std::make_unsigned_t<Result>>(source, digits), source, digits);
     if ((options & TRACE) != 0) {
         ZOR_BCD_TRACE(resultFormat, static_cast<Printed>(result));
     }
     return result;
 }
 
+// The common case at once: no trace, and a proper packed item, for which reading is validation.
+// This and its counterpart below call nothing, so that the stack needs no alignment for them.
+template <class Result, class Form>
+inline bool readAtOnce(const uint8_t *source, int32_t digits, Result &result) {
+    if constexpr (Form::kSign == SignKind::packed) {
+        std::make_unsigned_t<Result> magnitude;
+        if (!optionsNeedAttention() && digits >= 1 && readPacked(source, digits, magnitude)) {
+            result = signedAs<Result, Form>(magnitude, source, digits);
+            return true;
+        }
+    }
+    return false;
+}
+
+template <class Form, class Value>
+inline void storeInteger(Value value, uint8_t *target, int32_t digits) {
+    using Word = std::conditional_t<sizeof(Value) == sizeof(uint64_t), uint64_t, uint32_t>;
+    const bool negative = value < 0;
+    const auto bits = static_cast<Word>(+value); // promoted before it is made unsigned
+    storeMagnitude<Form, Word>(negative ? 0 - bits : bits, negative, target, digits);
+}
+
 template <class Form, class Printed, class Value>
-uint8_t *tracedFromInteger(Value value, uint8_t *target, int32_t digits, const char *header,
-                           const char *valueFormat) {
+[[gnu::noinline]] uint8_t *fromIntegerInFrame(Value value, uint8_t *target, int32_t digits,
+                                              const char *header, const char *valueFormat) {
     const uint32_t options = loadBcdOptions();
     if (digits < 1) {
         return target;
@@ -53,14 +72,20 @@ uint8_t *tracedFromInteger(Value value, uint8_t *target, int32_t digits, const c
         ZOR_BCD_TRACE("%s", header);
         ZOR_BCD_TRACE(valueFormat, static_cast<Printed>(value));
     }
-    using Word = std::conditional_t<sizeof(Value) == sizeof(uint64_t), uint64_t, uint32_t>;
-    const bool negative = value < 0;
-    const auto bits = static_cast<Word>(value);
-    storeMagnitude<Form, Word>(negative ? 0 - bits : bits, negative, target, digits);
+    storeInteger<Form>(value, target, digits);
     if ((options & TRACE) != 0) {
         traceOperand<Form>("out: ", LabelStyle::plain, target, digits);
     }
     return target;
+}
+
+template <class Form, class Value>
+inline bool storeAtOnce(Value value, uint8_t *target, int32_t digits) {
+    if (optionsNeedAttention() || digits < 1) {
+        return false;
+    }
+    storeInteger<Form>(value, target, digits);
+    return true;
 }
 
 // Digit i of a packed item, counted from the units digit.
@@ -90,8 +115,14 @@ using namespace zor::decimal;
     X(Znd_To_UInt8, uint64_t, ZonedTrailing, int64_t, "zoned to uint64...\n", "out: %lld\n")
 
 #define ZOR_DEFINE(name, Result, Form, Printed, header, format)                                    \
+    [[gnu::noinline]] static Result name##InFrame(const uint8_t *source, int32_t sourceDigits) {   \
+        return toIntegerInFrame<Result, Form, Printed>(source, sourceDigits, header, format);      \
+    }                                                                                              \
     Result _zorcBCD_CONV_##name(const uint8_t *source, int32_t sourceDigits) {                     \
-        return tracedToInteger<Result, Form, Printed>(source, sourceDigits, header, format);       \
+        Result result;                                                                             \
+        return readAtOnce<Result, Form>(source, sourceDigits, result)                              \
+                   ? result                                                                        \
+                   : name##InFrame(source, sourceDigits);                                          \
     }
 ZOR_TO_INTEGER(ZOR_DEFINE)
 #undef ZOR_DEFINE
@@ -112,8 +143,14 @@ ZOR_TO_INTEGER(ZOR_DEFINE)
     X(UInt8_To_Znd, uint64_t, ZonedTrailing, uint64_t, "uint64 to zoned...\n", "in:  %llu\n")
 
 #define ZOR_DEFINE(name, Value, Form, Printed, header, format)                                     \
+    [[gnu::noinline]] static uint8_t *name##InFrame(Value value, uint8_t *target,                  \
+                                                    int32_t targetDigits) {                        \
+        return fromIntegerInFrame<Form, Printed>(value, target, targetDigits, header, format);     \
+    }                                                                                              \
     uint8_t *_zorcBCD_CONV_##name(Value value, uint8_t *target, int32_t targetDigits) {            \
-        return tracedFromInteger<Form, Printed>(value, target, targetDigits, header, format);      \
+        return storeAtOnce<Form>(value, target, targetDigits)                                      \
+                   ? target                                                                        \
+                   : name##InFrame(value, target, targetDigits);                                   \
     }
 ZOR_FROM_INTEGER(ZOR_DEFINE)
 #undef ZOR_DEFINE

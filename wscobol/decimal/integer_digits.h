@@ -48,6 +48,57 @@ template <class Word> inline Word packedMagnitude(const uint8_t *item, int32_t d
     return value * scale + rest * 10 + (*last >> 4U);
 }
 
+// The value of eight packed digits.
+constexpr uint32_t eightDigits(uint32_t word) {
+    word -= 6 * ((word >> 4) & 0x0F0F0F0FU);                         // pairs
+    word = (word & 0x00FF00FFU) + 100 * ((word >> 8) & 0x00FF00FFU); // fours
+    return (word & 0xFFFFU) + 10'000 * (word >> 16);
+}
+
+// The magnitude of a packed item of proper digits with a sign, eight digits a step. False for every
+// other item: one to validate, and to read by packedMagnitude.
+template <class Word>
+[[gnu::always_inline]] inline bool readPacked(const uint8_t *item, int32_t digits,
+                                              Word &magnitude) {
+    const int32_t last = digits / 2;
+    const uint8_t *const end = item + last + 1;
+    if (last < 3) {
+        uint32_t word = item[0];
+        for (const uint8_t *at = item + 1; at < end; ++at) {
+            word = word << 8 | *at;
+        }
+        if ((word & 0x0FU) < 0xA || nibblesAboveNine(word >> 4) != 0) {
+            return false;
+        }
+        word >>= 4;
+        if (digits == 2 || digits == 4) {
+            word &= digits == 2 ? 0xFFU : 0xFFFFU; // without the pad
+        }
+        magnitude = eightDigits(word);
+        return true;
+    }
+    // The first word may share bytes with the next one; these are shifted out.
+    const int32_t shared = 3 - last % 4;
+    const uint32_t first = loadDigits(item);
+    const uint32_t pad = digits % 2 == 0 ? 0x0FFFFFFFU : 0xFFFFFFFFU;
+    const uint32_t units = loadDigits(end - 4);
+    uint32_t bad = nibblesAboveNine(units >> 4);
+    if (last == 3) {
+        magnitude = eightDigits((units & pad) >> 4);
+    } else {
+        uint32_t word = first >> (8 * shared);
+        bad |= nibblesAboveNine(word);
+        Word value = eightDigits((first & pad) >> (8 * shared));
+        for (const uint8_t *at = item + (4 - shared); at < end - 4; at += 4) {
+            word = loadDigits(at);
+            bad |= nibblesAboveNine(word);
+            value = value * 100'000'000U + eightDigits(word);
+        }
+        magnitude = value * 10'000'000U + eightDigits(units >> 4);
+    }
+    return bad == 0 && (units & 0x0FU) >= 0xA;
+}
+
 // The value of four digit bytes, each taken by its low nibble.
 inline uint32_t fourDigits(const uint8_t *at) {
     uint32_t word = loadWord<uint32_t>(at) & 0x0F0F0F0FU;
@@ -100,20 +151,16 @@ inline uint32_t packedEight(uint32_t value) {
            static_cast<uint32_t>(valueToPair[low / 100]) << 8 | valueToPair[low % 100];
 }
 
-// Stores the low-order digits of a magnitude with the sign given. Words of eight digits go from the
-// units end until the value or the room is used up; what is left in front becomes zero.
+// Stores the low-order digits of a magnitude with the sign given, in words of eight digits from the
+// units end.
 template <class Word>
-inline void storePacked(Word magnitude, bool negative, uint8_t *target, int32_t digits) {
+[[gnu::always_inline]] inline void storePacked(Word magnitude, bool negative, uint8_t *target,
+                                               int32_t digits) {
     int32_t room = Packed::bytes(digits);
     uint32_t word = packedEight(takeLow<10'000'000>(magnitude)) << 4 | packedSign(negative);
     for (; room >= 4; room -= 4) {
         storeDigits(target + room - 4, word);
-        if (magnitude == 0) {
-            std::memset(target, 0, static_cast<size_t>(room - 4));
-            Packed::clearPad(target, digits);
-            return;
-        }
-        word = packedEight(takeLow<100'000'000>(magnitude));
+        word = magnitude == 0 ? 0 : packedEight(takeLow<100'000'000>(magnitude));
     }
     for (; room > 0; --room) {
         target[room - 1] = static_cast<uint8_t>(word);
@@ -154,7 +201,8 @@ inline void storeZoned(Word magnitude, bool negative, uint8_t *target, int32_t d
 }
 
 template <class Form, class Word>
-inline void storeMagnitude(Word magnitude, bool negative, uint8_t *target, int32_t digits) {
+[[gnu::always_inline]] inline void storeMagnitude(Word magnitude, bool negative, uint8_t *target,
+                                                  int32_t digits) {
     if constexpr (Form::kSign == SignKind::packed) {
         storePacked(magnitude, negative, target, digits);
     } else {

@@ -20,20 +20,26 @@ constexpr bool isZero(Wide128 value) {
 // left * right + addend; the caller knows that it fits.
 Wide128 multiplyAdd(uint64_t left, uint64_t right, uint64_t addend);
 
-// value << bits, value >> bits; bits from 0 to 127.
+// value << bits, value >> bits; nothing happens below 1 and nothing is left from 128 on.
 constexpr Wide128 shiftedLeft(Wide128 value, int32_t bits) {
-    if (bits == 0) {
-        return value;
+    if (bits >= 64) {
+        value = {value.low, 0};
+        bits -= 64;
     }
-    return bits < 64 ? Wide128{value.high << bits | value.low >> (64 - bits), value.low << bits}
-                     : Wide128{value.low << (bits - 64), 0};
+    if (bits <= 0 || bits >= 64) {
+        return bits <= 0 ? value : Wide128{0, 0};
+    }
+    return {value.high << bits | value.low >> (64 - bits), value.low << bits};
 }
 constexpr Wide128 shiftedRight(Wide128 value, int32_t bits) {
-    if (bits == 0) {
-        return value;
+    if (bits >= 64) {
+        value = {0, value.high};
+        bits -= 64;
     }
-    return bits < 64 ? Wide128{value.high >> bits, value.low >> bits | value.high << (64 - bits)}
-                     : Wide128{0, value.high >> (bits - 64)};
+    if (bits <= 0 || bits >= 64) {
+        return bits <= 0 ? value : Wide128{0, 0};
+    }
+    return {value.high >> bits, value.low >> bits | value.high << (64 - bits)};
 }
 
 // An integer of up to kCapacity words. The largest values are those of 128-bit binary: below
