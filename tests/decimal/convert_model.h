@@ -54,7 +54,7 @@ inline Decimal parse(const std::string &text) {
 }
 
 // value * 10^decs as a whole number without leading zeros; empty for zero.
-inline std::string scaled(Decimal value, int decs, bool rounded) {
+inline std::string scaled(const Decimal &value, int decs, bool rounded) {
     int exponent = value.exponent + decs;
     std::string text = value.digits;
     if (text.empty() || exponent >= 0) {

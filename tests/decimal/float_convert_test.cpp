@@ -6,6 +6,11 @@
 #include "convert_model.h"
 #include "decimal_convert.h"
 
+#ifdef __clang__ // for which the C library does not declare them
+extern "C" __float128 strtof128(const char *text, char **end);
+extern "C" int strfromf128(char *text, size_t size, const char *format, __float128 value);
+#endif
+
 namespace {
 
 using model::below;
@@ -19,6 +24,11 @@ template <class T> T fromWords(uint64_t high, uint64_t low) {
     T value;
     std::memcpy(&value, words, sizeof value); // of short forms the low bytes
     return value;
+}
+
+template <class T> std::string bitsOf(T value) {
+    std::string bytes(reinterpret_cast<const char *>(&value), sizeof value);
+    return kit::hex(std::string(bytes.rbegin(), bytes.rend()));
 }
 
 // ---- the binary forms: how the C library reads and prints them, and our functions for them
@@ -140,8 +150,7 @@ typename Form::Type expectValue(std::string text, unsigned count, int decs, bool
     const auto digits = static_cast<int32_t>(count);
     const auto fromPacked = Form::fromPacked(model::bytes(packed), digits, decs);
     const auto fromZoned = Form::fromZoned(model::bytes(zoned), digits, decs);
-    EXPECT_TRUE(std::memcmp(&fromPacked, &expected, sizeof expected) == 0 &&
-                std::memcmp(&fromZoned, &expected, sizeof expected) == 0)
+    EXPECT_EQ(bitsOf(fromPacked) + bitsOf(fromZoned), bitsOf(expected) + bitsOf(expected))
         << text << " digits " << count << " decs " << decs << ": " << print<Form>(fromPacked, 40)
         << " " << print<Form>(expected, 40);
     return fromPacked;
@@ -229,7 +238,7 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
                 value = power < 0 ? value / 2 : value * 2;
             }
         }
-        if (value - value != 0) { // infinite
+        if (value == static_cast<T>(HUGE_VAL)) {
             continue;
         }
         expectItems<TypeParam>(below(random, 2) == 0 ? value : -value,
@@ -242,7 +251,7 @@ TYPED_TEST(BinaryConvert, NothingUnusualIsStored) {
     const T infinity = static_cast<T>(HUGE_VAL);
     const T tiny = fromWords<T>(0, 1);
     for (const T value :
-         {infinity, -infinity, infinity - infinity, static_cast<T>(-0.0), tiny, -tiny}) {
+         {infinity, -infinity, static_cast<T>(NAN), static_cast<T>(-0.0), tiny, -tiny}) {
         for (const int decs : {0, 5, 40, 300, INT32_MAX, -7, INT32_MIN}) {
             if (decs > 4000 && (value == tiny || value == -tiny)) {
                 continue; // its digits may reach the units
@@ -301,11 +310,6 @@ TEST(FloatConvert, CutAndRounded) {
 }
 
 // ---- decimal forms
-
-template <class T> std::string bitsOf(T value) {
-    std::string bytes(reinterpret_cast<const char *>(&value), sizeof value);
-    return kit::hex(std::string(bytes.rbegin(), bytes.rend()));
-}
 
 TEST(DecimalFloatConvert, ItemsGiveCanonicalBits) {
     const struct {
