@@ -91,7 +91,7 @@ template <class Form> std::string print(typename Form::Type value, int precision
 // that reads back.
 template <class Form> Decimal decimalValue(typename Form::Type value) {
     constexpr int kExact = 60;
-    const Decimal exact = model::parse(print<Form>(value, kExact));
+    Decimal exact = model::parse(print<Form>(value, kExact));
     if (value == 0 || exact.digits.find_first_not_of('0', Form::kDigits) == std::string::npos) {
         return exact;
     }
