@@ -176,7 +176,7 @@ constexpr auto kMargin = [] {
 }();
 
 // The greatest count of digits in use below: those that identify a value and fit 64 bits.
-template <class T> constexpr int32_t kShortDigits = std::min(BinaryForm<T>::kDecimals, 18);
+template <class T> constexpr int32_t kSureDigits = std::min(BinaryForm<T>::kDecimals, 18);
 
 // The conversion of one positive finite value.
 template <class T> class BinaryToDecimal {
@@ -206,7 +206,7 @@ private:
     // Whether whole / 10^decs reads as the value: with so few digits it is then the decimal value.
     bool reads(int64_t whole, int32_t decs) const {
         return decs <= BinaryForm<T>::kExactPower &&
-               static_cast<Work>(whole) < kPowers[kShortDigits<T>] &&
+               static_cast<Work>(whole) < kPowers[kSureDigits<T>] &&
                static_cast<T>(static_cast<Work>(whole) / kPowers[decs]) == value_;
     }
 
@@ -239,9 +239,9 @@ private:
     // The decimal value if it has few digits: value = digits / 10^decs.
     bool shortDecimal(uint64_t &digits, int32_t &decs) const {
         const int32_t log = logOfPowerOfTwo(biasedExponent(value_) - kLargestExponent<T> / 2);
-        decs = std::clamp(kShortDigits<T> - log, 0, BinaryForm<T>::kExactPower);
+        decs = std::clamp(kSureDigits<T> - log, 0, BinaryForm<T>::kExactPower);
         Work scaled = work_ * kPowers[decs];
-        while (scaled >= kPowers[kShortDigits<T>] && decs > 0) {
+        while (scaled >= kPowers[kSureDigits<T>] && decs > 0) {
             scaled = work_ * kPowers[--decs];
         }
         if (!(scaled < kWholeLimit<Work>)) {
