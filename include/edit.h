@@ -39,7 +39,7 @@ struct NumericEditDescriptor {
     uint8_t decimalPointChar; /* "."; any other value swaps "." and "," in the edited item */
     uint8_t currencyChar;     /* currency sign, or the placeholder of the currency string */
     uint8_t signFloatCode;    /* EDIT_ codes */
-    char pictureText[];
+    ZOR_FLEXIBLE char pictureText[];
 } __attribute__((packed));
 ZOR_LAYOUT(NumericEditDescriptor, pictureLength, 0);
 ZOR_LAYOUT(NumericEditDescriptor, decimalPointChar, 2);
@@ -51,7 +51,7 @@ ZOR_SIZE(NumericEditDescriptor, 5);
 /* De-editing. Length 2 + pictureLength. */
 struct DeEditDescriptor {
     int16_t pictureLength; /* bytes of pictureText; 0 or less: no picture */
-    char pictureText[];
+    ZOR_FLEXIBLE char pictureText[];
 } __attribute__((packed));
 ZOR_LAYOUT(DeEditDescriptor, pictureLength, 0);
 ZOR_LAYOUT(DeEditDescriptor, pictureText, 2);
@@ -60,7 +60,7 @@ ZOR_SIZE(DeEditDescriptor, 2);
 /* A currency sign of several characters. Length 2 + length. */
 struct CurrencyString {
     int16_t length; /* bytes of text; 0 or less: none */
-    char text[];
+    ZOR_FLEXIBLE char text[];
 } __attribute__((packed));
 ZOR_LAYOUT(CurrencyString, length, 0);
 ZOR_LAYOUT(CurrencyString, text, 2);
@@ -71,7 +71,7 @@ ZOR_SIZE(CurrencyString, 2);
 struct AlphanumericEditDescriptor {
     int16_t positionCount; /* positions of the picture; below 1 nothing is done */
     uint8_t repeatSource;  /* not 0: a sender used up starts again; 0: blanks follow */
-    char pictureText[];
+    ZOR_FLEXIBLE char pictureText[];
 } __attribute__((packed));
 ZOR_LAYOUT(AlphanumericEditDescriptor, positionCount, 0);
 ZOR_LAYOUT(AlphanumericEditDescriptor, repeatSource, 2);
@@ -92,7 +92,7 @@ struct NationalEditDescriptor {
     int16_t runBytes;     /* bytes of runs, a multiple of 4; below 1 nothing is done */
     uint8_t repeatSource; /* as in AlphanumericEditDescriptor */
     uint8_t reserved;
-    struct NationalEditRun runs[];
+    ZOR_FLEXIBLE struct NationalEditRun runs[];
 } __attribute__((packed));
 ZOR_LAYOUT(NationalEditDescriptor, runBytes, 0);
 ZOR_LAYOUT(NationalEditDescriptor, repeatSource, 2);

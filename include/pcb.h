@@ -6,6 +6,8 @@
 
 #include "zor_abi.h"
 
+#include <setjmp.h>
+
 struct FCB;
 struct FileDescription;
 struct IPCB;
@@ -118,8 +120,6 @@ typedef struct PCB PCB;
 typedef struct IPCB IPCB;
 typedef struct LLE LLE;
 
-#include <setjmp.h>
-
 ZOR_BEGIN_C
 
 /* Entry of a program activation: starts the run-time and the run unit when there is none, links
@@ -139,8 +139,9 @@ ZOR_EXPORT void _zorPgmTerm(PCB *pcb);
 
 /* The sigjmp_buf of the current run unit, which the owner of the epilogue fills by
  * sigsetjmp(buffer, 1); 0 when the run-time has ended. Control comes back there with the status
- * of STOP RUN, or 255 for a status of 0. */
-ZOR_EXPORT sigjmp_buf *_zorGetJmpBuffer(void);
+ * of STOP RUN, or 255 for a status of 0. (sigjmp_buf is jmp_buf on this platform, and strict C
+ * knows that name alone.) */
+ZOR_EXPORT jmp_buf *_zorGetJmpBuffer(void);
 
 /* Starts a run unit nested in the current one. */
 ZOR_EXPORT void _zorCOBOLLink(void);

@@ -49,7 +49,7 @@ struct Runcom {
     uint8_t reserved89[3];
     struct TrackedBlock *tracked; /* head of the tracked storage */
     uint32_t reserved96;
-    sigjmp_buf jmp; /* filled by generated code: the way back to the epilogue */
+    jmp_buf jmp; /* a sigjmp_buf filled by generated code: the way back to the epilogue */
 };
 ZOR_LAYOUT(Runcom, link, 8);
 ZOR_LAYOUT(Runcom, prior, 12);

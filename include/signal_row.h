@@ -2,9 +2,13 @@
 #ifndef ZOR_SIGNAL_ROW_H
 #define ZOR_SIGNAL_ROW_H
 
+#include "zor_abi.h"
+
 #include <signal.h>
 
-#include "zor_abi.h"
+#ifndef SA_SIGINFO
+#error "struct sigaction is hidden: define _POSIX_C_SOURCE ahead of the first system header"
+#endif
 
 /* What the dispatcher does after the row's handler came back; any other value aborts. */
 enum {

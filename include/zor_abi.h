@@ -2,6 +2,12 @@
 #ifndef ZOR_ABI_H
 #define ZOR_ABI_H
 
+/* Strict C hides what the records here hold of POSIX, unless it is asked for ahead of the first
+ * system header. */
+#if defined(__STRICT_ANSI__) && !defined(_POSIX_C_SOURCE)
+#define _POSIX_C_SOURCE 200809L
+#endif
+
 #include <assert.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -16,6 +22,9 @@
 
 /* Marks a function or a data word that compiled programs and hosts may use. */
 #define ZOR_EXPORT __attribute__((visibility("default")))
+
+/* Ahead of the array of unstated length that ends a record: C++ has it as an extension only. */
+#define ZOR_FLEXIBLE __extension__
 
 /* A record that generated code lays out or reads: its layout is fixed to the byte. */
 #define ZOR_LAYOUT(type, field, offset)                                                            \

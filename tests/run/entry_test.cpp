@@ -5,8 +5,10 @@
 #include <cstring>
 #include <ctime>
 #include <regex>
+#include <sstream>
 #include <thread>
 
+#include "display.h"
 #include "fcb.h"
 #include "support/kit.h"
 
@@ -253,6 +255,73 @@ TEST(Entry, ThreadsThatEnterAtOnceGetOneMainProgramAndLoseNoCount) {
     EXPECT_EQ(result.out, "4000 2000 12001 1\n");
 }
 
+constexpr unsigned kDisplayingThreads = 2;
+constexpr int kRounds = 20000;
+constexpr int kRoundsPerDisplay = 8;
+
+// One thread's part: enters, displays and leaves. A line consists of two items.
+void displayOften(unsigned thread) {
+    static std::array<Program, kDisplayingThreads> programs{Program("A"), Program("B")};
+    Program &program = programs[thread];
+    const std::string filler(40, static_cast<char>('a' + thread));
+    for (int round = 0; round < kRounds; ++round) {
+        _zorPgmInit(&program.pcb);
+        if (round % kRoundsPerDisplay == 0) {
+            const std::string number = std::to_string(round);
+            const DisplayControl control{2, DISPLAY_ON_SYSOUT, 0, '.', 0};
+            std::array<DisplayItem, 2> items{
+                DisplayItem{filler.data(), filler.size(), 0, DISPLAY_TEXT},
+                DisplayItem{number.data(), number.size(), 0, DISPLAY_TEXT}};
+            _zorcDisplay(&control, items.data());
+        }
+        _zorPgmTerm(&program.pcb);
+    }
+    if (program.ipcb[0].ent != 0) {
+        fprintf(stderr, "thread %u is still counted\n", thread);
+    }
+}
+
+// Under a main program of the main thread, and with each thread's program as main of one run unit
+// after the other.
+TEST(Entry, ThreadsThatDisplayLoseNothingAndMixNoLine) {
+    for (const char *underMain : {"1", "0"}) {
+        const ChildResult result = runChild(
+            [] {
+                static Program main("MAIN");
+                const bool hasMain = *getenv("UNDER_MAIN") == '1';
+                if (hasMain) {
+                    _zorPgmInit(&main.pcb);
+                }
+                std::array<std::thread, kDisplayingThreads> threads{std::thread(displayOften, 0),
+                                                                    std::thread(displayOften, 1)};
+                for (auto &thread : threads) {
+                    thread.join();
+                }
+                const Proccom &process = *_zorProccom;
+                if (hasMain ? process.runcom->nest != 1 : process.runcom != nullptr) {
+                    fprintf(stderr, "a run unit is left\n");
+                }
+            },
+            kit::Environment{{"UNDER_MAIN", underMain}});
+        SCOPED_TRACE(underMain);
+        EXPECT_EQ(result.status, 0);
+        std::array<int, kDisplayingThreads> next{};
+        std::istringstream out(result.out);
+        for (std::string line; std::getline(out, line);) {
+            const unsigned thread = line[0] == 'a' ? 0 : 1;
+            ASSERT_EQ(line, std::string(40, static_cast<char>('a' + thread)) +
+                                std::to_string(next[thread]));
+            next[thread] += kRoundsPerDisplay;
+        }
+        EXPECT_EQ(next, (std::array<int, kDisplayingThreads>{kRounds, kRounds}));
+        // Nothing but contention shows.
+        std::istringstream err(result.err);
+        for (std::string line; std::getline(err, line);) {
+            ASSERT_EQ(line.find("pthread_mutex_trylock rc 16 "), 0U) << line;
+        }
+    }
+}
+
 TEST(End, StopRunReachesTheEpilogueWithTheStatus) {
     for (const auto &[status, expected] : {std::pair{"0", 255}, {"8", 8}, {"255", 255}}) {
         const ChildResult result = runChild(
@@ -381,6 +450,79 @@ TEST(End, StopRunFromACloseJumpsOutWithNoLockHeld) {
     EXPECT_EQ(result.out, "4\n");
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.status, 0);
+}
+
+void enterManyPrograms(FCB *file, IPCB *) {
+    static std::array<std::array<char, 16>, 200> names;
+    for (auto &name : names) {
+        snprintf(name.data(), name.size(), "P%d", static_cast<int>(&name - names.data()));
+        auto *program = new Program(name.data());
+        _zorPgmInit(&program->pcb);
+        _zorPgmTerm(&program->pcb);
+    }
+    file->curmode = 0;
+}
+
+void runNested(FCB *file, IPCB *) {
+    static Program inner("INNER");
+    file->curmode = 0;
+    _zorCOBOLLink();
+    _zorPgmInit(&inner.pcb);
+    _zorPgmTerm(&inner.pcb);
+}
+
+void leaveProcess(FCB *, IPCB *) {
+    exit(7);
+}
+
+void endRunTime(FCB *, IPCB *) {
+    int32_t rc = -1;
+    _zorCOBOLTerm(1, &rc);
+}
+
+const struct {
+    const char *name;
+    FileOperation close;
+    int status;
+    const char *out;
+} kDaringCloses[] = {{"programs", enterManyPrograms, 0, "close mode 0001 ent 0\nback\n"},
+                     {"run unit", runNested, 0, "close mode 0001 ent 0\nback\n"},
+                     {"exit", leaveProcess, 7, "close mode 0001 ent 0\n"},
+                     {"end", endRunTime, 0, "close mode 0001 ent 0\nback\n"}};
+
+TEST(End, WhateverACloseDoesTheOtherFilesAreClosedOnce) {
+    for (const auto &c : kDaringCloses) {
+        const ChildResult result = runChild(
+            [] {
+                static Program main("MAIN");
+                static FileDescription description{};
+                const auto index = strtoul(getenv("CASE"), nullptr, 10);
+                static FCB daring = openFile(description, kDaringCloses[index].close);
+                static FCB other = openFile(description, tellClose);
+                static std::array<FCB *, 2> files{&daring, &other};
+                _zorPgmInit(&main.pcb);
+                main.ipcb[0].fcbs = files.data();
+                main.ipcb[0].nfcbs = files.size();
+                _zorPgmTerm(&main.pcb);
+                printf("back\n");
+            },
+            kit::Environment{{"CASE", std::to_string(&c - kDaringCloses)}});
+        EXPECT_EQ(result.status, c.status) << c.name;
+        EXPECT_EQ(result.out, c.out) << c.name;
+        EXPECT_EQ(result.err, "") << c.name;
+    }
+}
+
+TEST(End, StopRunUnderTheEntryLockGivesItBack) {
+    const ChildResult result = runChild(
+        [] {
+            static Program main("MAIN");
+            main.pcb.flags = PCB_ENTRY_LOCKED;
+            printf("%d\n", kit::runMainProgram(main, [] { _zorRunUnitTerm(5); }));
+        },
+        kit::Environment{});
+    EXPECT_EQ(result.out, "5\n");
+    EXPECT_EQ(result.err, "");
 }
 
 TEST(End, RunUnitEndsDoNotWaitOnOtherThreadsThatAreInCobol) {

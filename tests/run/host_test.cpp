@@ -191,6 +191,28 @@ TEST(Monitor, TheEntriesSayTheirLineWithoutARunTime) {
                           "_zor_cpm_cancel: PID 0 Proccom @(nil) Runcom @(nil) kots 0\n");
 }
 
+TEST(Monitor, TheLogShowsTheCallInPlaceOfAReason) {
+    const ChildResult result = runChild(
+        [] {
+            _zor_cpm_init(nullptr, nullptr);
+            underStub([] { _zor_cpm_exit(); });
+            _zor_cpm_cancel();
+        },
+        kit::Environment{{"__ZORDEBUG", "2"}});
+    std::size_t at = 0;
+    for (const auto &[function, number] : {std::pair{"_zor_cpm_init", "1000"},
+                                           {"_zor_cpm_exit", "1001"},
+                                           {"_zor_cpm_cancel", "1002"}}) {
+        at = result.err.find(std::string(function) + ": PID ", at);
+        ASSERT_NE(at, std::string::npos) << function << result.err;
+        const std::string line = result.err.substr(at, result.err.find('\n', at) - at);
+        EXPECT_NE(line.find(std::string("  reason=") + number + "  signal=0  abort=0  stop=@"),
+                  std::string::npos)
+            << line;
+    }
+    EXPECT_NE(result.err.find("_zor_cpm_cancel: return to KOTS\n", at), std::string::npos);
+}
+
 TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker) {
     const ChildResult result = runChild(
         [] {

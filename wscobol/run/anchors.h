@@ -13,16 +13,18 @@ inline Proccom *proccom() {
 // The run unit that an ending or a signal acts on: the current one, unless there is none or the
 // head of the idle list is still ending. May be null.
 inline Runcom *endingRunUnit(const Proccom &process) {
+    Runcom *current = process.runcom;
     Runcom *idle = process.freeru;
-    if (process.runcom == nullptr || (idle != nullptr && (idle->flags & RUNCOM_RU_TERM) != 0)) {
+    if (current == nullptr || (idle != nullptr && (idle->flags & RUNCOM_RU_TERM) != 0)) {
         return idle;
     }
-    return process.runcom;
+    return current;
 }
 
 // The current run unit, or the head of the idle list when none is current. May be null.
 inline Runcom *currentOrIdleRunUnit(const Proccom &process) {
-    return process.runcom != nullptr ? process.runcom : process.freeru;
+    Runcom *current = process.runcom;
+    return current != nullptr ? current : process.freeru;
 }
 
 // The main program of a run unit, or null when it has none or a host stands in for it.

@@ -116,6 +116,7 @@ void _zorCOBOLHostInit(int32_t *rc) {
 }
 
 void _zor_cpm_init(MessageRoutine msg, void *hostword) {
+    logMonitorCall("_zor_cpm_init", MonitorCall::init);
     const InitSection section;
     if (!runTimeStarted()) {
         InitCobolRte(kNoProgram);

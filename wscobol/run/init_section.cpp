@@ -3,33 +3,33 @@
 #include "run/locks.h"
 
 namespace zor {
-namespace {
-
-// Written only by the thread that holds InitLock.
-bool initLockHeld = false;
-
-} // namespace
 
 void rearmLockHook() {
     if (Proccom *process = proccom(); process != nullptr) {
-        process->lockhook = initLockHeld ? leaveInitSection : nullptr;
+        process->lockhook = lockIsHeld(InitLock) ? releaseInitLock : nullptr;
     }
 }
 
-void enterInitSection() {
-    if (locksAreUsed()) {
-        takeLock(InitLock);
-        initLockHeld = true;
+void releaseInitLock() {
+    if (Proccom *process = proccom(); process != nullptr) {
+        process->lockhook = nullptr;
     }
-    rearmLockHook();
-}
-
-void leaveInitSection() {
-    const bool held = initLockHeld;
-    initLockHeld = false;
-    rearmLockHook();
-    if (held) {
+    if (lockIsHeld(InitLock)) {
         giveLock(InitLock);
+    }
+}
+
+InitSection::InitSection() : entered_(locksAreUsed() && !holdsLock(InitLock)) {
+    if (entered_) {
+        takeLock(InitLock);
+    }
+    rearmLockHook();
+}
+
+// An abnormal end on another thread may have given the lock back, and may even have taken it.
+InitSection::~InitSection() {
+    if (entered_ && holdsLock(InitLock)) {
+        releaseInitLock();
     }
 }
 

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <initializer_list>
 #include <unistd.h>
 
 namespace zor {
@@ -25,15 +27,34 @@ namespace {
     _exit(EXIT_FAILURE);
 }
 
+// The C library notes the owner in every kind of mutex; it has no call that asks for it.
+pid_t ownerOf(const pthread_mutex_t &lock) {
+    return __atomic_load_n(&lock.__data.__owner, __ATOMIC_RELAXED);
+}
+
+// Contention is told ahead of the wait.
+bool takenAtOnce(pthread_mutex_t &lock) {
+    const int tried = pthread_mutex_trylock(&lock);
+    if (tried != 0) {
+        std::fprintf(stderr, "pthread_mutex_trylock rc %d %d: %s\n", tried, errno,
+                     std::strerror(errno));
+    }
+    return tried == 0;
+}
+
+bool takenWithinASecond(pthread_mutex_t &lock) {
+    timespec limit{};
+    clock_gettime(CLOCK_REALTIME, &limit);
+    ++limit.tv_sec;
+    return pthread_mutex_timedlock(&lock, &limit) == 0;
+}
+
 } // namespace
 
 void takeLock(pthread_mutex_t &lock) {
-    const int tried = pthread_mutex_trylock(&lock);
-    if (tried == 0) {
+    if (takenAtOnce(lock)) {
         return;
     }
-    std::fprintf(stderr, "pthread_mutex_trylock rc %d %d: %s\n", tried, errno,
-                 std::strerror(errno));
     const int code = pthread_mutex_lock(&lock);
     if (code != 0) {
         stopOnLockFailure("pthread_mutex_lock", code);
@@ -44,6 +65,34 @@ void giveLock(pthread_mutex_t &lock) {
     const int code = pthread_mutex_unlock(&lock);
     if (code != 0) {
         stopOnLockFailure("pthread_mutex_unlock", code);
+    }
+}
+
+bool lockIsHeld(const pthread_mutex_t &lock) {
+    return ownerOf(lock) != 0;
+}
+
+bool holdsLock(const pthread_mutex_t &lock) {
+    return ownerOf(lock) == gettid();
+}
+
+void giveHeldLocks() {
+    for (pthread_mutex_t *lock : {&InitLock, &EntryLock, &PlleLock, &StdFileLock, &ExternalLock}) {
+        if (holdsLock(*lock)) {
+            giveLock(*lock);
+        }
+    }
+}
+
+EndingLock::EndingLock(pthread_mutex_t &lock) : lock_(nullptr) {
+    if (locksAreUsed() && !holdsLock(lock) && (takenAtOnce(lock) || takenWithinASecond(lock))) {
+        lock_ = &lock;
+    }
+}
+
+EndingLock::~EndingLock() {
+    if (lock_ != nullptr) {
+        giveLock(*lock_);
     }
 }
 

@@ -19,6 +19,14 @@ extern pthread_mutex_t ExternalLock; // tables of EXTERNAL data
 void takeLock(pthread_mutex_t &lock);
 void giveLock(pthread_mutex_t &lock);
 
+// True when any thread holds the lock, and when the calling thread does.
+bool lockIsHeld(const pthread_mutex_t &lock);
+bool holdsLock(const pthread_mutex_t &lock);
+
+// Gives back every lock that the calling thread holds: control is about to leave the code that
+// took them, by a long jump or for good.
+void giveHeldLocks();
+
 // Inside the transaction monitor one thread at a time is in COBOL, and no lock is taken.
 inline bool locksAreUsed() {
     const Proccom *process = proccom();
@@ -40,6 +48,19 @@ public:
     }
     ScopedLock(const ScopedLock &) = delete;
     ScopedLock &operator=(const ScopedLock &) = delete;
+
+private:
+    pthread_mutex_t *lock_;
+};
+
+// Holds a lock for a scope of an ending, which must come through: where the thread has the lock
+// already, or another one keeps it for a second, the scope goes on without it.
+class EndingLock {
+public:
+    explicit EndingLock(pthread_mutex_t &lock);
+    ~EndingLock();
+    EndingLock(const EndingLock &) = delete;
+    EndingLock &operator=(const EndingLock &) = delete;
 
 private:
     pthread_mutex_t *lock_;

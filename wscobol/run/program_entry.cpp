@@ -42,32 +42,35 @@ private:
     char text_[256];
 };
 
-void becomeMain(PCB &pcb) {
-    _zorProccom->runcom->main = &pcb;
+void becomeMain(Runcom &unit, PCB &pcb) {
     pcb.flags |= static_cast<uint32_t>(PCB_IS_MAIN);
+    unit.main = &pcb;
 }
 
-bool runUnitHasMain() {
-    return runTimeStarted() && _zorProccom->runcom != nullptr &&
-           _zorProccom->runcom->main != nullptr;
+// The current run unit when it has a main program, else null.
+Runcom *runUnitWithMain() {
+    Runcom *unit = runTimeStarted() ? _zorProccom->runcom : nullptr;
+    return unit != nullptr && unit->main != nullptr ? unit : nullptr;
 }
 
-// Makes the run-time, a run unit and its main program exist, the caller being the candidate.
-void provideRunUnit(PCB &pcb) {
-    if (runUnitHasMain()) {
-        return;
+// The run unit that a program enters: makes the run-time, a run unit and its main program exist,
+// the caller being the candidate. Null when storage is exhausted. The run unit may end at any time
+// by another thread, but its record stays.
+Runcom *provideRunUnit(PCB &pcb) {
+    if (Runcom *unit = runUnitWithMain(); unit != nullptr) {
+        return unit;
     }
     const InitSection section;
     // Another thread may have come first.
-    if (runUnitHasMain()) {
-        return;
+    if (Runcom *unit = runUnitWithMain(); unit != nullptr) {
+        return unit;
     }
     const bool starts = !runTimeStarted();
     if (starts) {
         InitCobolRte(&pcb);
     }
     if (_zorProccom == nullptr) {
-        return;
+        return nullptr;
     }
     if (starts && _zorProccom->kots != 0) {
         _zorProccom->threadword = 0;
@@ -75,9 +78,11 @@ void provideRunUnit(PCB &pcb) {
     if (_zorProccom->runcom == nullptr) {
         RunUnitInit(&pcb);
     }
-    if (_zorProccom->runcom != nullptr) {
-        becomeMain(pcb);
+    Runcom *unit = _zorProccom->runcom;
+    if (unit != nullptr) {
+        becomeMain(*unit, pcb);
     }
+    return unit;
 }
 
 // Turns a sliding window into a base year, and tells of a window that is out of bounds or of date.
@@ -109,12 +114,12 @@ void resolveCenturyWindow(PCB &pcb) {
 }
 
 // Links a program to the run unit: switches, UPSI, files, century window.
-void linkProgram(PCB &pcb, LLE &entry) {
+void linkProgram(Runcom &unit, PCB &pcb, LLE &entry) {
     Proccom &process = *_zorProccom;
     IPCB &ipcb = *pcb.ipcb;
     pcb.flags =
         (pcb.flags & ~static_cast<uint32_t>(OPTION_CHECK | OPTION_DEBUG)) | process.options1;
-    pcb.upsi = process.runcom->upsi;
+    pcb.upsi = unit.upsi;
     if (levelAtLeast(pcb, kLevelWithProgramWord)) {
         pcb.pgmword = &process.pgmword;
     }
@@ -129,8 +134,7 @@ void linkProgram(PCB &pcb, LLE &entry) {
 
 // The run unit's entry for a program that enters it for the first time; null when storage is
 // exhausted.
-LLE *enterIntoList(const PCB &pcb) {
-    HashTable *list = _zorProccom->runcom->plle;
+LLE *enterIntoList(HashTable *list, const PCB &pcb) {
     if (list == nullptr) {
         return nullptr;
     }
@@ -149,18 +153,18 @@ LLE *enterIntoList(const PCB &pcb) {
     return found;
 }
 
-void firstEntry(PCB &pcb) {
+void firstEntry(Runcom &unit, PCB &pcb) {
     bool full = false;
     {
         const ScopedLock lock(PlleLock);
         if (pcb.lle != nullptr) {
             return; // another thread linked it while this one waited
         }
-        LLE *entry = enterIntoList(pcb);
+        LLE *entry = enterIntoList(unit.plle, pcb);
         full = entry == nullptr;
         // A program that was reset is linked afresh, also where its entry still names it.
         if (entry != nullptr && (entry->pcb == nullptr || entry->pcb == &pcb)) {
-            linkProgram(pcb, *entry);
+            linkProgram(unit, pcb, *entry);
         }
     }
     if (full) {
@@ -170,8 +174,9 @@ void firstEntry(PCB &pcb) {
 
 void countEntry(IPCB &ipcb) {
     ipcb.ent += 1;
-    if (_zorProccom != nullptr && _zorProccom->runcom != nullptr) {
-        _zorProccom->runcom->nest += 1;
+    Runcom *unit = _zorProccom == nullptr ? nullptr : _zorProccom->runcom;
+    if (unit != nullptr) {
+        unit->nest += 1;
     }
 }
 
@@ -197,8 +202,8 @@ bool epilogueIsKnown(const sigjmp_buf &jmp) {
 using namespace zor;
 
 void _zorPgmInit(PCB *pcb) {
-    provideRunUnit(*pcb);
-    if (_zorProccom == nullptr || _zorProccom->runcom == nullptr) {
+    Runcom *entered = provideRunUnit(*pcb);
+    if (entered == nullptr) {
         // No storage for the anchors, and message 907 could not end the run: nothing can go on.
         std::abort();
     }
@@ -206,18 +211,17 @@ void _zorPgmInit(PCB *pcb) {
     if (process.kots == 0) {
         _zorProccom->threadword = 1;
     }
-    const Runcom &unit = *process.runcom;
+    Runcom &unit = *entered;
     ZOR_DEBUG_LOG("_zorPgmInit: PID %d Proccom @%p Runcom @%p  sig %d  PLLE @%p  Main=@%p  "
                   "Name=%*.*s\n",
-                  process.pid, static_cast<const void *>(&process),
-                  static_cast<const void *>(&unit), (unit.flags & RUNCOM_SIG) != 0 ? 1 : 0,
-                  static_cast<void *>(unit.plle), static_cast<void *>(unit.main),
-                  ZOR_PROGRAM_NAME(pcb));
+                  process.pid, static_cast<const void *>(&process), static_cast<void *>(&unit),
+                  (unit.flags & RUNCOM_SIG) != 0 ? 1 : 0, static_cast<void *>(unit.plle),
+                  static_cast<void *>(unit.main), ZOR_PROGRAM_NAME(pcb));
     if (pcb->lle != nullptr) {
         ZOR_DEBUG_LOG("_zorPgmInit: subsequent usage PCB %p  PLLE %p\n", static_cast<void *>(pcb),
                       static_cast<void *>(unit.plle));
     } else {
-        firstEntry(*pcb);
+        firstEntry(unit, *pcb);
     }
     if ((pcb->flags & PCB_ENTRY_LOCKED) != 0) {
         _zorPgmEnterLock(pcb->ipcb);

@@ -6,6 +6,7 @@
 #include "dynamic/hash_table.h"
 #include "run/attachments.h"
 #include "run/debug_log.h"
+#include "run/locks.h"
 #include "run/message_list.h"
 #include "run/message_service.h"
 #include "run/run_unit.h"
@@ -22,13 +23,13 @@ constexpr int32_t kDebugWithClosingLine = 1;
 // Values of the code argument of a host's end.
 enum : int32_t { kCodeEndRunTime = 1, kCodeEndRunUnit = 9 };
 
-void logEnd(const char *function, EndReason reason) {
+void logState(const char *function, int32_t reason) {
     const Proccom &process = *_zorProccom;
     Runcom *unit = endingRunUnit(process);
     ZOR_DEBUG_LOG("%s: PID %d Proccom @%p  Runcom @%p  reason=%d  signal=%u  abort=%u  stop=@%p  "
                   "abrt=@%p  jmp=@%p\n",
                   function, process.pid, static_cast<const void *>(&process),
-                  static_cast<void *>(unit), static_cast<int>(reason),
+                  static_cast<void *>(unit), reason,
                   (process.state & PROCCOM_SIGNAL) != 0 ? 1U : 0U,
                   (process.state & PROCCOM_ABORT) != 0 ? 1U : 0U,
                   unit == nullptr ? nullptr : reinterpret_cast<void *>(unit->stop),
@@ -89,13 +90,12 @@ void TermCobolRte(EndReason reason) {
         return;
     }
     Proccom &process = *_zorProccom;
-    logEnd("TermCobolRte", reason);
-    logEnd("TermCobolThd", reason);
+    logState("TermCobolRte", static_cast<int32_t>(reason));
+    logState("TermCobolThd", static_cast<int32_t>(reason));
     endThread();
     process.state = static_cast<uint8_t>(process.state & ~PROCCOM_TRACKED);
-    if (process.lockhook != nullptr) {
-        process.lockhook = nullptr;
-    }
+    giveHeldLocks(); // a program may have ended the process while the library called it
+    process.lockhook = nullptr;
     while (process.runcom != nullptr) {
         endRunUnit(*process.runcom, reason, kStatusForcedEnd);
     }
@@ -141,18 +141,18 @@ __attribute__((destructor)) void zor_fini() {
     }
 }
 
-// The line of a transaction's end; without a Proccom it is written also when no log is asked for.
-void logMonitorCall(const char *function) {
+} // namespace
+
+void logMonitorCall(const char *function, MonitorCall call) {
     const Proccom *process = _zorProccom;
-    if (process == nullptr || process->debug != 0) {
-        std::fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p kots %d\n", function,
-                     process == nullptr ? 0 : process->pid, static_cast<const void *>(process),
-                     process == nullptr ? nullptr : static_cast<void *>(endingRunUnit(*process)),
-                     process == nullptr ? 0 : process->kots);
+    if (process != nullptr && process->debug != 0) {
+        logState(function, static_cast<int32_t>(call));
+    } else if (process == nullptr && call != MonitorCall::init) {
+        std::fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p kots %d\n", function, 0, nullptr,
+                     nullptr, 0);
     }
 }
 
-} // namespace
 } // namespace zor
 
 using namespace zor;
@@ -187,7 +187,7 @@ void _zorCOBOLTerm(int32_t code, int32_t *rc) {
 void ZORCOBOLTERM(int32_t code, int32_t *rc) __attribute__((alias("_zorCOBOLTerm")));
 
 void _zor_cpm_exit(void) {
-    logMonitorCall("_zor_cpm_exit");
+    logMonitorCall("_zor_cpm_exit", MonitorCall::exit);
     if (_zorProccom != nullptr) {
         const Runcom *unit = endingRunUnit(*_zorProccom);
         if (unit != nullptr && (unit->flags & RUNCOM_RU_TERM) == 0) {
@@ -198,7 +198,7 @@ void _zor_cpm_exit(void) {
 }
 
 void _zor_cpm_cancel(void) {
-    logMonitorCall("_zor_cpm_cancel");
+    logMonitorCall("_zor_cpm_cancel", MonitorCall::cancel);
     _zorCleanUp();
     ZOR_DEBUG_LOG("_zor_cpm_cancel: return to KOTS\n");
 }

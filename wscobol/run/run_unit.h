@@ -41,6 +41,13 @@ extern const char kNoProgram[1];
 // Begins a run unit and makes it current; caller as above, shown in the debug log.
 void RunUnitInit(const void *caller);
 
+// What the debug log shows in place of a reason for the monitor's calls.
+enum class MonitorCall : int32_t { init = 1000, exit = 1001, cancel = 1002 };
+
+// Logs a monitor's call with the state that it finds. Without a Proccom, or a debug log to ask for,
+// an exit and a cancel still say that they were called.
+void logMonitorCall(const char *function, MonitorCall call);
+
 // Begins a transaction-monitor run unit.
 void _zorKotsRunUnit(MessageRoutine msg, void *hostword);
 

@@ -2,6 +2,7 @@
 // data, and resumes the prior run unit, returns, or leaves the process.
 
 #include <cstdlib>
+#include <utility>
 
 #include "cpm.h"
 #include "dynamic/hash_table.h"
@@ -9,6 +10,7 @@
 #include "fcb.h"
 #include "run/debug_log.h"
 #include "run/init_section.h"
+#include "run/locks.h"
 #include "run/retry.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
@@ -61,12 +63,21 @@ template <class Action> void forEachOpenFile(IPCB &ipcb, Action action) {
     }
 }
 
+// The file whose close runs now. A close that ends the run-time or the process must not be called
+// once more for it.
+const FCB *fileBeingClosed = nullptr;
+
 // The end of the run unit runs no USE procedure for its closes.
 void closeFilesSilently(IPCB &ipcb) {
     forEachOpenFile(ipcb, [&ipcb](FCB &file) {
+        if (&file == fileBeingClosed) {
+            return;
+        }
+        const FCB *outer = std::exchange(fileBeingClosed, &file);
         file.closemode = static_cast<uint16_t>(file.closemode | FCB_CLOSE_NO_USE);
         file.close(&file, &ipcb);
         file.closemode = static_cast<uint16_t>(file.closemode & ~FCB_CLOSE_NO_USE);
+        fileBeingClosed = outer;
     });
 }
 
@@ -102,17 +113,55 @@ void forgetLoadedProgram(LLE &entry) {
     entry.ipcb = nullptr;
 }
 
-void endPrograms(HashTable *list) {
-    HashCursor cursor{};
+// Steps to the next program that has been entered; false at the end of the list.
+bool nextEnteredProgram(const HashTable *list, HashCursor &cursor, LLE &program) {
+    const EndingLock lock(PlleLock);
     while (const HashElement *element = hashTableNext(list, cursor)) {
-        if (const LLE *program = lleOf(element); program->pcb != nullptr) {
-            closeAndResetCompilationUnit(*program);
+        program = *lleOf(element);
+        if (program.pcb != nullptr) {
+            return true;
         }
     }
-    cursor = {};
+    return false;
+}
+
+// The list's lock is free while files close: that calls code of programs and modules, and other
+// threads go on entering programs. A list that grew meanwhile is gone through again, which closes
+// nothing twice. False when one of them ended the run-time.
+bool endPrograms(const Proccom &process, const HashTable *list) {
+    HashCursor cursor{};
+    uint32_t grows = list->grows;
+    LLE program{};
+    while (nextEnteredProgram(list, cursor, program)) {
+        closeAndResetCompilationUnit(program);
+        if (_zorProccom != &process) {
+            return false;
+        }
+        if (list->grows != grows) {
+            grows = list->grows;
+            cursor = {};
+        }
+    }
+    return true;
+}
+
+void forgetLoadedPrograms(const HashTable *list) {
+    const EndingLock lock(PlleLock);
+    HashCursor cursor{};
     while (const HashElement *element = hashTableNext(list, cursor)) {
         if (!isLinkToParent(element)) {
             forgetLoadedProgram(*lleOf(element));
+        }
+    }
+}
+
+// A program that another thread entered since must not keep its entry of a list that is emptied.
+void unlinkPrograms(const HashTable *list) {
+    HashCursor cursor{};
+    while (const HashElement *element = hashTableNext(list, cursor)) {
+        const LLE *entry = lleOf(element);
+        if (!isLinkToParent(element) && entry->pcb != nullptr && entry->pcb->lle == entry) {
+            entry->pcb->lle = nullptr;
         }
     }
 }
@@ -146,21 +195,38 @@ void printAndEmpty(const char *title, HashTable *table) {
     }
 }
 
-// Everything that happens under InitLock.
-void closeDown(Proccom &process, Runcom &unit) {
+void emptyProgramList(const Proccom &process, HashTable *list) {
+    const EndingLock lock(PlleLock);
+    if (list != nullptr) {
+        unlinkPrograms(list);
+        printAndEmpty("External Programs - RunUnit PLLE\n", list);
+    }
+    if (process.plle != nullptr) {
+        printTable("External Programs - Global PLLE\n", process.plle);
+    }
+}
+
+void emptyExternalTables(const Runcom &unit) {
+    const EndingLock lock(ExternalLock);
+    printAndEmpty("External Files\n", unit.extfiles);
+    printAndEmpty("External Variables\n", unit.extvars);
+}
+
+// False when the run-time ended on the way.
+bool closeDown(const Proccom &process, Runcom &unit) {
     if (unit.plle != nullptr) {
-        endPrograms(unit.plle);
+        if (!endPrograms(process, unit.plle)) {
+            return false;
+        }
+        forgetLoadedPrograms(unit.plle);
     }
     flushUnusedStandardStreams(process);
     if (inState(process, PROCCOM_TRACKED)) {
         releaseAllTracked(unit);
     }
-    printAndEmpty("External Files\n", unit.extfiles);
-    printAndEmpty("External Variables\n", unit.extvars);
-    printAndEmpty("External Programs - RunUnit PLLE\n", unit.plle);
-    if (process.plle != nullptr) {
-        printTable("External Programs - Global PLLE\n", process.plle);
-    }
+    emptyExternalTables(unit);
+    emptyProgramList(process, unit.plle);
+    return true;
 }
 
 void restoreSignalActions(Runcom &unit) {
@@ -190,6 +256,31 @@ void resumePrior(Proccom &process, Runcom &unit) {
     unit.prior = nullptr;
 }
 
+// Gives the run unit back and resumes the one that it interrupted. Done before another thread can
+// begin a run unit, which may take this record again.
+void retire(Proccom &process, Runcom &unit, EndReason reason) {
+    if (process.kots != 0) {
+        process.kots -= 1;
+        unit.msg = nullptr;
+    }
+    pushIdle(process, unit);
+    const bool unloading = reason == EndReason::libraryUnload;
+    if (unit.prior != nullptr) {
+        resumePrior(process, unit);
+    } else {
+        process.runcom = nullptr;
+        if (!unloading && reason != EndReason::hostEndsRunTime && process.cache != CACHE_ON) {
+            _zor_cpm_destroy();
+        }
+    }
+    // A handler that is still running needs its table, but one in a library that is about to leave
+    // memory must not be called any more.
+    if (!inState(process, PROCCOM_SIGNAL) || unloading) {
+        restoreSignalActions(unit);
+    }
+    notEnding(unit);
+}
+
 // Host routines are expected to leave the process by themselves.
 [[noreturn]] void leaveThroughHost(HostRoutine routine, void *token, int32_t status) {
     routine(token);
@@ -208,43 +299,33 @@ void endRunUnit(Runcom &unit, EndReason reason, int32_t status) {
                   inState(process, PROCCOM_ABORT) ? 1U : 0U, routineAddress(unit.stop),
                   routineAddress(unit.abrt), address(&unit.jmp), process.kots,
                   isEnding(unit) ? 1 : 0);
-    unit.flags |= RUNCOM_RU_TERM;
+    HostRoutine stop = nullptr;
+    HostRoutine abrt = nullptr;
+    void *token = nullptr;
+    bool last = false;
     {
         const InitSection section;
-        if (process.runcom == nullptr) {
-            notEnding(unit);
+        // None is current, or another thread ended it while this one waited.
+        if (_zorProccom != &process || process.runcom != &unit) {
             return;
         }
-        closeDown(process, unit);
-    }
-    const HostRoutine stop = unit.stop;
-    const HostRoutine abrt = unit.abrt;
-    void *token = unit.token;
-    if (process.kots != 0) {
-        process.kots -= 1;
-        unit.msg = nullptr;
-    }
-    pushIdle(process, unit);
-    if (unit.prior == nullptr) {
-        process.runcom = nullptr;
-        if (reason == EndReason::libraryUnload) {
-            // The handlers are code of this library, which is about to leave memory.
-            restoreSignalActions(unit);
-            ZOR_DEBUG_LOG("RunUnitTerm: %p returning due to Fini\n", address(&unit));
-            notEnding(unit);
+        if (!isEnding(unit)) {
+            unit.flags |= RUNCOM_RU_TERM;
+            fileBeingClosed = nullptr;
+        }
+        if (!closeDown(process, unit)) {
             return;
         }
-        if (reason != EndReason::hostEndsRunTime && process.cache != CACHE_ON) {
-            _zor_cpm_destroy();
-        }
-    } else {
-        resumePrior(process, unit);
+        stop = unit.stop;
+        abrt = unit.abrt;
+        token = unit.token;
+        last = unit.prior == nullptr;
+        retire(process, unit, reason);
     }
-    // A handler that is still running needs its table.
-    if (!inState(process, PROCCOM_SIGNAL) || reason == EndReason::libraryUnload) {
-        restoreSignalActions(unit);
+    if (last && reason == EndReason::libraryUnload) {
+        ZOR_DEBUG_LOG("RunUnitTerm: %p returning due to Fini\n", address(&unit));
+        return;
     }
-    notEnding(unit);
     if (reasonNumber <= static_cast<int32_t>(EndReason::hostEndsRunTime)) {
         ZOR_DEBUG_LOG("RunUnitTerm: %p returning due to <= COBOLterm\n", address(&unit));
         return;
@@ -271,6 +352,15 @@ using namespace zor;
 
 namespace {
 
+// The jump may leave a run unit that is ending, or entry code under its lock.
+void giveBackOwnLocks() {
+    if (auto *hook = _zorProccom->lockhook; hook != nullptr && holdsLock(InitLock)) {
+        _zorProccom->lockhook = nullptr;
+        hook();
+    }
+    giveHeldLocks();
+}
+
 // Jumps to the epilogue that generated code or a host's stub set up; without one the process ends
 // with the status, as a program's epilogue would end it.
 [[noreturn]] void jumpToEpilogue(Runcom &unit, const char *noOp, int32_t value) {
@@ -284,6 +374,7 @@ namespace {
                       "@%p\n",
                       noOp, address(&unit.jmp), address(&unit));
     }
+    giveBackOwnLocks();
     if (!epilogueIsKnown(unit.jmp)) {
         std::exit(value == kStatusOfZero ? 0 : value);
     }
@@ -305,17 +396,12 @@ void _zorRunUnitTerm(int32_t rc) {
         "%d ru_term %d\n",
         _zorProccom->pid, address(_zorProccom), address(unit), rc, routineAddress(unit->stop),
         address(&unit->jmp), _zorProccom->kots, isEnding(*unit) ? 1 : 0);
-    const int32_t value = rc == 0 ? kStatusOfZero : rc;
     if (isEnding(*unit)) {
-        // The jump leaves a run unit that is ending: what it holds is given back.
-        if (auto *hook = _zorProccom->lockhook; hook != nullptr) {
-            _zorProccom->lockhook = nullptr;
-            hook();
-        }
-        jumpToEpilogue(*unit, "no-op, ", value);
+        fileBeingClosed = nullptr;            // the jump leaves its close
+        jumpToEpilogue(*unit, "no-op, ", rc); // a status of 0 arrives as 1
     }
     RunUnitTerm(EndReason::stopRun, rc);
-    jumpToEpilogue(*unit, "", value);
+    jumpToEpilogue(*unit, "", rc == 0 ? kStatusOfZero : rc);
 }
 
 void _zorCleanUp(void) {

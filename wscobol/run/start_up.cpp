@@ -65,8 +65,8 @@ void logStart() {
 }
 
 // Tracebacks and thread exits need the unwinder; it is loaded ahead of any failure. The name that
-// x86 systems have comes first: the search for one that is not there costs more than the rest of the
-// start.
+// x86 systems have comes first: the search for one that is not there costs more than the rest of
+// the start.
 void loadUnwinder() {
     for (const char *name : {"libgcc_s.so.1", "libgcc_s.so.2"}) {
         if (dlopen(name, RTLD_NOW | RTLD_GLOBAL) != nullptr) {
@@ -108,7 +108,7 @@ void zor_init() {
         return;
     }
     std::memcpy(process->eyecatcher, "PROCCOM", sizeof process->eyecatcher);
-    process->lockhook = leaveInitSection;
+    process->lockhook = releaseInitLock;
     process->codepage = -1;
     process->pid = getpid();
     process->mainthread = gettid();
