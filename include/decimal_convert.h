@@ -31,9 +31,9 @@ typedef float ZorDecimal32 __attribute__((mode(SD)));
 typedef float ZorDecimal64 __attribute__((mode(DD)));
 typedef float ZorDecimal128 __attribute__((mode(TD)));
 #else
-typedef _Decimal32 ZorDecimal32;
-typedef _Decimal64 ZorDecimal64;
-typedef _Decimal128 ZorDecimal128;
+__extension__ typedef _Decimal32 ZorDecimal32;
+__extension__ typedef _Decimal64 ZorDecimal64;
+__extension__ typedef _Decimal128 ZorDecimal128;
 #endif
 
 ZOR_BEGIN_C
