@@ -309,10 +309,11 @@ void endRunUnit(Runcom &unit, EndReason reason, int32_t status) {
         if (_zorProccom != &process || process.runcom != &unit) {
             return;
         }
-        if (!isEnding(unit)) {
-            unit.flags |= RUNCOM_RU_TERM;
+        // A close that failed is tried once more by the abnormal end.
+        if (!isEnding(unit) || reason == EndReason::abnormalEnd) {
             fileBeingClosed = nullptr;
         }
+        unit.flags |= RUNCOM_RU_TERM;
         if (!closeDown(process, unit)) {
             return;
         }
