@@ -60,21 +60,25 @@ inline void moveBytes(uint8_t *target, const uint8_t *source, int32_t length) {
 
 inline void fillBytes(uint8_t *target, uint8_t value, int32_t length) {
     const uint32_t word = value * 0x01010101U;
-    if (length >= 16) {
+    if (length >= 8) {
         const __m128i block = _mm_set1_epi32(static_cast<int>(word));
-        for (int32_t at = 0; at <= length - 16; at += 16) {
-            store16(target + at, block);
+        if (length >= 16) {
+            store16(target, block);
+            for (int32_t at = 16; at <= length - 16; at += 16) {
+                store16(target + at, block);
+            }
+            store16(target + length - 16, block);
+        } else {
+            store8(target, block);
+            store8(target + length - 8, block);
         }
-        store16(target + length - 16, block);
     } else if (length >= 4) {
-        for (int32_t at = 0; at <= length - 4; at += 4) {
-            storeWord(target + at, word);
-        }
+        storeWord(target, word);
         storeWord(target + length - 4, word);
-    } else {
-        for (int32_t at = 0; at < length; ++at) {
-            target[at] = value;
-        }
+    } else if (length > 0) {
+        target[0] = value;
+        target[length / 2] = value;
+        target[length - 1] = value;
     }
 }
 

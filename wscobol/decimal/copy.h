@@ -3,11 +3,13 @@
 #ifndef ZOR_DECIMAL_COPY_H
 #define ZOR_DECIMAL_COPY_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "decimal/bytes.h"
 #include "decimal/digits.h"
 #include "decimal/forms.h"
+#include "decimal/windows.h"
 
 namespace zor::decimal {
 
@@ -23,6 +25,17 @@ inline void copyRightJustified(const uint8_t *source, int32_t sourceLength, uint
     }
 }
 
+// The same for packed bytes.
+inline void placePackedBytes(const uint8_t *source, int32_t sourceBytes, uint8_t *target,
+                             int32_t targetBytes) {
+    const int32_t moved = std::min(sourceBytes, targetBytes);
+    if (moved <= kWindow) {
+        placeWindow(target, targetBytes, loadWindow(source + sourceBytes - moved, moved));
+    } else {
+        copyRightJustified(source, sourceBytes, target, targetBytes, 0);
+    }
+}
+
 // Copies a packed value. The sign becomes a preferred one, a negative zero stays negative, the pad
 // nibble is cleared; the digits are not looked at.
 inline void packedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
@@ -30,7 +43,7 @@ inline void packedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *tar
     const int32_t sourceBytes = Packed::bytes(sourceDigits);
     const int32_t targetBytes = Packed::bytes(targetDigits);
     const uint8_t last = source[sourceBytes - 1];
-    copyRightJustified(source, sourceBytes, target, targetBytes, 0);
+    placePackedBytes(source, sourceBytes, target, targetBytes);
     Packed::clearPad(target, targetDigits);
     target[targetBytes - 1] = withPackedSign(last, packedSignIsNegative(last));
 }

@@ -21,11 +21,9 @@ inline void moveNibbles(const uint8_t *source, int32_t bytes, uint8_t *target,
         moveLongNibbles(source, bytes, target, targetBytes);
         return;
     }
-    const int32_t stored = std::min(bytes, targetBytes);
-    const int32_t loaded = std::min(bytes, stored + 1);
+    const int32_t loaded = std::min(bytes, targetBytes + 1);
     const __m128i window = loadWindow(source + bytes - loaded, loaded);
-    storeWindow(target + targetBytes - stored, stored, nibbleRight(window));
-    fillBytes(target, 0, targetBytes - stored);
+    placeWindow(target, targetBytes, nibbleRight(window));
 }
 
 // The source times 10 to the power shift; shift is at least 1 and below targetDigits.
@@ -39,7 +37,7 @@ inline void packedShiftDigitsLeft(const uint8_t *source, int32_t sourceDigits, u
         moveNibbles(source, sourceBytes, target, room);
     } else {
         const uint8_t last = source[sourceBytes - 1];
-        copyRightJustified(source, sourceBytes, target, room, 0);
+        placePackedBytes(source, sourceBytes, target, room);
         target[room - 1] = last & 0xF0;
     }
     fillBytes(target + room, 0, cleared);
@@ -66,7 +64,7 @@ inline void packedShiftDigitsRight(const uint8_t *source, int32_t sourceDigits, 
         last = last >> 4 | (bytes > 1 ? (source[bytes - 2] & 0x0FU) << 4 : 0);
         moveNibbles(source, bytes, target, targetBytes);
     } else {
-        copyRightJustified(source, bytes, target, targetBytes, 0);
+        placePackedBytes(source, bytes, target, targetBytes);
     }
     unsigned units = last >> 4;
     if constexpr (round) {

@@ -63,6 +63,16 @@ inline void storeWindow(uint8_t *start, int32_t bytes, __m128i window) {
     }
 }
 
+// Stores a window right-justified, zeros before it.
+inline void placeWindow(uint8_t *target, int32_t targetBytes, __m128i window) {
+    if (targetBytes <= kWindow) {
+        storeWindow(target, targetBytes, window);
+    } else {
+        store16(target + targetBytes - kWindow, window);
+        fillBytes(target, 0, targetBytes - kWindow);
+    }
+}
+
 inline __m128i lowNibbles(__m128i bytes) {
     return _mm_and_si128(bytes, _mm_set1_epi8(0x0F));
 }

@@ -42,11 +42,10 @@ void packLongDigits(const uint8_t *source, int32_t digits, uint8_t *target, int3
         const __m128i last = loadWindow(source + digits - inLast, inLast);
         const __m128i first =
             digits > kWindow ? loadWindow(source, digits - kWindow) : _mm_setzero_si128();
-        const int32_t bytes = std::min(targetBytes, kWindow);
-        targetBytes -= bytes;
-        storeWindow(target + targetBytes, bytes, packWindows(first, last));
+        placeWindow(target, targetBytes, packWindows(first, last));
+    } else {
+        fillBytes(target, 0, targetBytes);
     }
-    fillBytes(target, 0, targetBytes);
 }
 
 } // namespace zor::decimal

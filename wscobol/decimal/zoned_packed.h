@@ -91,12 +91,7 @@ inline void packNibbles(const uint8_t *source, int32_t digits, uint8_t *target,
         const __m128i first = loadWindow(source, digits - kWindow + 1);
         packed = packWindows(first, _mm_srli_si128(last, 1));
     }
-    if (targetBytes <= kWindow) {
-        storeWindow(target, targetBytes, packed);
-    } else {
-        store16(target + targetBytes - kWindow, packed);
-        fillBytes(target, 0, targetBytes - kWindow);
-    }
+    placeWindow(target, targetBytes, packed);
 }
 
 // The same for an item whose leftmost digit byte, one of several, may carry a sign: it is decoded.
