@@ -144,12 +144,6 @@ inline int32_t firstDifference(const uint8_t *left, const uint8_t *right, int32_
     return from + at;
 }
 
-// As memcmp. Only the sign of the result has a meaning.
-inline int32_t compareBytes(const uint8_t *left, const uint8_t *right, int32_t length) {
-    const int32_t at = firstDifference(left, right, length);
-    return at < length ? left[at] - right[at] : 0;
-}
-
 } // namespace zor::decimal
 
 #endif

@@ -77,6 +77,22 @@ void storeUnpackedSign(uint8_t *target, int32_t targetDigits, bool negative, uin
     }
 }
 
+// Whether the negative sign of a packed item lasts in a zoned form: not that of a zero item unless
+// KEEP_NEGATIVE_ZERO is set. A value that the target cuts down to zeros stays negative, except in
+// a single digit with an overpunched sign.
+template <class To>
+bool negativeSignLasts(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits,
+                       uint32_t options) {
+    if ((options & KEEP_NEGATIVE_ZERO) != 0 ||
+        (*Packed::signByte(source, sourceDigits) & 0xF0U) != 0) {
+        return true;
+    }
+    if (To::kSign == SignKind::overpunch && targetDigits == 1) {
+        return false;
+    }
+    return !bitsAreClear(source, sourceDigits / 2, 0xFF); // the last digit is 0
+}
+
 template <class To>
 bool unpackedIsNegative(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits,
                         uint32_t options) {

@@ -1,5 +1,5 @@
-// The two copy cores: an item widened with zeros or narrowed by its high-order digits into another
-// of the same form. The target may overlap the source.
+// Copies that widen an item with zeros or narrow it by its high-order digits. The target may
+// overlap the source.
 #ifndef ZOR_DECIMAL_COPY_H
 #define ZOR_DECIMAL_COPY_H
 
@@ -46,15 +46,6 @@ inline void packedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *tar
     placePackedBytes(source, sourceBytes, target, targetBytes);
     Packed::clearPad(target, targetDigits);
     target[targetBytes - 1] = withPackedSign(last, packedSignIsNegative(last));
-}
-
-// Copies a zoned value with the sign in its last byte, which is stored anew; the other bytes are
-// copied as they are.
-inline void zonedCopy(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                      int32_t targetDigits) {
-    const uint8_t last = source[sourceDigits - 1];
-    copyRightJustified(source, sourceDigits, target, targetDigits, kZone);
-    target[targetDigits - 1] = zonedByte(zonedDigitValue(last), zonedIsNegative(last));
 }
 
 } // namespace zor::decimal

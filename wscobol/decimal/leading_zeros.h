@@ -26,11 +26,6 @@ inline int32_t leadingClearBytes(const uint8_t *address, int32_t length, uint8_t
     return at;
 }
 
-// Packed: bytes of two zero digits.
-inline int32_t leadingZeroBytes(const uint8_t *address, int32_t bytes) {
-    return leadingClearBytes(address, bytes, 0xFF);
-}
-
 // Zoned: bytes with a zero low nibble.
 inline int32_t leadingZeroDigits(const uint8_t *address, int32_t digits) {
     return leadingClearBytes(address, digits, 0x0F);
@@ -38,7 +33,7 @@ inline int32_t leadingZeroDigits(const uint8_t *address, int32_t digits) {
 
 // The digits of a packed item without leading zeros, at least 1. A pad nibble that is not 0 counts.
 inline int32_t significantDigits(const uint8_t *address, int32_t bytes) {
-    const int32_t zeros = leadingZeroBytes(address, bytes);
+    const int32_t zeros = leadingClearBytes(address, bytes, 0xFF);
     const int32_t digits = (bytes - zeros) * 2 - 1;
     return digits > 1 && (address[zeros] & 0xF0U) == 0 ? digits - 1 : digits;
 }

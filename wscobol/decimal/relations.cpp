@@ -9,24 +9,6 @@
 namespace zor::decimal {
 namespace {
 
-// The compare cores, chosen by form.
-bool compareAlike(Packed, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                  int32_t op2Digits, int32_t &order) {
-    return packedCompareAlike(op1, op1Digits, op2, op2Digits, false, order);
-}
-bool compareAlike(ZonedTrailing, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                  int32_t op2Digits, int32_t &order) {
-    return zonedCompareAlike(op1, op1Digits, op2, op2Digits, false, order);
-}
-int32_t compare(Packed, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                int32_t op2Digits) {
-    return packedCompare(op1, op1Digits, op2, op2Digits, false);
-}
-int32_t compare(ZonedTrailing, const uint8_t *op1, int32_t op1Digits, const uint8_t *op2,
-                int32_t op2Digits) {
-    return zonedCompare(op1, op1Digits, op2, op2Digits, false);
-}
-
 // What a relation says about the result of a comparison, and its word in the trace.
 struct EQU {
     static constexpr const char *kName = "equ";
@@ -71,7 +53,7 @@ template <class Relation, class Form>
         checkOperand<Form>(op1, op1Digits, Strictness::strict);
         checkOperand<Form>(op2, op2Digits, Strictness::strict);
     }
-    const int32_t result = Relation::holds(compare(Form(), op1, op1Digits, op2, op2Digits));
+    const int32_t result = Relation::holds(compareItems<Form>(op1, op1Digits, op2, op2Digits));
     if (traces<Form>(options)) {
         ZOR_BCD_TRACE("res: %d\n", result);
     }
@@ -83,7 +65,7 @@ inline int32_t relation(const uint8_t *op1, const uint8_t *op2, int32_t op2Digit
                         int32_t op1Digits) {
     int32_t order = 0;
     if (allOff<TRACE | VALIDATE_COMPARES>(peekBcdOptions()) &&
-        compareAlike(Form(), op1, op1Digits, op2, op2Digits, order)) {
+        compareAlike<Form>(op1, op1Digits, op2, op2Digits, order)) {
         return Relation::holds(order);
     }
     return relationWatched<Relation, Form>(op1, op2, op2Digits, op1Digits);

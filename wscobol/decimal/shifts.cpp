@@ -70,15 +70,6 @@ void zonedShiftDigitsRight(const uint8_t *source, int32_t sourceDigits, uint8_t 
     }
 }
 
-// The significant digits of an item whose sign shares its last byte.
-template <class Form> int32_t significantDigitsOf(const uint8_t *item, int32_t digits) {
-    if constexpr (Form::kSign == SignKind::packed) {
-        return significantDigits(item, Form::bytes(digits));
-    } else {
-        return digits - leadingZeroDigits(item, digits);
-    }
-}
-
 // Where the sign stands in the last byte, a value of which no digit is kept is positive even where
 // negative zeros are kept.
 template <class Form, Direction direction>
@@ -87,7 +78,9 @@ bool losesSign(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits
         if constexpr (direction == Direction::left) {
             return shift >= targetDigits;
         } else {
-            const int32_t digits = significantDigitsOf<Form>(source, sourceDigits);
+            const int32_t digits = Form::kSign == SignKind::packed
+                                       ? significantDigits(source, Form::bytes(sourceDigits))
+                                       : sourceDigits - leadingZeroDigits(source, sourceDigits);
             return shift > digits || (shift == digits && direction == Direction::right);
         }
     }

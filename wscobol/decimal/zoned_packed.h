@@ -1,4 +1,4 @@
-// The two cores between packed and zoned storage. Up to 31 digits pass in one step, more by 32. The
+// Digits between packed and zoned storage. Up to 31 digits pass in one step, more by 32. The
 // digits of a short item are all loaded before any is stored, so that the target may overlap it.
 #ifndef ZOR_DECIMAL_ZONED_PACKED_H
 #define ZOR_DECIMAL_ZONED_PACKED_H
@@ -125,33 +125,6 @@ inline void zonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *
     const uint8_t last = packedLastByte(source[sourceDigits - 1], loadBcdOptions());
     packDigits(source, sourceDigits, target, targetDigits);
     *Packed::signByte(target, targetDigits) = last;
-}
-
-// Whether the negative sign of a packed item lasts in a zoned form: not that of a zero item unless
-// KEEP_NEGATIVE_ZERO is set. A value that the target cuts down to zeros stays negative, except in
-// a single digit with an overpunched sign.
-template <class To>
-inline bool negativeSignLasts(const uint8_t *source, int32_t sourceDigits, int32_t targetDigits,
-                              uint32_t options) {
-    if ((options & KEEP_NEGATIVE_ZERO) != 0 ||
-        (*Packed::signByte(source, sourceDigits) & 0xF0U) != 0) {
-        return true;
-    }
-    if (To::kSign == SignKind::overpunch && targetDigits == 1) {
-        return false;
-    }
-    return !bitsAreClear(source, sourceDigits / 2, 0xFF); // the last digit is 0
-}
-
-// A packed item as a zoned one with trailing overpunch.
-inline void packedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                          int32_t targetDigits) {
-    const uint32_t options = loadBcdOptions();
-    const bool negative =
-        Packed::isNegative(source, sourceDigits) &&
-        negativeSignLasts<ZonedTrailing>(source, sourceDigits, targetDigits, options);
-    unpackDigits(source, sourceDigits, target, targetDigits);
-    ZonedTrailing::storeSign(target, targetDigits, negative);
 }
 
 } // namespace zor::decimal
