@@ -1,6 +1,8 @@
 // Decimal shifts of items of all forms.
 #include "decimal_moves.h"
 
+#include <type_traits>
+
 #include "decimal/common_case.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"

@@ -21,14 +21,12 @@ inline __m128i loadWindow(const uint8_t *start, int32_t bytes) {
         return _mm_unpacklo_epi64(upper, load8(start + bytes - 8));
     }
     const uint8_t *end = start + bytes;
-    uint32_t low = 0; // the last four bytes
     if (bytes >= 4) {
-        const __m128i head = _mm_cvtsi32_si128(static_cast<int>(loadWord<uint32_t>(start)));
-        const __m128i tail = _mm_cvtsi32_si128(static_cast<int>(loadWord<uint32_t>(end - 4)));
-        const __m128i upper = _mm_sll_epi64(head, _mm_cvtsi32_si128(8 * (8 - bytes)));
-        return _mm_slli_si128(_mm_or_si128(upper, _mm_slli_epi64(tail, 32)), 8);
+        const __m128i upper = _mm_sll_epi64(load4(start), _mm_cvtsi32_si128(8 * (8 - bytes)));
+        const __m128i tail = _mm_slli_epi64(load4(end - 4), 32);
+        return _mm_slli_si128(_mm_or_si128(upper, tail), 8);
     }
-    low = static_cast<uint32_t>(end[-1]) << 24;
+    uint32_t low = static_cast<uint32_t>(end[-1]) << 24; // the last four bytes
     if (bytes >= 2) {
         low |= static_cast<uint32_t>(end[-2]) << 16;
     }
