@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <stdio_ext.h>
 
 #include "anchors.h"
 #include "debug_log.h"
@@ -14,11 +15,14 @@ constexpr const char *kHostId = "CCBL";
 
 // A stream that another thread is writing to is left to that thread: it may be waiting for the
 // message stream, which this one holds.
-void flushIfFree(FILE *stream) {
-    if (stream != nullptr && ftrylockfile(stream) == 0) {
-        flushAndSync(stream);
-        funlockfile(stream);
+void flushIfFree(FILE *stream, Flush which) {
+    if (stream == nullptr || ftrylockfile(stream) != 0) {
+        return;
     }
+    if (which == Flush::all || __fpending(stream) != 0) {
+        flushAndSync(stream);
+    }
+    funlockfile(stream);
 }
 
 // The run unit whose host hears the messages: the current one, or the one that is just ending.
@@ -50,16 +54,17 @@ void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
 
 } // namespace
 
-void flushDisplayStreams() {
-    flushIfFree(stderr);
-    flushIfFree(stdout);
+void flushDisplayStreams(Flush which) {
     const Proccom *process = proccom();
+    const FILE *messages = process == nullptr ? stderr : process->cobmsgs;
+    flushIfFree(stderr, messages == stderr ? Flush::pending : which); // it is yet to be written
+    flushIfFree(stdout, which);
     if (process == nullptr) {
         return;
     }
     for (FILE *stream : {process->sysout, process->consoleout}) {
         if (stream != stdout && stream != stderr) {
-            flushIfFree(stream);
+            flushIfFree(stream, which);
         }
     }
 }

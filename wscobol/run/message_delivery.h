@@ -12,8 +12,15 @@ namespace zor {
 // Whether a message ends the run, in the terms of the host's message routine.
 enum class RunEnd : int32_t { none = 0, severity = 1, errorCount = -1 };
 
-// Writes out what the program displayed, so that it stands ahead of the message.
-void flushDisplayStreams();
+// A synchronisation takes milliseconds on a disk, also when nothing is new.
+enum class Flush : uint8_t {
+    all,
+    pending, // leaves alone the streams that hold nothing back
+};
+
+// Writes out what the program displayed, so that it stands ahead of the message, or what a host's
+// message routine displayed.
+void flushDisplayStreams(Flush which);
 
 // Delivers a message; the caller holds the lock of stream.
 void deliverMessage(const MessageText &message, FILE *stream, RunEnd end);

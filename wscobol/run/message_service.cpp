@@ -125,7 +125,7 @@ void returnText(MessageText &message, char *target, uint32_t size) {
 // Puts the message on the message stream or before the host. The stream's lock keeps messages
 // apart.
 void writeMessage(MessageText &message, const Request &request, RunEnd end, const char *closing) {
-    flushDisplayStreams();
+    flushDisplayStreams(Flush::all);
     FILE *stream = standardFile(StandardFile::cobmsgs);
     flockfile(stream);
     if (end != RunEnd::none) {
@@ -141,7 +141,7 @@ void writeMessage(MessageText &message, const Request &request, RunEnd end, cons
     ++message.limit;
     message.append("\n");
     deliverMessage(message, stream, end);
-    flushDisplayStreams();
+    flushDisplayStreams(Flush::pending);
     flushAndSync(stream);
     funlockfile(stream);
     if (request.number == kSignalMessage) {
