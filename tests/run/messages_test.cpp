@@ -472,6 +472,28 @@ TEST_F(OwnCatalog, TheLocalesOfTheProcessStayAsTheyAre) {
     EXPECT_EQ(result.err, "");
 }
 
+// Catalogues lie under de_DE or de, while the system knows other names.
+TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
+    const kit::TemporaryDirectory locales;
+    const std::string known = locales.file("de_DE.ISO-8859-1");
+    ASSERT_EQ(system(("localedef -i de_DE -f ISO-8859-1 " + known).c_str()), 0);
+    ASSERT_EQ(symlink(known.c_str(), (known + "@euro").c_str()), 0);
+    for (const char *found : {"de", "de_DE", "de_DE.ISO-8859-1"}) {
+        Environment environment = build(found, "$set 7\n1 \"1 of " + std::string(found) + "\"\n");
+        environment[1] = {"LC_ALL", "de_DE.ISO-8859-1@euro"};
+        environment.emplace_back("LOCPATH", locales.path());
+        const ChildResult result = runChild(
+            [] {
+                useOwnCatalog();
+                char text[80];
+                _zorWriteERRmsg(7, MESSAGE_RETURN_TEXT, text, 80U);
+                printf("%s, %s", text, setlocale(LC_MESSAGES, nullptr));
+            },
+            environment);
+        EXPECT_EQ(result.out, "of " + std::string(found) + ", de_DE.ISO-8859-1@euro");
+    }
+}
+
 // What does not fit the buffer is cut, and the closing line is still there.
 TEST_F(OwnCatalog, ALongTextKeepsItsClosingLine) {
     const Environment environment = build("C", "$set 7\n1 \"2 %s\"\n");

@@ -1,5 +1,6 @@
 #include "message_catalog.h"
 
+#include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -59,14 +60,54 @@ struct LocaleName {
     bool known;
 };
 
-nl_catd openForCurrentLocale() {
-    const nl_catd handle = catopen(kCatalogName, NL_CAT_LOCALE);
+nl_catd openNamed(const char *name) {
+    const nl_catd handle = catopen(name, NL_CAT_LOCALE);
     return handle == reinterpret_cast<nl_catd>(-1) ? nullptr : handle;
 }
 
+nl_catd openForCurrentLocale() {
+    return openNamed(kCatalogName);
+}
+
+// Expands an entry of NLSPATH; false when it asks for more than locale and name, or is too long.
+bool expandEntry(const char *entry, std::size_t length, const char *locale, char *path) {
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        const char literal[2] = {entry[i], '\0'};
+        const char *part = literal;
+        if (entry[i] == '%' && ++i < length) {
+            part = entry[i] == 'L' ? locale : entry[i] == 'N' ? kCatalogName : nullptr;
+        }
+        if (part == nullptr || strlen(part) >= PATH_MAX - used) {
+            return false;
+        }
+        used += strlen(strcpy(path + used, part));
+    }
+    path[used] = '\0';
+    return used != 0;
+}
+
+// The catalogue of a locale that the system does not know.
+nl_catd openAlongPath(const char *locale) {
+    const char *entry = getenv("NLSPATH");
+    while (entry != nullptr) {
+        char path[PATH_MAX];
+        const std::size_t length = strcspn(entry, ":");
+        if (expandEntry(entry, length, locale, path)) {
+            const nl_catd handle = openNamed(path);
+            if (handle != nullptr) {
+                return handle;
+            }
+        }
+        entry = entry[length] == ':' ? entry + length + 1 : nullptr;
+    }
+    return nullptr;
+}
+
+// A system that has de_DE.UTF-8 alone must still find the catalogue of de_DE.
 nl_catd openFor(const char *locale) {
-    setlocale(LC_MESSAGES, locale);
-    return openForCurrentLocale();
+    return setlocale(LC_MESSAGES, locale) != nullptr ? openForCurrentLocale()
+                                                     : openAlongPath(locale);
 }
 
 // Tries ever more general names: de_DE.UTF-8@euro, de_DE.UTF-8, de_DE, de, and then the locales
