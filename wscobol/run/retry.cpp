@@ -13,6 +13,9 @@ namespace {
 
 constexpr int kPauseMilliseconds = 20;
 
+// What the C library holds for the offset of a stream until it has asked the kernel.
+constexpr off64_t kUnknownOffset = -1;
+
 bool interrupted() {
     return errno == EINTR || errno == EAGAIN;
 }
@@ -98,11 +101,20 @@ ssize_t retryBytes(int descriptor, std::size_t bytes, short events, Transfer tra
 // Writes out what a stream holds. The C library drops all of it when a write stops half-way, even
 // for EINTR and EAGAIN; here such a write goes on, and only another error loses what is left.
 bool drain(FILE *stream) {
-    const std::size_t pending = __fpending(stream);
     const int descriptor = fileno_unlocked(stream);
-    if (pending == 0 || descriptor < 0) {
+    if (descriptor < 0 || __fwriting(stream) == 0) {
         return true;
     }
+    const std::size_t pending = __fpending(stream);
+    const auto readAhead = stream->_IO_read_end - stream->_IO_write_base;
+    if (readAhead != 0) {
+        // The output belongs where reading stopped, not where it has taken the descriptor. A socket
+        // has no such place and refuses.
+        lseek(descriptor, -readAhead, SEEK_CUR);
+        stream->_IO_read_base = stream->_IO_read_ptr = stream->_IO_read_end =
+            stream->_IO_write_base;
+    }
+    stream->_offset = kUnknownOffset;
     const ssize_t written = retryWrite(descriptor, stream->_IO_write_base, pending);
     __fpurge(stream);
     return written == static_cast<ssize_t>(pending);
@@ -192,9 +204,8 @@ bool writeThrough(FILE *stream, const char *text, std::size_t bytes) {
         return fwrite_unlocked(text, 1, bytes, stream) == bytes;
     }
     if (__fbufsize(stream) == 0 || __fwriting(stream) == 0) {
-        // The first write makes the buffer; one byte always finds room in it.
-        return fwrite_unlocked(text, 1, 1, stream) == 1 &&
-               writeUnlocked(stream, text + 1, bytes - 1);
+        // Makes the buffer. A first write through the C library would be lost to an interruption.
+        return __overflow(stream, EOF) != EOF && writeUnlocked(stream, text, bytes);
     }
     if (__flbf(stream) != 0 &&
         stream->_IO_buf_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(bytes)) {
