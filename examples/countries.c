@@ -170,7 +170,7 @@ static const NumericEditDescriptor editArea = {11, '.', '$', EDIT_SIGN_NONE, "ZZ
 static const NumericEditDescriptor editPopulation = {13, '.', '$', EDIT_SIGN_NONE, "Z,ZZZ,ZZZ,ZZ9"};
 static const NumericEditDescriptor editDensity = {9, '.', '$', EDIT_SIGN_NONE, "ZZ,ZZ9.99"};
 static const NumericEditDescriptor editDensityBlankWhenZero = {
-    9, '.', '$', (uint8_t)(256 - EDIT_SIGN_NONE_1), "ZZ,ZZ9.99"};
+    9, '.', '$', EDIT_BLANK_WHEN_ZERO(EDIT_SIGN_NONE), "ZZ,ZZ9.99"};
 static const NumericEditDescriptor editBalance = {17, '.', '$', EDIT_FLOAT_CURRENCY_SIGN_IF_MINUS,
                                                   "$$$$,$$$,$$9.99CR"};
 static const NumericEditDescriptor editGrowth = {6, '.', '$', EDIT_FLOAT_SIGN_IF_MINUS, "--9.99"};
@@ -213,7 +213,7 @@ static void moveEdited(const uint8_t *packed, int32_t digits, char *receiver,
                        const NumericEditDescriptor *descriptor, int32_t pictureDigits) {
     uint8_t stream[1 + kWork];
     _zorcBCD_CONV_Pckd_To_ZndLS(packed, stream, pictureDigits, digits);
-    _zorcMoveNumToNumEdit(descriptor, (const char *)stream, receiver);
+    _zorcMoveNumToNumEdit(descriptor, stream, receiver);
 }
 
 /* item NUMERIC, of an unsigned zoned item. */
@@ -252,8 +252,8 @@ static int atEnd(void) {
 }
 
 static void readRecord(void) {
-    _zorcMoveFigConst((char *)&record, sizeof record, "\xFF", 1);
-    _zorcAccept(ACCEPT_FROM_SYSIN, sizeof record, (char *)&record);
+    _zorcMoveFigConst(&record, sizeof record, "\xFF", 1);
+    _zorcAccept(ACCEPT_FROM_SYSIN, sizeof record, &record);
     if (!atEnd())
         _zorcBCD_ADD_Pckd_Int4(recordsRead, kCount, 1);
 }
@@ -299,7 +299,7 @@ static void printFigures(void) {
 static void endRegion(void) {
     if (currentRegion == 0)
         return;
-    _zorcMoveFigConst((char *)&detailLine.head.total, sizeof detailLine.head.total, " ", 1);
+    _zorcMoveFigConst(&detailLine.head.total, sizeof detailLine.head.total, " ", 1);
     MOVE_LITERAL("TOTAL", detailLine.head.total.text);
     memcpy(detailLine.head.total.region, regionName(currentRegion), kRegionLength);
     moveEdited(regionFigures[currentRegion - 1].count, kCount, detailLine.head.total.count,

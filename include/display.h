@@ -38,11 +38,12 @@ ZOR_LAYOUT(DisplayControl, flags, 5);
 ZOR_LAYOUT(DisplayControl, point, 6);
 ZOR_SIZE(DisplayControl, 8);
 
-/* One item of a DISPLAY. */
+/* One item of a DISPLAY. width goes both ways: generated code that keeps an item sets it again
+ * ahead of every DISPLAY of a number; for text the value that goes in is not read. */
 struct DisplayItem {
     const void *address; /* the data; 0 shows "(NULL)" whatever the type */
     uint32_t size;       /* storage size in bytes */
-    int32_t width;       /* in: digits to show. Out: characters produced */
+    int32_t width;       /* in: digits of a number to show. Out: characters produced */
     uint32_t type;       /* DISPLAY_ types; any other ends the DISPLAY with message 170 */
 };
 ZOR_LAYOUT(DisplayItem, address, 0);
@@ -72,24 +73,30 @@ ZOR_BEGIN_C
  * lock. Binary items show their low-order width digits, with "-" ahead when negative. Floating
  * items show sign or blank, point, width digits, "E", "-" or blank, at least two digits of the
  * exponent; or "Infinity" or "NaN". A write error drops the item. While _zorDebugBuf is set, the
- * first item's text goes there instead. Messages: 168 SYSPUNCH cannot be opened, stdout is used;
- * 169 unknown device, SYSOUT is used; 170 invalid type or size, the items ahead of it are shown. */
+ * first item's text goes there instead (its owner sees to the room; _zorDebugBufLen tells the
+ * length), the further items are left out, and the newline still goes to the stream. Messages: 168
+ * SYSPUNCH cannot be opened, stdout is used; 169 unknown device, SYSOUT is used; 170 invalid type
+ * or size, the items ahead of it and the newline are shown. COBOL_DISPLAY_FLUSH, read at the first
+ * DISPLAY of the process, flushes the stream at the end of each when it begins with "1". */
 ZOR_EXPORT void _zorcDisplay(const DisplayControl *control, DisplayItem *items);
 
 /* Reads up to length bytes from a stream, or formats a date register, into target; the rest of it
  * is filled with blanks. length below 1 does nothing; a target for which nothing was read stays as
  * it was. From a terminal or under ACCEPT=NEW one line is read, and what is too long is dropped;
- * otherwise reading goes on over line ends until the target is full. Message 200 (variant 2) tells
- * of a read error; end of file is none. */
-ZOR_EXPORT void _zorcAccept(uint32_t flags, int32_t length, char *target);
+ * otherwise reading goes on over line ends until the target is full. An end of file met earlier
+ * does not count: the stream is read anew. With ACCEPT_DBCS an even rest is filled with the
+ * double-byte blank of the code page. Message 200 (variant 2) tells of a read error; end of file is
+ * none. */
+ZOR_EXPORT void _zorcAccept(uint32_t flags, int32_t length, void *target);
 
-/* ACCEPT of national data from a stream: *length counts 16-bit characters, read low byte first. The
- * rest of the target is not filled. */
+/* ACCEPT of national data from a stream: *length counts 16-bit characters, read low byte first; the
+ * newline is U+000A. Of a line that is too long, bytes are dropped up to and including the first
+ * 0x0A, whatever half of a character it is. The rest of the target is not filled. */
 ZOR_EXPORT void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target);
 
 /* Shows a literal of length bytes on SYSOUT and waits for a line from SYSIN, which is dropped.
  * Message 200 (variant 2) tells of a read error. */
-ZOR_EXPORT void _zorcStopLiteral(int32_t length, const char *text);
+ZOR_EXPORT void _zorcStopLiteral(int32_t length, const void *text);
 
 ZOR_END_C
 

@@ -12,9 +12,12 @@
 
 #include "zor_abi.h"
 
-/* Values of NumericEditDescriptor.signFloatCode. "Shown" prints the sender's sign byte as it
- * stands, "if minus" prints a blank for "+" and "-" for all else. Codes that end in a number mean
- * the same as the code without it. 256 - code adds BLANK WHEN ZERO. */
+/* Values of NumericEditDescriptor.signFloatCode. They tell what "+" and "-" in the picture print:
+ * with NONE a blank, with SHOWN the sender's sign byte as it stands, with IF_MINUS a blank for "+"
+ * and "-" for all else. A sign pair prints only when that is "-", so CR and DB need SHOWN or
+ * IF_MINUS; with the codes 0, 1 and 12 they never print. FLOAT codes make the signs or the currency
+ * signs of the picture a floating string. Names that end in a number mean the same as the name
+ * without it. */
 enum {
     EDIT_SIGN_NONE = 0,
     EDIT_SIGN_NONE_1 = 1,
@@ -32,13 +35,19 @@ enum {
     EDIT_LAST_CODE = EDIT_FLOAT_CURRENCY
 };
 
+/* The value of signFloatCode that adds BLANK WHEN ZERO to a code. It is 256 less the code, a byte
+ * above EDIT_LAST_CODE; for code 0, where that does not fit a byte, code 1 serves. */
+#define EDIT_BLANK_WHEN_ZERO(code)                                                                 \
+    ((uint8_t)(256 - ((code) == EDIT_SIGN_NONE ? EDIT_SIGN_NONE_1 : (code))))
+
 /* Numeric editing. Length 5 + |pictureLength|. */
 struct NumericEditDescriptor {
-    int16_t pictureLength;    /* bytes of pictureText; negative (magnitude counts): a value of zero
-                                 becomes asterisks or blanks; 0: nothing is written */
+    int16_t pictureLength;    /* bytes of pictureText; negative (magnitude counts), as for a picture
+                                 of suppressed or floating positions alone: a value of zero becomes
+                                 asterisks or blanks; 0: nothing is written */
     uint8_t decimalPointChar; /* "."; any other value swaps "." and "," in the edited item */
     uint8_t currencyChar;     /* currency sign, or the placeholder of the currency string */
-    uint8_t signFloatCode;    /* EDIT_ codes */
+    uint8_t signFloatCode;    /* EDIT_ codes, or EDIT_BLANK_WHEN_ZERO of one */
     ZOR_FLEXIBLE char pictureText[];
 } __attribute__((packed));
 ZOR_LAYOUT(NumericEditDescriptor, pictureLength, 0);
@@ -108,32 +117,35 @@ typedef struct NationalEditDescriptor NationalEditDescriptor;
 
 ZOR_BEGIN_C
 
-/* Edits a number. digitStream is a sign byte "+" or "-" and then one decimal digit character for
- * every digit position of the picture, aligned to its decimal point; a floating string takes one
- * digit for each position but its first. Writes one byte for each byte of pictureText but P and V.
- */
+/* Edits a number. digitStream is a sign byte "+" or "-" and then the decimal digit characters, one
+ * for each "9", "Z" and "*" of the picture and each sign or currency sign of a floating string but
+ * its first, aligned to the picture's decimal point: a zoned item with a leading separate sign, as
+ * the _To_ZndLS conversions of decimal_moves.h give it. Writes one byte for each byte of
+ * pictureText but P and V. */
 ZOR_EXPORT void _zorcMoveNumToNumEdit(const NumericEditDescriptor *descriptor,
-                                      const char *digitStream, char *receiver);
+                                      const void *digitStream, void *receiver);
 
 /* The same, and then the first currencyChar in the edited form gives way to currencyString: the
  * receiver is longer by the string's length less 1. */
 ZOR_EXPORT void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor,
-                                       const char *digitStream, char *receiver,
+                                       const void *digitStream, void *receiver,
                                        const CurrencyString *currencyString);
 
 /* De-edits: result receives the digit characters in their order and one trailing sign byte, "+" or
- * "-". Returns 0, or 1 when the sender does not fit the picture; then result holds nothing of
- * use. */
-ZOR_EXPORT int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const char *sender,
-                                         char *result);
+ * "-": a zoned item with a trailing separate sign. It is at least 1 and at most pictureLength + 1
+ * bytes long. Returns 0, or 1 when the sender does not fit the picture; then result holds nothing
+ * of use. */
+ZOR_EXPORT int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const void *sender,
+                                         void *result);
 
-/* The same for a sender whose currency sign is currencyString. */
-ZOR_EXPORT int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const char *sender,
-                                          char *result, const CurrencyString *currencyString);
+/* The same for a sender whose currency sign is currencyString; a sender without that string is
+ * read as the other form reads it. */
+ZOR_EXPORT int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const void *sender,
+                                          void *result, const CurrencyString *currencyString);
 
 /* Edits senderLength bytes through an alphanumeric picture. */
 ZOR_EXPORT void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor,
-                                      const char *sender, int32_t senderLength, char *receiver);
+                                      const void *sender, int32_t senderLength, void *receiver);
 
 /* Edits national data; senderBytes is even. The receiver gets one character (2 bytes) per
  * position. */
@@ -143,14 +155,14 @@ ZOR_EXPORT void _zorcMoveUnicodeEdit(const NationalEditDescriptor *descriptor, c
 /* Fills the receiver with copies of a literal. A negative receiver length (magnitude counts) means
  * JUSTIFIED RIGHT: the receiver then ends with a whole literal. A literal of length below 1 leaves
  * the receiver as it is. */
-ZOR_EXPORT void _zorcMoveFigConst(char *receiver, int32_t signedReceiverLength, const char *literal,
+ZOR_EXPORT void _zorcMoveFigConst(void *receiver, int32_t signedReceiverLength, const void *literal,
                                   int32_t literalLength);
 
 /* Moves bytes between items that may overlap, cutting or padding to the receiver's length. The
  * magnitudes are the lengths. A negative receiver length means JUSTIFIED RIGHT, a negative sender
  * length pads with 0x40 instead of 0x20. */
-ZOR_EXPORT void _zorcMoveVarLenOverlap(char *receiver, int32_t signedReceiverLength,
-                                       const char *sender, int32_t signedSenderLength);
+ZOR_EXPORT void _zorcMoveVarLenOverlap(void *receiver, int32_t signedReceiverLength,
+                                       const void *sender, int32_t signedSenderLength);
 
 ZOR_END_C
 

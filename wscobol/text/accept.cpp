@@ -153,15 +153,16 @@ void acceptRegister(uint32_t flags, std::size_t length, char *target) {
 } // namespace
 } // namespace zor
 
-void _zorcAccept(uint32_t flags, int32_t length, char *target) {
+void _zorcAccept(uint32_t flags, int32_t length, void *target) {
     if (length < 1) {
         return;
     }
     const auto bytes = static_cast<std::size_t>(length);
+    auto *const item = static_cast<char *>(target);
     if ((flags & zor::kStreamFlags) != 0) {
-        zor::acceptFromStream(flags, bytes, target);
+        zor::acceptFromStream(flags, bytes, item);
     } else if ((flags & zor::kRegisterFlags) != 0) {
-        zor::acceptRegister(flags, bytes, target);
+        zor::acceptRegister(flags, bytes, item);
     }
 }
 
@@ -185,13 +186,14 @@ void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target) {
     zor::reportReadError("ACCEPT", error);
 }
 
-void _zorcStopLiteral(int32_t length, const char *text) {
+void _zorcStopLiteral(int32_t length, const void *text) {
     FILE *const input = zor::standardFile(zor::StandardFile::sysin);
     FILE *const output = zor::standardFile(zor::StandardFile::sysout);
     {
         zor::ScopedStream held(output);
         if (length > 0) {
-            zor::writeUnlocked(output, text, static_cast<std::size_t>(length));
+            zor::writeUnlocked(output, static_cast<const char *>(text),
+                               static_cast<std::size_t>(length));
         }
         zor::writeUnlocked(output, "\n", 1);
     }

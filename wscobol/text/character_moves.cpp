@@ -47,25 +47,27 @@ bool isNationalInsertion(uint16_t c) {
 } // namespace
 } // namespace zor
 
-void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor, const char *sender,
-                           int32_t senderLength, char *receiver) {
-    const char *const end = sender + std::max(senderLength, 0);
-    const bool repeat = descriptor->repeatSource != 0 && end != sender;
-    const char *next = sender;
+void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor, const void *sender,
+                           int32_t senderLength, void *receiver) {
+    const auto *const first = static_cast<const char *>(sender);
+    const char *const end = first + std::max(senderLength, 0);
+    const bool repeat = descriptor->repeatSource != 0 && end != first;
+    const char *next = first;
+    auto *out = static_cast<char *>(receiver);
     const char *picture = descriptor->pictureText;
     for (int left = descriptor->positionCount; left > 0; --left) {
         const char symbol = *picture++;
         if (symbol == ' ' || symbol == '/' || symbol == '0') {
-            *receiver++ = symbol;
+            *out++ = symbol;
         } else if (symbol == zor::kIdeographicBlank[0] && *picture == zor::kIdeographicBlank[1]) {
             ++picture;
-            *receiver++ = zor::kIdeographicBlank[0];
-            *receiver++ = zor::kIdeographicBlank[1];
+            *out++ = zor::kIdeographicBlank[0];
+            *out++ = zor::kIdeographicBlank[1];
         } else {
             if (next == end && repeat) {
-                next = sender;
+                next = first;
             }
-            *receiver++ = next == end ? ' ' : *next++;
+            *out++ = next == end ? ' ' : *next++;
         }
     }
 }
@@ -105,23 +107,25 @@ void _zorcMoveUnicodeEdit(const NationalEditDescriptor *descriptor, const void *
     }
 }
 
-void _zorcMoveFigConst(char *receiver, int32_t signedReceiverLength, const char *literal,
+void _zorcMoveFigConst(void *receiver, int32_t signedReceiverLength, const void *literal,
                        int32_t literalLength) {
     if (literalLength < 1) {
         return;
     }
     std::size_t bytes = zor::magnitude(signedReceiverLength);
     const auto length = static_cast<std::size_t>(literalLength);
+    const auto *const pattern = static_cast<const char *>(literal);
+    auto *out = static_cast<char *>(receiver);
     if (signedReceiverLength < 0) {
         const std::size_t rest = bytes % length;
-        memcpy(receiver, literal + length - rest, rest);
-        receiver += rest;
+        memcpy(out, pattern + length - rest, rest);
+        out += rest;
         bytes -= rest;
     }
-    zor::fillWithPattern(receiver, bytes, literal, length);
+    zor::fillWithPattern(out, bytes, pattern, length);
 }
 
-void _zorcMoveVarLenOverlap(char *receiver, int32_t signedReceiverLength, const char *sender,
+void _zorcMoveVarLenOverlap(void *receiver, int32_t signedReceiverLength, const void *sender,
                             int32_t signedSenderLength) {
     const std::size_t target = zor::magnitude(signedReceiverLength);
     const std::size_t source = zor::magnitude(signedSenderLength);
@@ -129,7 +133,9 @@ void _zorcMoveVarLenOverlap(char *receiver, int32_t signedReceiverLength, const 
     const std::size_t padded = target - copied;
     const bool justifiedRight = signedReceiverLength < 0;
     const char blank = signedSenderLength < 0 ? zor::kEbcdicBlank : ' ';
-    memmove(justifiedRight ? receiver + padded : receiver,
-            justifiedRight ? sender + (source - copied) : sender, copied);
-    memset(justifiedRight ? receiver : receiver + copied, blank, padded);
+    const auto *const from = static_cast<const char *>(sender);
+    auto *const to = static_cast<char *>(receiver);
+    memmove(justifiedRight ? to + padded : to, justifiedRight ? from + (source - copied) : from,
+            copied);
+    memset(justifiedRight ? to : to + copied, blank, padded);
 }

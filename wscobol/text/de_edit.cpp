@@ -175,13 +175,16 @@ const char *findCurrency(const DeEditDescriptor &descriptor, const char *sender,
 } // namespace
 } // namespace zor
 
-int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const char *sender,
-                              char *result) {
-    return zor::deEdit(*descriptor, {sender, nullptr, 0}, result) ? 0 : 1;
+int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const void *sender,
+                              void *result) {
+    const zor::EditedItem item{static_cast<const char *>(sender), nullptr, 0};
+    return zor::deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
 }
 
-int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const char *sender, char *result,
+int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const void *sender, void *result,
                                const CurrencyString *currencyString) {
-    const char *const currency = zor::findCurrency(*descriptor, sender, *currencyString);
-    return zor::deEdit(*descriptor, {sender, currency, currencyString->length}, result) ? 0 : 1;
+    const auto *const first = static_cast<const char *>(sender);
+    const zor::EditedItem item{first, zor::findCurrency(*descriptor, first, *currencyString),
+                               currencyString->length};
+    return zor::deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
 }

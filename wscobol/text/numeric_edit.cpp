@@ -249,15 +249,16 @@ char *editNumber(const NumericEditDescriptor &descriptor, const char *digitStrea
 } // namespace
 } // namespace zor
 
-void _zorcMoveNumToNumEdit(const NumericEditDescriptor *descriptor, const char *digitStream,
-                           char *receiver) {
+void _zorcMoveNumToNumEdit(const NumericEditDescriptor *descriptor, const void *digitStream,
+                           void *receiver) {
     if (descriptor->pictureLength != 0) {
-        zor::editNumber(*descriptor, digitStream, receiver);
+        zor::editNumber(*descriptor, static_cast<const char *>(digitStream),
+                        static_cast<char *>(receiver));
     }
 }
 
-void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor, const char *digitStream,
-                            char *receiver, const CurrencyString *currencyString) {
+void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor, const void *digitStream,
+                            void *receiver, const CurrencyString *currencyString) {
     const int signedLength = descriptor->pictureLength;
     if (signedLength == 0) {
         return;
@@ -265,8 +266,8 @@ void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor, const char 
     // The edited form is never longer than the picture, whose length is a 16-bit number.
     const auto room = static_cast<std::size_t>(signedLength < 0 ? -signedLength : signedLength);
     auto *const work = static_cast<char *>(alloca(room));
-    const auto written =
-        static_cast<std::size_t>(zor::editNumber(*descriptor, digitStream, work) - work);
+    const auto written = static_cast<std::size_t>(
+        zor::editNumber(*descriptor, static_cast<const char *>(digitStream), work) - work);
     const auto *const found =
         static_cast<const char *>(memchr(work, descriptor->currencyChar, written));
     if (found == nullptr) {
@@ -276,7 +277,8 @@ void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor, const char 
     const auto ahead = static_cast<std::size_t>(found - work);
     const int length = currencyString->length;
     const auto inserted = static_cast<std::size_t>(length < 0 ? 0 : length);
-    memcpy(receiver, work, ahead);
-    memcpy(receiver + ahead, currencyString->text, inserted);
-    memcpy(receiver + ahead + inserted, found + 1, written - ahead - 1);
+    auto *const out = static_cast<char *>(receiver);
+    memcpy(out, work, ahead);
+    memcpy(out + ahead, currencyString->text, inserted);
+    memcpy(out + ahead + inserted, found + 1, written - ahead - 1);
 }
