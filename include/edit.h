@@ -13,8 +13,8 @@
 #include "zor_abi.h"
 
 /* Values of NumericEditDescriptor.signFloatCode. They tell what "+" and "-" in the picture print:
- * with NONE a blank, with SHOWN the sender's sign byte as it stands, with IF_MINUS a blank for "+"
- * and "-" for all else. A sign pair prints only when that is "-", so CR and DB need SHOWN or
+ * with SHOWN the sender's sign byte as it stands, with IF_MINUS a blank for "+" and "-" for all
+ * else, with neither a blank. A sign pair prints only when that is "-", so CR and DB need SHOWN or
  * IF_MINUS; with the codes 0, 1 and 12 they never print. FLOAT codes make the signs or the currency
  * signs of the picture a floating string. Names that end in a number mean the same as the name
  * without it. */
