@@ -1,6 +1,7 @@
 // Conversions among the storage forms.
 #include "decimal_moves.h"
 
+#include <algorithm>
 #include <type_traits>
 
 #include "decimal/common_case.h"
@@ -123,9 +124,9 @@ bool convertShortPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint
     return true;
 }
 
+// The units digit and the sign that a zoned item has as a packed one.
 template <class From>
-void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                          int32_t targetDigits, uint32_t options) {
+uint8_t packedLastByteOf(const uint8_t *source, int32_t sourceDigits, uint32_t options) {
     const uint8_t *digits = From::digitBytes(source);
     uint8_t last = packedLastByte(digits[sourceDigits - 1], options);
     if constexpr (kSignLeads<From>) {
@@ -136,12 +137,47 @@ void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *
     if constexpr (!std::is_same_v<From, ZonedTrailing>) {
         last = withPackedSign(last, From::isNegative(source, sourceDigits));
     }
-    packDigits(digits, sourceDigits, target, targetDigits);
-    *Packed::signByte(target, targetDigits) = last;
+    return last;
+}
+
+void storePackedLastByte(uint8_t *target, int32_t digits, uint8_t last, uint32_t options) {
+    *Packed::signByte(target, digits) = last;
     if (last == kPackedNegative && (options & KEEP_NEGATIVE_ZERO) == 0 &&
-        digitsAreZero<Packed>(target, targetDigits)) {
-        *Packed::signByte(target, targetDigits) = kPackedPositive;
+        digitsAreZero<Packed>(target, digits)) {
+        *Packed::signByte(target, digits) = kPackedPositive;
     }
+}
+
+template <class From>
+void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                          int32_t targetDigits, uint32_t options) {
+    const uint8_t last = packedLastByteOf<From>(source, sourceDigits, options);
+    packDigits(From::digitBytes(source), sourceDigits, target, targetDigits);
+    storePackedLastByte(target, targetDigits, last, options);
+}
+
+// The same when the leftmost byte, and the last one of an unsigned item, is a digit at a glance or
+// the sign's own; false, and nothing done, when it is not.
+template <class From>
+bool convertShortZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
+                               int32_t targetDigits, uint32_t options) {
+    if constexpr (kSignLeads<From>) {
+        convertZonedToPacked<From>(source, sourceDigits, target, targetDigits, options);
+        return true;
+    }
+    const uint8_t *digits = From::digitBytes(source);
+    const auto isPlain = [](uint8_t byte) { return (byte & 0xF0U) == kZone; };
+    if ((sourceDigits > 1 || kIsUnsigned<From>)&&!isPlain(digits[0])) {
+        return false;
+    }
+    if (kIsUnsigned<From> && !isPlain(digits[sourceDigits - 1])) {
+        return false;
+    }
+    const uint8_t last = packedLastByteOf<From>(source, sourceDigits, options);
+    const int32_t cut = std::max(sourceDigits - targetDigits, 0);
+    packNibbles(digits + cut, sourceDigits - cut, target, Packed::bytes(targetDigits));
+    storePackedLastByte(target, targetDigits, last, options);
+    return true;
 }
 
 // Validates the digits of an unsigned item, and shows the whole item when they are bad.
@@ -259,8 +295,8 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
             if constexpr (!kIsPacked<To>) {
                 convertZonedToZoned<From, To>(source, sourceDigits, target, targetDigits, options);
                 return target;
-            } else if constexpr (!kIsUnsigned<From>) {
-                convertZonedToPacked<From>(source, sourceDigits, target, targetDigits, options);
+            } else if (convertShortZonedToPacked<From>(source, sourceDigits, target, targetDigits,
+                                                       options)) {
                 return target;
             }
         }
