@@ -134,15 +134,25 @@ bool packedIsInvalid(std::vector<uint8_t> bytes, bool strict) {
     return invalid;
 }
 
-bool zonedIsInvalid(const std::vector<uint8_t> &bytes, bool strict) {
+// Within a word only "0" to "9" pass; which bytes are within one follows the address.
+bool zonedIsInvalid(const uint8_t *item, std::size_t size, bool strict) {
     std::size_t first = 0;
-    while (!strict && first + 1 < bytes.size() && (bytes[first] & 0x0F) == 0) {
+    while (!strict && first + 1 < size && (item[first] & 0x0F) == 0) {
         ++first;
     }
-    bool invalid = !zonedCarriesSign(bytes.back());
-    for (std::size_t i = first; i + 1 < bytes.size(); ++i) {
-        const bool plain = (bytes[i] >= '0' && bytes[i] <= '9') || bytes[i] == 0;
-        invalid = invalid || !(plain || (i == 0 && zonedCarriesSign(bytes[0])));
+    bool invalid = !zonedCarriesSign(item[size - 1]);
+    std::size_t left = size - 1 - first;
+    for (const std::size_t width : {8U, 4U, 2U, 1U}) {
+        const bool aligned = reinterpret_cast<uintptr_t>(item + size - 1) % width == 0;
+        while (aligned && left > (width == 1 ? 0 : width)) {
+            for (std::size_t i = 0; i < width; ++i) {
+                const std::size_t at = first + --left;
+                invalid =
+                    invalid ||
+                    !((item[at] >= '0' && item[at] <= '9') ||
+                      (width == 1 && (item[at] == 0 || (at == 0 && zonedCarriesSign(*item)))));
+            }
+        }
     }
     return invalid;
 }
@@ -181,8 +191,9 @@ TEST(Validators, FollowTheirRulesAtAnyAddress) {
             const int32_t answer = packed ? validatePacked(item, 2 * length - 1, strictness)
                                           : validateZoned(item, length, strictness);
             ASSERT_EQ(answer,
-                      (packed ? packedIsInvalid(bytes, strict) : zonedIsInvalid(bytes, strict)) ? 1
-                                                                                                : 0)
+                      (packed ? packedIsInvalid(bytes, strict) : zonedIsInvalid(item, size, strict))
+                          ? 1
+                          : 0)
                 << kit::hex(bytes.data(), size) << " strict " << strict;
             invalid += answer;
         }

@@ -86,8 +86,11 @@ uint8_t randomCarrier(int digit, bool negative) {
 Bytes randomItem(Form form, Bytes digits, bool negative, unsigned options, bool odd) {
     if (odd && form != Pckd && oneIn(16)) {
         for (size_t at = 0; at + 1 < digits.size() && digits[at] == '0'; ++at) {
-            const bool mayBeBlank = (options & (kNoValidate | kValidateMoves)) == kNoValidate;
-            digits[at] = oneIn(2) ? '0' : mayBeBlank && oneIn(2) ? 0x20 : 0x00;
+            const bool strict = (options & kValidateMoves) != 0; // then a null passes in front only
+            const bool mayBeBlank = !strict && (options & kNoValidate) != 0;
+            digits[at] = oneIn(2) || (strict && at > 0) ? '0'
+                         : mayBeBlank && oneIn(2)       ? 0x20
+                                                        : 0x00;
         }
     }
     Bytes bytes = write(form, digits, negative);

@@ -193,14 +193,6 @@ inline bool isPackedBlock(__m128i block, bool hasSign) {
     return _mm_movemask_epi8(_mm_cmpeq_epi8(above, expected)) == 0xFFFF;
 }
 
-// Bit i is set when byte i of the block is "0" to "9" or 0x00.
-inline uint32_t zonedDigitBytes(__m128i block) {
-    const __m128i digits = _mm_xor_si128(block, _mm_set1_epi8(0x30));
-    const __m128i plain = _mm_cmpeq_epi8(_mm_min_epu8(digits, _mm_set1_epi8(9)), digits);
-    const __m128i null = _mm_cmpeq_epi8(block, _mm_setzero_si128());
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(plain, null)));
-}
-
 } // namespace zor::decimal
 
 #endif

@@ -27,7 +27,7 @@ template <class Form> inline bool isPlainlyValid(const uint8_t *item, int32_t di
             return false;
         }
         const uint8_t *bytes = Form::digitBytes(item);
-        return (zonedDigitBytes(loadBlock(bytes, digits)) | kUnitsByte) == 2 * kUnitsByte - 1 &&
+        return areZonedDigits(loadBlock(bytes, digits), bytesInFront(digits) | kUnitsByte) &&
                zonedCarriesSign(bytes[digits - 1]);
     }
 }

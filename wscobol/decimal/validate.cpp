@@ -1,6 +1,9 @@
 #include "decimal/validate.h"
 
+#include <cstddef>
+
 #include "decimal/digits.h"
+#include "decimal/leading_zeros.h"
 #include "decimal/options.h"
 #include "decimal/words.h"
 
@@ -24,10 +27,26 @@ bool allNibblesAreDigits(const uint8_t *address, int32_t bytes) {
     return above == 0;
 }
 
-// The bytes "0" to "9" of a word, without a test of each.
-bool isPlain(uint32_t word) {
-    return (word & 0xF0F0F0F0U) == 0x30303030U &&
-           ((word + 0x06060606U) & 0xF0F0F0F0U) == 0x30303030U;
+// Whether all bytes of a word are "0" to "9".
+template <class Word> bool isPlain(Word word) {
+    constexpr auto kZones = static_cast<Word>(0xF0F0F0F0F0F0F0F0U);
+    constexpr auto kPlain = static_cast<Word>(0x3030303030303030U);
+    constexpr auto kToZone = static_cast<Word>(0x0606060606060606U); // carries a digit above 9
+    return (word & kZones) == kPlain && (static_cast<Word>(word + kToZone) & kZones) == kPlain;
+}
+
+// Walks down from an address that is aligned for words, while more than a word of bytes is left.
+// False at a word that has another byte than "0" to "9".
+template <class Word> bool passWords(const uint8_t *&end, const uint8_t *start) {
+    constexpr ptrdiff_t kBytes = sizeof(Word);
+    if (reinterpret_cast<uintptr_t>(end) % kBytes == 0) {
+        for (; end - start > kBytes; end -= kBytes) {
+            if (!isPlain(loadWord<Word>(end - kBytes))) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 bool isPlainOrNull(uint8_t byte) {
@@ -60,26 +79,22 @@ int32_t validateZoned(const uint8_t *address, int32_t length, Strictness strictn
     if (everythingPasses(strictness)) {
         return 0;
     }
-    int32_t first = 0;
-    if (strictness == Strictness::lenient) {
-        while (first < length - 1 && (address[first] & 0x0FU) == 0) {
-            ++first;
-        }
-    }
-    if (!zonedCarriesSign(address[length - 1])) {
+    const int32_t zeros =
+        strictness == Strictness::lenient ? leadingZeroDigits(address, length) : 0;
+    const uint8_t *start = address + zeros;
+    const uint8_t *end = address + length - 1;
+    if (!zonedCarriesSign(*end)) {
         return 1;
     }
-    // A leading sign may stand in the item's first byte alone.
-    if (first == 0 && length > 1 && zonedCarriesSign(address[0])) {
-        first = 1;
+    // A null among the digits passes where bytes are looked at one by one, not within a word.
+    if (!passWords<uint64_t>(end, start) || !passWords<uint32_t>(end, start) ||
+        !passWords<uint16_t>(end, start)) {
+        return 1;
     }
-    int32_t at = length - 1;
-    while (at > first) {
-        if (at - first >= 4 && isPlain(loadWord<uint32_t>(address + at - 4))) {
-            at -= 4;
-        } else if (isPlainOrNull(address[at - 1])) {
-            --at;
-        } else {
+    while (end > start) {
+        --end;
+        // A leading sign may stand in the item's first byte alone.
+        if (!isPlainOrNull(*end) && !(end == address && zonedCarriesSign(*end))) {
             return 1;
         }
     }
