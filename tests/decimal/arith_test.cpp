@@ -310,8 +310,8 @@ TEST(Arithmetic, SignsPadsAndCuts) {
         {divZoned, "3170", "35", "72", 2, 1, 1},
         {divZoned, "75", "35", "71", 1, 1, 1},
         {modZoned, "75", "35", "30", 1, 1, 1},
-        {modZoned, "4173", "3939", "30304173", 2, 2, 4},   // copied as it is,
-        {modZoned, "003173", "3939", "30303173", 3, 2, 4}, // but for nulls in front
+        {modZoned, "4173", "3939", "30304173", 2, 2, 4},     // copied as it is,
+        {modZoned, "20003173", "3939", "30303173", 4, 2, 4}, // but for zeros in front
     };
     auto bytes = [](std::string text) {
         return packNibbles(text.size() % 2 == 0 ? text : "0" + text);

@@ -4,6 +4,7 @@
 
 #include "decimal.h"
 #include "decimal/arith_frame.h"
+#include "decimal/leading_zeros.h"
 #include "decimal/limbs.h"
 
 namespace zor::decimal {
@@ -144,10 +145,10 @@ bool divide(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divi
             int32_t divisorDigits, DivisionTarget quotient, DivisionTarget remainder) {
     checkArithmetic<Form>(dividend, dividendDigits, divisor, divisorDigits);
     if constexpr (Form::kSign != SignKind::packed) {
-        while (dividendDigits > 1 && *dividend == 0x00) { // not to be copied as a digit
-            ++dividend;
-            --dividendDigits;
-        }
+        // Zeros of any zone in front do not come into a remainder that is a copy.
+        const int32_t zeros = leadingZeroDigits(dividend, dividendDigits);
+        dividend += zeros;
+        dividendDigits -= zeros;
     }
     const bool dividendNegative = Form::isNegative(dividend, dividendDigits);
     const bool signsDiffer = dividendNegative != Form::isNegative(divisor, divisorDigits);
