@@ -14,25 +14,48 @@ namespace {
 
 template <class Form> struct Unit;
 
-// A packed byte stands for two digits; the last one for ten times its digit, sign left out.
+// A packed byte stands for two digits. Of the last one the sign is left out.
 template <> struct Unit<Packed> {
-    static constexpr int kBase = 100;
     static constexpr uint8_t kZero = 0;
-    static int value(uint8_t byte) { return std::min<int>(pairToValue[byte], kBase - 1); }
-    static int lastValue(uint8_t byte) { return value(byte & 0xF0U); }
-    static uint8_t byte(int value) { return valueToPair[static_cast<unsigned>(value)]; }
+    static uint8_t digits(uint8_t byte) { return byte; }
+    static uint8_t lastDigits(uint8_t byte) { return byte & 0xF0U; }
     static bool isLeadingZero(uint8_t byte) { return byte == 0; }
     static void finish(uint8_t *target, int32_t digits) { Packed::clearPad(target, digits); }
+
+    // With 6 more in a digit a decimal carry is a binary one. A nibble above 9 counts by its value.
+    static uint8_t add(uint8_t a, uint8_t b, unsigned &carry) {
+        const unsigned augend = a + carry;
+        const unsigned sum = augend + b;
+        const unsigned biased = sum + 0x66;
+        const unsigned lowCarry = (augend ^ b ^ biased) >> 4 & 1;
+        carry = biased > 0xFF ? 1 : 0;
+        return static_cast<uint8_t>(sum + lowCarry * 0x06 + carry * 0x60);
+    }
+    static uint8_t subtract(uint8_t a, uint8_t b, unsigned &borrow) {
+        int value = pairToValue[a] - pairToValue[b] - static_cast<int>(borrow);
+        borrow = value < 0 ? 1 : 0;
+        value += value < 0 ? 100 : 0;
+        return valueToPair[static_cast<unsigned>(std::max(value, 0))]; // -1 for no digits only
+    }
 };
 
 template <> struct Unit<ZonedTrailing> {
-    static constexpr int kBase = 10;
     static constexpr uint8_t kZero = kZone;
-    static int value(uint8_t byte) { return byte & 0x0F; }
-    static int lastValue(uint8_t byte) { return zonedDigitValue(byte); }
-    static uint8_t byte(int value) { return static_cast<uint8_t>(kZone | (value & 0x0F)); }
+    static uint8_t digits(uint8_t byte) { return byte & 0x0FU; }
+    static uint8_t lastDigits(uint8_t byte) { return zonedDigitValue(byte); }
     static bool isLeadingZero(uint8_t byte) { return (byte & 0x0FU) == 0; }
     static void finish(uint8_t *, int32_t) {}
+
+    static uint8_t add(uint8_t a, uint8_t b, unsigned &carry) {
+        const unsigned sum = a + b + carry;
+        carry = sum > 9 ? 1 : 0;
+        return static_cast<uint8_t>(kZone | ((sum + carry * 6) & 0x0FU));
+    }
+    static uint8_t subtract(uint8_t a, uint8_t b, unsigned &borrow) {
+        const int value = a - b - static_cast<int>(borrow);
+        borrow = value < 0 ? 1 : 0;
+        return static_cast<uint8_t>(kZone | ((value < 0 ? value + 10 : value) & 0x0F));
+    }
 };
 
 // The significant bytes of an operand.
@@ -43,21 +66,19 @@ template <class Form> struct Magnitude {
             --bytes;
         }
     }
-    // The value of a unit, counted from the last byte.
-    int unit(int32_t fromEnd) const {
-        const uint8_t byte = first[bytes - 1 - fromEnd];
-        return fromEnd == 0 ? Unit<Form>::lastValue(byte) : Unit<Form>::value(byte);
-    }
+    // The digits of a unit, counted from the last byte.
+    uint8_t unit(int32_t fromEnd) const { return Unit<Form>::digits(first[bytes - 1 - fromEnd]); }
+    uint8_t lastUnit() const { return Unit<Form>::lastDigits(first[bytes - 1]); }
     bool isBelow(const Magnitude &other) const {
         if (bytes != other.bytes) {
             return bytes < other.bytes;
         }
-        for (int32_t at = bytes - 1; at >= 0; --at) {
+        for (int32_t at = bytes - 1; at > 0; --at) {
             if (unit(at) != other.unit(at)) {
                 return unit(at) < other.unit(at);
             }
         }
-        return false;
+        return lastUnit() < other.lastUnit();
     }
 
     const uint8_t *first;
@@ -65,33 +86,32 @@ template <class Form> struct Magnitude {
 };
 
 // Stores the sum or difference of two magnitudes, the longer or not smaller one first, in the low
-// bytes of the target. Sign +1 adds, -1 subtracts. A byte of the longer one that no carry reaches
-// is copied as it is.
-template <class Form>
-void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, int sign, uint8_t *target,
+// bytes of the target. A byte of the longer one that no carry reaches is copied as it is.
+template <class Form, bool subtract>
+void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, uint8_t *target,
              int32_t targetBytes) {
     using U = Unit<Form>;
     uint8_t *end = target + targetBytes;
-    int carry = 0;
-    int32_t at = 0;
-    for (; at < targetBytes && at < a.bytes; ++at) {
-        const bool common = at < b.bytes;
-        if (!common && carry == 0) {
-            break;
-        }
-        int value = a.unit(at) + sign * ((common ? b.unit(at) : 0) + carry);
-        carry = (sign > 0 ? value >= U::kBase : value < 0) ? 1 : 0;
-        value -= sign * carry * U::kBase;
-        end[-1 - at] = U::byte(value);
+    const int32_t room = std::min(targetBytes, a.bytes);
+    const int32_t common = std::min(room, b.bytes);
+    unsigned carry = 0;
+    const auto store = [&](int32_t at, uint8_t unitA, uint8_t unitB) {
+        end[-1 - at] = subtract ? U::subtract(unitA, unitB, carry) : U::add(unitA, unitB, carry);
+    };
+    store(0, a.lastUnit(), b.lastUnit());
+    int32_t at = 1;
+    for (; at < common; ++at) {
+        store(at, a.unit(at), b.unit(at));
     }
-    if (at < targetBytes && at < a.bytes) {
-        const int32_t rest = std::min(targetBytes, a.bytes) - at;
-        std::memmove(end - at - rest, a.first + a.bytes - at - rest, static_cast<size_t>(rest));
-        at += rest;
+    for (; at < room && carry != 0; ++at) {
+        store(at, a.unit(at), 0);
     }
-    if (at < targetBytes && carry != 0 && sign > 0) {
+    const int32_t rest = room - at;
+    std::memmove(end - room, a.first + a.bytes - room, static_cast<size_t>(rest));
+    at = room;
+    if (!subtract && carry != 0 && at < targetBytes) {
         ++at;
-        end[-at] = U::byte(1);
+        end[-at] = U::kZero | 1;
     }
     std::memset(target, U::kZero, static_cast<size_t>(targetBytes - at));
 }
@@ -109,12 +129,12 @@ template <class Form, bool subtract>
     const int32_t targetBytes = Form::bytes(targetDigits);
     if (negative == negative2) {
         const bool swap = a.bytes < b.bytes;
-        combine(swap ? b : a, swap ? a : b, +1, target, targetBytes);
+        combine<Form, false>(swap ? b : a, swap ? a : b, target, targetBytes);
     } else if (a.isBelow(b)) {
         negative = negative2;
-        combine(b, a, -1, target, targetBytes);
+        combine<Form, true>(b, a, target, targetBytes);
     } else {
-        combine(a, b, -1, target, targetBytes);
+        combine<Form, true>(a, b, target, targetBytes);
     }
     Form::storeSign(target, targetDigits, negative);
     Unit<Form>::finish(target, targetDigits);
