@@ -217,7 +217,7 @@ public:
 
 private:
     int32_t digits_ = kLimbDigits - 1;
-    uint8_t bytes_[kMaxBinaryDigits];
+    uint8_t bytes_[kMaxBinaryDigits] = {};
 };
 
 using Sum = uint8_t *(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
