@@ -1,6 +1,7 @@
 // The arithmetic functions under the environment's switches, each case in a process of its own, and
 // under the callers and data that generated code may come with.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "decimal.h"
@@ -148,6 +149,50 @@ TEST(Validation, FollowsTheSwitches) {
         } else {
             EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
         }
+    }
+}
+
+// ---- a catalogue in which the messages only warn: the call goes on with the bytes as they stand
+
+void compute(Binary call, std::string op1, std::string op2) {
+    uint8_t target[4] = {0x77, 0x77, 0x77, 0x77};
+    const auto address = [](std::string &item) { return reinterpret_cast<uint8_t *>(item.data()); };
+    const auto digits = [](const std::string &item) {
+        return static_cast<int32_t>(item.size()) * 2 - 1;
+    };
+    const bool answered =
+        call(address(op1), address(op2), target, 7, digits(op2), digits(op1)) == target;
+    std::fprintf(stderr, "%s %d\n", kit::hex(target, sizeof target).c_str(), answered);
+}
+
+void computeOnStrays() {
+    compute(_zorcBCD_ADD_Pckd, "\x1A\x2C", "\xB1\x1D");
+    compute(_zorcBCD_ADD_Pckd, "\x1A\x2C", "\x11\x0A"); // a nibble counts by its value
+    compute(_zorcBCD_ADD_Pckd, "\x40\x40\x40", "\x2C"); // blanks are digits with a sign of 0
+    compute(_zorcBCD_MPY_Pckd, "\x20\x20\x20", "\x6C");
+    compute(_zorcBCD_DIV_Pckd, "\x1A\x2C", std::string("\x00\x0D", 2));
+    uint8_t item[] = {0x1A, 0x2F};
+    _zorcBCD_ADD_Pckd_Int4(item, 3, 0);
+    std::fprintf(stderr, "%s\n", kit::hex(item, sizeof item).c_str());
+}
+
+TEST(Validation, GoesOnWhereMessagesOnlyWarn) {
+    const kit::TemporaryDirectory directory;
+    kit::writeFile(directory.file("source.msg"), "$set 902\n1 1 zero\n$set 903\n1 1 bad\n");
+    const std::string command =
+        "gencat " + directory.file("cobol2run.cat ") + directory.file("source.msg");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const std::string bad = "ZOR903W  bad\n\n";
+    const std::string zero = "ZOR902W  zero\n\n";
+    for (const bool validated : {true, false}) {
+        const kit::ChildResult result = kit::runChild(
+            computeOnStrays, kit::Environment{{"NLSPATH", directory.path() + "/%N"},
+                                              {"COBOL_BCD_NOVALIDATE", validated ? "0" : "1"}});
+        const std::string one = validated ? bad : "";
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, one + one + "0000899d 1\n" + one + "0000312c 1\n" + one +
+                                  "0040406c 1\n" + one + "0121212c 1\n" + one + zero +
+                                  "0000000c 1\n" + one + "1a2f\n");
     }
 }
 
