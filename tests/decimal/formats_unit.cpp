@@ -1,9 +1,11 @@
 // The ground of the decimal family: bytes, forms, switches, validators.
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <vector>
 
 #include "decimal/forms.h"
+#include "decimal/integer_digits.h"
 #include "decimal/limbs.h"
 #include "decimal/options.h"
 #include "support/kit.h"
@@ -54,6 +56,38 @@ TEST(PairTables, AreInverse) {
     }
     EXPECT_EQ(pairToValue[0x7D], 70); // a sign reads as ten times the digit
     EXPECT_EQ(pairToValue[0xA3], 100);
+}
+
+// What is read at once needs no validation: with any one nibble that is no digit, or no sign, the
+// item is left to the validator.
+TEST(PackedItems, OnlyProperOnesAreReadAtOnce) {
+    for (int32_t digits = 1; digits <= 31; ++digits) {
+        const int32_t last = digits / 2;
+        for (int32_t leading = 0; leading <= last; ++leading) { // zero bytes
+            std::vector<uint8_t> item(static_cast<size_t>(last) + 1, 0);
+            std::fill(item.begin() + leading, item.end(), 0x12);
+            item[static_cast<size_t>(last)] = 0x3D;
+            const auto isRead = [&] {
+                ShortPacked read;
+                uint64_t magnitude;
+                const bool isShort = readShortPacked(item.data(), digits, read);
+                const bool isBlock = readPackedBlock(item.data(), digits, magnitude);
+                EXPECT_TRUE(isBlock || !isShort);
+                return isBlock;
+            };
+            item[0] &= digits % 2 == 0 ? 0x0F : 0xFF; // a clear pad
+            EXPECT_TRUE(isRead()) << digits << " " << leading;
+            for (size_t at = 0; at < item.size() * 2; ++at) {
+                const uint8_t before = item[at / 2];
+                const bool isSign = at == item.size() * 2 - 1;
+                item[at / 2] = static_cast<uint8_t>(
+                    at % 2 == 0 ? (before & 0x0F) | 0xA0 : (before & 0xF0) | (isSign ? 9 : 0xF));
+                EXPECT_FALSE(isRead()) << digits << " " << leading << " " << at;
+                EXPECT_EQ(validatePacked(item.data(), digits, Strictness::lenient), 1);
+                item[at / 2] = before;
+            }
+        }
+    }
 }
 
 TEST(Forms, LengthsAndSigns) {

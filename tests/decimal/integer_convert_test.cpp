@@ -6,18 +6,32 @@ namespace {
 using model::below;
 using model::Random;
 
-constexpr int kRounds = 200'000;
+constexpr int kRounds = 20'000;
 
-// Values of every bit length, and those beside the limits.
+// Values of every bit length, and those beside the limits and the powers of ten.
 uint64_t anyWord(Random &random) {
     const uint64_t word = static_cast<uint64_t>(random()) << 32 | random();
     const uint64_t value = word >> below(random, 64);
-    return below(random, 4) == 0 ? 0 - value % 3 : value;
+    uint64_t power = 1;
+    for (int i = below(random, 20); i > 0; --i) {
+        power *= 10;
+    }
+    switch (below(random, 4)) {
+    case 0:
+        return 0 - value % 3;
+    case 1:
+        return power - value % 2;
+    default:
+        return value;
+    }
 }
 
-template <bool packed, class Value>
-void expectItem(uint8_t *(*convert)(Value, uint8_t *, int32_t), uint64_t word, unsigned digits) {
-    const auto value = static_cast<Value>(word);
+template <class Value> Value cut(uint8_t *(*)(Value, uint8_t *, int32_t), uint64_t word) {
+    return static_cast<Value>(word);
+}
+
+template <bool packed, auto convert> void expectItem(uint64_t word, unsigned digits) {
+    const auto value = cut(convert, word);
     std::string text = std::to_string(value);
     const bool negative = text[0] == '-';
     text.erase(0, negative ? 1 : 0);
@@ -30,56 +44,28 @@ void expectItem(uint8_t *(*convert)(Value, uint8_t *, int32_t), uint64_t word, u
         << value << " into " << digits;
 }
 
+constexpr void (*kExpectItem[])(uint64_t, unsigned) = {
+    expectItem<true, _zorcBCD_CONV_Int1_To_Pckd>, expectItem<true, _zorcBCD_CONV_Uns1_To_Pckd>,
+    expectItem<true, _zorcBCD_CONV_Int2_To_Pckd>, expectItem<true, _zorcBCD_CONV_Uns2_To_Pckd>,
+    expectItem<true, _zorcBCD_CONV_Int4_To_Pckd>, expectItem<true, _zorcBCD_CONV_Uns4_To_Pckd>,
+    expectItem<true, _zorcBCD_CONV_Int8_To_Pckd>, expectItem<true, _zorcBCD_CONV_Uns8_To_Pckd>,
+    expectItem<false, _zorcBCD_CONV_Int4_To_Znd>, expectItem<false, _zorcBCD_CONV_UInt4_To_Znd>,
+    expectItem<false, _zorcBCD_CONV_Int8_To_Znd>, expectItem<false, _zorcBCD_CONV_UInt8_To_Znd>};
+
 TEST(IntegerConvert, IntegersToItemsAgreeWithTheirText) {
     Random random(1);
     for (int i = 0; i < kRounds && !HasFatalFailure(); ++i) {
-        const uint64_t word = anyWord(random);
-        const auto digits = static_cast<unsigned>(1 + below(random, 25));
-        switch (i % 12) {
-        case 0:
-            expectItem<true>(_zorcBCD_CONV_Int1_To_Pckd, word, digits);
-            break;
-        case 1:
-            expectItem<true>(_zorcBCD_CONV_Uns1_To_Pckd, word, digits);
-            break;
-        case 2:
-            expectItem<true>(_zorcBCD_CONV_Int2_To_Pckd, word, digits);
-            break;
-        case 3:
-            expectItem<true>(_zorcBCD_CONV_Uns2_To_Pckd, word, digits);
-            break;
-        case 4:
-            expectItem<true>(_zorcBCD_CONV_Int4_To_Pckd, word, digits);
-            break;
-        case 5:
-            expectItem<true>(_zorcBCD_CONV_Uns4_To_Pckd, word, digits);
-            break;
-        case 6:
-            expectItem<true>(_zorcBCD_CONV_Int8_To_Pckd, word, digits);
-            break;
-        case 7:
-            expectItem<true>(_zorcBCD_CONV_Uns8_To_Pckd, word, digits);
-            break;
-        case 8:
-            expectItem<false>(_zorcBCD_CONV_Int4_To_Znd, word, digits);
-            break;
-        case 9:
-            expectItem<false>(_zorcBCD_CONV_UInt4_To_Znd, word, digits);
-            break;
-        case 10:
-            expectItem<false>(_zorcBCD_CONV_Int8_To_Znd, word, digits);
-            break;
-        default:
-            expectItem<false>(_zorcBCD_CONV_UInt8_To_Znd, word, digits);
-            break;
+        const auto digits = static_cast<unsigned>(1 + below(random, 36));
+        for (const auto expect : kExpectItem) {
+            expect(anyWord(random), digits);
         }
     }
 }
 
 TEST(IntegerConvert, ItemsToIntegersWrapAtTheirWidth) {
     Random random(2);
-    for (int i = 0; i < kRounds; ++i) {
-        const int count = 1 + below(random, 31);
+    for (int i = 0; i < 10 * kRounds; ++i) {
+        const int count = 1 + below(random, 36);
         const bool negative = below(random, 2) == 0;
         std::string text = model::digits(random, 1 + below(random, count));
         uint64_t word = 0;

@@ -4,6 +4,7 @@
 #include "decimal/float_trace.h"
 #include "decimal/frame.h"
 #include "decimal/integer_digits.h"
+#include "decimal/packed_to_double.h"
 #include "decimal_convert.h"
 
 #include <algorithm>
@@ -148,7 +149,7 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
     DecimalValue value{{0, 0}, 0};
     bool isRead = false;
     if constexpr (radix == Radix::binary && Form::kSign == SignKind::packed) {
-        isRead = digits < kWordDigits && readPacked(source, digits, value.coefficient.low);
+        isRead = digits < kWordDigits && readPackedBlock(source, digits, value.coefficient.low);
     }
     if (!isRead && (options & NOVALIDATE_ARITH) == 0) {
         checkOperand<Form>(source, digits);
@@ -181,7 +182,6 @@ using namespace zor::decimal;
 // name, result, radix, form, header
 #define ZOR_TO_FLOAT(X)                                                                            \
     X(Pckd_To_SFlt, ZorBinary32, binary, Packed, "packed to float ... prec %d decs %d\n")          \
-    X(Pckd_To_LFlt, ZorBinary64, binary, Packed, "packed to double... prec %d decs %d\n")          \
     X(Pckd_To_EFlt, ZorBinary128, binary, Packed, "packed to quad... prec %d decs %d\n")           \
     X(Pckd_To_DFlt, ZorDecimal32, decimal, Packed, "packed to Decimal132... prec %d  decs %d\n")   \
     X(Pckd_To_DFlt64, ZorDecimal64, decimal, Packed, "packed to Decimal164... prec %d  decs %d\n") \
@@ -203,3 +203,8 @@ using namespace zor::decimal;
     }
 ZOR_TO_FLOAT(ZOR_DEFINE)
 #undef ZOR_DEFINE
+
+ZorBinary64 zor::decimal::packedToDouble(const uint8_t *source, int32_t digits, int32_t decs) {
+    return toFloat<ZorBinary64, Radix::binary, Packed>(source, digits, decs,
+                                                       "packed to double... prec %d decs %d\n");
+}

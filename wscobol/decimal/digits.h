@@ -22,6 +22,12 @@ constexpr bool packedSignIsNegative(uint8_t lastByte) {
     return sign == 0xB || sign == 0xD;
 }
 
+// The same as a mask of all bits, without a branch.
+constexpr uint32_t packedSignMask(uint32_t lastByte) {
+    constexpr uint32_t kNegative = 1U << 0xB | 1U << 0xD;
+    return 0 - ((kNegative << 16 | kNegative) >> (lastByte & 0x1FU) & 1);
+}
+
 constexpr uint8_t packedSign(bool negative) {
     return negative ? kPackedNegative : kPackedPositive;
 }

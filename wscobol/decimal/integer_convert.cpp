@@ -1,91 +1,78 @@
 // Conversions between binary integers and packed or trailing-sign zoned items. Values that do not
 // fit wrap in the binary direction and lose high-order digits in the decimal one.
-#include "decimal/frame.h"
-#include "decimal/integer_digits.h"
+//
+// Here are the common cases, packed items as programs declare and fill them. All else is left, by a
+// jump, to functions that know every case. This file is compiled without the alignment of the stack
+// that a call of another library would need, which costs as much as the conversion of a short item;
+// so nothing here may call one.
 #include "decimal_convert.h"
 
 #include <type_traits>
+
+#include "decimal/common_case.h"
+#include "decimal/integer_digits.h"
+#include "decimal/integer_frame.h"
 
 namespace zor::decimal {
 namespace {
 
 // The sign of an unsigned result is not looked at.
-template <class Result, class Form, class Word>
-Result signedAs(Word magnitude, const uint8_t *item, int32_t digits) {
-    const bool negative = std::is_signed_v<Result> && Form::isNegative(item, digits);
-    return static_cast<Result>(negative ? 0 - magnitude : magnitude);
+template <class Result, class Word> inline Result signedAs(Word magnitude, uint32_t lastByte) {
+    if constexpr (std::is_signed_v<Result>) {
+        const auto mask = static_cast<int32_t>(packedSignMask(lastByte));
+        const auto bits = static_cast<Word>(static_cast<Result>(mask)); // extended to the width
+        magnitude = (magnitude ^ bits) - bits;
+    }
+    return static_cast<Result>(magnitude);
 }
 
-// The frame in full. Printed is the type that the trace format takes.
-template <class Result, class Form, class Printed>
-[[gnu::noinline]] Result toIntegerInFrame(const uint8_t *source, int32_t digits, const char *header,
-                                          const char *resultFormat) {
-    const uint32_t options = loadBcdOptions();
-    if (digits < 1) {
-        return 0;
+// Proper packed items, for which reading is validation, in two steps: those that fit two words, and
+// those that fit a block.
+template <class Result, class Next>
+[[gnu::always_inline]] inline Result fromShortPacked(const uint8_t *source, int32_t digits,
+                                                     Next next) {
+    using Word = std::make_unsigned_t<Result>;
+    ShortPacked read;
+    if (optionsNeedAttention() || digits < 1 || !readShortPacked(source, digits, read)) {
+        return next(source, digits);
     }
-    if ((options & TRACE) != 0) {
-        ZOR_BCD_TRACE("%s", header);
-        traceOperand<Form>("in:  ", LabelStyle::plain, source, digits);
+    if (read.high == 0) {
+        return signedAs<Result, Word>(read.low, read.units);
     }
-    if ((options & NOVALIDATE_ARITH) == 0) {
-        checkOperand<Form>(source, digits);
-    }
-    const auto result = signedAs<Result, Form>(
-        magnitudeOf<Form, std::make_unsigned_t<Result>>(source, digits), source, digits);
-    if ((options & TRACE) != 0) {
-        ZOR_BCD_TRACE(resultFormat, static_cast<Printed>(result));
-    }
-    return result;
+    return signedAs<Result>(static_cast<Word>(Word{read.high} * ShortPacked::kLow + read.low),
+                            read.units);
 }
 
-// The common case at once: no trace, and a proper packed item, for which reading is validation.
-// This and its counterpart below call nothing, so that the stack needs no alignment for them.
-template <class Result, class Form>
-inline bool readAtOnce(const uint8_t *source, int32_t digits, Result &result) {
-    if constexpr (Form::kSign == SignKind::packed) {
-        std::make_unsigned_t<Result> magnitude;
-        if (!optionsNeedAttention() && digits >= 1 && readPacked(source, digits, magnitude)) {
-            result = signedAs<Result, Form>(magnitude, source, digits);
-            return true;
+template <class Result, class Next>
+[[gnu::always_inline]] inline Result fromPackedBlock(const uint8_t *source, int32_t digits,
+                                                     Next next) {
+    using Word = std::make_unsigned_t<Result>;
+    uint64_t magnitude;
+    if (optionsNeedAttention() || !areShort(digits, digits) ||
+        !readPackedBlock(source, digits, magnitude)) {
+        return next(source, digits);
+    }
+    return signedAs<Result>(static_cast<Word>(magnitude), *Packed::signByte(source, digits));
+}
+
+template <class Value, class Next>
+[[gnu::always_inline]] inline uint8_t *toShortPacked(Value value, uint8_t *target, int32_t digits,
+                                                     Next next) {
+    if (optionsNeedAttention() || !areShort(digits, digits)) {
+        return next(value, target, digits);
+    }
+    const auto magnitude = magnitudeOf(value);
+    if constexpr (sizeof magnitude > sizeof(uint32_t)) { // most values do without a division
+        if (magnitude >> 32 != 0) {
+            if (magnitude >= kTenTo18) {
+                return next(value, target, digits);
+            }
+            storeShortPacked(packedWords(magnitude, value < 0), target, digits);
+            return target;
         }
     }
-    return false;
-}
-
-template <class Form, class Value>
-inline void storeInteger(Value value, uint8_t *target, int32_t digits) {
-    using Word = std::conditional_t<sizeof(Value) == sizeof(uint64_t), uint64_t, uint32_t>;
-    const bool negative = value < 0;
-    const auto bits = static_cast<Word>(+value); // promoted before it is made unsigned
-    storeMagnitude<Form, Word>(negative ? 0 - bits : bits, negative, target, digits);
-}
-
-template <class Form, class Printed, class Value>
-[[gnu::noinline]] uint8_t *fromIntegerInFrame(Value value, uint8_t *target, int32_t digits,
-                                              const char *header, const char *valueFormat) {
-    const uint32_t options = loadBcdOptions();
-    if (digits < 1) {
-        return target;
-    }
-    if ((options & TRACE) != 0) {
-        ZOR_BCD_TRACE("%s", header);
-        ZOR_BCD_TRACE(valueFormat, static_cast<Printed>(value));
-    }
-    storeInteger<Form>(value, target, digits);
-    if ((options & TRACE) != 0) {
-        traceOperand<Form>("out: ", LabelStyle::plain, target, digits);
-    }
+    storeShortPacked(packedWords(static_cast<uint32_t>(magnitude), value < 0), target, digits);
     return target;
-}
-
-template <class Form, class Value>
-inline bool storeAtOnce(Value value, uint8_t *target, int32_t digits) {
-    if (optionsNeedAttention() || digits < 1) {
-        return false;
-    }
-    storeInteger<Form>(value, target, digits);
-    return true;
 }
 
 // Digit i of a packed item, counted from the units digit.
@@ -99,60 +86,35 @@ unsigned packedDigit(const uint8_t *item, int32_t digits, int32_t i) {
 
 using namespace zor::decimal;
 
-// name, result, form, printed as, header, result format
-#define ZOR_TO_INTEGER(X)                                                                          \
-    X(Pckd_To_Int1, int32_t, Packed, int, "packed to int8...\n", "out: %hhd\n")                    \
-    X(Pckd_To_Uns1, uint32_t, Packed, unsigned, "packed to uint8...\n", "out: %hhu\n")             \
-    X(Pckd_To_Int2, int32_t, Packed, int, "packed to int16...\n", "out: %hd\n")                    \
-    X(Pckd_To_Uns2, uint32_t, Packed, unsigned, "packed to uint16...\n", "out: %hu\n")             \
-    X(Pckd_To_Int4, int32_t, Packed, int, "packed to int32...\n", "out: %d\n")                     \
-    X(Pckd_To_Uns4, uint32_t, Packed, unsigned, "packed to uint32...\n", "out: %u\n")              \
-    X(Pckd_To_Int8, int64_t, Packed, int64_t, "packed to int64...\n", "out: %lld\n")               \
-    X(Pckd_To_Uns8, uint64_t, Packed, uint64_t, "packed to uint64...\n", "out: %llu\n")            \
-    X(Znd_To_Int4, int32_t, ZonedTrailing, int64_t, "zoned to int32...\n", "out: %lld\n")          \
-    X(Znd_To_UInt4, uint32_t, ZonedTrailing, int64_t, "zoned to uint32...\n", "out: %lld\n")       \
-    X(Znd_To_Int8, int64_t, ZonedTrailing, int64_t, "zoned to int64...\n", "out: %lld\n")          \
-    X(Znd_To_UInt8, uint64_t, ZonedTrailing, int64_t, "zoned to uint64...\n", "out: %lld\n")
-
-#define ZOR_DEFINE(name, Result, Form, Printed, header, format)                                    \
-    [[gnu::noinline]] static Result name##InFrame(const uint8_t *source, int32_t sourceDigits) {   \
-        return toIntegerInFrame<Result, Form, Printed>(source, sourceDigits, header, format);      \
+#define ZOR_DEFINE(name, Result, printed, header, format)                                          \
+    [[gnu::noinline]] static Result name##OfBlock(const uint8_t *source, int32_t sourceDigits) {   \
+        return fromPackedBlock<Result>(source, sourceDigits, name##InFrame);                       \
     }                                                                                              \
     Result _zorcBCD_CONV_##name(const uint8_t *source, int32_t sourceDigits) {                     \
-        Result result;                                                                             \
-        return readAtOnce<Result, Form>(source, sourceDigits, result)                              \
-                   ? result                                                                        \
-                   : name##InFrame(source, sourceDigits);                                          \
+        return fromShortPacked<Result>(source, sourceDigits, name##OfBlock);                       \
     }
-ZOR_TO_INTEGER(ZOR_DEFINE)
+ZOR_PACKED_TO_INTEGER(ZOR_DEFINE)
 #undef ZOR_DEFINE
 
-// name, value, form, printed as, header, value format
-#define ZOR_FROM_INTEGER(X)                                                                        \
-    X(Int1_To_Pckd, int8_t, Packed, int, "int8 to packed...\n", "in:  %hhd\n")                     \
-    X(Uns1_To_Pckd, uint8_t, Packed, unsigned, "uint8 to packed...\n", "in:  %hhu\n")              \
-    X(Int2_To_Pckd, int16_t, Packed, int, "int16 to packed...\n", "in:  %hd\n")                    \
-    X(Uns2_To_Pckd, uint16_t, Packed, unsigned, "uint16 to packed...\n", "in:  %hu\n")             \
-    X(Int4_To_Pckd, int32_t, Packed, int, "int32 to packed...\n", "in:  %d\n")                     \
-    X(Uns4_To_Pckd, uint32_t, Packed, unsigned, "uint32 to packed...\n", "in:  %u\n")              \
-    X(Int8_To_Pckd, int64_t, Packed, int64_t, "int64 to packed...\n", "in:  %lld\n")               \
-    X(Uns8_To_Pckd, uint64_t, Packed, uint64_t, "uint64 to packed...\n", "in:  %llu\n")            \
-    X(Int4_To_Znd, int32_t, ZonedTrailing, int64_t, "int32 to zoned...\n", "in:  %lld\n")          \
-    X(UInt4_To_Znd, uint32_t, ZonedTrailing, int64_t, "uint32 to zoned...\n", "in:  %lld\n")       \
-    X(Int8_To_Znd, int64_t, ZonedTrailing, int64_t, "int64 to zoned...\n", "in:  %lld\n")          \
-    X(UInt8_To_Znd, uint64_t, ZonedTrailing, uint64_t, "uint64 to zoned...\n", "in:  %llu\n")
-
-#define ZOR_DEFINE(name, Value, Form, Printed, header, format)                                     \
-    [[gnu::noinline]] static uint8_t *name##InFrame(Value value, uint8_t *target,                  \
-                                                    int32_t targetDigits) {                        \
-        return fromIntegerInFrame<Form, Printed>(value, target, targetDigits, header, format);     \
-    }                                                                                              \
-    uint8_t *_zorcBCD_CONV_##name(Value value, uint8_t *target, int32_t targetDigits) {            \
-        return storeAtOnce<Form>(value, target, targetDigits)                                      \
-                   ? target                                                                        \
-                   : name##InFrame(value, target, targetDigits);                                   \
+#define ZOR_DEFINE(name, Result, printed, header, format)                                          \
+    Result _zorcBCD_CONV_##name(const uint8_t *source, int32_t sourceDigits) {                     \
+        return name##InFrame(source, sourceDigits);                                                \
     }
-ZOR_FROM_INTEGER(ZOR_DEFINE)
+ZOR_ZONED_TO_INTEGER(ZOR_DEFINE)
+#undef ZOR_DEFINE
+
+#define ZOR_DEFINE(name, Value, printed, header, format)                                           \
+    uint8_t *_zorcBCD_CONV_##name(Value value, uint8_t *target, int32_t targetDigits) {            \
+        return toShortPacked(value, target, targetDigits, name##InFrame);                          \
+    }
+ZOR_INTEGER_TO_PACKED(ZOR_DEFINE)
+#undef ZOR_DEFINE
+
+#define ZOR_DEFINE(name, Value, printed, header, format)                                           \
+    uint8_t *_zorcBCD_CONV_##name(Value value, uint8_t *target, int32_t targetDigits) {            \
+        return name##InFrame(value, target, targetDigits);                                         \
+    }
+ZOR_INTEGER_TO_ZONED(ZOR_DEFINE)
 #undef ZOR_DEFINE
 
 uint64_t _zorcBCD_CONV_Pckd_To_Len8(const uint8_t *source, int32_t sourceDigits, int32_t decs) {

@@ -4,9 +4,12 @@
 #ifndef ZOR_DECIMAL_INTEGER_DIGITS_H
 #define ZOR_DECIMAL_INTEGER_DIGITS_H
 
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
+#include "decimal/blocks.h"
 #include "decimal/digits.h"
 #include "decimal/forms.h"
 #include "decimal/word_division.h"
@@ -48,55 +51,80 @@ template <class Word> inline Word packedMagnitude(const uint8_t *item, int32_t d
     return value * scale + rest * 10 + (*last >> 4U);
 }
 
-// The value of eight packed digits.
+// The value of eight packed digits. Each step joins neighbours: 16 a + b is 10 a + b with 6 a too
+// much.
 constexpr uint32_t eightDigits(uint32_t word) {
-    word -= 6 * ((word >> 4) & 0x0F0F0F0FU);                         // pairs
-    word = (word & 0x00FF00FFU) + 100 * ((word >> 8) & 0x00FF00FFU); // fours
-    return (word & 0xFFFFU) + 10'000 * (word >> 16);
+    word -= (16 - 10) * ((word >> 4) & 0x0F0F0F0FU);
+    word -= (256 - 100) * ((word >> 8) & 0x00FF00FFU);
+    return word - (65'536 - 10'000) * (word >> 16);
 }
 
-// The magnitude of a packed item of proper digits with a sign, eight digits a step. False for every
-// other item: one to validate, and to read by packedMagnitude.
-template <class Word>
-[[gnu::always_inline]] inline bool readPacked(const uint8_t *item, int32_t digits,
-                                              Word &magnitude) {
-    const int32_t last = digits / 2;
-    const uint8_t *const end = item + last + 1;
-    if (last < 3) {
-        uint32_t word = item[0];
-        for (const uint8_t *at = item + 1; at < end; ++at) {
-            word = word << 8 | *at;
+// Two ways to read a packed item of proper digits and a proper sign at once. They call nothing and
+// keep to the registers. False is for every other item: one to validate, and to read by
+// packedMagnitude.
+
+// Whether the nibble that an even count of digits leaves unused is clear.
+inline bool padIsClear(const uint8_t *item, int32_t digits) {
+    return (digits & 1) != 0 || item[0] <= 9;
+}
+
+// An item of at most 15 digits without the leading zeros: high * 10^7 + low.
+struct ShortPacked {
+    static constexpr uint32_t kLow = 10'000'000;
+    uint32_t high;
+    uint32_t low;
+    uint32_t units; // its last byte holds the sign
+};
+
+[[gnu::always_inline]] inline bool readShortPacked(const uint8_t *item, int32_t digits,
+                                                   ShortPacked &read) {
+    if (!padIsClear(item, digits)) {
+        return false;
+    }
+    const uint8_t *const end = item + Packed::bytes(digits);
+    uint32_t units;
+    uint32_t front = 0;
+    if (digits < 8) {
+        units = loadShort(item, Packed::bytes(digits));
+    } else {
+        // The 1 to 4 bytes in front of the words that end at the units, shifted free of these.
+        for (;;) {
+            front = loadDigits(item) >> (4 * (~digits & 6));
+            if (digits < 16) {
+                break;
+            }
+            if (front != 0) {
+                return false;
+            }
+            digits = (digits & ~7) - 1;
+            item = end - Packed::bytes(digits);
         }
-        if ((word & 0x0FU) < 0xA || nibblesAboveNine(word >> 4) != 0) {
+        units = loadDigits(end - 4);
+    }
+    if (nibblesAboveNine(units) != kSignAboveNine) {
+        return false;
+    }
+    read.units = units;
+    read.low = eightDigits(units >> 4);
+    read.high = 0;
+    if (front != 0) {
+        if (nibblesAboveNine(front) != 0) {
             return false;
         }
-        word >>= 4;
-        if (digits == 2 || digits == 4) {
-            word &= digits == 2 ? 0xFFU : 0xFFFFU; // without the pad
-        }
-        magnitude = eightDigits(word);
-        return true;
+        read.high = eightDigits(front);
     }
-    // The first word may share bytes with the next one; these are shifted out.
-    const int32_t shared = 3 - last % 4;
-    const uint32_t first = loadDigits(item);
-    const uint32_t pad = digits % 2 == 0 ? 0x0FFFFFFFU : 0xFFFFFFFFU;
-    const uint32_t units = loadDigits(end - 4);
-    uint32_t bad = nibblesAboveNine(units >> 4);
-    if (last == 3) {
-        magnitude = eightDigits((units & pad) >> 4);
-    } else {
-        uint32_t word = first >> (8 * shared);
-        bad |= nibblesAboveNine(word);
-        Word value = eightDigits((first & pad) >> (8 * shared));
-        for (const uint8_t *at = item + (4 - shared); at < end - 4; at += 4) {
-            word = loadDigits(at);
-            bad |= nibblesAboveNine(word);
-            value = value * 100'000'000U + eightDigits(word);
-        }
-        magnitude = value * 10'000'000U + eightDigits(units >> 4);
+    return true;
+}
+
+// An item of at most 31 digits; the value of one of more than 19 wraps.
+[[gnu::always_inline]] inline bool readPackedBlock(const uint8_t *item, int32_t digits,
+                                                   uint64_t &magnitude) {
+    const __m128i block = loadBlock(item, Packed::bytes(digits));
+    if (!padIsClear(item, digits) || !isPackedBlock(block, true)) {
+        return false;
     }
-    return bad == 0 && (units & 0x0FU) >= 0xA;
+    magnitude = wordOfLimbs(limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
+    return true;
 }
 
 // The value of four digit bytes, each taken by its low nibble.
@@ -142,20 +170,45 @@ template <class Form, class Word> inline Word magnitudeOf(const uint8_t *item, i
 
 // ---- integer to decimal
 
-// A value below 100'000'000 as eight packed digits, most significant first.
+// An integer's magnitude, as a word of 32 bits at least.
+template <class Value> inline auto magnitudeOf(Value value) {
+    using Word = std::conditional_t<sizeof(Value) == sizeof(uint64_t), uint64_t, uint32_t>;
+    const auto bits = static_cast<Word>(+value); // promoted before it is made unsigned
+    return value < 0 ? 0 - bits : bits;
+}
+
+// Index 0 to 999: the value as three packed digits.
+inline constexpr std::array<uint16_t, 1000> packedThree = [] {
+    std::array<uint16_t, 1000> table{};
+    for (unsigned value = 0; value < table.size(); ++value) {
+        table[value] = static_cast<uint16_t>(value / 100 << 8 | valueToPair[value % 100]);
+    }
+    return table;
+}();
+
+// A value below 10^9 as three times three packed digits.
+struct PackedNine {
+    uint32_t high, middle, low;
+
+    explicit PackedNine(uint32_t value) {
+        const uint32_t thousands = value / 1000;
+        const uint32_t millions = thousands / 1000;
+        high = packedThree[millions];
+        middle = packedThree[thousands - millions * 1000];
+        low = packedThree[value - thousands * 1000];
+    }
+};
+
+// The eight low-order digits, most significant first.
 inline uint32_t packedEight(uint32_t value) {
-    const uint32_t high = value / 10'000;
-    const uint32_t low = value % 10'000;
-    return static_cast<uint32_t>(valueToPair[high / 100]) << 24 |
-           static_cast<uint32_t>(valueToPair[high % 100]) << 16 |
-           static_cast<uint32_t>(valueToPair[low / 100]) << 8 | valueToPair[low % 100];
+    const PackedNine digits(value);
+    return digits.high << 24 | digits.middle << 12 | digits.low;
 }
 
 // Stores the low-order digits of a magnitude with the sign given, in words of eight digits from the
 // units end.
 template <class Word>
-[[gnu::always_inline]] inline void storePacked(Word magnitude, bool negative, uint8_t *target,
-                                               int32_t digits) {
+inline void storePacked(Word magnitude, bool negative, uint8_t *target, int32_t digits) {
     int32_t room = Packed::bytes(digits);
     uint32_t word = packedEight(takeLow<10'000'000>(magnitude)) << 4 | packedSign(negative);
     for (; room >= 4; room -= 4) {
@@ -165,6 +218,59 @@ template <class Word>
     for (; room > 0; --room) {
         target[room - 1] = static_cast<uint8_t>(word);
         word >>= 8;
+    }
+    Packed::clearPad(target, digits);
+}
+
+// Packed digits and a sign, right-aligned in three words.
+struct PackedWords {
+    uint32_t top, middle, low;
+};
+
+inline PackedWords packedWords(uint32_t magnitude, bool negative) {
+    constexpr uint32_t kLow = 10'000'000;
+    uint32_t middle = 0;
+    if (magnitude >= kLow) {
+        middle = packedThree[magnitude / kLow];
+        magnitude %= kLow;
+    }
+    return {0, middle, packedEight(magnitude) << 4 | packedSign(negative)};
+}
+
+inline constexpr uint64_t kTenTo18 = 1'000'000'000'000'000'000;
+
+// The magnitude is below kTenTo18.
+inline PackedWords packedWords(uint64_t magnitude, bool negative) {
+    const PackedNine low(takeLow<1'000'000'000>(magnitude));
+    const PackedNine high(static_cast<uint32_t>(magnitude));
+    return {high.high, high.middle << 20 | high.low << 8 | low.high >> 4,
+            low.high << 28 | low.middle << 16 | low.low << 4 | packedSign(negative)};
+}
+
+// Stores the low-order digits in an item of at most 31.
+[[gnu::always_inline]] inline void storeShortPacked(PackedWords words, uint8_t *target,
+                                                    int32_t digits) {
+    const int32_t bytes = Packed::bytes(digits);
+    // The word in front is one of zeros, or one of which the next word covers the end.
+    const auto storeFront = [&](uint32_t word, int32_t room) {
+        storeDigits(target, word << 8 << (8 * (room - 1 - bytes)));
+    };
+    if (bytes >= 12) {
+        storeDigits(target, 0);
+        storeDigits(target + bytes - 12, words.top);
+        storeDigits(target + bytes - 8, words.middle);
+    } else if (bytes >= 8) {
+        storeFront(words.top, 12);
+        storeDigits(target + bytes - 8, words.middle);
+    } else if (bytes >= 4) {
+        storeFront(words.middle, 8);
+    } else {
+        for (int32_t at = bytes; at > 0; words.low >>= 8) {
+            target[--at] = static_cast<uint8_t>(words.low);
+        }
+    }
+    if (bytes >= 4) {
+        storeDigits(target + bytes - 4, words.low);
     }
     Packed::clearPad(target, digits);
 }
