@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <type_traits>
 
 namespace zor::decimal {
 namespace {
@@ -198,6 +199,11 @@ public:
                 storeCoefficient<Form>(target, negative, {0, whole}, -decs);
                 return;
             }
+        } else if constexpr (std::is_same_v<Work, ZorBinary64>) {
+            if (work_ < kWordLimit) {
+                storeNearlyWhole<Form>(target, negative);
+                return;
+            }
         }
         storeSlowly<Form>(target, negative);
     }
@@ -250,6 +256,23 @@ private:
         const int64_t nearest = nearestWhole(scaled);
         digits = static_cast<uint64_t>(nearest);
         return reads(nearest, decs);
+    }
+
+    // From 10^kDecimals on the exact value counts: a whole number, below 2^kPrecision with a few
+    // bits of fraction.
+    static constexpr Work kWordLimit = 1ULL << 63;
+
+    template <class Form> void storeNearlyWhole(const Target &target, bool negative) const {
+        constexpr int32_t kBits = std::is_same_v<T, ZorBinary32> ? 4 : 3;
+        constexpr uint64_t kFive = kBits == 4 ? 625 : 125; // 5^kBits
+        static_assert(kPowers[BinaryForm<T>::kDecimals] >=
+                      static_cast<Work>(1ULL << (BinaryForm<T>::kPrecision - 1 - kBits)));
+        const bool isWhole = work_ >= static_cast<Work>(1ULL << BinaryForm<T>::kPrecision);
+        const auto value =
+            static_cast<int64_t>(isWhole ? work_ : work_ * static_cast<Work>(1 << kBits));
+        const auto bits = static_cast<uint64_t>(value);
+        storeCoefficient<Form>(target, negative, {0, isWhole ? bits : bits * kFive},
+                               isWhole ? 0 : -kBits);
     }
 
     // Kept out of the way of the common path, for its room on the stack.
