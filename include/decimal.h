@@ -3,11 +3,14 @@
  * An operand is a byte address of any alignment and a count of decimal digits, at least 1. There is
  * no scale: the caller aligns decimal points beforehand.
  *
- *   Pckd  packed decimal, digits / 2 + 1 bytes: digits in nibbles, the sign in the low nibble of
- * the last byte. 0xB and 0xD are negative, all others positive; 0xC and 0xD are stored. With an
- *         even count the first high nibble is a pad: stored as 0, read as a digit.
+ *   Pckd  packed decimal, digits / 2 + 1 bytes: digits in nibbles, the sign in the low nibble
+ *         of the last byte (0xB and 0xD negative, all others positive; 0xC and 0xD are stored).
+ *         With an even count the first high nibble is a pad: stored as 0, read as a digit.
  *   Znd   zoned, one byte per digit, the sign in the zone of the last byte: 0x30 + digit or,
- * negative, 0x70 + digit are stored; EBCDIC zones and overpunch letters are read too.
+ *         negative, 0x70 + digit are stored; EBCDIC zones and overpunch letters are read too.
+ *
+ * Copies, shifts and comparisons stand in decimal_moves.h, conversions to and from integers and
+ * floating forms in decimal_convert.h.
  *
  * The target receives the low-order digits of the true result and its sign; lost high-order digits
  * are not reported. A zero result may carry a negative sign. Operands are validated unless the

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <dlfcn.h>
 
-#include "text/quad_format.h"
+#include "run/quad_format.h"
 
 namespace zor::decimal {
 namespace {

@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "text/double_digits.h"
-#include "text/quad_format.h"
+#include "run/quad_format.h"
 
 namespace zor {
 namespace {

@@ -1,6 +1,6 @@
 // The library for 128-bit floating point is loaded at the first such item: a program that shows
 // none does not pay for it.
-#include "text/quad_format.h"
+#include "run/quad_format.h"
 
 #include <atomic>
 #include <cstdio>

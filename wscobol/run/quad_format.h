@@ -1,6 +1,6 @@
 // Text of 128-bit binary floating point.
-#ifndef ZOR_TEXT_QUAD_FORMAT_H
-#define ZOR_TEXT_QUAD_FORMAT_H
+#ifndef ZOR_RUN_QUAD_FORMAT_H
+#define ZOR_RUN_QUAD_FORMAT_H
 
 #include <cstddef>
 
