@@ -126,12 +126,14 @@ TEST(Host, AnEndedRunTimeStartsAnew) {
             for (int round = 0; round < 3; ++round) {
                 _zorPgmInit(&program.pcb);
                 printf("%d %s\n", _zorProccom->runcom->id, program.pcb.lle->name);
+                _zorProccom->convclose = [] { printf("converters closed\n"); };
                 _zorCOBOLTerm(1, &rc);
                 printf("%d\n", _zorProccom == nullptr);
             }
         },
         kit::Environment{});
-    EXPECT_EQ(result.out, "1 PGM\n1\n1 PGM\n1\n1 PGM\n1\n");
+    const std::string round = "1 PGM\nconverters closed\n1\n";
+    EXPECT_EQ(result.out, round + round + round);
     EXPECT_EQ(result.err, "Delayed Init!\nDelayed Init!\n");
 }
 

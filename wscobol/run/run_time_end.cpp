@@ -104,6 +104,9 @@ void TermCobolRte(EndReason reason) {
     removeAlternateStack();
     forgetStandardFiles(process);
     freePaths(process);
+    if (process.convclose != nullptr) {
+        process.convclose();
+    }
     if (attachments.unloadFileModules != nullptr) {
         attachments.unloadFileModules();
     }
