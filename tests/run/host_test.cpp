@@ -125,7 +125,8 @@ TEST(Host, AnEndedRunTimeStartsAnew) {
             int32_t rc = -1;
             for (int round = 0; round < 3; ++round) {
                 _zorPgmInit(&program.pcb);
-                printf("%d %s\n", _zorProccom->runcom->id, program.pcb.lle->name);
+                printf("%d %.*s\n", _zorProccom->runcom->id,
+                       static_cast<int>(program.pcb.lle->namelen), program.pcb.lle->name);
                 _zorProccom->convclose = [] { printf("converters closed\n"); };
                 _zorCOBOLTerm(1, &rc);
                 printf("%d\n", _zorProccom == nullptr);
