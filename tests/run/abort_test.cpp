@@ -165,13 +165,6 @@ TEST(Abort, OfTheEndItselfStillEnds) {
     EXPECT_EQ(child.status, kSignalled + SIGABRT);
 }
 
-TEST(Abort, WithoutCoreLimitMakesNoCoreWithoutAWord) {
-    const ChildResult child =
-        runChild([] { runProgram([] { printf("%d", ZORDUMP()); }); }, options({}));
-    EXPECT_EQ(child.out, "0");
-    EXPECT_EQ(child.err, "");
-}
-
 // ---- core files
 
 bool coreToolWorks() {
@@ -224,19 +217,17 @@ TEST(CoreFile, IsMadeOnceAtASignal) {
     }
 }
 
-TEST(CoreFile, IsNotMadeWhenThereIsOneAlready) {
+TEST(CoreFile, IsNotMadeWhereNoneIsWanted) {
+    const auto forced = [] { runProgram(ZORABEND); };
+    const auto coredAlready = [] { runProgram([] { _zorAbort(1); }); };
     const TemporaryDirectory directory;
-    const ChildResult child = runIn(directory, [] { runProgram([] { _zorAbort(1); }); }, {});
+    EXPECT_EQ(shape(runIn(directory, forced, {{"COBRTOPT", "TRAP=OLD"}}).err), forcedEnd());
+    EXPECT_EQ(shape(runChild(forced, options({})).err), forcedEnd()); // a core limit of 0
+    const TemporaryDirectory other;
+    const ChildResult child = runIn(other, coredAlready, {});
     EXPECT_EQ(child.err, "");
-    EXPECT_TRUE(filesIn(directory).empty());
+    EXPECT_TRUE(filesIn(other).empty());
     EXPECT_EQ(child.status, kSignalled + SIGABRT);
-}
-
-TEST(CoreFile, IsNotMadeByTheRunTimeUnderTrapOld) {
-    const TemporaryDirectory directory;
-    const ChildResult child =
-        runIn(directory, [] { runProgram(ZORABEND); }, {{"COBRTOPT", "TRAP=OLD"}});
-    EXPECT_EQ(shape(child.err), forcedEnd());
 }
 
 TEST(CoreFile, OnRequestLetsTheRunGoOn) {

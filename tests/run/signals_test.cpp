@@ -6,12 +6,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
+#include "display.h"
 #include "failure_kit.h"
 #include "messages.h"
 #include "signal_row.h"
@@ -95,6 +97,8 @@ TEST(Signals, EndTheRunWithTracebackAndMessage) {
                                             message995(kFaults[i].signal, kFaults[i].address));
             EXPECT_EQ(child.status, kSignalled + SIGABRT);
             EXPECT_EQ(child.out, "");
+            // Also for a call of nothing, which leaves no frame of its own.
+            EXPECT_NE(child.err.find("child("), std::string::npos) << child.err;
         }
     }
 }
@@ -141,9 +145,46 @@ TEST(Signals, OnlyShownLetTheRunGoOn) {
     EXPECT_EQ(child.status, 0);
 }
 
-TEST(Signals, TracebackHasTheProgramAlsoForACallOfNothing) {
-    const ChildResult child = runFaultUnder(0, "TRAP=OLD");
-    EXPECT_NE(child.err.find("child("), std::string::npos) << child.err;
+constexpr int kLines = 100000;
+constexpr int kLinesPerSignal = 10;
+
+// Runs DISPLAYs while a signal comes again and again at any point of them.
+void displayUnderSignals() {
+    runProgram([] {
+        sigevent event{};
+        event.sigev_notify = SIGEV_SIGNAL;
+        event.sigev_signo = atoi(getenv("SIGNAL"));
+        timer_t timer{};
+        timer_create(CLOCK_MONOTONIC, &event, &timer);
+        for (int i = 0; i < kLines; ++i) {
+            if (i % kLinesPerSignal == 0) {
+                const itimerspec soon{{0, 0}, {0, i * 7919L % 9973 + 1}};
+                timer_settime(timer, 0, &soon, nullptr);
+            }
+            char text[] = "line 000000";
+            snprintf(text, sizeof text, "line %06d", i);
+            DisplayItem items[] = {{text, 5, 0, DISPLAY_TEXT}, {text + 5, 6, 0, DISPLAY_TEXT}};
+            const DisplayControl control{2, DISPLAY_ON_SYSOUT, 0, '.', 0};
+            _zorcDisplay(&control, items);
+        }
+        timer_delete(timer);
+    });
+}
+
+TEST(Signals, OnlyShownLeaveTheDisplaysWhole) {
+    std::string expected;
+    for (int i = 0; i < kLines; ++i) {
+        char text[] = "line 000000\n";
+        snprintf(text, sizeof text, "line %06d\n", i);
+        expected += text;
+    }
+    for (const int signo : {SIGUSR1, SIGWINCH}) {
+        const ChildResult child =
+            runChild(displayUnderSignals, options({{"SIGNAL", std::to_string(signo)}}));
+        EXPECT_TRUE(child.out == expected) << child.out.size() << " " << expected.size();
+        EXPECT_EQ(child.err.find("Signal received") != std::string::npos, signo == SIGUSR1);
+        EXPECT_EQ(child.status, 0);
+    }
 }
 
 TEST(Signals, TracebackWithSourceLines) {

@@ -1,11 +1,9 @@
 // The abnormal end: everything that ends a run because of a failure comes here.
 #include "abort.h"
 
-#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -20,10 +18,6 @@ namespace zor {
 namespace {
 
 constexpr int kMonitorAbortValue = 6; // what sigsetjmp gives in the epilogue of a transaction
-constexpr int kPatience = 600; // tenths of a second in which another thread ends the run-time
-
-// The thread that ends the run-time; means something while PROCCOM_ABORT is set.
-std::atomic<pid_t> endingThread{0};
 
 // The child of a fork is a main thread of its own.
 bool onMainThread(const Proccom &process) {
@@ -37,34 +31,17 @@ bool onMainThread(const Proccom &process) {
     pthread_exit(reinterpret_cast<void *>(-1));
 }
 
-void waitForEndingThread() {
-    for (int i = 0; i < kPatience && endingThread != 0; ++i) {
-        const timespec pause{0, 100'000'000};
-        nanosleep(&pause, nullptr);
-    }
-}
-
 // One thread ends the run-time, once. False when this thread was about it already, so that the end
 // itself failed and leaving is all that is left. A second thread leaves at once, the main one when
 // the first is through.
-bool takeTurn(Proccom &process, bool isMain) {
-    const pid_t self = gettid();
-    const bool ending =
-        (__atomic_fetch_or(&process.state, PROCCOM_ABORT, __ATOMIC_ACQ_REL) & PROCCOM_ABORT) != 0;
-    if (!ending) {
-        endingThread = self;
-        return true;
+bool takeTurn(bool isMain) {
+    if (claimEnd()) {
+        return beginRunTimeEnd();
     }
-    pid_t owner = 0;
-    if (endingThread.compare_exchange_strong(owner, self)) {
-        return true;
+    if (!isMain) {
+        leaveThread();
     }
-    if (owner != self) {
-        if (!isMain) {
-            leaveThread();
-        }
-        waitForEndingThread();
-    }
+    waitForOtherEnd();
     return false;
 }
 
@@ -125,7 +102,8 @@ void _zorAbort(int32_t cored) {
     }
     logAbort(unit, isMain, cored);
 
-    const bool hasTurn = takeTurn(*process, isMain);
+    __atomic_fetch_or(&process->state, PROCCOM_ABORT, __ATOMIC_ACQ_REL);
+    const bool hasTurn = takeTurn(isMain);
     if (hasTurn && cored == 0 && (process->options2 & kCoreOptions) != 0) {
         cored = static_cast<int32_t>(dumpCore());
     }
@@ -134,16 +112,14 @@ void _zorAbort(int32_t cored) {
     }
     if (hasTurn) {
         TermCobolRte(EndReason::abnormalEnd);
-        endingThread = 0;
     }
+    leaveEnd();
 
     if (inMonitor && epilogueIsKnown(epilogue)) {
         giveBackStreamLocks();
-        stopEndWatch();
         siglongjmp(epilogue, kMonitorAbortValue);
     }
     if (!isMain) {
-        stopEndWatch();
         leaveThread();
     }
     if (cored == 1) {

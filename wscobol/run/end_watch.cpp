@@ -9,6 +9,7 @@
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 #include "abort.h"
 #include "patient_streams.h"
@@ -23,10 +24,12 @@ constexpr time_t kSeconds = 2;
 constexpr int kStuckAfter = 3;           // looks at one lock in a row
 constexpr greg_t kLockedWithWaiters = 2; // value of the C library's locks that the kernel waits on
 
-constexpr int kPatience = 600; // tenths of a second
+constexpr int kPatience = 600; // tenths of a second in which another thread ends the run
+
+std::atomic<pid_t> endingThread{0}; // 0 for none
+bool endingRunTime = false;         // by that thread
 
 struct EndWatch {
-    std::atomic<pid_t> thread; // whose signal ends the run, 0 for none
     struct sigaction replaced;
     timer_t timer;
     bool running;
@@ -58,15 +61,27 @@ void look(int /*signo*/, siginfo_t * /*info*/, void *context) {
 
 } // namespace
 
+bool claimEnd() {
+    pid_t owner = 0;
+    return endingThread.compare_exchange_strong(owner, gettid()) || owner == gettid();
+}
+
+bool beginRunTimeEnd() {
+    return !std::exchange(endingRunTime, true);
+}
+
+void waitForOtherEnd() {
+    for (int i = 0; i < kPatience && endingThread != 0 && endingThread != gettid(); ++i) {
+        const timespec pause{0, 100'000'000};
+        nanosleep(&pause, nullptr);
+    }
+}
+
 void startEndWatch(int signo) {
-    watch.thread = gettid();
     sigevent event{};
     event.sigev_notify = SIGEV_THREAD_ID;
     event.sigev_signo = kWatchSignal;
     event._sigev_un._tid = gettid();
-    struct sigaction action {};
-    action.sa_sigaction = look;
-    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
     if (watch.running || timer_create(CLOCK_MONOTONIC, &event, &watch.timer) != 0) {
         return;
     }
@@ -74,27 +89,26 @@ void startEndWatch(int signo) {
     watch.lock = 0;
     watch.looks = 0;
     watch.running = true;
+    struct sigaction action {};
+    action.sa_sigaction = look;
+    action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
     sigaction(kWatchSignal, &action, &watch.replaced);
     unblockSignal(kWatchSignal);
     const itimerspec interval{{kSeconds, 0}, {kSeconds, 0}};
     timer_settime(watch.timer, 0, &interval, nullptr);
 }
 
-void waitForOtherEnd() {
-    const pid_t self = gettid();
-    for (int i = 0; i < kPatience && watch.thread != 0 && watch.thread != self; ++i) {
-        const timespec pause{0, 100'000'000};
-        nanosleep(&pause, nullptr);
+void leaveEnd() {
+    if (endingThread != gettid()) {
+        return;
     }
-}
-
-void stopEndWatch() {
-    watch.thread = 0;
     if (watch.running) {
         timer_delete(watch.timer);
         sigaction(kWatchSignal, &watch.replaced, nullptr);
         watch.running = false;
     }
+    endingRunTime = false;
+    endingThread = 0;
 }
 
 } // namespace zor

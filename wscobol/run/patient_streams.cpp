@@ -1,6 +1,7 @@
 // A signal may stop a thread at any point while a second one waits for input under a stream's lock,
 // or waits for a lock that the first one holds. Nothing on the way to the end may then wait for
-// good.
+// good. A signal may even stop a thread inside flockfile, where the lock is taken and nobody owns
+// it: a second flockfile of the same thread would wait for itself.
 #include "patient_streams.h"
 
 #include <algorithm>
@@ -31,8 +32,31 @@ struct StreamLock {
     void *owner; // the thread as pthread_self() names it
 };
 
-FILE *openStreams() {
-    return &_IO_list_all == nullptr ? nullptr : _IO_list_all;
+bool isOnlyThread() {
+    return __libc_single_threaded != 0;
+}
+
+// The stream's lock, null for a stream that has none.
+StreamLock *lockOf(FILE *stream) {
+    return static_cast<StreamLock *>(stream->_lock);
+}
+
+bool isOwn(const StreamLock *lock) {
+    return lock != nullptr && lock->owner == reinterpret_cast<void *>(pthread_self());
+}
+
+template <class Action> void forEachStream(Action action) {
+    FILE *stream = &_IO_list_all == nullptr ? nullptr : _IO_list_all;
+    for (; stream != nullptr; stream = stream->_chain) {
+        action(stream);
+    }
+}
+
+void flushIfFree(FILE *stream) {
+    if (ftrylockfile(stream) == 0) {
+        fflush_unlocked(stream);
+        funlockfile(stream);
+    }
 }
 
 } // namespace
@@ -41,6 +65,9 @@ bool lockPatiently(FILE *stream) {
     for (int i = 0; i < kTries; ++i) {
         if (ftrylockfile(stream) == 0) {
             return true;
+        }
+        if (isOnlyThread()) {
+            return false;
         }
         nanosleep(&kPause, nullptr);
     }
@@ -54,27 +81,35 @@ void flushPatiently(FILE *stream) {
     }
 }
 
-void flushAllPatiently() {
-    if (__libc_single_threaded != 0 || openStreams() == nullptr) {
-        fflush(nullptr);
-        return;
-    }
-    for (FILE *stream = openStreams(); stream != nullptr; stream = stream->_chain) {
-        if (ftrylockfile(stream) == 0) {
-            fflush_unlocked(stream);
-            funlockfile(stream);
-        }
+void flushIfIdle(FILE *stream) {
+    if (!isOwn(lockOf(stream))) {
+        flushPatiently(stream);
     }
 }
 
+void flushAllPatiently() {
+    forEachStream(flushIfFree);
+}
+
+void flushAllIdle() {
+    forEachStream([](FILE *stream) {
+        if (!isOwn(lockOf(stream))) {
+            flushIfFree(stream);
+        }
+    });
+}
+
+// Without other threads every lock is this one's, as in the child of a fork.
 void giveBackStreamLocks() {
-    void *self = reinterpret_cast<void *>(pthread_self());
-    for (FILE *stream = openStreams(); stream != nullptr; stream = stream->_chain) {
-        const auto *lock = static_cast<const StreamLock *>(stream->_lock);
-        while (lock != nullptr && lock->owner == self) {
+    forEachStream([](FILE *stream) {
+        StreamLock *lock = lockOf(stream);
+        if (lock != nullptr && isOnlyThread()) {
+            *lock = {};
+        }
+        while (isOwn(lock)) {
             funlockfile(stream);
         }
-    }
+    });
 }
 
 void reportPatiently(const char *format, ...) {

@@ -7,16 +7,23 @@
 
 namespace zor {
 
-// Takes the stream's lock as flockfile does, but gives up after half a second.
+// Takes the stream's lock as flockfile does, but gives up after half a second, or at once when
+// there is no other thread that could give it back.
 bool lockPatiently(FILE *stream);
 
 // Flushes and synchronises a stream, unless another thread keeps its lock. Null does nothing.
 void flushPatiently(FILE *stream);
 
-// Flushes every open stream of the process except those that another thread keeps.
-void flushAllPatiently();
+// As above, for a handler that goes back to the interrupted code: a stream that this thread is at
+// work on is left alone, too. Its state may be half-way between two characters.
+void flushIfIdle(FILE *stream);
 
-// Unlocks the streams that this thread holds: it is about to leave the code that locked them.
+// The two for all open streams of the process, without waiting for any of them.
+void flushAllPatiently();
+void flushAllIdle();
+
+// Unlocks the streams that this thread holds, or was about to lock, as the code that locked them
+// will not go on.
 void giveBackStreamLocks();
 
 // Writes a formatted text, at most a path and some words, to stderr, past the stream if its lock is

@@ -180,7 +180,7 @@ int retryFlush(FILE *stream) {
     if (!drain(stream)) {
         return EOF;
     }
-    return retryOnStream(stream, POLLOUT, [&] { return fflush(stream); });
+    return retryOnStream(stream, POLLOUT, [&] { return fflush_unlocked(stream); });
 }
 
 int flushAndSync(FILE *stream) {

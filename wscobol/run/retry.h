@@ -22,10 +22,13 @@ std::size_t retryFwrite(const void *source, std::size_t size, std::size_t count,
 ssize_t retryRead(int descriptor, void *target, std::size_t bytes);
 ssize_t retryWrite(int descriptor, const void *source, std::size_t bytes);
 int retryClose(int descriptor);
+// Its caller holds the stream's lock, which a signal may have caught in a state that cannot be
+// taken.
 int retryFlush(FILE *stream);
 
 // Flushes the stream and has the kernel write the data out. A stream that cannot be synchronised (a
-// terminal, a pipe, a closed or read-only one) counts as written; errno is then 0.
+// terminal, a pipe, a closed or read-only one) counts as written; errno is then 0. The caller holds
+// the stream's lock.
 int flushAndSync(FILE *stream);
 
 // The part of writeUnlocked that reaches the file; bytes is not 0.

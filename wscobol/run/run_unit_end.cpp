@@ -9,9 +9,10 @@
 #include "dynamic/program_list.h"
 #include "fcb.h"
 #include "run/debug_log.h"
+#include "run/end_watch.h"
 #include "run/init_section.h"
 #include "run/locks.h"
-#include "run/retry.h"
+#include "run/patient_streams.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
 #include "run/storage.h"
@@ -166,18 +167,12 @@ void unlinkPrograms(const HashTable *list) {
     }
 }
 
-void flushUnderLock(FILE *stream) {
-    flockfile(stream);
-    flushAndSync(stream);
-    funlockfile(stream);
-}
-
 void flushUnusedStandardStreams(const Proccom &process) {
     if (process.cobmsgs == nullptr) {
-        flushUnderLock(stderr);
+        flushPatiently(stderr);
     }
     if (process.sysout == nullptr && process.consoleout == nullptr) {
-        flushUnderLock(stdout);
+        flushPatiently(stdout);
     }
 }
 
@@ -281,8 +276,10 @@ void retire(Proccom &process, Runcom &unit, EndReason reason) {
     notEnding(unit);
 }
 
-// Host routines are expected to leave the process by themselves.
+// Host routines are expected to leave the process by themselves. One that jumps out of the end may
+// go on for long.
 [[noreturn]] void leaveThroughHost(HostRoutine routine, void *token, int32_t status) {
+    leaveEnd();
     routine(token);
     std::exit(status);
 }

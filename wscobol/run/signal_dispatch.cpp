@@ -66,7 +66,11 @@ void commentOnBadAddress(const siginfo_t &info) {
 }
 
 void commentOnCause(int signo, const siginfo_t &info) {
-    flushPatiently(stdout);
+    if (runGoesOnAfter(signo)) {
+        flushIfIdle(stdout);
+    } else {
+        flushPatiently(stdout);
+    }
     switch (signo) {
     case SIGILL:
         commentOnIllegalInstruction(info);

@@ -115,6 +115,11 @@ SignalRow *signalRowAt(int index, int signo) {
     return findSignalRow(index < 0 ? defaultTable : tables[static_cast<std::size_t>(index)], signo);
 }
 
+bool runGoesOnAfter(int signo) {
+    return signo == SIGWINCH || signo == SIGCONT || signo == SIGUSR1 || signo == SIGUSR2 ||
+           signo == SIGXCPU || signo == SIGXFSZ;
+}
+
 void installSignalTable(SignalRow *table) {
     if (defaultTable[0].signo == 0) {
         fillFromTemplate(defaultTable);

@@ -16,6 +16,9 @@ SignalRow *signalRowAt(int index, int signo);
 // The row of a signal in one table, which may be null.
 SignalRow *findSignalRow(SignalRow *table, int signo);
 
+// True when the run goes on after the signal.
+bool runGoesOnAfter(int signo);
+
 // The routine that receives the signals of all tables.
 void dispatchSignal(int signo, siginfo_t *info, void *context);
 

@@ -26,11 +26,6 @@ namespace {
 constexpr int kMonitorSignalValue = 128; // added to the signal in the epilogue of a transaction
 constexpr std::size_t kTextBytes = 512;
 
-bool onlyShown(int signo) {
-    return signo == SIGCONT || signo == SIGUSR1 || signo == SIGUSR2 || signo == SIGXCPU ||
-           signo == SIGXFSZ;
-}
-
 int descriptorOf(FILE *first, FILE *second, int otherwise) {
     FILE *stream = first != nullptr ? first : second;
     return stream == nullptr ? otherwise : fileno(stream);
@@ -97,6 +92,15 @@ private:
     greg_t *registers_ = nullptr;
 };
 
+// The text of a message alone, for a message stream that cannot be had.
+template <class... Arguments> struct BareText {
+    BareText(const message::Message<Arguments...> &message, Arguments... arguments) {
+        _zorWriteERRmsg(message.number, message.flags | MESSAGE_RETURN_TEXT, text,
+                        static_cast<uint32_t>(sizeof text), arguments...);
+    }
+    char text[kTextBytes] = "";
+};
+
 // Message 995; the message service unlocks the stream that it finds locked here.
 void tellSignal(Proccom &process, const char *name, void *address) {
     FILE *stream = messageStream(process);
@@ -105,22 +109,20 @@ void tellSignal(Proccom &process, const char *name, void *address) {
         flushPatiently(stream);
         return;
     }
-    std::array<char, kTextBytes> text{};
-    _zorWriteERRmsg(message::signalCaught.number, message::signalCaught.flags | MESSAGE_RETURN_TEXT,
-                    text.data(), static_cast<uint32_t>(text.size()), name, address);
-    reportPatiently("%s\n\n", text.data());
+    const BareText caught(message::signalCaught, name, address);
+    const BareText closing(message::forcedEnd);
+    reportPatiently("ZOR995S  %s\n%s\n\n", caught.text, closing.text);
 }
 
 void jumpToEpilogue(Proccom &process, Runcom &unit, int signo) {
-    if (const PCB *main = mainProgram(unit); main != nullptr) {
-        ZOR_DEBUG_LOG(
-            "_zorSignal: KOTS - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
-            "@%p\n",
-            ZOR_PROGRAM_NAME(main), static_cast<void *>(&unit.jmp), static_cast<void *>(&unit));
-    }
+    static const PCB noProgram{};
+    const PCB *main = mainProgram(unit) != nullptr ? mainProgram(unit) : &noProgram;
+    ZOR_DEBUG_LOG("_zorSignal: KOTS - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
+                  "@%p\n",
+                  ZOR_PROGRAM_NAME(main), static_cast<void *>(&unit.jmp),
+                  static_cast<void *>(&unit));
     giveBackLocks(process);
-    giveBackStreamLocks();
-    stopEndWatch();
+    leaveEnd();
     siglongjmp(unit.jmp, signo + kMonitorSignalValue);
 }
 
@@ -136,7 +138,54 @@ void endRun(Proccom &process, Runcom *unit, int signo, bool cored) {
         ZOR_DEBUG_LOG("_zorSignal: Abort_now\n");
         dieBySignal(SIGABRT);
     }
-    stopEndWatch();
+    leaveEnd();
+}
+
+void flushDisplayedText(const Proccom &process, void (*flush)(FILE *)) {
+    if (process.sysout == stdout || process.consoleout == stdout) {
+        flush(stdout);
+    }
+}
+
+// The signals after which the run goes on.
+void showSignal(Proccom &process, int signo, const char *name) {
+    flushDisplayedText(process, flushIfIdle);
+    if (signo == SIGWINCH) {
+        renewTerminalSizes(process);
+        return;
+    }
+    const PatientStreamLock errorLock(stderr);
+    reportPatiently("\n  Signal received: %d (%s)\n\n", signo, name);
+    printTraceback(stderr, AfterTraceback::runGoesOn);
+}
+
+// The others. Two threads may fail at once: one tells its signal, the other's takes its course once
+// that is done.
+void endBySignal(Proccom &process, Runcom *unit, int signo, const char *name, void *context) {
+    if (!claimEnd()) {
+        waitForOtherEnd();
+        return;
+    }
+    process.state |= PROCCOM_SIGNAL;
+    letFaultsThrough();
+    startEndWatch(signo);
+    giveBackStreamLocks();
+    flushDisplayedText(process, flushPatiently);
+    PatientStreamLock errorLock(stderr);
+    bool cored = false;
+    if ((process.options2 & kCoreOptions) != 0) {
+        cored = dumpCore();
+        if (cored) {
+            suppressSystemCore();
+        }
+    }
+    {
+        const NullCallHidden hidden(context);
+        printTraceback(stderr);
+    }
+    tellSignal(process, name, interruptedAddress(context));
+    errorLock.release();
+    endRun(process, unit, signo, cored);
 }
 
 } // namespace
@@ -160,42 +209,14 @@ void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
                   "abrt=@%p  jmp=@%p\n",
                   state.pid, state.process, state.unit, static_cast<unsigned>(signo), name,
                   state.abort, state.stop, state.abrt, state.jmp);
-    const bool ends = signo != SIGWINCH && !onlyShown(signo);
+    const bool goesOn = runGoesOnAfter(signo);
     if ((process->state & PROCCOM_SIGNAL) != 0) {
-        if (ends) {
+        if (!goesOn) {
             waitForOtherEnd(); // then the signal takes its course
         }
-        return;
+    } else if (goesOn) {
+        showSignal(*process, signo, name);
+    } else {
+        endBySignal(*process, unit, signo, name, context);
     }
-    if (process->sysout == stdout || process->consoleout == stdout) {
-        flushPatiently(stdout);
-    }
-    PatientStreamLock errorLock(stderr);
-    if (signo == SIGWINCH) {
-        renewTerminalSizes(*process);
-        return;
-    }
-    if (!ends) {
-        reportPatiently("\n  Signal received: %d (%s)\n\n", signo, name);
-        printTraceback(stderr);
-        return;
-    }
-
-    process->state |= PROCCOM_SIGNAL;
-    letFaultsThrough();
-    startEndWatch(signo);
-    bool cored = false;
-    if ((process->options2 & kCoreOptions) != 0) {
-        cored = dumpCore();
-        if (cored) {
-            suppressSystemCore();
-        }
-    }
-    {
-        const NullCallHidden hidden(context);
-        printTraceback(stderr);
-    }
-    tellSignal(*process, name, interruptedAddress(context));
-    errorLock.release();
-    endRun(*process, unit, signo, cored);
 }

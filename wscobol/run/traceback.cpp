@@ -26,9 +26,14 @@ constexpr const char *kSourceLineCommand =
     "/usr/bin/addr2line -a -f -C -s -p -e %s 0x%llx 2>/dev/null\n";
 constexpr std::size_t kCommandBytes = kShellWordBytes + 96;
 
-void flushEverything(FILE *stream) {
+void flushEverything(FILE *stream, AfterTraceback after) {
     flushPatiently(stream);
     flushPatiently(stderr);
+    if (after == AfterTraceback::runGoesOn) {
+        flushIfIdle(stdout);
+        flushAllIdle();
+        return;
+    }
     flushPatiently(stdout);
     flushAllPatiently();
 }
@@ -88,11 +93,11 @@ void showFrames(int descriptor, void *const *frames, int count) {
 } // namespace
 
 // The stream is empty once it was flushed, so that all text can go past it to its descriptor.
-void printTraceback(FILE *stream) {
+void printTraceback(FILE *stream, AfterTraceback after) {
     if (stream == nullptr) {
         stream = stderr;
     }
-    flushEverything(stream);
+    flushEverything(stream, after);
     const PatientStreamLock lock(stream);
     const int descriptor = fileno(stream);
     std::array<void *, kMaxFrames> frames;
@@ -102,7 +107,7 @@ void printTraceback(FILE *stream) {
         showFrames(descriptor, frames.data(), count);
     }
     put(descriptor, kEnd);
-    flushEverything(stream);
+    flushEverything(stream, after);
 }
 
 } // namespace zor
