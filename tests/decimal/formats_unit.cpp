@@ -75,7 +75,7 @@ TEST(PackedItems, OnlyProperOnesAreReadAtOnce) {
                 EXPECT_TRUE(isBlock || !isShort);
                 return isBlock;
             };
-            item[0] &= digits % 2 == 0 ? 0x0F : 0xFF; // a clear pad
+            Packed::clearPad(item.data(), digits);
             EXPECT_TRUE(isRead()) << digits << " " << leading;
             for (size_t at = 0; at < item.size() * 2; ++at) {
                 const uint8_t before = item[at / 2];
