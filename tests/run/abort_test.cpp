@@ -74,6 +74,30 @@ TEST(Abort, LogsItsState) {
     EXPECT_EQ(child.status, kSignalled + SIGABRT);
 }
 
+TEST(Abort, TheLocksOfAThreadThatEndsAreGivenBack) {
+    const ChildResult child = runChild(
+        [] {
+            static Program main("MAIN");
+            _zorPgmInit(&main.pcb);
+            pthread_t thread{};
+            pthread_create(
+                &thread, nullptr,
+                [](void *) -> void * {
+                    _zorPgmEnterLock(main.ipcb); // kept for the entry code, which fails
+                    _zorAbort(0);
+                    return nullptr;
+                },
+                nullptr);
+            pthread_join(thread, nullptr);
+            _zorPgmInit(&main.pcb);
+            printf("%d", main.ipcb[0].ent);
+        },
+        options({}));
+    EXPECT_EQ(child.out, "1");
+    EXPECT_EQ(child.err, "Delayed Init!\n");
+    EXPECT_EQ(child.status, 0);
+}
+
 TEST(Abort, OnASecondThreadEndsThatThread) {
     const ChildResult child = runChild(
         [] {

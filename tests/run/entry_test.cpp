@@ -352,11 +352,15 @@ TEST(End, ANestedRunUnitGivesWayToThePriorOne) {
             printf("%d %d %d %d\n", value, chainLength(), _zorProccom->runcom == first,
                    _zorProccom->freeru == second);
             printf("%d %d\n", (second->flags & RUNCOM_RU_TERM) != 0, second->prior == nullptr);
+            _zorCOBOLLink();
+            _zorCleanUp(); // ends the nested one abnormally; the outer one is not marked so
+            printf("%d %d\n", _zorProccom->runcom == first,
+                   (_zorProccom->state & PROCCOM_ABORT) != 0);
             _zorPgmTerm(&outer.pcb);
             printf("%d\n", chainLength());
         },
         kit::Environment{});
-    EXPECT_EQ(result.out, "2 1 2\n8 1 1 1\n0 1\n0\n");
+    EXPECT_EQ(result.out, "2 1 2\n8 1 1 1\n0 1\n1 0\n0\n");
     EXPECT_EQ(result.err, "");
 }
 

@@ -10,6 +10,7 @@
 #include "core_file.h"
 #include "debug_log.h"
 #include "end_watch.h"
+#include "locks.h"
 #include "message_list.h"
 #include "patient_streams.h"
 #include "run_unit.h"
@@ -27,6 +28,7 @@ bool onMainThread(const Proccom &process) {
 
 // Another thread must not wait for a lock of one that is gone.
 [[noreturn]] void leaveThread() {
+    giveHeldLocks();
     giveBackStreamLocks();
     pthread_exit(reinterpret_cast<void *>(-1));
 }
@@ -62,6 +64,7 @@ void giveBackLocks(Proccom &process) {
     if (hook != nullptr) {
         hook();
     }
+    giveHeldLocks();
 }
 
 void setDefaultAction(int signo) {

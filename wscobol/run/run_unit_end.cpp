@@ -417,6 +417,10 @@ void _zorCleanUp(void) {
     }
     _zorProccom->state |= PROCCOM_ABORT;
     RunUnitTerm(EndReason::cleanUp, kStatusCleanUp);
+    if (_zorProccom != nullptr && _zorProccom->runcom != nullptr) {
+        // The prior run unit goes on: a signal that it gets is no echo of an abnormal end.
+        _zorProccom->state = static_cast<uint8_t>(_zorProccom->state & ~PROCCOM_ABORT);
+    }
     ZOR_DEBUG_LOG("_zorCleanup: done, return to caller,  run unit @%p\n", address(unit));
 }
 
