@@ -161,7 +161,7 @@ void displayUnderSignals() {
                 const itimerspec soon{{0, 0}, {0, i * 7919L % 9973 + 1}};
                 timer_settime(timer, 0, &soon, nullptr);
             }
-            char text[] = "line 000000";
+            char text[24] = "";
             snprintf(text, sizeof text, "line %06d", i);
             DisplayItem items[] = {{text, 5, 0, DISPLAY_TEXT}, {text + 5, 6, 0, DISPLAY_TEXT}};
             const DisplayControl control{2, DISPLAY_ON_SYSOUT, 0, '.', 0};
@@ -174,7 +174,7 @@ void displayUnderSignals() {
 TEST(Signals, OnlyShownLeaveTheDisplaysWhole) {
     std::string expected;
     for (int i = 0; i < kLines; ++i) {
-        char text[] = "line 000000\n";
+        char text[24] = "";
         snprintf(text, sizeof text, "line %06d\n", i);
         expected += text;
     }

@@ -155,6 +155,9 @@ void dispatchSignal(int signo, siginfo_t *info, void *context) {
     if (info != nullptr) {
         commentOnCause(signo, *info);
     }
+    if (row->handler == reinterpret_cast<void *>(SIG_IGN)) {
+        return; // the default table has it as the template does
+    }
     if (row->handler != nullptr) {
         reinterpret_cast<SignalRoutine>(row->handler)(signo, info, context);
     } else {
