@@ -9,6 +9,6 @@ for i in 1 2 3; do
     load_ids="$load_ids $!"
 done
 trap 'kill $load_ids' EXIT INT TERM
-# The ends that a watch must force take seconds each, and core files too.
+# The end that the watch must force takes seconds, and source lines too.
 "$test_program" --gtest_brief=1 --gtest_repeat="$times" --gtest_break_on_failure \
-    --gtest_filter='Signal*:Abort.*:-*DoNotWait*:*Allocator*:*SourceLines*'
+    --gtest_filter='Signal*:Abort.*:-*Allocator*:*SourceLines*'
