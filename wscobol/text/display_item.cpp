@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "text/double_digits.h"
 #include "run/quad_format.h"
+#include "text/double_digits.h"
 
 namespace zor {
 namespace {
