@@ -6,27 +6,12 @@
 #include <cstdint>
 #include <emmintrin.h>
 
+#include "decimal/bytes.h"
 #include "decimal/words.h"
 
 namespace zor::decimal {
 
 inline constexpr int32_t kBlockBytes = 16;
-
-inline __m128i loadFull(const uint8_t *address) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
-}
-inline void storeFull(uint8_t *address, __m128i block) {
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(address), block);
-}
-inline __m128i loadHalf(const uint8_t *address) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(address));
-}
-inline void storeHalf(uint8_t *address, __m128i block) {
-    _mm_storel_epi64(reinterpret_cast<__m128i *>(address), block);
-}
-inline __m128i bitCount(int32_t bytes) {
-    return _mm_cvtsi32_si128(8 * bytes);
-}
 
 // The 1 to 4 bytes of a string as the low end of a number.
 inline uint32_t loadShort(const uint8_t *address, int32_t bytes) {
@@ -39,46 +24,52 @@ inline uint32_t loadShort(const uint8_t *address, int32_t bytes) {
     return high << (8 * (bytes - 2)) | low;
 }
 
-// A string of 1 to 16 bytes. Longer ones are loaded by two loads that overlap; the shift drops what
-// both hold.
-inline __m128i loadBlock(const uint8_t *address, int32_t bytes) {
-    if (bytes == kBlockBytes) {
-        return loadFull(address);
-    }
+// A string of 1 to 16 bytes.
+inline __m128i loadBlock(const uint8_t *start, int32_t bytes) {
     if (bytes >= 8) {
-        const __m128i low = loadHalf(address + bytes - 8);
-        const __m128i high = _mm_sll_epi64(loadHalf(address), bitCount(kBlockBytes - bytes));
-        return _mm_unpacklo_epi64(high, low);
+        // A shift by 64 clears the lane.
+        const __m128i upper =
+            _mm_sll_epi64(loadHalf(start), _mm_cvtsi32_si128(8 * (kBlockBytes - bytes)));
+        return _mm_unpacklo_epi64(upper, loadHalf(start + bytes - 8));
     }
+    const uint8_t *end = start + bytes;
     if (bytes >= 4) {
-        const __m128i low = _mm_cvtsi32_si128(loadWord<int32_t>(address + bytes - 4));
-        const __m128i high =
-            _mm_sll_epi32(_mm_cvtsi32_si128(loadWord<int32_t>(address)), bitCount(8 - bytes));
-        return _mm_slli_si128(_mm_unpacklo_epi32(high, low), 8);
+        const __m128i upper = _mm_sll_epi64(load4(start), _mm_cvtsi32_si128(8 * (8 - bytes)));
+        const __m128i tail = _mm_slli_epi64(load4(end - 4), 32);
+        return _mm_slli_si128(_mm_or_si128(upper, tail), 8);
     }
-    const uint32_t word = __builtin_bswap32(loadShort(address, bytes));
-    return _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int32_t>(word)), 12);
+    uint32_t low = static_cast<uint32_t>(end[-1]) << 24; // the last four bytes
+    if (bytes >= 2) {
+        low |= static_cast<uint32_t>(end[-2]) << 16;
+    }
+    if (bytes == 3) {
+        low |= static_cast<uint32_t>(end[-3]) << 8;
+    }
+    return _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int>(low)), 12);
 }
 
-// Stores the last bytes, 1 to 16, of a block. The high part is stored first; the store of the low
-// part overwrites the bytes behind it.
-inline void storeBlock(uint8_t *address, int32_t bytes, __m128i block) {
-    if (bytes == kBlockBytes) {
-        storeFull(address, block);
+// Stores the last bytes, 1 to 16, of a block.
+inline void storeBlock(uint8_t *start, int32_t bytes, __m128i block) {
+    uint8_t *end = start + bytes;
+    const __m128i last8 = _mm_unpackhi_epi64(block, block);
+    if (bytes >= 8) {
+        storeHalf(start, _mm_srl_epi64(block, _mm_cvtsi32_si128(8 * (kBlockBytes - bytes))));
+        storeHalf(end - 8, last8);
         return;
     }
-    const __m128i low = _mm_srli_si128(block, 8);
-    if (bytes >= 8) {
-        storeHalf(address, _mm_srl_epi64(block, bitCount(kBlockBytes - bytes)));
-        storeHalf(address + bytes - 8, low);
-    } else if (bytes >= 4) {
-        storeWord(address, _mm_cvtsi128_si32(_mm_srl_epi32(low, bitCount(8 - bytes))));
-        storeWord(address + bytes - 4, _mm_cvtsi128_si32(_mm_srli_si128(block, 12)));
-    } else {
-        auto word = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_si128(block, 12)));
-        for (word >>= 8 * (4 - bytes); bytes > 0; --bytes, word >>= 8) {
-            *address++ = static_cast<uint8_t>(word);
-        }
+    const auto last4 = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_epi64(last8, 32)));
+    if (bytes >= 4) {
+        const __m128i head = _mm_srl_epi64(last8, _mm_cvtsi32_si128(8 * (8 - bytes)));
+        storeWord(start, static_cast<uint32_t>(_mm_cvtsi128_si32(head)));
+        storeWord(end - 4, last4);
+        return;
+    }
+    end[-1] = static_cast<uint8_t>(last4 >> 24);
+    if (bytes >= 2) {
+        end[-2] = static_cast<uint8_t>(last4 >> 16);
+    }
+    if (bytes == 3) {
+        end[-3] = static_cast<uint8_t>(last4 >> 8);
     }
 }
 
@@ -169,12 +160,16 @@ struct ZonedBlocks {
     __m128i high;
     __m128i low;
 };
-inline ZonedBlocks zonedOfDigits(__m128i digits) {
+// The digits in the low nibbles of two blocks, in turn.
+inline ZonedBlocks zonedOfNibbles(__m128i tens, __m128i ones) {
     const __m128i zone = _mm_set1_epi8(0x30);
     const __m128i nibble = _mm_set1_epi8(0x0F);
-    const __m128i tens = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(digits, 4), nibble), zone);
-    const __m128i ones = _mm_or_si128(_mm_and_si128(digits, nibble), zone);
+    tens = _mm_or_si128(_mm_and_si128(tens, nibble), zone);
+    ones = _mm_or_si128(_mm_and_si128(ones, nibble), zone);
     return {_mm_unpacklo_epi8(tens, ones), _mm_unpackhi_epi8(tens, ones)};
+}
+inline ZonedBlocks zonedOfDigits(__m128i digits) {
+    return zonedOfNibbles(_mm_srli_epi16(digits, 4), digits);
 }
 
 // Zoned bytes, the zones dropped, as packed digits without a sign.

@@ -11,19 +11,19 @@
 
 namespace zor::decimal {
 
-inline __m128i load16(const uint8_t *address) {
+inline __m128i loadFull(const uint8_t *address) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
 }
-inline __m128i load8(const uint8_t *address) {
+inline __m128i loadHalf(const uint8_t *address) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(address));
 }
 inline __m128i load4(const uint8_t *address) {
     return _mm_cvtsi32_si128(static_cast<int>(loadWord<uint32_t>(address)));
 }
-inline void store16(uint8_t *address, __m128i bytes) {
+inline void storeFull(uint8_t *address, __m128i bytes) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(address), bytes);
 }
-inline void store8(uint8_t *address, __m128i bytes) {
+inline void storeHalf(uint8_t *address, __m128i bytes) {
     _mm_storel_epi64(reinterpret_cast<__m128i *>(address), bytes);
 }
 
@@ -34,15 +34,15 @@ inline void moveBytes(uint8_t *target, const uint8_t *source, int32_t length) {
             std::memmove(target, source, static_cast<size_t>(length));
             return;
         }
-        const __m128i head = load16(source);
-        const __m128i tail = load16(source + length - 16);
-        store16(target, head);
-        store16(target + length - 16, tail);
+        const __m128i head = loadFull(source);
+        const __m128i tail = loadFull(source + length - 16);
+        storeFull(target, head);
+        storeFull(target + length - 16, tail);
     } else if (length >= 8) {
-        const __m128i head = load8(source);
-        const __m128i tail = load8(source + length - 8);
-        store8(target, head);
-        store8(target + length - 8, tail);
+        const __m128i head = loadHalf(source);
+        const __m128i tail = loadHalf(source + length - 8);
+        storeHalf(target, head);
+        storeHalf(target + length - 8, tail);
     } else if (length >= 4) {
         const auto head = loadWord<uint32_t>(source);
         const auto tail = loadWord<uint32_t>(source + length - 4);
@@ -63,14 +63,14 @@ inline void fillBytes(uint8_t *target, uint8_t value, int32_t length) {
     if (length >= 8) {
         const __m128i block = _mm_set1_epi32(static_cast<int>(word));
         if (length >= 16) {
-            store16(target, block);
+            storeFull(target, block);
             for (int32_t at = 16; at <= length - 16; at += 16) {
-                store16(target + at, block);
+                storeFull(target + at, block);
             }
-            store16(target + length - 16, block);
+            storeFull(target + length - 16, block);
         } else {
-            store8(target, block);
-            store8(target + length - 8, block);
+            storeHalf(target, block);
+            storeHalf(target + length - 8, block);
         }
     } else if (length >= 4) {
         storeWord(target, word);
@@ -86,9 +86,9 @@ inline void fillBytes(uint8_t *target, uint8_t value, int32_t length) {
 inline bool bitsAreClear(const uint8_t *address, int32_t length, uint8_t mask) {
     const uint32_t wordMask = mask * 0x01010101U;
     if (length >= 8) {
-        __m128i any = load8(address + length - 8);
+        __m128i any = loadHalf(address + length - 8);
         for (int32_t at = 0; at <= length - 8; at += 8) {
-            any = _mm_or_si128(any, load8(address + at));
+            any = _mm_or_si128(any, loadHalf(address + at));
         }
         any = _mm_and_si128(any, _mm_set1_epi32(static_cast<int>(wordMask)));
         return _mm_movemask_epi8(_mm_cmpeq_epi8(any, _mm_setzero_si128())) == 0xFFFF;
@@ -112,7 +112,7 @@ inline int32_t firstDifference(const uint8_t *left, const uint8_t *right, int32_
     };
     int32_t from = 0;
     for (; length - from >= 16; from += 16) {
-        const unsigned differs = differences(load16(left + from), load16(right + from));
+        const unsigned differs = differences(loadFull(left + from), loadFull(right + from));
         if (differs != 0) {
             return from + __builtin_ctz(differs);
         }
@@ -125,8 +125,8 @@ inline int32_t firstDifference(const uint8_t *left, const uint8_t *right, int32_
         const int32_t gap = rest - half;
         unsigned differs = 0;
         if (rest >= 8) {
-            differs = differences(_mm_unpacklo_epi64(load8(left), load8(left + gap)),
-                                  _mm_unpacklo_epi64(load8(right), load8(right + gap)));
+            differs = differences(_mm_unpacklo_epi64(loadHalf(left), loadHalf(left + gap)),
+                                  _mm_unpacklo_epi64(loadHalf(right), loadHalf(right + gap)));
         } else {
             differs = differences(_mm_unpacklo_epi32(load4(left), load4(left + gap)),
                                   _mm_unpacklo_epi32(load4(right), load4(right + gap)));

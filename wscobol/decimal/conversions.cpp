@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "decimal/blocks.h"
 #include "decimal/common_case.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_sign.h"
-#include "decimal/packed_check.h"
 #include "decimal/zoned_digits.h"
 #include "decimal/zoned_packed.h"
 
@@ -114,12 +114,12 @@ void convertPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *
 template <class To>
 bool convertShortPackedToZoned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
                                int32_t targetDigits, uint32_t options) {
-    const __m128i window = loadWindow(source, Packed::bytes(sourceDigits));
-    if (!packedIsPlainlyValid(window, *Packed::signByte(source, sourceDigits))) {
+    const __m128i block = loadBlock(source, Packed::bytes(sourceDigits));
+    if (!isPackedBlock(block, true)) {
         return false;
     }
     const bool negative = unpackedIsNegative<To>(source, sourceDigits, targetDigits, options);
-    unpackDigits(window, To::digitBytes(target), targetDigits);
+    unpackDigits(block, To::digitBytes(target), targetDigits);
     storeUnpackedSign<To>(target, targetDigits, negative, options);
     return true;
 }
@@ -167,7 +167,7 @@ bool convertShortZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint
     }
     const uint8_t *digits = From::digitBytes(source);
     const auto isPlain = [](uint8_t byte) { return (byte & 0xF0U) == kZone; };
-    if ((sourceDigits > 1 || kIsUnsigned<From>)&&!isPlain(digits[0])) {
+    if (!isPlain(digits[0]) && (kIsUnsigned<From> || sourceDigits > 1)) {
         return false;
     }
     if (kIsUnsigned<From> && !isPlain(digits[sourceDigits - 1])) {

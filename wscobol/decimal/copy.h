@@ -6,12 +6,39 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "decimal/blocks.h"
 #include "decimal/bytes.h"
 #include "decimal/digits.h"
 #include "decimal/forms.h"
-#include "decimal/windows.h"
 
 namespace zor::decimal {
+
+// Stores a block right-justified, zeros before it.
+inline void placeBlock(uint8_t *target, int32_t targetBytes, __m128i block) {
+    if (targetBytes <= kBlockBytes) {
+        storeBlock(target, targetBytes, block);
+    } else {
+        storeFull(target + targetBytes - kBlockBytes, block);
+        fillBytes(target, 0, targetBytes - kBlockBytes);
+    }
+}
+
+// Long items go block by block; a source that overlaps its target is copied first. Items are at
+// most kLongestItem bytes when they overlap.
+inline constexpr int32_t kLongestItem = 256;
+
+inline const uint8_t *apartFrom(const uint8_t *target, int32_t targetBytes, const uint8_t *source,
+                                int32_t sourceBytes, uint8_t *copy) {
+    const auto from = reinterpret_cast<uintptr_t>(source);
+    const auto to = reinterpret_cast<uintptr_t>(target);
+    const bool overlap = from < to + static_cast<uintptr_t>(targetBytes) &&
+                         to < from + static_cast<uintptr_t>(sourceBytes);
+    if (!overlap || sourceBytes > kLongestItem) {
+        return source;
+    }
+    std::memcpy(copy, source, static_cast<size_t>(sourceBytes));
+    return copy;
+}
 
 // The low-order bytes of the source behind as many fill bytes as a longer target has left.
 inline void copyRightJustified(const uint8_t *source, int32_t sourceLength, uint8_t *target,
@@ -29,8 +56,8 @@ inline void copyRightJustified(const uint8_t *source, int32_t sourceLength, uint
 inline void placePackedBytes(const uint8_t *source, int32_t sourceBytes, uint8_t *target,
                              int32_t targetBytes) {
     const int32_t moved = std::min(sourceBytes, targetBytes);
-    if (moved <= kWindow) {
-        placeWindow(target, targetBytes, loadWindow(source + sourceBytes - moved, moved));
+    if (moved <= kBlockBytes) {
+        placeBlock(target, targetBytes, loadBlock(source + sourceBytes - moved, moved));
     } else {
         copyRightJustified(source, sourceBytes, target, targetBytes, 0);
     }

@@ -6,13 +6,12 @@ void moveLongNibbles(const uint8_t *source, int32_t bytes, uint8_t *target, int3
     uint8_t copy[kLongestItem];
     source = apartFrom(target, targetBytes, source, bytes, copy);
     do {
-        const __m128i preceding = load16(source + bytes - kWindow - 1);
-        const __m128i window = load16(source + bytes - kWindow);
-        store16(target + targetBytes - kWindow,
-                _mm_or_si128(_mm_slli_epi16(lowNibbles(preceding), 4), highNibbles(window)));
-        bytes -= kWindow;
-        targetBytes -= kWindow;
-    } while (bytes > kWindow && targetBytes >= kWindow);
+        const __m128i preceding = loadFull(source + bytes - kBlockBytes - 1);
+        const __m128i block = loadFull(source + bytes - kBlockBytes);
+        storeFull(target + targetBytes - kBlockBytes, shiftDigitRight(block, preceding));
+        bytes -= kBlockBytes;
+        targetBytes -= kBlockBytes;
+    } while (bytes > kBlockBytes && targetBytes >= kBlockBytes);
     if (targetBytes > 0) {
         moveNibbles(source, bytes, target, targetBytes);
     }

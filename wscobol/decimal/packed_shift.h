@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "decimal/blocks.h"
 #include "decimal/copy.h"
-#include "decimal/windows.h"
 
 namespace zor::decimal {
 
@@ -17,13 +17,13 @@ void moveLongNibbles(const uint8_t *source, int32_t bytes, uint8_t *target, int3
 // The bytes as one number, without its last nibble, right-justified in the target.
 inline void moveNibbles(const uint8_t *source, int32_t bytes, uint8_t *target,
                         int32_t targetBytes) {
-    if (bytes > kWindow && targetBytes >= kWindow) {
+    if (bytes > kBlockBytes && targetBytes >= kBlockBytes) {
         moveLongNibbles(source, bytes, target, targetBytes);
         return;
     }
     const int32_t loaded = std::min(bytes, targetBytes + 1);
-    const __m128i window = loadWindow(source + bytes - loaded, loaded);
-    placeWindow(target, targetBytes, nibbleRight(window));
+    const __m128i block = loadBlock(source + bytes - loaded, loaded);
+    placeBlock(target, targetBytes, shiftDigitRight(block, _mm_slli_si128(block, 1)));
 }
 
 // The source times 10 to the power shift; shift is at least 1 and below targetDigits.

@@ -21,11 +21,11 @@ inline bool allPlainZones(const uint8_t *address, int32_t length) {
     __m128i other = _mm_setzero_si128();
     if (length >= 16) {
         for (int32_t at = 0; at <= length - 16; at += 16) {
-            other = _mm_or_si128(other, otherBits(load16(address + at)));
+            other = _mm_or_si128(other, otherBits(loadFull(address + at)));
         }
-        other = _mm_or_si128(other, otherBits(load16(address + length - 16)));
+        other = _mm_or_si128(other, otherBits(loadFull(address + length - 16)));
     } else if (length >= 8) {
-        other = otherBits(_mm_unpacklo_epi64(load8(address), load8(address + length - 8)));
+        other = otherBits(_mm_unpacklo_epi64(loadHalf(address), loadHalf(address + length - 8)));
     } else {
         for (int32_t at = 0; at < length; ++at) {
             if ((address[at] & 0xF0U) != kZone) {
@@ -39,7 +39,7 @@ inline bool allPlainZones(const uint8_t *address, int32_t length) {
 
 // Whether the first digit byte of a form carries its sign.
 template <class Form>
-inline constexpr bool kSignLeads = Form::kSign == SignKind::overpunch &&Form::kLeading;
+inline constexpr bool kSignLeads = (Form::kSign == SignKind::overpunch) && Form::kLeading;
 
 // Puts source digits, right-justified, into the room at the target's front, "0" before them: the
 // first kept ones, or as many of them as fit. They are copied as they are, but leading zeros of the

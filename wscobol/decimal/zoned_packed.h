@@ -6,58 +6,38 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "decimal/blocks.h"
+#include "decimal/copy.h"
 #include "decimal/digits.h"
 #include "decimal/forms.h"
 #include "decimal/options.h"
-#include "decimal/windows.h"
 
 namespace zor::decimal {
 
-// Zoned digits of a window of packed bytes without its sign: the last 16 and those before them.
-struct UnpackedWindow {
-    __m128i first;
-    __m128i last;
-};
-
-// The bytes in front of each byte of the window are passed with it, since a byte's low digit
-// belongs to the pair of the next byte's high digit.
-inline UnpackedWindow unpackWindow(__m128i window, __m128i preceding) {
-    const __m128i zones = _mm_set1_epi8(kZone);
-    const __m128i left = _mm_or_si128(lowNibbles(preceding), zones);
-    const __m128i right = _mm_or_si128(highNibbles(window), zones);
-    return {_mm_unpacklo_epi8(left, right), _mm_unpackhi_epi8(left, right)};
-}
-
-// 16 zoned bytes as 8 packed ones in 16-bit lanes, two low nibbles to a byte.
-inline __m128i packPairs(__m128i zoned) {
-    const __m128i digits = lowNibbles(zoned);
-    const __m128i pair = _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8));
-    return _mm_and_si128(pair, _mm_set1_epi16(0x00FF));
-}
-
-// 32 zoned bytes as 16 packed ones.
-inline __m128i packWindows(__m128i first, __m128i last) {
-    return _mm_packus_epi16(packPairs(first), packPairs(last));
+// The zoned digits of a block of packed bytes. The bytes in front of each byte are passed with it,
+// since a byte's low digit belongs to the pair of the next byte's high digit.
+inline ZonedBlocks unpackBlock(__m128i block, __m128i before) {
+    return zonedOfNibbles(before, _mm_srli_epi16(block, 4));
 }
 
 void unpackLongDigits(const uint8_t *source, int32_t bytes, uint8_t *target, int32_t targetDigits);
 void packLongDigits(const uint8_t *source, int32_t digits, uint8_t *target, int32_t targetBytes);
 
-// The digits of a window of packed bytes as plain zoned digits, "0" before them.
-inline void unpackDigits(__m128i window, uint8_t *target, int32_t targetDigits) {
-    const UnpackedWindow digits = unpackWindow(window, _mm_slli_si128(window, 1));
-    if (targetDigits <= kWindow) {
-        storeWindow(target, targetDigits, digits.last);
+// The digits of a block of packed bytes as plain zoned digits, "0" before them.
+inline void unpackDigits(__m128i block, uint8_t *target, int32_t targetDigits) {
+    const ZonedBlocks digits = unpackBlock(block, _mm_slli_si128(block, 1));
+    if (targetDigits <= kBlockBytes) {
+        storeBlock(target, targetDigits, digits.low);
         return;
     }
-    int32_t rest = targetDigits - kWindow;
-    store16(target + rest, digits.last);
-    if (rest > kWindow) {
-        rest -= kWindow;
-        store16(target + rest, digits.first);
+    int32_t rest = targetDigits - kBlockBytes;
+    storeFull(target + rest, digits.low);
+    if (rest > kBlockBytes) {
+        rest -= kBlockBytes;
+        storeFull(target + rest, digits.high);
         fillBytes(target, kZone, rest);
     } else {
-        storeWindow(target, rest, digits.first);
+        storeBlock(target, rest, digits.high);
     }
 }
 
@@ -67,31 +47,31 @@ inline void unpackDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *t
     const int32_t sourceBytes = Packed::bytes(sourceDigits);
     const int32_t bytes = std::min(sourceBytes, Packed::bytes(targetDigits));
     source += sourceBytes - bytes;
-    if (bytes > kWindow) {
+    if (bytes > kBlockBytes) {
         unpackLongDigits(source, bytes, target, targetDigits);
     } else {
-        unpackDigits(loadWindow(source, bytes), target, targetDigits);
+        unpackDigits(loadBlock(source, bytes), target, targetDigits);
     }
 }
 
 // The low nibbles of the last digits of a zoned item as packed digits, the sign nibble 0.
 inline void packNibbles(const uint8_t *source, int32_t digits, uint8_t *target,
                         int32_t targetBytes) {
-    if (digits >= 2 * kWindow) {
+    if (digits >= 2 * kBlockBytes) {
         packLongDigits(source, digits, target, targetBytes);
         return;
     }
     // The sign takes a place behind the last zoned byte.
     __m128i packed;
-    if (digits < kWindow) {
-        const __m128i last = loadWindow(source, digits);
-        packed = _mm_packus_epi16(_mm_setzero_si128(), packPairs(_mm_srli_si128(last, 1)));
+    if (digits < kBlockBytes) {
+        const __m128i last = loadBlock(source, digits);
+        packed = _mm_packus_epi16(_mm_setzero_si128(), pairsOfZoned(_mm_srli_si128(last, 1)));
     } else {
-        const __m128i last = load16(source + digits - kWindow);
-        const __m128i first = loadWindow(source, digits - kWindow + 1);
-        packed = packWindows(first, _mm_srli_si128(last, 1));
+        const __m128i last = loadFull(source + digits - kBlockBytes);
+        const __m128i first = loadBlock(source, digits - kBlockBytes + 1);
+        packed = packedOfZoned(first, _mm_srli_si128(last, 1));
     }
-    placeWindow(target, targetBytes, packed);
+    placeBlock(target, targetBytes, packed);
 }
 
 // The same for an item whose leftmost digit byte, one of several, may carry a sign: it is decoded.
