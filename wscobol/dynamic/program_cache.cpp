@@ -165,7 +165,7 @@ int32_t ZOR_CPM_UNLOAD(const char *name) __attribute__((alias("_zor_cpm_unload")
 void _zor_cpm_enable(void) {
     setMode(CACHE_ON);
 }
-void ZOR_CPM_ENABLE(void) __attribute__((alias("_zor_cpm_enable"), nothrow));
+void ZOR_CPM_ENABLE(void) __attribute__((alias("_zor_cpm_enable"), copy(_zor_cpm_enable)));
 
 void _zor_cpm_disable(void) {
     unloadAll();
