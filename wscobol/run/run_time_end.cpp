@@ -56,6 +56,9 @@ void freeRunUnits(Proccom &process) {
         hashTableDestroy(unit->plle);
         // The handler of a signal is still running on its table.
         if ((process.state & PROCCOM_SIGNAL) == 0) {
+            if ((unit->flags & RUNCOM_SIG) != 0) {
+                removeSignalTable(unit->sigtable); // left in force by a signal that ended it
+            }
             release(unit->sigtable);
         }
         release(unit);

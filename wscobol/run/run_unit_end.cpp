@@ -227,7 +227,7 @@ bool closeDown(const Proccom &process, Runcom &unit) {
 void restoreSignalActions(Runcom &unit) {
     if ((unit.flags & RUNCOM_SIG) != 0) {
         unit.flags = static_cast<uint8_t>(unit.flags & ~RUNCOM_SIG);
-        removeTopSignalTable();
+        removeSignalTable(unit.sigtable);
     }
 }
 

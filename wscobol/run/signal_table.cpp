@@ -1,6 +1,7 @@
 // Installs and removes the signal tables of run units.
 #include "signal_table.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -137,25 +138,39 @@ void installSignalTable(SignalRow *table) {
     }
 }
 
-// From the last row to the first: a signal that stands twice gets back what its first row replaced.
-void removeTopSignalTable() {
-    if (depth > 0 && depth <= kMaxTables) {
-        SignalRow *table = tables[static_cast<std::size_t>(depth - 1)];
+void removeSignalTable(SignalRow *table) {
+    const int top = topSignalTable();
+    int index = top;
+    while (index >= 0 && tables[static_cast<std::size_t>(index)] != table) {
+        --index;
+    }
+    if (index < 0) {
+        depth -= depth > kMaxTables ? 1 : 0; // it found no place on the stack
+        return;
+    }
+    if (index == top) {
+        // From the last row to the first: a signal that stands twice gets back what its first row
+        // replaced.
         for (std::size_t i = kRows; i-- > 0;) {
             setAction(table[i].signo, table[i].previous, nullptr);
         }
+    } else {
+        // The table above stays in force, and will put back what this one replaced.
+        SignalRow *above = tables[static_cast<std::size_t>(index) + 1];
+        for (std::size_t i = 0; i < kRows; ++i) {
+            above[i].previous = table[i].previous;
+        }
+        std::copy(tables.begin() + index + 1, tables.begin() + top + 1, tables.begin() + index);
     }
-    if (depth > 0) {
-        --depth;
-    }
+    --depth;
 }
 
 namespace {
 
 // A thread that a signal ended left its table in force; the handlers go with the library.
 __attribute__((destructor)) void removeAllSignalTables() {
-    while (depth > 0) {
-        removeTopSignalTable();
+    while (topSignalTable() >= 0) {
+        removeSignalTable(tables[static_cast<std::size_t>(topSignalTable())]);
     }
 }
 

@@ -14,8 +14,8 @@ inline constexpr std::size_t kSignalTableBytes = 7800;
 // Fills a run unit's table from the template and puts it in force with _zorSignal as the routine.
 void installSignalTable(SignalRow *table);
 
-// Puts the actions back that the table on top of the stack replaced.
-void removeTopSignalTable();
+// Takes a table out of force and puts the actions back that it replaced.
+void removeSignalTable(SignalRow *table);
 
 // Gives back the alternate stack when it is the run-time's own and not in use.
 void removeAlternateStack();
