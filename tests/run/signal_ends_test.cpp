@@ -184,11 +184,22 @@ void runWithFile(FileOperation close, void (*body)()) {
     _zorPgmTerm(&program.pcb);
 }
 
+void openAnother() {
+    static FCB another{};
+    another.open = [](FCB *, IPCB *) { readNothing(); };
+    another.close = closeBadly;
+    another.open(&another, nullptr);
+}
+
+// The signal comes in the program's own code, or while it opens another file.
 TEST(SignalEnds, CloseTheFilesOfTheRun) {
-    const ChildResult child = runChild([] { runWithFile(closeWell, readNothing); }, options({}));
-    EXPECT_EQ(shape(child.err),
-              kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@") + "closed\n");
-    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+    for (const auto body : {+[] { runWithFile(closeWell, readNothing); },
+                            +[] { runWithFile(closeWell, openAnother); }}) {
+        const ChildResult child = runChild(body, options({}));
+        EXPECT_EQ(shape(child.err),
+                  kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@") + "closed\n");
+        EXPECT_EQ(child.status, kSignalled + SIGABRT);
+    }
 }
 
 TEST(SignalEnds, InTheEndOfTheRunUnit) {
