@@ -20,10 +20,14 @@ namespace {
 
 constexpr int kMonitorAbortValue = 6; // what sigsetjmp gives in the epilogue of a transaction
 
+// Noted apart from the Proccom, which another thread may be taking away.
+pid_t mainThread = 0;
+pid_t processOfMainThread = 0;
+
 // The child of a fork is a main thread of its own.
-bool onMainThread(const Proccom &process) {
+bool onMainThread() {
     const pid_t self = gettid();
-    return self == process.mainthread || (self == getpid() && self != process.pid);
+    return self == mainThread || (self == getpid() && self != processOfMainThread);
 }
 
 // Another thread must not wait for a lock of one that is gone.
@@ -31,20 +35,6 @@ bool onMainThread(const Proccom &process) {
     giveHeldLocks();
     giveBackStreamLocks();
     pthread_exit(reinterpret_cast<void *>(-1));
-}
-
-// One thread ends the run-time, once. False when this thread was about it already, so that the end
-// itself failed and leaving is all that is left. A second thread leaves at once, the main one when
-// the first is through.
-bool takeTurn(bool isMain) {
-    if (claimEnd()) {
-        return beginRunTimeEnd();
-    }
-    if (!isMain) {
-        leaveThread();
-    }
-    waitForOtherEnd();
-    return false;
 }
 
 void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
@@ -56,7 +46,30 @@ void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
                   static_cast<int>(isMain), cored);
 }
 
+[[noreturn]] void dieByAbort(int32_t cored) {
+    if (cored == 1) {
+        suppressSystemCore();
+        setDefaultAction(SIGABRT);
+    }
+    dieBySignal(SIGABRT);
+}
+
+// Another thread ends the run: a second one leaves at once, the main one when that end is through.
+[[noreturn]] void leaveEndToOther(bool isMain, int32_t cored) {
+    if (!isMain) {
+        leaveThread();
+    }
+    waitForOtherEnd();
+    giveHeldLocks();
+    dieByAbort(cored);
+}
+
 } // namespace
+
+void noteMainThread() {
+    mainThread = gettid();
+    processOfMainThread = getpid();
+}
 
 void giveBackLocks(Proccom &process) {
     void (*hook)() = process.lockhook;
@@ -92,12 +105,19 @@ void dieBySignal(int signo) {
 
 void _zorAbort(int32_t cored) {
     using namespace zor;
+    if (_zorProccom == nullptr) {
+        return;
+    }
+    const bool isMain = onMainThread();
+    if (!claimEnd()) {
+        leaveEndToOther(isMain, cored);
+    }
     Proccom *process = _zorProccom;
-    if (process == nullptr) {
+    if (process == nullptr) { // another thread's end was over just before
+        leaveEnd();
         return;
     }
     const Runcom *unit = currentOrIdleRunUnit(*process);
-    const bool isMain = onMainThread(*process);
     const bool inMonitor = process->kots != 0;
     sigjmp_buf epilogue{}; // the run unit is gone when control goes back
     if (unit != nullptr) {
@@ -106,14 +126,12 @@ void _zorAbort(int32_t cored) {
     logAbort(unit, isMain, cored);
 
     __atomic_fetch_or(&process->state, PROCCOM_ABORT, __ATOMIC_ACQ_REL);
-    const bool hasTurn = takeTurn(isMain);
-    if (hasTurn && cored == 0 && (process->options2 & kCoreOptions) != 0) {
+    const bool endsRunTime = beginRunTimeEnd();
+    if (endsRunTime && cored == 0 && (process->options2 & kCoreOptions) != 0) {
         cored = static_cast<int32_t>(dumpCore());
     }
-    if (_zorProccom != nullptr) {
-        giveBackLocks(*_zorProccom);
-    }
-    if (hasTurn) {
+    giveBackLocks(*process);
+    if (endsRunTime) {
         TermCobolRte(EndReason::abnormalEnd);
     }
     leaveEnd();
@@ -125,11 +143,7 @@ void _zorAbort(int32_t cored) {
     if (!isMain) {
         leaveThread();
     }
-    if (cored == 1) {
-        suppressSystemCore();
-        setDefaultAction(SIGABRT);
-    }
-    dieBySignal(SIGABRT);
+    dieByAbort(cored);
 }
 
 void ZORABEND() {

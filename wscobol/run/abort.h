@@ -6,6 +6,9 @@
 
 namespace zor {
 
+// This thread becomes the main one, which an abnormal end ends by a signal.
+void noteMainThread();
+
 // Releases what an ending run unit holds, by the hook that it left for this.
 void giveBackLocks(Proccom &process);
 

@@ -61,6 +61,10 @@ void look(int /*signo*/, siginfo_t * /*info*/, void *context) {
 
 } // namespace
 
+bool endIsMine() {
+    return endingThread == gettid();
+}
+
 bool claimEnd() {
     pid_t owner = 0;
     return endingThread.compare_exchange_strong(owner, gettid()) || owner == gettid();

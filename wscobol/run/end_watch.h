@@ -6,6 +6,9 @@
 
 namespace zor {
 
+// True while this thread ends the run.
+bool endIsMine();
+
 // Makes this thread the one that ends the run. False when another one is about it.
 bool claimEnd();
 

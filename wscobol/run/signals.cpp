@@ -159,13 +159,8 @@ void showSignal(Proccom &process, int signo, const char *name) {
     printTraceback(stderr, AfterTraceback::runGoesOn);
 }
 
-// The others. Two threads may fail at once: one tells its signal, the other's takes its course once
-// that is done.
+// The others.
 void endBySignal(Proccom &process, Runcom *unit, int signo, const char *name, void *context) {
-    if (!claimEnd()) {
-        waitForOtherEnd();
-        return;
-    }
     process.state |= PROCCOM_SIGNAL;
     letFaultsThrough();
     startEndWatch(signo);
@@ -188,20 +183,12 @@ void endBySignal(Proccom &process, Runcom *unit, int signo, const char *name, vo
     endRun(process, unit, signo, cored);
 }
 
-} // namespace
-} // namespace zor
-
-void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
-    using namespace zor;
-    Proccom *process = _zorProccom;
-    if (process == nullptr) {
+void handleSignal(Proccom &process, int signo, void *context) {
+    if ((process.state & PROCCOM_ABORT) != 0) {
+        process.state = static_cast<uint8_t>(process.state & ~PROCCOM_ABORT);
         return;
     }
-    if ((process->state & PROCCOM_ABORT) != 0) {
-        process->state = static_cast<uint8_t>(process->state & ~PROCCOM_ABORT);
-        return;
-    }
-    Runcom *unit = endingRunUnit(*process);
+    Runcom *unit = endingRunUnit(process);
     const SignalRow *row = findSignalRow(unit == nullptr ? nullptr : unit->sigtable, signo);
     const char *name = row == nullptr ? "unknown signal" : row->name;
     const EndState state(unit);
@@ -209,14 +196,39 @@ void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
                   "abrt=@%p  jmp=@%p\n",
                   state.pid, state.process, state.unit, static_cast<unsigned>(signo), name,
                   state.abort, state.stop, state.abrt, state.jmp);
-    const bool goesOn = runGoesOnAfter(signo);
-    if ((process->state & PROCCOM_SIGNAL) != 0) {
-        if (!goesOn) {
-            waitForOtherEnd(); // then the signal takes its course
-        }
-    } else if (goesOn) {
-        showSignal(*process, signo, name);
+    if ((process.state & PROCCOM_SIGNAL) != 0) {
+        return;
+    }
+    if (runGoesOnAfter(signo)) {
+        showSignal(process, signo, name);
     } else {
-        endBySignal(*process, unit, signo, name, context);
+        endBySignal(process, unit, signo, name, context);
+    }
+}
+
+} // namespace
+} // namespace zor
+
+void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
+    using namespace zor;
+    if (_zorProccom == nullptr) {
+        return;
+    }
+    if (runGoesOnAfter(signo)) {
+        handleSignal(*_zorProccom, signo, context);
+        return;
+    }
+    // Two threads may fail at once: one tells its signal and takes the anchor away, the other's
+    // signal takes its course once that is done.
+    const bool endsAlready = endIsMine();
+    if (!claimEnd()) {
+        waitForOtherEnd();
+        return;
+    }
+    if (_zorProccom != nullptr) {
+        handleSignal(*_zorProccom, signo, context);
+    }
+    if (!endsAlready) {
+        leaveEnd();
     }
 }

@@ -11,6 +11,7 @@
 
 #include "cpm.h"
 #include "dynamic/program_list.h"
+#include "run/abort.h"
 #include "run/build_identification.h"
 #include "run/debug_log.h"
 #include "run/init_section.h"
@@ -112,6 +113,7 @@ void zor_init() {
     process->codepage = -1;
     process->pid = getpid();
     process->mainthread = gettid();
+    noteMainThread();
     process->threadkey = -1;
     process->debug = isSet(debug) ? atLeastOne(debug) : 0;
     _zorProccom = process;
