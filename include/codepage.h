@@ -17,7 +17,8 @@ ZOR_EXPORT void _zorcSetCodePages(void);
  * Proccom.ebcdicname; the buffers hold at least 25 and 15 bytes. */
 ZOR_EXPORT void _zorGetLocaleCP(char *localeBuffer, char *ebcdicBuffer);
 
-/* The most bytes that a character takes in the current locale. */
+/* Chooses the code pages if needed, and gives the most bytes that a character takes in the current
+ * locale. */
 ZOR_EXPORT int32_t _zorGetMBCurMax(void);
 
 ZOR_END_C

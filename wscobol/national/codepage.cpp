@@ -113,5 +113,6 @@ void _zorGetLocaleCP(char *localeBuffer, char *ebcdicBuffer) {
 }
 
 int32_t _zorGetMBCurMax() {
+    _zorcSetCodePages(); // it is what sets the locale of characters
     return static_cast<int32_t>(MB_CUR_MAX);
 }
