@@ -12,6 +12,7 @@ namespace zor {
 namespace {
 
 constexpr const char *kHostId = "CCBL";
+constexpr const char *kUsualPrefix = "ZOR";
 
 // A stream that another thread is writing to is left to that thread: it may be waiting for the
 // message stream, which this one holds.
@@ -34,16 +35,22 @@ const Runcom *hostRunUnit() {
     return live && unit->msg != nullptr ? unit : nullptr;
 }
 
+bool begins(const char *line, const char *prefix) {
+    return strncmp(line, prefix, strlen(prefix)) == 0;
+}
+
+// A catalogue may have a prefix of its own, and the usual closing line all the same.
+bool hasHeader(const char *line) {
+    return begins(line, kUsualPrefix) || begins(line, messageLook().prefix);
+}
+
 // The transaction monitor takes one line at a time. The closing line alone stops the transaction.
 void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
-    const char *prefix = messageLook().prefix;
-    const std::size_t prefixLength = strlen(prefix);
     const char *line = message.text;
     while (*line != '\0') {
         const std::size_t length = strcspn(line, "\n");
         if (length > 0) {
-            const bool stops = end == RunEnd::severity && line != message.text &&
-                               strncmp(line, prefix, prefixLength) == 0;
+            const bool stops = end == RunEnd::severity && line != message.text && hasHeader(line);
             ZOR_DEBUG_LOG("_zorWriteStderr: call KOTS msg routine...\n");
             unit.msg(stops ? 1 : 0, kHostId, line, static_cast<int32_t>(length), unit.token);
             ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
