@@ -9,6 +9,7 @@
 #include "message_delivery.h"
 #include "message_text.h"
 #include "proccom.h"
+#include "run/patient_streams.h"
 #include "run/retry.h"
 #include "run/standard_files.h"
 #include "run/traceback.h"
@@ -144,7 +145,7 @@ void writeMessage(MessageText &message, const Request &request, RunEnd end, cons
     flushDisplayStreams(Flush::pending);
     flushAndSync(stream);
     funlockfile(stream);
-    if (request.number == kSignalMessage) {
+    if (request.number == kSignalMessage && holdsStream(stream)) {
         // The signal handler locked the stream ahead of its traceback; the message ends that.
         funlockfile(stream);
     }

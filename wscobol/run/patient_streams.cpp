@@ -61,6 +61,10 @@ void flushIfFree(FILE *stream) {
 
 } // namespace
 
+bool holdsStream(FILE *stream) {
+    return isOwn(lockOf(stream));
+}
+
 bool lockPatiently(FILE *stream) {
     for (int i = 0; i < kTries; ++i) {
         if (ftrylockfile(stream) == 0) {
@@ -82,7 +86,7 @@ void flushPatiently(FILE *stream) {
 }
 
 void flushIfIdle(FILE *stream) {
-    if (!isOwn(lockOf(stream))) {
+    if (!holdsStream(stream)) {
         flushPatiently(stream);
     }
 }
@@ -93,7 +97,7 @@ void flushAllPatiently() {
 
 void flushAllIdle() {
     forEachStream([](FILE *stream) {
-        if (!isOwn(lockOf(stream))) {
+        if (!holdsStream(stream)) {
             flushIfFree(stream);
         }
     });

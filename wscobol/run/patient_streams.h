@@ -7,6 +7,9 @@
 
 namespace zor {
 
+// True when this thread has the stream's lock.
+bool holdsStream(FILE *stream);
+
 // Takes the stream's lock as flockfile does, but gives up after half a second, or at once when
 // there is no other thread that could give it back.
 bool lockPatiently(FILE *stream);
@@ -14,8 +17,8 @@ bool lockPatiently(FILE *stream);
 // Flushes and synchronises a stream, unless another thread keeps its lock. Null does nothing.
 void flushPatiently(FILE *stream);
 
-// As above, for a handler that goes back to the interrupted code: a stream that this thread is at
-// work on is left alone, too. Its state may be half-way between two characters.
+// As above, for a handler that goes back to the interrupted code: a stream that this
+// thread is at work on is left alone, too. Its state may be half-way between two characters.
 void flushIfIdle(FILE *stream);
 
 // The two for all open streams of the process, without waiting for any of them.
