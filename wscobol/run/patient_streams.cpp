@@ -85,6 +85,13 @@ void flushPatiently(FILE *stream) {
     }
 }
 
+void writeOutPatiently(FILE *stream) {
+    if (stream != nullptr && lockPatiently(stream)) {
+        retryFlush(stream);
+        funlockfile(stream);
+    }
+}
+
 void flushIfIdle(FILE *stream) {
     if (!holdsStream(stream)) {
         flushPatiently(stream);

@@ -17,7 +17,10 @@ bool lockPatiently(FILE *stream);
 // Flushes and synchronises a stream, unless another thread keeps its lock. Null does nothing.
 void flushPatiently(FILE *stream);
 
-// As above, for a handler that goes back to the interrupted code: a stream that this
+// Flushes a stream alone, so that its text is in order with what comes later; as patient.
+void writeOutPatiently(FILE *stream);
+
+// As flushPatiently, for a handler that goes back to the interrupted code: a stream that this
 // thread is at work on is left alone, too. Its state may be half-way between two characters.
 void flushIfIdle(FILE *stream);
 

@@ -9,6 +9,7 @@
 #include "run/locks.h"
 #include "run/message_list.h"
 #include "run/message_service.h"
+#include "run/patient_streams.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
 #include "run/storage.h"
@@ -65,8 +66,12 @@ void freeRunUnits(Proccom &process) {
     }
 }
 
-// The streams stay open to the end of the process.
+// The streams stay open to the end of the process. What they hold back is written out: an abnormal
+// end would lose it, and a run-time that starts again would write ahead of it.
 void forgetStandardFiles(Proccom &process) {
+    for (FILE *stream : {process.sysout, process.consoleout, process.syspunch, process.cobmsgs}) {
+        writeOutPatiently(stream);
+    }
     process.sysin = nullptr;
     process.sysout = nullptr;
     process.cobmsgs = nullptr;
