@@ -2,6 +2,7 @@
 // the main program, the time the run unit first asked, the time zone and the process id.
 #include "run/standard_files.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -25,13 +26,19 @@ struct ClockReading {
 // Taken once per run unit, so that all files of one run carry the same stamp.
 struct NameStamp {
     bool taken;
+    int32_t unit;
     long long pid;
     ClockReading clock;
     int zoneHours;
     int zoneMinutes;
 };
 
-NameStamp nameStamp;
+constexpr int32_t kNoUnit = -1;
+
+// Run units nest, and the outer one goes on with the stamp that it has: the last ones are kept.
+constexpr std::size_t kKeptStamps = 8;
+std::array<NameStamp, kKeptStamps> nameStamps;
+std::size_t oldestStamp;
 char outputDirectory[kNameSize]; // ends in "/", empty when files go to the working directory
 bool outputDirectoryRead;
 char outputName[kNameSize];
@@ -64,16 +71,28 @@ ClockReading readClock() {
     return reading;
 }
 
-void takeNameStamp() {
-    if (nameStamp.taken) {
-        return;
+int32_t currentUnit() {
+    const Proccom *process = proccom();
+    return process == nullptr || process->runcom == nullptr ? kNoUnit : process->runcom->id;
+}
+
+const NameStamp &takeNameStamp() {
+    const int32_t unit = currentUnit();
+    for (const NameStamp &stamp : nameStamps) {
+        if (stamp.taken && stamp.unit == unit) {
+            return stamp;
+        }
     }
-    nameStamp.pid = proccom() != nullptr ? proccom()->pid : getpid();
+    NameStamp &stamp = nameStamps[oldestStamp];
+    oldestStamp = (oldestStamp + 1) % kKeptStamps;
     tzset();
-    nameStamp.zoneHours = static_cast<int>(timezone / kSecondsPerHour);
-    nameStamp.zoneMinutes = static_cast<int>(labs(timezone % kSecondsPerHour) / kSecondsPerMinute);
-    nameStamp.clock = readClock();
-    nameStamp.taken = true;
+    stamp = {.taken = true,
+             .unit = unit,
+             .pid = proccom() != nullptr ? proccom()->pid : getpid(),
+             .clock = readClock(),
+             .zoneHours = static_cast<int>(timezone / kSecondsPerHour),
+             .zoneMinutes = static_cast<int>(labs(timezone % kSecondsPerHour) / kSecondsPerMinute)};
+    return stamp;
 }
 
 const PCB *currentMainProgram() {
@@ -91,31 +110,34 @@ struct NameHead {
     const char *separator;
 };
 
-void generateName(const NameHead &head, const ClockReading &clock) {
+void generateName(const NameHead &head, const NameStamp &stamp, const ClockReading &clock) {
     const PCB *program = currentMainProgram();
     snprintf(outputName, sizeof outputName, "%s%.*s%s%s%.*s%s%s.%6.6d%+2.2d%2.2d.%lld",
              head.directory, head.valueLength, head.value, head.base, head.separator,
              program == nullptr ? 0 : static_cast<int>(program->namelen),
              program == nullptr ? "" : program->name, program == nullptr ? "" : ".", clock.time,
-             clock.microseconds, nameStamp.zoneHours, nameStamp.zoneMinutes, nameStamp.pid);
+             clock.microseconds, stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
 }
 
 } // namespace
 
 void forgetNameStamp() {
-    nameStamp.taken = false;
+    const int32_t unit = currentUnit();
+    for (NameStamp &stamp : nameStamps) {
+        stamp.taken = stamp.taken && stamp.unit != unit && stamp.unit != kNoUnit;
+    }
 }
 
 const char *expandOutputName(const char *value, bool fresh, const char *base) {
     readOutputDirectory();
-    takeNameStamp();
-    const ClockReading clock = fresh ? readClock() : nameStamp.clock;
+    const NameStamp &stamp = takeNameStamp();
+    const ClockReading clock = fresh ? readClock() : stamp.clock;
     if (base == nullptr) {
         base = "";
     }
     if (value == nullptr || *value == '\0') {
         const bool named = *base != '\0';
-        generateName({named ? outputDirectory : "", "", 0, base, named ? "." : ""}, clock);
+        generateName({named ? outputDirectory : "", "", 0, base, named ? "." : ""}, stamp, clock);
         return outputName;
     }
     const char *directory = value[0] == '.' || value[0] == '/' ? "" : outputDirectory;
@@ -125,7 +147,8 @@ const char *expandOutputName(const char *value, bool fresh, const char *base) {
         return outputName;
     }
     const bool unnamed = shown == 0 || value[shown - 1] == '/';
-    generateName({directory, value, static_cast<int>(shown), unnamed ? base : "", "."}, clock);
+    generateName({directory, value, static_cast<int>(shown), unnamed ? base : "", "."}, stamp,
+                 clock);
     return outputName;
 }
 

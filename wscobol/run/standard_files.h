@@ -24,7 +24,8 @@ FILE *standardFile(StandardFile file);
 // new clock reading for this call alone. The result lives until the next call.
 const char *expandOutputName(const char *value, bool fresh, const char *base);
 
-// The next use of the name rule takes a new clock reading; called at the start of a run unit.
+// The next use of the name rule by the current run unit takes a new clock reading; called at its
+// start.
 void forgetNameStamp();
 
 // Reads the terminal size of a descriptor into size, zeros when it is no terminal.
