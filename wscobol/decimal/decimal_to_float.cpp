@@ -16,12 +16,19 @@ constexpr int32_t kBinaryDigits = 36;  // significant digits read for a binary f
 constexpr int32_t kWordDigits = 19;    // digits that always fit 64 bits unsigned
 constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
 
-// Digit i of an item, counted from the most significant one.
+// Digit i of an item, counted from the most significant one. Packed bytes that are no digit pairs
+// count as in the conversions to integers.
 template <class Form> uint32_t digitAt(const uint8_t *item, int32_t digits, int32_t i) {
     if constexpr (Form::kSign == SignKind::packed) {
+        if (i == digits - 1) {
+            return item[digits / 2] >> 4;
+        }
+        if (i == 0 && digits % 2 == 0) {
+            return item[0] & 0x0FU;
+        }
         const int32_t nibble = digits % 2 == 0 ? i + 1 : i;
-        const uint32_t byte = item[nibble / 2];
-        return nibble % 2 == 0 ? byte >> 4 : byte & 0x0FU;
+        const uint32_t pair = pairToValue[item[nibble / 2]];
+        return nibble % 2 == 0 ? pair / 10 : pair % 10;
     } else {
         return i == digits - 1 ? zonedDigitValue(item[i]) : item[i] & 0x0FU;
     }
@@ -119,8 +126,14 @@ T decimalFormOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative
         return fromBits<T>({kInfinity | (negative ? 1ULL << 63 : 0), 0});
     }
     Wide128 coefficient = coefficientOf<Form>(item, digits, first, end);
-    if (isAbove(coefficient, Decimal::kLargest)) {
-        coefficient = Decimal::kLargest; // of bytes that are no digits
+    if (isAbove(coefficient, Decimal::kLargest)) { // the leading byte stands for 10 or more
+        const uint32_t dropped = digitAt<Form>(item, digits, end - 1);
+        coefficient = coefficientOf<Form>(item, digits, first, end - 1);
+        ++power;
+        if (dropped + (coefficient.low & 1) > 5) {
+            coefficient.low += 1;
+            coefficient.high += coefficient.low == 0 ? 1 : 0;
+        }
     }
     return decimalOf<T>(negative, coefficient, power);
 }

@@ -69,8 +69,9 @@ inline void packedShiftDigitsRight(const uint8_t *source, int32_t sourceDigits, 
     unsigned units = last >> 4;
     if constexpr (round) {
         // Whether it rounds up cannot be foreseen: added without a branch.
-        units += static_cast<unsigned>((last & 0x0F) >= 5);
-        if (__builtin_expect(units > 9, 0)) {
+        const bool roundsUp = (last & 0x0F) >= 5;
+        units += static_cast<unsigned>(roundsUp);
+        if (__builtin_expect(units > 9, 0) && roundsUp) { // what is no digit stays as it is
             units = 0;
             carryUp(target, targetBytes - 1);
         }

@@ -65,7 +65,7 @@ void zonedShiftDigitsRight(const uint8_t *source, int32_t sourceDigits, uint8_t 
         uint8_t &units = target[targetDigits - 1];
         const int digit = (units & 0x0F) + static_cast<int>(roundsUp);
         units = static_cast<uint8_t>(kZone + digit);
-        if (digit > 9) {
+        if (digit > 9 && roundsUp) { // what is no digit stays as it is
             units = kZone;
             addOne(target, targetDigits - 1);
         }
