@@ -106,6 +106,9 @@ void TermCobolRte(EndReason reason) {
     process.lockhook = nullptr;
     while (process.runcom != nullptr) {
         endRunUnit(*process.runcom, reason, kStatusForcedEnd);
+        if (_zorProccom != &process) {
+            return; // a program that it called came first
+        }
     }
     closeMessageCatalog();
     freeRunUnits(process);

@@ -2,6 +2,7 @@
 // data, and resumes the prior run unit, returns, or leaves the process.
 
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "cpm.h"
@@ -64,8 +65,8 @@ template <class Action> void forEachOpenFile(IPCB &ipcb, Action action) {
     }
 }
 
-// The file whose close runs now. A close that ends the run-time or the process must not be called
-// once more for it.
+// The file whose close runs now, or left the end by a STOP RUN of its own. A close that ends the
+// run-time or the process must not be called once more for it.
 const FCB *fileBeingClosed = nullptr;
 
 // The end of the run unit runs no USE procedure for its closes.
@@ -350,10 +351,26 @@ using namespace zor;
 
 namespace {
 
+// Where STOP RUN goes on. Kept apart from the run unit, whose record may have gone with the
+// run-time, or be another run unit's, once the end is through.
+struct Epilogue {
+    explicit Epilogue(Runcom &runUnit)
+        : unit(&runUnit), main(mainProgram(runUnit)), jmpAddress(&runUnit.jmp) {
+        std::memcpy(&jmp, &runUnit.jmp, sizeof jmp);
+    }
+
+    void *unit;
+    const PCB *main;
+    void *jmpAddress;
+    sigjmp_buf jmp;
+};
+
 // The jump may leave a run unit that is ending, or entry code under its lock.
 void giveBackOwnLocks() {
-    if (auto *hook = _zorProccom->lockhook; hook != nullptr && holdsLock(InitLock)) {
-        _zorProccom->lockhook = nullptr;
+    Proccom *process = _zorProccom;
+    auto *hook = process == nullptr ? nullptr : process->lockhook;
+    if (hook != nullptr && holdsLock(InitLock)) {
+        process->lockhook = nullptr;
         hook();
     }
     giveHeldLocks();
@@ -361,22 +378,22 @@ void giveBackOwnLocks() {
 
 // Jumps to the epilogue that generated code or a host's stub set up; without one the process ends
 // with the status, as a program's epilogue would end it.
-[[noreturn]] void jumpToEpilogue(Runcom &unit, const char *noOp, int32_t value) {
-    if (const PCB *main = mainProgram(unit); main != nullptr) {
+[[noreturn]] void jumpTo(Epilogue &epilogue, const char *noOp, int32_t value) {
+    if (const PCB *main = epilogue.main; main != nullptr) {
         ZOR_DEBUG_LOG(
             "_zorRunUnitTerm: %ssiglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
             "@%p\n",
-            noOp, ZOR_PROGRAM_NAME(main), address(&unit.jmp), address(&unit));
+            noOp, ZOR_PROGRAM_NAME(main), epilogue.jmpAddress, epilogue.unit);
     } else {
         ZOR_DEBUG_LOG("_zorRunUnitTerm: %ssiglongjmp() to current wrapper stub via %p  run unit "
                       "@%p\n",
-                      noOp, address(&unit.jmp), address(&unit));
+                      noOp, epilogue.jmpAddress, epilogue.unit);
     }
     giveBackOwnLocks();
-    if (!epilogueIsKnown(unit.jmp)) {
+    if (!epilogueIsKnown(epilogue.jmp)) {
         std::exit(value == kStatusOfZero ? 0 : value);
     }
-    siglongjmp(unit.jmp, value);
+    siglongjmp(epilogue.jmp, value);
 }
 
 } // namespace
@@ -394,12 +411,13 @@ void _zorRunUnitTerm(int32_t rc) {
         "%d ru_term %d\n",
         _zorProccom->pid, address(_zorProccom), address(unit), rc, routineAddress(unit->stop),
         address(&unit->jmp), _zorProccom->kots, isEnding(*unit) ? 1 : 0);
+    Epilogue epilogue(*unit);
     if (isEnding(*unit)) {
-        fileBeingClosed = nullptr;            // the jump leaves its close
-        jumpToEpilogue(*unit, "no-op, ", rc); // a status of 0 arrives as 1
+        leaveEnd();                      // an abnormal one, perhaps
+        jumpTo(epilogue, "no-op, ", rc); // a status of 0 arrives as 1
     }
     RunUnitTerm(EndReason::stopRun, rc);
-    jumpToEpilogue(*unit, "", rc == 0 ? kStatusOfZero : rc);
+    jumpTo(epilogue, "", rc == 0 ? kStatusOfZero : rc);
 }
 
 void _zorCleanUp(void) {
