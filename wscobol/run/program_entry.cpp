@@ -75,7 +75,8 @@ Runcom *provideRunUnit(PCB &pcb) {
     if (starts && _zorProccom->kots != 0) {
         _zorProccom->threadword = 0;
     }
-    if (_zorProccom->runcom == nullptr) {
+    // A run unit from before the start knows none of the options.
+    if (starts || _zorProccom->runcom == nullptr) {
         RunUnitInit(&pcb);
     }
     Runcom *unit = _zorProccom->runcom;
