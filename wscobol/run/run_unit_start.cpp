@@ -75,7 +75,8 @@ void RunUnitInit(const void *caller) {
         return;
     }
     const bool hostIsMain = (process.state & PROCCOM_PREINIT) != 0 && process.runcom == nullptr;
-    unit->main = hostIsMain ? RUNCOM_MAIN_IS_HOST : nullptr;
+    PCB *const main = hostIsMain ? RUNCOM_MAIN_IS_HOST : nullptr;
+    unit->main = nullptr; // other threads take a run unit with a main program for ready
     unit->flags = static_cast<uint8_t>(unit->flags & ~RUNCOM_RU_TERM);
     if (process.freeru != nullptr) {
         process.freeru->flags = static_cast<uint8_t>(process.freeru->flags & ~RUNCOM_RU_TERM);
@@ -88,7 +89,7 @@ void RunUnitInit(const void *caller) {
                   "main=@%p kots=%d\n",
                   process.pid, static_cast<void *>(&process), static_cast<void *>(unit),
                   static_cast<void *>(unit->plle), unit->id,
-                  (unit->flags & RUNCOM_SIG) != 0 ? 1 : 0, caller, static_cast<void *>(unit->main),
+                  (unit->flags & RUNCOM_SIG) != 0 ? 1 : 0, caller, static_cast<void *>(main),
                   process.kots);
     if (unit->id == kIdOfLoad) {
         return;
@@ -116,6 +117,7 @@ void RunUnitInit(const void *caller) {
         unit->plle->parent = process.plle;
         unit->plle->flags |= HASH_TABLE_CHILD;
     }
+    __atomic_store_n(&unit->main, main, __ATOMIC_RELEASE);
 }
 
 void _zorKotsRunUnit(MessageRoutine msg, void *hostword) {
