@@ -56,29 +56,6 @@ template <class Call> auto retryOnStream(FILE *stream, short events, Call call) 
     return result;
 }
 
-// Transfers whole bytes, so that an element that was interrupted half-way loses nothing.
-template <class Transfer>
-std::size_t retryElements(std::size_t size, std::size_t count, FILE *stream, short events,
-                          Transfer transfer) {
-    std::size_t bytes = 0;
-    if (size == 0 || __builtin_mul_overflow(size, count, &bytes)) {
-        return 0;
-    }
-    std::size_t done = 0;
-    while (done < bytes) {
-        errno = 0;
-        done += transfer(done, bytes - done);
-        if (done < bytes) {
-            if (!ferror(stream) || !interrupted()) {
-                break;
-            }
-            waitUntilReady(fileno(stream), events);
-            clearerr(stream);
-        }
-    }
-    return done / size;
-}
-
 // Loops to the full count; gives what was moved ahead of an error, or -1 when that is nothing.
 template <class Transfer>
 ssize_t retryBytes(int descriptor, std::size_t bytes, short events, Transfer transfer) {
@@ -96,6 +73,15 @@ ssize_t retryBytes(int descriptor, std::size_t bytes, short events, Transfer tra
         }
     }
     return static_cast<ssize_t>(done);
+}
+
+// A write that failed sets the stream's error flag, as the C library's own do.
+bool allWritten(FILE *stream, ssize_t written, std::size_t bytes) {
+    const bool all = written == static_cast<ssize_t>(bytes);
+    if (!all) {
+        stream->_flags |= _IO_ERR_SEEN;
+    }
+    return all;
 }
 
 // Writes out what a stream holds. The C library drops all of it when a write stops half-way, even
@@ -117,7 +103,16 @@ bool drain(FILE *stream) {
     stream->_offset = kUnknownOffset;
     const ssize_t written = retryWrite(descriptor, stream->_IO_write_base, pending);
     __fpurge(stream);
-    return written == static_cast<ssize_t>(pending);
+    return allWritten(stream, written, pending);
+}
+
+// The C library would write out what the stream holds ahead of the call, and drop it when that is
+// interrupted.
+bool drainLocked(FILE *stream) {
+    flockfile(stream);
+    const bool drained = drain(stream);
+    funlockfile(stream);
+    return drained;
 }
 
 } // namespace
@@ -131,6 +126,7 @@ FILE *retryFopen(const char *path, const char *mode) {
 }
 
 FILE *retryFreopen(const char *path, const char *mode, FILE *stream) {
+    drainLocked(stream); // reopening goes on whether the old file took it or not
     return retryOpening([&] { return freopen(path, mode, stream); }, nullptr);
 }
 
@@ -139,19 +135,44 @@ off_t retryFtell(FILE *stream) {
 }
 
 int retryFseek(FILE *stream, off_t offset, int whence) {
+    if (!drainLocked(stream)) {
+        return -1;
+    }
     return retryOnStream(stream, POLLOUT, [&] { return fseeko(stream, offset, whence); });
 }
 
+// Reads whole bytes, so that an element that was interrupted half-way loses nothing.
 std::size_t retryFread(void *target, std::size_t size, std::size_t count, FILE *stream) {
-    return retryElements(size, count, stream, POLLIN, [&](std::size_t done, std::size_t bytes) {
-        return fread(static_cast<char *>(target) + done, 1, bytes, stream);
-    });
+    std::size_t bytes = 0;
+    if (size == 0 || __builtin_mul_overflow(size, count, &bytes)) {
+        return 0;
+    }
+    std::size_t done = 0;
+    while (done < bytes) {
+        errno = 0;
+        done += fread(static_cast<char *>(target) + done, 1, bytes - done, stream);
+        if (done < bytes) {
+            if (!ferror(stream) || !interrupted()) {
+                break;
+            }
+            waitUntilReady(fileno(stream), POLLIN);
+            clearerr(stream);
+        }
+    }
+    return done / size;
 }
 
 std::size_t retryFwrite(const void *source, std::size_t size, std::size_t count, FILE *stream) {
-    return retryElements(size, count, stream, POLLOUT, [&](std::size_t done, std::size_t bytes) {
-        return fwrite(static_cast<const char *>(source) + done, 1, bytes, stream);
-    });
+    std::size_t bytes = 0;
+    if (__builtin_mul_overflow(size, count, &bytes) || bytes == 0) {
+        return 0;
+    }
+    const auto *text = static_cast<const char *>(source);
+    flockfile(stream);
+    const std::size_t taken =
+        putIntoRoom(stream, text, bytes) ? bytes : writeThrough(stream, text, bytes);
+    funlockfile(stream);
+    return taken / size;
 }
 
 ssize_t retryRead(int descriptor, void *target, std::size_t bytes) {
@@ -198,23 +219,33 @@ int flushAndSync(FILE *stream) {
     return result;
 }
 
-bool writeThrough(FILE *stream, const char *text, std::size_t bytes) {
+std::size_t writeThrough(FILE *stream, const char *text, std::size_t bytes) {
     const int descriptor = fileno_unlocked(stream);
     if (descriptor < 0) {
-        return fwrite_unlocked(text, 1, bytes, stream) == bytes;
+        return fwrite_unlocked(text, 1, bytes, stream);
     }
     if (__fbufsize(stream) == 0 || __fwriting(stream) == 0) {
         // Makes the buffer. A first write through the C library would be lost to an interruption.
-        return __overflow(stream, EOF) != EOF && writeUnlocked(stream, text, bytes);
+        if (__overflow(stream, EOF) == EOF) {
+            return 0;
+        }
+        if (putIntoRoom(stream, text, bytes)) {
+            return bytes;
+        }
     }
     if (__flbf(stream) != 0 &&
         stream->_IO_buf_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(bytes)) {
         // A terminal gets whole lines.
         std::memcpy(stream->_IO_write_ptr, text, bytes);
         stream->_IO_write_ptr += bytes;
-        return std::memchr(text, '\n', bytes) == nullptr || drain(stream);
+        return std::memchr(text, '\n', bytes) == nullptr || drain(stream) ? bytes : 0;
     }
-    return drain(stream) && retryWrite(descriptor, text, bytes) == static_cast<ssize_t>(bytes);
+    if (!drain(stream)) {
+        return 0;
+    }
+    const ssize_t written = retryWrite(descriptor, text, bytes);
+    allWritten(stream, written, bytes);
+    return written > 0 ? static_cast<std::size_t>(written) : 0;
 }
 
 } // namespace zor

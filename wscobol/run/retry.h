@@ -31,19 +31,27 @@ int retryFlush(FILE *stream);
 // the stream's lock.
 int flushAndSync(FILE *stream);
 
-// The part of writeUnlocked that reaches the file; bytes is not 0.
-bool writeThrough(FILE *stream, const char *text, std::size_t bytes);
+// Puts bytes into the room that the stream's buffer has; false when they are too many. An
+// unbuffered or line-buffered stream never has room.
+inline bool putIntoRoom(FILE *stream, const char *text, std::size_t bytes) {
+    if (stream->_IO_write_end - stream->_IO_write_ptr <= static_cast<std::ptrdiff_t>(bytes)) {
+        return false;
+    }
+    std::memcpy(stream->_IO_write_ptr, text, bytes);
+    stream->_IO_write_ptr += bytes;
+    return true;
+}
+
+// The part of writeUnlocked that reaches the file; bytes is not 0. Gives the bytes that were taken:
+// less than all of them after an error, which the stream's error flag keeps.
+std::size_t writeThrough(FILE *stream, const char *text, std::size_t bytes);
 
 // Writes bytes to a stream whose lock the caller holds; goes on over partial writes, EAGAIN and
 // EINTR. False on any other error. While the stream's buffer has room they go there, as one
-// character of putc_unlocked does; an unbuffered or line-buffered stream never has room.
+// character of putc_unlocked does.
 inline bool writeUnlocked(FILE *stream, const char *text, std::size_t bytes) {
-    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(bytes)) {
-        std::memcpy(stream->_IO_write_ptr, text, bytes);
-        stream->_IO_write_ptr += bytes;
-        return true;
-    }
-    return bytes == 0 || writeThrough(stream, text, bytes);
+    return putIntoRoom(stream, text, bytes) || bytes == 0 ||
+           writeThrough(stream, text, bytes) == bytes;
 }
 
 } // namespace zor
