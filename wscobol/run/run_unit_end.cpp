@@ -390,6 +390,10 @@ void giveBackOwnLocks() {
                       noOp, epilogue.jmpAddress, epilogue.unit);
     }
     giveBackOwnLocks();
+    if (endIsMine()) { // a close or a host's routine stops the run while a failure ends it
+        giveBackStreamLocks();
+        leaveEnd();
+    }
     if (!epilogueIsKnown(epilogue.jmp)) {
         std::exit(value == kStatusOfZero ? 0 : value);
     }
@@ -413,7 +417,6 @@ void _zorRunUnitTerm(int32_t rc) {
         address(&unit->jmp), _zorProccom->kots, isEnding(*unit) ? 1 : 0);
     Epilogue epilogue(*unit);
     if (isEnding(*unit)) {
-        leaveEnd();                      // an abnormal one, perhaps
         jumpTo(epilogue, "no-op, ", rc); // a status of 0 arrives as 1
     }
     RunUnitTerm(EndReason::stopRun, rc);
