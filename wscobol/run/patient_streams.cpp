@@ -85,10 +85,12 @@ void flushPatiently(FILE *stream) {
     }
 }
 
-void writeOutPatiently(FILE *stream) {
-    if (stream != nullptr && lockPatiently(stream)) {
-        retryFlush(stream);
-        funlockfile(stream);
+void writeOutStandardFiles(const Proccom &process) {
+    for (FILE *stream : {process.sysout, process.consoleout, process.syspunch, process.cobmsgs}) {
+        if (stream != nullptr && lockPatiently(stream)) {
+            retryFlush(stream);
+            funlockfile(stream);
+        }
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include "proccom.h"
+
 namespace zor {
 
 // True when this thread has the stream's lock.
@@ -17,8 +19,8 @@ bool lockPatiently(FILE *stream);
 // Flushes and synchronises a stream, unless another thread keeps its lock. Null does nothing.
 void flushPatiently(FILE *stream);
 
-// Flushes a stream alone, so that its text is in order with what comes later; as patient.
-void writeOutPatiently(FILE *stream);
+// Flushes the standard files that were opened for output, without a sync; as patient.
+void writeOutStandardFiles(const Proccom &process);
 
 // As flushPatiently, for a handler that goes back to the interrupted code: a stream that this
 // thread is at work on is left alone, too. Its state may be half-way between two characters.

@@ -69,9 +69,7 @@ void freeRunUnits(Proccom &process) {
 // The streams stay open to the end of the process. What they hold back is written out: an abnormal
 // end would lose it, and a run-time that starts again would write ahead of it.
 void forgetStandardFiles(Proccom &process) {
-    for (FILE *stream : {process.sysout, process.consoleout, process.syspunch, process.cobmsgs}) {
-        writeOutPatiently(stream);
-    }
+    writeOutStandardFiles(process);
     process.sysin = nullptr;
     process.sysout = nullptr;
     process.cobmsgs = nullptr;

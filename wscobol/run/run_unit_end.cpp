@@ -168,7 +168,9 @@ void unlinkPrograms(const HashTable *list) {
     }
 }
 
-void flushUnusedStandardStreams(const Proccom &process) {
+// A host may read what the run unit wrote as soon as it has ended.
+void flushStandardStreams(const Proccom &process) {
+    writeOutStandardFiles(process);
     if (process.cobmsgs == nullptr) {
         flushPatiently(stderr);
     }
@@ -216,7 +218,7 @@ bool closeDown(const Proccom &process, Runcom &unit) {
         }
         forgetLoadedPrograms(unit.plle);
     }
-    flushUnusedStandardStreams(process);
+    flushStandardStreams(process);
     if (inState(process, PROCCOM_TRACKED)) {
         releaseAllTracked(unit);
     }
