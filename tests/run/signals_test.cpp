@@ -200,6 +200,46 @@ TEST(Signals, TracebackWithSourceLines) {
     }
 }
 
+// What lies on the stack here is not what the unwinding table says, as within some of the C
+// library's own code.
+extern "C" void inWildFrame(int signo);
+asm(R"(
+    .text
+    .type inWildFrame, @function
+inWildFrame:
+    .cfi_startproc
+    movl 4(%esp), %eax
+    pushl $0x46505845
+    subl $8, %esp
+    .cfi_adjust_cfa_offset 8
+    pushl %eax
+    .cfi_adjust_cfa_offset 4
+    call raise
+    addl $16, %esp
+    ret
+    .cfi_endproc
+    .size inWildFrame, . - inWildFrame
+)");
+
+TEST(Signals, AFrameThatCannotBeWalkedEndsTheTracebackAlone) {
+    for (const int signo : {SIGUSR1, SIGTERM}) {
+        const ChildResult child = runChild(
+            [] {
+                runProgram([] {
+                    inWildFrame(atoi(getenv("SIGNAL")));
+                    printf("goes on");
+                });
+            },
+            options({{"SIGNAL", std::to_string(signo)}}));
+        const bool goesOn = signo == SIGUSR1;
+        EXPECT_EQ(child.out, goesOn ? "goes on" : "");
+        EXPECT_EQ(shape(child.err),
+                  goesOn ? "\n  Signal received: 10 (SIGUSR1)\n\n<traceback>\n"
+                         : kTraceback + message995("SIGTERM", "@"));
+        EXPECT_EQ(child.status, goesOn ? 0 : kSignalled + SIGABRT);
+    }
+}
+
 TEST(Signals, WindowChangeRenewsTheWidth) {
     const ChildResult child = runChild(
         [] {

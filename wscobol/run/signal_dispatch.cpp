@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "abort.h"
+#include "frame_walk.h"
 #include "patient_streams.h"
 #include "signal_context.h"
 #include "signal_table.h"
@@ -107,7 +108,7 @@ void showSignal(const SignalRow &row, const siginfo_t *info, const void *context
                     info == nullptr ? 0 : info->si_code, row.name, strsignal(row.signo),
                     interruptedAddress(context));
     std::array<void *, kMaxFrames> frames;
-    const int count = backtrace(frames.data(), kMaxFrames);
+    const int count = walkFrames(frames);
     reportPatiently("  Traceback:\n");
     backtrace_symbols_fd(frames.data(), count, STDERR_FILENO);
     reportPatiently("    --- End of call chain ---\n");
@@ -141,6 +142,7 @@ const SignalRow *decidingRow(int index, const SignalRow *row, int signo) {
 } // namespace
 
 void dispatchSignal(int signo, siginfo_t *info, void *context) {
+    leaveFailedWalk(signo, info);
     const int savedErrno = errno;
     const int top = topSignalTable();
     const SignalRow *row = signalRowAt(top, signo);

@@ -12,6 +12,7 @@
 #include <link.h>
 #include <unistd.h>
 
+#include "frame_walk.h"
 #include "patient_streams.h"
 #include "retry.h"
 #include "shell.h"
@@ -101,7 +102,7 @@ void printTraceback(FILE *stream, AfterTraceback after) {
     const PatientStreamLock lock(stream);
     const int descriptor = fileno(stream);
     std::array<void *, kMaxFrames> frames;
-    const int count = backtrace(frames.data(), kMaxFrames);
+    const int count = walkFrames(frames);
     if (count > 0) {
         put(descriptor, kHead);
         showFrames(descriptor, frames.data(), count);
