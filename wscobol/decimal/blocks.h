@@ -13,15 +13,19 @@ namespace zor::decimal {
 
 inline constexpr int32_t kBlockBytes = 16;
 
-// The 1 to 4 bytes of a string as the low end of a number.
-inline uint32_t loadShort(const uint8_t *address, int32_t bytes) {
+// A string of 1 to 4 bytes as the last bytes of a word, zero bytes in front.
+inline uint32_t loadLast(const uint8_t *start, int32_t bytes) {
     if (bytes == 1) {
-        return address[0];
+        return static_cast<uint32_t>(start[0]) << 24;
     }
     // Two loads that overlap for three bytes, and agree where they do.
-    const uint32_t high = __builtin_bswap16(loadWord<uint16_t>(address));
-    const uint32_t low = __builtin_bswap16(loadWord<uint16_t>(address + bytes - 2));
-    return high << (8 * (bytes - 2)) | low;
+    const uint32_t head = loadWord<uint16_t>(start);
+    const uint32_t tail = loadWord<uint16_t>(start + bytes - 2);
+    return head << (8 * (4 - bytes)) | tail << 16;
+}
+// The same as a number.
+inline uint32_t loadShort(const uint8_t *start, int32_t bytes) {
+    return __builtin_bswap32(loadLast(start, bytes));
 }
 
 // A string of 1 to 16 bytes.
@@ -38,14 +42,7 @@ inline __m128i loadBlock(const uint8_t *start, int32_t bytes) {
         const __m128i tail = _mm_slli_epi64(load4(end - 4), 32);
         return _mm_slli_si128(_mm_or_si128(upper, tail), 8);
     }
-    uint32_t low = static_cast<uint32_t>(end[-1]) << 24; // the last four bytes
-    if (bytes >= 2) {
-        low |= static_cast<uint32_t>(end[-2]) << 16;
-    }
-    if (bytes == 3) {
-        low |= static_cast<uint32_t>(end[-3]) << 8;
-    }
-    return _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int>(low)), 12);
+    return _mm_slli_si128(_mm_cvtsi32_si128(static_cast<int>(loadLast(start, bytes))), 12);
 }
 
 // Stores the last bytes, 1 to 16, of a block.
