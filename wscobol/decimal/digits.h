@@ -22,7 +22,12 @@ constexpr bool packedSignIsNegative(uint8_t lastByte) {
     return sign == 0xB || sign == 0xD;
 }
 
-// The same as a mask of all bits, without a branch.
+// The same of several last bytes in a word, without a branch: bit 0 of each byte.
+constexpr uint32_t packedSignsAreNegative(uint32_t lastBytes) {
+    return lastBytes & lastBytes >> 3 & (lastBytes >> 1 ^ lastBytes >> 2) & 0x01010101U;
+}
+
+// The same as a mask of all bits.
 constexpr uint32_t packedSignMask(uint32_t lastByte) {
     constexpr uint32_t kNegative = 1U << 0xB | 1U << 0xD;
     return 0 - ((kNegative << 16 | kNegative) >> (lastByte & 0x1FU) & 1);
@@ -104,9 +109,12 @@ template <class Rule> constexpr auto byteTable(Rule rule) {
 inline constexpr auto zonedDigit = byteTable(digitValueOf);
 inline constexpr auto zonedNegative = byteTable(isNegativeByte);
 inline constexpr auto zonedSignCarrier = byteTable(isSignCarrier);
+// The three of a last byte in one entry.
+inline constexpr uint8_t kNegativeUnits = 0x40;
+inline constexpr uint8_t kInvalidUnits = 0x80;
 inline constexpr auto zonedUnits = byteTable([](unsigned byte) {
-    return digitValueOf(byte) | (isNegativeByte(byte) ? 0x40 : 0) |
-           (isSignCarrier(byte) ? 0 : 0x80);
+    return digitValueOf(byte) | (isNegativeByte(byte) ? kNegativeUnits : 0) |
+           (isSignCarrier(byte) ? 0 : kInvalidUnits);
 });
 
 } // namespace tables
@@ -134,7 +142,8 @@ struct ZonedUnits {
 };
 constexpr ZonedUnits zonedUnits(uint8_t byte) {
     const uint8_t entry = tables::zonedUnits[byte];
-    return {static_cast<uint8_t>(entry & 0x0FU), (entry & 0x40U) != 0, (entry & 0x80U) == 0};
+    return {static_cast<uint8_t>(entry & 0x0FU), (entry & tables::kNegativeUnits) != 0,
+            (entry & tables::kInvalidUnits) == 0};
 }
 
 // The form in which sign-carrying digits are stored.
