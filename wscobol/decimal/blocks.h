@@ -169,11 +169,11 @@ inline ZonedBlocks zonedOfDigits(__m128i digits) {
     return zonedOfNibbles(_mm_srli_epi16(digits, 4), digits);
 }
 
-// Zoned bytes, the zones dropped, as packed digits without a sign.
+// Zoned bytes, the zones dropped, as packed digits without a sign: a pair of digits in each lane of
+// 16 bits. The product has the left digit of a pair in its top bits and both in the next byte.
 inline __m128i pairsOfZoned(__m128i block) {
     const __m128i digits = _mm_and_si128(block, _mm_set1_epi8(0x0F));
-    return _mm_and_si128(_mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8)),
-                         _mm_set1_epi16(0xFF));
+    return _mm_srli_epi16(timesConstant(digits, 0x1001), 8);
 }
 inline __m128i packedOfZoned(__m128i high, __m128i low) {
     return _mm_packus_epi16(pairsOfZoned(high), pairsOfZoned(low));

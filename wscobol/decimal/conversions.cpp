@@ -1,11 +1,12 @@
-// Conversions among the storage forms.
+// Conversions among the storage forms. Those from zoned to packed are here but for short items,
+// which have a file of their own.
 #include "decimal_moves.h"
 
-#include <algorithm>
 #include <type_traits>
 
 #include "decimal/blocks.h"
 #include "decimal/common_case.h"
+#include "decimal/conversion_frame.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_sign.h"
@@ -14,9 +15,6 @@
 
 namespace zor::decimal {
 namespace {
-
-template <class Form> constexpr bool kIsPacked = Form::kSign == SignKind::packed;
-template <class Form> constexpr bool kIsUnsigned = Form::kSign == SignKind::none;
 
 bool isOverpunchLetter(uint8_t byte) {
     return byte == '{' || byte == '}' || (byte >= 'A' && byte <= 'R');
@@ -156,30 +154,6 @@ void convertZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *
     storePackedLastByte(target, targetDigits, last, options);
 }
 
-// The same when the leftmost byte, and the last one of an unsigned item, is a digit at a glance or
-// the sign's own; false, and nothing done, when it is not.
-template <class From>
-bool convertShortZonedToPacked(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                               int32_t targetDigits, uint32_t options) {
-    if constexpr (kSignLeads<From>) {
-        convertZonedToPacked<From>(source, sourceDigits, target, targetDigits, options);
-        return true;
-    }
-    const uint8_t *digits = From::digitBytes(source);
-    const auto isPlain = [](uint8_t byte) { return (byte & 0xF0U) == kZone; };
-    if (!isPlain(digits[0]) && (kIsUnsigned<From> || sourceDigits > 1)) {
-        return false;
-    }
-    if (kIsUnsigned<From> && !isPlain(digits[sourceDigits - 1])) {
-        return false;
-    }
-    const uint8_t last = packedLastByteOf<From>(source, sourceDigits, options);
-    const int32_t cut = std::max(sourceDigits - targetDigits, 0);
-    packNibbles(digits + cut, sourceDigits - cut, target, Packed::bytes(targetDigits));
-    storePackedLastByte(target, targetDigits, last, options);
-    return true;
-}
-
 // Validates the digits of an unsigned item, and shows the whole item when they are bad.
 void checkUnsigned(const uint8_t *digits, int32_t count, const uint8_t *item, int32_t itemDigits) {
     if (count < 1 || validateZoned(digits, count, Strictness::lenient) == 0) {
@@ -233,8 +207,10 @@ inline void checkSource(const uint8_t *source, int32_t sourceDigits, uint32_t op
     }
 }
 
+} // namespace
+
 template <class From, class To>
-[[gnu::noinline]] uint8_t *convertWatched(const uint8_t *source, uint8_t *target,
+[[gnu::noinline]] uint8_t *convertInFrame(const uint8_t *source, uint8_t *target,
                                           int32_t targetDigits, int32_t sourceDigits) {
     const uint32_t options = loadBcdOptions();
     if (__builtin_expect((options & TRACE) != 0, 0)) {
@@ -264,20 +240,17 @@ template <class From, class To>
     return target;
 }
 
-// The switches that make a conversion uncommon.
-template <class From, class To> constexpr uint32_t uncommonSwitches() {
-    uint32_t switches = TRACE;
-    if (!kIsPacked<From>) {
-        switches |= VALIDATE_MOVES;
-    }
-    if (To::kSign == SignKind::overpunch || kIsPacked<To>) {
-        switches |= EBCDIC_OVERPUNCH;
-    }
-    if (kIsUnsigned<From> || kIsUnsigned<To>) {
-        switches |= REZONE_DIGITS | KEEP_UNSIGNED_TAIL;
-    }
-    return switches;
-}
+#define ZOR_INSTANTIATE(from)                                                                      \
+    template uint8_t *convertInFrame<form::from, Packed>(const uint8_t *, uint8_t *, int32_t,      \
+                                                         int32_t);
+ZOR_INSTANTIATE(ZndTO)
+ZOR_INSTANTIATE(ZndTS)
+ZOR_INSTANTIATE(ZndLO)
+ZOR_INSTANTIATE(ZndLS)
+ZOR_INSTANTIATE(ZndUS)
+#undef ZOR_INSTANTIATE
+
+namespace {
 
 template <class From, class To>
 inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDigits,
@@ -292,16 +265,11 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
                 return target;
             }
         } else if (From::hasProperSign(source, sourceDigits)) {
-            if constexpr (!kIsPacked<To>) {
-                convertZonedToZoned<From, To>(source, sourceDigits, target, targetDigits, options);
-                return target;
-            } else if (convertShortZonedToPacked<From>(source, sourceDigits, target, targetDigits,
-                                                       options)) {
-                return target;
-            }
+            convertZonedToZoned<From, To>(source, sourceDigits, target, targetDigits, options);
+            return target;
         }
     }
-    return convertWatched<From, To>(source, target, targetDigits, sourceDigits);
+    return convertInFrame<From, To>(source, target, targetDigits, sourceDigits);
 }
 
 } // namespace
@@ -314,4 +282,9 @@ using namespace zor::decimal;
         const uint8_t *source, uint8_t *target, int32_t targetDigits, int32_t sourceDigits) {      \
         return convert<form::from, form::to>(source, target, targetDigits, sourceDigits);          \
     }
-ZOR_BCD_CONVERSIONS(DEFINE_CONVERSION)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, Pckd)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, ZndTO)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, ZndTS)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, ZndLO)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, ZndLS)
+ZOR_BCD_CONVERSIONS_TO_ZONED(DEFINE_CONVERSION, ZndUS)
