@@ -4,7 +4,6 @@
 
 #include "decimal.h"
 #include "decimal/arith_frame.h"
-#include "decimal/limbs.h"
 #include "decimal/sum_words.h"
 
 namespace zor::decimal {
@@ -194,64 +193,69 @@ template <class Form>
 
 namespace {
 
-constexpr int32_t kMaxBinaryDigits = 20; // of a 64-bit magnitude
-
-// A value as an operand of few digits.
-template <class Form> class BinaryOperand {
-public:
-    explicit BinaryOperand(int64_t value) {
-        const uint64_t magnitude =
-            value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-        __m128i limbs = _mm_cvtsi32_si128(static_cast<int32_t>(magnitude));
-        if (magnitude >= kLimbBase / 10) {
-            const uint64_t high = magnitude / kLimbBase;
-            limbs = blockOfLimbs(static_cast<uint32_t>(magnitude - high * kLimbBase),
-                                 static_cast<uint32_t>(high % kLimbBase),
-                                 static_cast<uint32_t>(high / kLimbBase), 0);
-            digits_ = high < kLimbBase / 10 ? 2 * kLimbDigits - 1 : kMaxBinaryDigits;
-        }
-        storeBlockOfLimbs<Form>(limbs, value < 0, bytes_, digits_);
-    }
-    const uint8_t *bytes() const { return bytes_; }
-    int32_t digits() const { return digits_; }
-
-private:
-    int32_t digits_ = kLimbDigits - 1;
-    uint8_t bytes_[kMaxBinaryDigits] = {};
-};
-
-using Sum = uint8_t *(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
-                      int32_t op2Digits, int32_t op1Digits);
-
-// The increment is a sum whose target is the first operand; but a value of 0 leaves the bytes
-// alone.
+// Any length and any data: the value becomes an item. But one of 0 leaves the bytes alone.
 template <class Form>
-inline uint8_t *increment(Sum *call, uint8_t *accumulator, int32_t digits, int64_t value) {
-    if (value == 0) {
+[[gnu::noinline]] uint8_t *incrementAny(uint8_t *accumulator, int32_t digits, uint64_t magnitude,
+                                        bool negative) {
+    if (magnitude == 0) {
         if ((loadBcdOptions() & NOVALIDATE_ARITH) == 0) {
             checkOperand<Form>(accumulator, digits);
         }
         return accumulator;
     }
-    const BinaryOperand<Form> operand(value);
-    return call(accumulator, operand.bytes(), accumulator, digits, operand.digits(), digits);
+    constexpr int32_t kDigits = 20;
+    uint8_t item[kDigits];
+    storeMagnitude<Form>(magnitude, negative, item, kDigits);
+    return sumByUnits<Form, false>(accumulator, item, accumulator, digits, kDigits, digits);
+}
+
+// False, with nothing done, for a value of 0 and for what words do not hold.
+template <class Form, class Magnitude>
+[[gnu::always_inline]] inline bool incrementShort(uint8_t *accumulator, int32_t digits,
+                                                  Magnitude magnitude, bool negative) {
+    const int32_t bytes = Form::bytes(digits);
+    constexpr int32_t kWord = WordForm<Form>::kWordBytes;
+    if (__builtin_expect(magnitude == 0, 0)) {
+        return false;
+    }
+    if (bytes <= kWord && magnitude < kUnitsPower<Form>) {
+        return incrementByWords<Form, 1>(accumulator, digits, magnitude, negative);
+    }
+    if (bytes <= 2 * kWord && magnitude < uint64_t{kUnitsPower<Form>} * kWordPower) {
+        return incrementByWords<Form, 2>(accumulator, digits, magnitude, negative);
+    }
+    return bytes <= 4 * kWord &&
+           incrementByWords<Form, 4>(accumulator, digits, magnitude, negative);
 }
 
 template <class Form>
-[[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, Sum *general,
-                                                      uint8_t *accumulator, int32_t digits,
-                                                      int64_t value) {
+[[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, uint8_t *accumulator,
+                                                      int32_t digits, int64_t value,
+                                                      bool negative) {
     const bool traced = (loadBcdOptions() & TRACE) != 0;
     if (traced) {
         ZOR_BCD_TRACE("%s", header);
         traceOperand<Form>("op1: ", LabelStyle::colon, accumulator, digits);
         ZOR_BCD_TRACE("op2: %lld\n", static_cast<long long>(value));
     }
-    increment<Form>(general, accumulator, digits, value);
+    incrementAny<Form>(accumulator, digits, magnitudeOf(value), negative);
     if (traced) {
         traceOperand<Form>("dst: ", LabelStyle::colon, accumulator, digits);
     }
     return accumulator;
+}
+
+template <class Form, bool subtract, class Value>
+[[gnu::always_inline]] inline uint8_t *increment(const char *header, uint8_t *accumulator,
+                                                 int32_t digits, Value value) {
+    const auto magnitude = magnitudeOf(value);
+    const bool negative = (value < 0) != subtract;
+    if (optionsNeedAttention()) {
+        return tracedIncrement<Form>(header, accumulator, digits, value, negative);
+    }
+    return incrementShort<Form>(accumulator, digits, magnitude, negative)
+               ? accumulator
+               : incrementAny<Form>(accumulator, digits, magnitude, negative);
 }
 
 } // namespace
@@ -267,19 +271,15 @@ ZOR_BINARY_FUNCTION(_zorcBCD_ADD_Znd, ZonedTrailing, "add zoned...\n", add,
 ZOR_BINARY_FUNCTION(_zorcBCD_SUB_Znd, ZonedTrailing, "sub zoned...\n", subtract,
                     sumByUnits<ZonedTrailing, true>)
 
-#define ZOR_INCREMENT(name, Integer, function, header)                                             \
+#define ZOR_INCREMENT(name, Integer, Form, subtract, header)                                       \
     uint8_t *name(uint8_t *accumulator, int32_t digits, Integer value) {                           \
-        using Function = function##_Function;                                                      \
-        return optionsNeedAttention()                                                              \
-                   ? tracedIncrement<Function::Form>(header, Function::general, accumulator,       \
-                                                     digits, value)                                \
-                   : increment<Function::Form>(function, accumulator, digits, value);              \
+        return increment<Form, subtract>(header, accumulator, digits, value);                      \
     }
-ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int8, int64_t, _zorcBCD_ADD_Pckd, "inc packed_int64...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int4, int32_t, _zorcBCD_ADD_Pckd, "inc packed_int32...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int8, int64_t, _zorcBCD_SUB_Pckd, "dec packed_int64...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int4, int32_t, _zorcBCD_SUB_Pckd, "dec packed_int32...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int8, int64_t, _zorcBCD_ADD_Znd, "inc zoned_int64...\n")
-ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int4, int32_t, _zorcBCD_ADD_Znd, "inc zoned_32...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int8, int64_t, _zorcBCD_SUB_Znd, "dec zoned_int64...\n")
-ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int4, int32_t, _zorcBCD_SUB_Znd, "dec zoned_int32...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int8, int64_t, Packed, false, "inc packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Pckd_Int4, int32_t, Packed, false, "inc packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int8, int64_t, Packed, true, "dec packed_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Pckd_Int4, int32_t, Packed, true, "dec packed_int32...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int8, int64_t, ZonedTrailing, false, "inc zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_ADD_Znd_Int4, int32_t, ZonedTrailing, false, "inc zoned_32...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int8, int64_t, ZonedTrailing, true, "dec zoned_int64...\n")
+ZOR_INCREMENT(_zorcBCD_SUB_Znd_Int4, int32_t, ZonedTrailing, true, "dec zoned_int32...\n")

@@ -8,6 +8,7 @@
 
 #include "decimal/blocks.h"
 #include "decimal/forms.h"
+#include "decimal/integer_digits.h"
 
 namespace zor::decimal {
 
@@ -31,6 +32,7 @@ template <class Form> struct WordForm;
 template <> struct WordForm<Packed> {
     static constexpr int32_t kWordBytes = 4;
     static constexpr int32_t kMaxBytes = 32;
+    static constexpr unsigned kUnitsShift = 4; // behind the sign
 
     // Reads an item of at most W words without its sign; false when it is not well-formed.
     template <unsigned W>
@@ -100,6 +102,7 @@ template <> struct WordForm<Packed> {
 template <> struct WordForm<ZonedTrailing> {
     static constexpr int32_t kWordBytes = 8;
     static constexpr int32_t kMaxBytes = 32;
+    static constexpr unsigned kUnitsShift = 0;
 
     template <unsigned W>
     [[gnu::always_inline]] static bool read(uint32_t (&words)[W], const uint8_t *item,
@@ -211,6 +214,21 @@ template <unsigned W> inline bool isBelow(const uint32_t (&a)[W], const uint32_t
     return a[0] < b[0];
 }
 
+// Adds signed magnitudes: the magnitude of the sum replaces the first one, and its sign is given.
+template <unsigned W>
+[[gnu::always_inline]] inline bool addSigned(uint32_t (&a)[W], bool negative1,
+                                             const uint32_t (&b)[W], bool negative2) {
+    if (negative1 == negative2) {
+        addWords(a, b);
+    } else if (isBelow(a, b)) {
+        subtractWords(a, b, a);
+        return negative2;
+    } else {
+        subtractWords(a, a, b);
+    }
+    return negative1;
+}
+
 // The sum of items whose bytes fit W words. Null, with nothing stored, when an operand is not
 // well-formed.
 template <class Form, unsigned W, bool subtract>
@@ -225,17 +243,42 @@ template <class Form, unsigned W, bool subtract>
         !WordForm<Form>::read(b, op2, op2Digits, negative2)) {
         return nullptr;
     }
-    negative2 ^= subtract;
-    if (negative1 == negative2) {
-        addWords(a, b);
-    } else if (isBelow(a, b)) {
-        subtractWords(a, b, a);
-        negative1 = negative2;
-    } else {
-        subtractWords(a, a, b);
-    }
-    WordForm<Form>::write(a, target, targetDigits, negative1);
+    const bool negative = addSigned(a, negative1, b, negative2 != subtract);
+    WordForm<Form>::write(a, target, targetDigits, negative);
     return target;
+}
+
+// ---- the sum of an item and an integer, in place
+
+inline constexpr uint32_t kWordPower = 100'000'000;
+// The values that one word holds, the one with the units.
+template <class Form>
+inline constexpr uint32_t kUnitsPower =
+    WordForm<Form>::kUnitsShift == 0 ? kWordPower : kWordPower / 10;
+
+template <class Form, unsigned W, class Magnitude>
+inline void wordsOfInteger(uint32_t (&words)[W], Magnitude magnitude) {
+    words[0] = packedEight(takeLow<kUnitsPower<Form>>(magnitude)) << WordForm<Form>::kUnitsShift;
+#pragma GCC unroll 8
+    for (unsigned k = 1; k < W; ++k) {
+        words[k] = magnitude == 0 ? 0 : packedEight(takeLow<kWordPower>(magnitude));
+    }
+}
+
+// Item and integer fit W words. False, with nothing stored, when the item is not well-formed.
+template <class Form, unsigned W, class Magnitude>
+[[gnu::always_inline]] inline bool incrementByWords(uint8_t *accumulator, int32_t digits,
+                                                    Magnitude magnitude, bool negative2) {
+    uint32_t a[W];
+    bool negative1 = false;
+    if (!WordForm<Form>::read(a, accumulator, digits, negative1)) {
+        return false;
+    }
+    uint32_t b[W];
+    wordsOfInteger<Form>(b, magnitude);
+    const bool negative = addSigned(a, negative1, b, negative2);
+    WordForm<Form>::write(a, accumulator, digits, negative);
+    return true;
 }
 
 } // namespace zor::decimal
