@@ -57,22 +57,6 @@ inline uint32_t limbOfDigits(uint32_t digits) {
 template <class Form> struct LimbReader;
 
 template <> struct LimbReader<Packed> {
-    // An item of at most N limbs, N 1, 2 or 4; false when it is not well-formed.
-    template <int32_t N>
-    [[gnu::always_inline]] static bool readShort(__m128i &limbs, const uint8_t *item,
-                                                 int32_t digits) {
-        const int32_t bytes = Packed::bytes(digits);
-        if constexpr (N == 1) {
-            const uint32_t word = loadShort(item, bytes);
-            limbs = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word >> 4)));
-            return nibblesAboveNine(word) == kSignAboveNine;
-        } else {
-            const __m128i block = loadBlock(item, bytes);
-            limbs = limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1)));
-            return isPackedBlock(block, true);
-        }
-    }
-
     // Reads an item's low-order digits, as many as fill the limbs, which are a multiple of four.
     static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
         int32_t left = Packed::bytes(digits);
@@ -94,26 +78,6 @@ template <> struct LimbReader<Packed> {
 };
 
 template <> struct LimbReader<ZonedTrailing> {
-    template <int32_t N>
-    [[gnu::always_inline]] static bool readShort(__m128i &limbs, const uint8_t *item,
-                                                 int32_t digits) {
-        const ZonedUnits units = zonedUnits(item[digits - 1]);
-        const int32_t front = N <= 2 ? 0 : digits - kBlockBytes;
-        bool good = units.valid;
-        __m128i high = _mm_setzero_si128();
-        if (front > 0) {
-            high = loadBlock(item, front);
-            good = good && areZonedDigits(high, bytesInFront(front));
-            item += front;
-            digits = kBlockBytes;
-        }
-        const __m128i low = loadBlock(item, digits);
-        const int32_t correction = units.digit - (item[digits - 1] & 0x0F);
-        limbs = _mm_add_epi32(_mm_unpacklo_epi64(limbsOfZoned(low), limbsOfZoned(high)),
-                              _mm_cvtsi32_si128(correction));
-        return good && areZonedDigits(low, bytesInFront(digits) | kUnitsByte);
-    }
-
     static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
         int32_t left = digits;
         int32_t at = 0;

@@ -4,6 +4,7 @@
 
 #include "decimal.h"
 #include "decimal/arith_frame.h"
+#include "decimal/copy.h"
 #include "decimal/limbs.h"
 
 namespace zor::decimal {
@@ -246,31 +247,125 @@ template <class Form>
     return target;
 }
 
-// Both factors of at most N limbs.
+// ---- factors of at most N limbs, N 1, 2 or 4
+
+namespace {
+
+// How two factors become limbs, and a product an item. False when a factor is not well-formed.
+template <class Form> struct ShortProduct;
+
+// The sign of the product needs a place behind its units digit. The second factor brings it: it is
+// read with a zero for its sign, as ten times its value.
+template <> struct ShortProduct<Packed> {
+    template <int32_t N>
+    [[gnu::always_inline]] static bool read(__m128i &a, __m128i &b, const uint8_t *op1,
+                                            int32_t op1Digits, const uint8_t *op2,
+                                            int32_t op2Digits) {
+        const int32_t bytes1 = Packed::bytes(op1Digits);
+        const int32_t bytes2 = Packed::bytes(op2Digits);
+        if constexpr (N == 1) {
+            const uint32_t word1 = loadShort(op1, bytes1);
+            const uint32_t word2 = loadShort(op2, bytes2);
+            a = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word1 >> 4)));
+            b = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word2 & ~0x0FU)));
+            return ((nibblesAboveNine(word1) ^ kSignAboveNine) |
+                    (nibblesAboveNine(word2) ^ kSignAboveNine)) == 0;
+        }
+        const __m128i block1 = loadBlock(op1, bytes1);
+        const __m128i block2 = loadBlock(op2, bytes2);
+        const __m128i digits = _mm_set_epi32(static_cast<int32_t>(0xF0FFFFFF), -1, -1, -1);
+        if constexpr (N == 2) { // both in one block
+            const __m128i both = _mm_unpackhi_epi64(block1, block2);
+            const __m128i shifted = shiftDigitRight(both, _mm_slli_epi64(both, 8));
+            const __m128i limbs = limbsOfDigits(_mm_unpacklo_epi64(shifted, _mm_unpackhi_epi64(_mm_and_si128(both, digits), both)));
+            a = _mm_srli_si128(limbs, 8);
+            b = limbs;
+        } else {
+            a = limbsOfDigits(shiftDigitRight(block1, _mm_slli_si128(block1, 1)));
+            b = limbsOfDigits(_mm_and_si128(block2, digits));
+        }
+        return isPackedBlock(block1, true) && isPackedBlock(block2, true);
+    }
+
+    template <int32_t N>
+    [[gnu::always_inline]] static void write(const BlockProduct &product, bool negative,
+                                             uint8_t *target, int32_t digits) {
+        const int32_t bytes = Packed::bytes(digits);
+        const __m128i sign = _mm_slli_si128(_mm_cvtsi32_si128(packedSign(negative)), 15);
+        const __m128i low = _mm_or_si128(digitsOfLimbs(product.low), sign);
+        if (bytes <= kBlockBytes) {
+            storeBlock(target, bytes, low);
+        } else {
+            const int32_t front = bytes - kBlockBytes;
+            storeFull(target + front, low);
+            placeBlock(target, front, N == 4 ? digitsOfLimbs(product.high) : _mm_setzero_si128());
+        }
+        Packed::clearPad(target, digits);
+    }
+};
+
+template <> struct ShortProduct<ZonedTrailing> {
+    template <int32_t N>
+    [[gnu::always_inline]] static bool readFactor(__m128i &limbs, const uint8_t *item,
+                                                  int32_t digits) {
+        const ZonedUnits units = zonedUnits(item[digits - 1]);
+        const int32_t front = N <= 2 ? 0 : digits - kBlockBytes;
+        bool good = units.valid;
+        __m128i high = _mm_setzero_si128();
+        if (front > 0) {
+            high = loadBlock(item, front);
+            good = good && areZonedDigits(high, bytesInFront(front));
+            item += front;
+            digits = kBlockBytes;
+        }
+        const __m128i low = loadBlock(item, digits);
+        const int32_t correction = units.digit - (item[digits - 1] & 0x0F);
+        limbs = _mm_add_epi32(_mm_unpacklo_epi64(limbsOfZoned(low), limbsOfZoned(high)),
+                              _mm_cvtsi32_si128(correction));
+        return good && areZonedDigits(low, bytesInFront(digits) | kUnitsByte);
+    }
+
+    template <int32_t N>
+    [[gnu::always_inline]] static bool read(__m128i &a, __m128i &b, const uint8_t *op1,
+                                            int32_t op1Digits, const uint8_t *op2,
+                                            int32_t op2Digits) {
+        const bool good1 = readFactor<N>(a, op1, op1Digits);
+        const bool good2 = readFactor<N>(b, op2, op2Digits);
+        return good1 && good2;
+    }
+
+    template <int32_t N>
+    [[gnu::always_inline]] static void write(const BlockProduct &product, bool negative,
+                                             uint8_t *target, int32_t digits) {
+        LimbWriter<ZonedTrailing> writer(target, digits, negative);
+        if (writer.put(product.low) && N == 4) {
+            writer.put(product.high);
+        }
+        writer.finish();
+    }
+};
+
+} // namespace
+
 template <class Form, int32_t N>
 [[gnu::always_inline]] inline uint8_t *multiplyShort(const uint8_t *op1, const uint8_t *op2,
                                                      uint8_t *target, int32_t targetDigits,
                                                      int32_t op2Digits, int32_t op1Digits) {
     __m128i a;
     __m128i b;
-    const bool good1 = LimbReader<Form>::template readShort<N>(a, op1, op1Digits);
-    const bool good2 = LimbReader<Form>::template readShort<N>(b, op2, op2Digits);
-    if (!(good1 && good2)) {
+    if (!ShortProduct<Form>::template read<N>(a, b, op1, op1Digits, op2, op2Digits)) {
         return multiplyAny<Form>(op1, op2, target, targetDigits, op2Digits, op1Digits);
     }
     const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
-    LimbWriter<Form> writer(target, targetDigits, negative);
+    BlockProduct product;
     if constexpr (N == 1) {
         const LimbSplit split = splitLimb(uint64_t{static_cast<uint32_t>(_mm_cvtsi128_si32(a))} *
                                           static_cast<uint32_t>(_mm_cvtsi128_si32(b)));
-        writer.put(blockOfLimbs(split.rest, split.quotient, 0, 0));
+        product.low = blockOfLimbs(split.rest, split.quotient, 0, 0);
     } else {
-        const BlockProduct product = multiplyBlocks<N>(a, b);
-        if (writer.put(product.low) && N == 4) {
-            writer.put(product.high);
-        }
+        product = multiplyBlocks<N>(a, b);
     }
-    writer.finish();
+    ShortProduct<Form>::template write<N>(product, negative, target, targetDigits);
     return target;
 }
 
