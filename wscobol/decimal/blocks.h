@@ -130,13 +130,16 @@ inline __m128i digitsOfLimbs(__m128i limbs) {
     const __m128i high = _mm_or_si128(even, _mm_slli_epi64(odd, 32));
     const __m128i low = _mm_sub_epi32(limbs, _mm_madd_epi16(high, _mm_set1_epi32(10000)));
     const __m128i quads = _mm_or_si128(high, _mm_slli_epi32(low, 16));
-    // A quad of the pairs a and b is to become a + 6 (a / 10) in the low byte of its lane, which is the
-    // first one, and b + 6 (b / 10) in the high byte. All three quotients come at once.
-    const __m128i tenths = _mm_mulhi_epu16(quads, _mm_set1_epi16(6554));                        // 10 a + b / 10
-    const __m128i hundredths = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3);  // a
-    const __m128i thousandths = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(8389)), 7); // a / 10
-    const __m128i sixths = _mm_add_epi16(timesConstant(tenths, 6 << 8), timesConstant(thousandths, 6));
-    const __m128i pairs = _mm_add_epi16(_mm_slli_epi16(quads, 8), timesConstant(hundredths, 0x10001 - (160 << 8)));
+    // A quad of the pairs a and b is to become a + 6 (a / 10) in the low byte of its lane, which is
+    // the first one, and b + 6 (b / 10) in the high byte. All three quotients come at once.
+    const __m128i tenths = _mm_mulhi_epu16(quads, _mm_set1_epi16(6554)); // 10 a + b / 10
+    const __m128i hundredths = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3); // a
+    const __m128i thousandths =
+        _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(8389)), 7); // a / 10
+    const __m128i sixths =
+        _mm_add_epi16(timesConstant(tenths, 6 << 8), timesConstant(thousandths, 6));
+    const __m128i pairs =
+        _mm_add_epi16(_mm_slli_epi16(quads, 8), timesConstant(hundredths, 0x10001 - (160 << 8)));
     return _mm_add_epi16(pairs, sixths);
 }
 

@@ -277,7 +277,8 @@ template <> struct ShortProduct<Packed> {
         if constexpr (N == 2) { // both in one block
             const __m128i both = _mm_unpackhi_epi64(block1, block2);
             const __m128i shifted = shiftDigitRight(both, _mm_slli_epi64(both, 8));
-            const __m128i limbs = limbsOfDigits(_mm_unpacklo_epi64(shifted, _mm_unpackhi_epi64(_mm_and_si128(both, digits), both)));
+            const __m128i limbs = limbsOfDigits(
+                _mm_unpacklo_epi64(shifted, _mm_unpackhi_epi64(_mm_and_si128(both, digits), both)));
             a = _mm_srli_si128(limbs, 8);
             b = limbs;
         } else {

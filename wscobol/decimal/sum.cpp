@@ -4,7 +4,7 @@
 
 #include "decimal.h"
 #include "decimal/arith_frame.h"
-#include "decimal/sum_words.h"
+#include "decimal/sum_blocks.h"
 
 namespace zor::decimal {
 namespace {
@@ -140,40 +140,28 @@ template <class Form, bool subtract>
     return target;
 }
 
-// Well-formed items need no other test than that of their words; others are told properly ahead of
-// the slow way.
-template <class Form, bool subtract, unsigned W>
-[[gnu::always_inline]] inline uint8_t *sumOfWords(const uint8_t *op1, const uint8_t *op2,
-                                                  uint8_t *target, int32_t targetDigits,
-                                                  int32_t op2Digits, int32_t op1Digits) {
-    uint8_t *done =
-        sumByWords<Form, W, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
-    return done != nullptr
-               ? done
-               : sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
-}
-
-// target = op1 + op2 or op1 - op2.
+// target = op1 + op2 or op1 - op2. Well-formed items need no other test than that of their digits;
+// others are told properly ahead of the slow way.
 template <class Form, bool subtract>
 [[gnu::always_inline]] inline uint8_t *sum(const uint8_t *op1, const uint8_t *op2, uint8_t *target,
                                            int32_t targetDigits, int32_t op2Digits,
                                            int32_t op1Digits) {
+    using S = SumForm<Form>;
     const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
-    constexpr int32_t kWord = WordForm<Form>::kWordBytes;
-    if (longest <= kWord) {
-        return sumOfWords<Form, subtract, 1>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    const auto add = [=]<class Number>(Number) {
+        return addItems<Form, subtract, Number>(op1, op2, target, targetDigits, op2Digits,
+                                                op1Digits);
+    };
+    bool done = false;
+    if (longest <= S::kWord) {
+        done = add(Word());
+    } else if (longest <= S::kBlock) {
+        done = add(Blocks<1>());
+    } else if constexpr (S::kMaxBytes > S::kBlock) {
+        done = longest <= S::kMaxBytes && add(Blocks<2>());
     }
-    if (longest <= 2 * kWord) {
-        return sumOfWords<Form, subtract, 2>(op1, op2, target, targetDigits, op2Digits, op1Digits);
-    }
-    if (longest <= 4 * kWord) {
-        return sumOfWords<Form, subtract, 4>(op1, op2, target, targetDigits, op2Digits, op1Digits);
-    }
-    if (longest <= WordForm<Form>::kMaxBytes) {
-        return sumOfWords<Form, subtract, WordForm<Form>::kMaxBytes / kWord>(
-            op1, op2, target, targetDigits, op2Digits, op1Digits);
-    }
-    return sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+    return done ? target
+                : sumByUnits<Form, subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
 }
 
 template <class Form>
@@ -209,25 +197,6 @@ template <class Form>
     return sumByUnits<Form, false>(accumulator, item, accumulator, digits, kDigits, digits);
 }
 
-// False, with nothing done, for a value of 0 and for what words do not hold.
-template <class Form, class Magnitude>
-[[gnu::always_inline]] inline bool incrementShort(uint8_t *accumulator, int32_t digits,
-                                                  Magnitude magnitude, bool negative) {
-    const int32_t bytes = Form::bytes(digits);
-    constexpr int32_t kWord = WordForm<Form>::kWordBytes;
-    if (__builtin_expect(magnitude == 0, 0)) {
-        return false;
-    }
-    if (bytes <= kWord && magnitude < kUnitsPower<Form>) {
-        return incrementByWords<Form, 1>(accumulator, digits, magnitude, negative);
-    }
-    if (bytes <= 2 * kWord && magnitude < uint64_t{kUnitsPower<Form>} * kWordPower) {
-        return incrementByWords<Form, 2>(accumulator, digits, magnitude, negative);
-    }
-    return bytes <= 4 * kWord &&
-           incrementByWords<Form, 4>(accumulator, digits, magnitude, negative);
-}
-
 template <class Form>
 [[gnu::noinline, gnu::cold]] uint8_t *tracedIncrement(const char *header, uint8_t *accumulator,
                                                       int32_t digits, int64_t value,
@@ -253,9 +222,16 @@ template <class Form, bool subtract, class Value>
     if (optionsNeedAttention()) {
         return tracedIncrement<Form>(header, accumulator, digits, value, negative);
     }
-    return incrementShort<Form>(accumulator, digits, magnitude, negative)
-               ? accumulator
-               : incrementAny<Form>(accumulator, digits, magnitude, negative);
+    const int32_t bytes = Form::bytes(digits);
+    bool done = false;
+    if (__builtin_expect(magnitude != 0, 1)) {
+        if (bytes <= SumForm<Form>::kWord && magnitude < kUnitsPower<Form>) {
+            done = addInteger<Form, Word>(accumulator, digits, magnitude, negative);
+        } else if (bytes <= SumForm<Form>::kBlock) {
+            done = addInteger<Form, Blocks<1>>(accumulator, digits, magnitude, negative);
+        }
+    }
+    return done ? accumulator : incrementAny<Form>(accumulator, digits, magnitude, negative);
 }
 
 } // namespace
