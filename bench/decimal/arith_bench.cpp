@@ -1,5 +1,6 @@
 // Packed and zoned arithmetic beside the compiler's decimal floating point and Boost's decimal
 // numbers, each on the same values held in its own form.
+#include <array>
 #include <boost/multiprecision/cpp_dec_float.hpp>
 #include <string>
 
@@ -100,6 +101,42 @@ template <unsigned N> void packedRows() {
                itemA, itemHalf, a, half, N, [](const auto &x, const auto &y) { return x / y; });
 }
 
+// A binary value added to items in place; several in turn, so that none waits for the one before.
+template <class Value>
+double incremented(uint8_t *(*call)(uint8_t *, int32_t, Value), const Item &item, Value value) {
+    std::array<std::string, 64> items;
+    items.fill(item.bytes);
+    return bench::nanoseconds([&](unsigned times) {
+        const auto digits = static_cast<int32_t>(item.digits);
+        for (unsigned i = 0; i < times; ++i) {
+            auto *accumulator = reinterpret_cast<uint8_t *>(items[i % items.size()].data());
+            call(accumulator, digits, hidden(value));
+            bench::keep(*accumulator);
+        }
+    });
+}
+
+template <class Number, class Value> double incrementedPeer(Number a, Value value) {
+    Number result{};
+    return bench::nanoseconds([&](unsigned times) {
+        for (unsigned i = 0; i < times; ++i) {
+            hidden(result) = hidden(a) + static_cast<Number>(hidden(value));
+            bench::keep(result);
+        }
+    });
+}
+
+template <unsigned N, class Value>
+void incrementRows(const std::string &form, uint8_t *(*call)(uint8_t *, int32_t, Value),
+                   std::string (*make)(const std::string &), Value value) {
+    const std::string digits = kDigits1.substr(0, N);
+    const std::string name = form + " ADD of int" + std::to_string(8 * sizeof value) + ", " +
+                             std::to_string(N) + " digits";
+    const double our = incremented(call, Item(make(digits), N), value);
+    bench::row(name, our, "_Decimal128", incrementedPeer(decimal128(digits), value));
+    bench::row(name, our, "Boost cpp_dec_float", incrementedPeer(Boost<N>(digits), value));
+}
+
 } // namespace
 
 ZOR_BENCH(packedArithmetic) {
@@ -113,4 +150,15 @@ ZOR_BENCH(zonedArithmetic) {
     const std::string b = kDigits2.substr(0, 15);
     compare<15>("zoned ADD, 15 digits", _zorcBCD_ADD_Znd, Item(a, 15), Item(b, 15), a, b, 15,
                 [](const auto &x, const auto &y) { return x + y; });
+}
+
+ZOR_BENCH(increments) {
+    constexpr int64_t kLong = 123456789012345;
+    const auto zoned = [](const std::string &digits) { return digits; };
+    incrementRows<5, int32_t>("packed", _zorcBCD_ADD_Pckd_Int4, packed, 1);
+    incrementRows<9, int32_t>("packed", _zorcBCD_ADD_Pckd_Int4, packed, 12345);
+    incrementRows<18, int64_t>("packed", _zorcBCD_ADD_Pckd_Int8, packed, kLong);
+    incrementRows<31, int64_t>("packed", _zorcBCD_ADD_Pckd_Int8, packed, kLong);
+    incrementRows<9, int32_t>("zoned", _zorcBCD_ADD_Znd_Int4, zoned, 12345);
+    incrementRows<18, int64_t>("zoned", _zorcBCD_ADD_Znd_Int8, zoned, kLong);
 }
