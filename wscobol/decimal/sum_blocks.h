@@ -119,18 +119,20 @@ template <> struct SumForm<ZonedTrailing> {
         negative = units.negative;
         bool good = units.valid;
         __m128i low;
-        __m128i high = _mm_setzero_si128();
+        __m128i packed;
         uint32_t absent = 0; // bytes of a block in front of the item
         if (front > 0) {
             low = loadFull(item + front);
-            high = loadBlock(item, front);
+            const __m128i high = loadBlock(item, front);
+            packed = packedOfZoned(high, low);
             good = good && areZonedDigits(high, bytesInFront(front));
         } else {
             low = loadBlock(item, digits);
+            packed = _mm_packus_epi16(_mm_setzero_si128(), pairsOfZoned(low));
             absent = bytesInFront(digits);
         }
-        number.blocks[0] = _mm_or_si128(withoutUnits(reversed(packedOfZoned(high, low))),
-                                        _mm_cvtsi32_si128(units.digit));
+        number.blocks[0] =
+            _mm_or_si128(withoutUnits(reversed(packed)), _mm_cvtsi32_si128(units.digit));
         return good && areZonedDigits(low, absent | kUnitsByte);
     }
 
