@@ -3,39 +3,23 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "cpm.h"
 #include "support/kit.h"
 
 namespace {
 
-void showMode() {
-    for (const int32_t before : {CACHE_OFF, CACHE_ON, CACHE_UNDECIDED}) {
-        _zorProccom->cache = before;
-        const int32_t result = _zor_cpm_create();
-        std::printf("%d%d ", result, _zorProccom->cache);
-    }
-}
-
 void switchOnAndOff() {
-    const auto show = [] {
+    for (void (*turn)() : {_zor_cpm_enable, ZOR_CPM_DISABLE, ZOR_CPM_ENABLE, _zor_cpm_disable}) {
+        turn();
         std::printf("%d%s ", _zorProccom->cache, std::getenv("COBOL_CPM_CACHE"));
-    };
-    _zor_cpm_enable();
-    show();
-    ZOR_CPM_DISABLE();
-    show();
-    ZOR_CPM_ENABLE();
-    show();
-    _zor_cpm_disable();
-    show();
+    }
     _zor_cpm_enable();
     int32_t rc = -1;
     _zorCOBOLTerm(1, &rc); // the run-time is not started: there is nothing to end, and no Proccom
-    std::printf("%d ", rc);
     ZOR_CPM_DISABLE();
-    std::printf("%d%d%s", _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
+    std::printf("%d %d%d%s", rc, _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
                 std::getenv("COBOL_CPM_CACHE"));
     _zor_cpm_print();
     ZOR_CPM_UNLOAD_ALL();
@@ -43,13 +27,13 @@ void switchOnAndOff() {
 
 void reportCache() {
     _zor_cpm_stats();
-    static kit::Program program("REPORT");
+    kit::Program program("REPORT");
     kit::runMainProgram(program, [] { _zor_cpm_print(); });
     std::printf("%d%d", _zor_cpm_unload("REPORT"), _zor_cpm_unload(""));
 }
 
-// Two run units, one after the other.
-void showRunUnits() {
+// One after the other: the second decides what is undecided.
+void showTwoRunUnits() {
     for (const char *name : {"FIRST", "SECOND"}) {
         kit::Program program(name);
         kit::runMainProgram(program, [] {
@@ -60,55 +44,60 @@ void showRunUnits() {
 
 } // namespace
 
-TEST(ProgramCache, UndecidedIsDecidedByTheSecondRunUnit) {
-    const std::pair<const char *, const char *> cases[] = {
-        {"", "2- 1+ "}, {"maybe", "2- 1+ "}, {"OX", "2- 1+ "}, {"1", "1+ 1+ "}, {"0", "0- 0- "}};
-    for (const auto &[mode, shown] : cases) {
-        const auto child = kit::runChild(showRunUnits, kit::Environment{{"COBOL_CPM_CACHE", mode}});
-        EXPECT_EQ(child.out, shown) << mode;
-        EXPECT_EQ(child.err, "") << mode;
+TEST(ProgramCache, WholeRuns) {
+    const struct {
+        void (*body)();
+        const char *mode, *out;
+        const char *err = ""; // up to the first address
+    } cases[] = {
+        {showTwoRunUnits, "", "2- 1+ "},
+        {showTwoRunUnits, "1", "1+ 1+ "},
+        {showTwoRunUnits, "0", "0- 0- "},
+        {switchOnAndOff, "", "11 00 11 00 0 100"},
+        {reportCache, "1", "00",
+         "COBOL is Inactive\nCOBOL is Active\nExternal Programs - Cache\n"
+         "Largest hash chain: \nHash table at: "},
+    };
+    for (const auto &[body, mode, out, err] : cases) {
+        const auto child = kit::runChild(body, kit::Environment{{"COBOL_CPM_CACHE", mode}});
+        EXPECT_EQ(child.status, 0) << mode;
+        EXPECT_EQ(child.out, out) << mode;
+        EXPECT_EQ(child.err.substr(0, child.err.find("0x")), err) << mode;
     }
+}
+
+// The modes that follow on off, on and undecided.
+std::string modesUnder(const char *mode, const char *size) {
+    setenv("COBOL_CPM_CACHE", mode, 1);
+    setenv("COB_CPM_SIZE_MAX", size, 1);
+    std::string modes;
+    for (const int32_t before : {CACHE_OFF, CACHE_ON, CACHE_UNDECIDED}) {
+        _zorProccom->cache = before;
+        EXPECT_EQ(_zor_cpm_create(), 0);
+        modes += std::to_string(_zorProccom->cache);
+    }
+    unsetenv("COB_CPM_SIZE_MAX");
+    return modes;
 }
 
 TEST(ProgramCache, ModeFollowsTheEnvironment) {
-    struct Case {
-        const char *mode;
-        const char *size;
-        const char *shown; // from off, on and undecided
+    const struct {
+        const char *expected;
+        std::vector<const char *> modes, sizes;
+    } rows[] = {
+        {"111", {"on", "enable", "1", "Yes", "si", "true", "A"}, {"0x10", "99999999999", "-1"}},
+        {"000", {"OFF", "disable", "0", "False", "never"}, {"0", "many"}},
+        {"222", {"maybe", "D", "E", "2"}, {}},
+        {"012", {"OX", "o"}, {""}},
     };
-    const char *const off = "00 00 00 ";
-    const char *const on = "01 01 01 ";
-    const char *const undecided = "02 02 02 ";
-    const char *const same = "00 01 02 ";
-    const Case cases[] = {
-        {"", "", same},        {"on", "", on},          {"OFF", "", off},
-        {"OX", "1", same},     {"o", "", same},         {"maybe", "", undecided},
-        {"D", "", undecided},  {"E", "", undecided},    {"disable", "1", off},
-        {"enable", "0", on},   {"0", "0x10", off},      {"1", "0", on},
-        {"Yes", "", on},       {"si", "", on},          {"true", "", on},
-        {"False", "", off},    {"never", "", off},      {"A", "", on},
-        {"2", "0", undecided}, {"", "0", off},          {"", "0x10", on},
-        {"", "many", off},     {"", "99999999999", on}, {"", "-1", on},
-    };
-    for (const auto &[mode, size, shown] : cases) {
-        const auto child = kit::runChild(
-            showMode, kit::Environment{{"COBOL_CPM_CACHE", mode}, {"COB_CPM_SIZE_MAX", size}});
-        EXPECT_EQ(child.out, shown) << mode << ' ' << size;
+    for (const auto &[expected, modes, sizes] : rows) {
+        for (const char *mode : modes) {
+            for (const char *size : {"0", "1"}) { // does not count then
+                EXPECT_EQ(modesUnder(mode, size), expected) << mode;
+            }
+        }
+        for (const char *size : sizes) {
+            EXPECT_EQ(modesUnder("", size), expected) << size;
+        }
     }
-}
-
-TEST(ProgramCache, SwitchesSetModeAndEnvironment) {
-    const auto child = kit::runChild(switchOnAndOff);
-    EXPECT_EQ(child.status, 0);
-    EXPECT_EQ(child.out, "11 00 11 00 0 100");
-    EXPECT_EQ(child.err, "");
-}
-
-TEST(ProgramCache, Reports) {
-    const auto child = kit::runChild(reportCache, kit::Environment{{"COBOL_CPM_CACHE", "1"}});
-    EXPECT_EQ(child.status, 0);
-    EXPECT_EQ(child.out, "00");
-    const std::string before = "COBOL is Inactive\nCOBOL is Active\nExternal Programs - Cache\n"
-                               "Largest hash chain: \nHash table at: 0x";
-    EXPECT_EQ(child.err.substr(0, before.size()), before) << child.err;
 }

@@ -1,4 +1,4 @@
-// Unloading and eviction, with programs listed as the loader lists them.
+// Program lists, and unloading and eviction of programs listed as the loader lists them.
 #include <array>
 #include <dlfcn.h>
 #include <string>
@@ -15,14 +15,14 @@ namespace {
 class CachedPrograms : public testing::Test {
 protected:
     CachedPrograms() {
-        unit_.plle = createProgramList(nullptr);
         process_.plle = createCachedProgramList();
-        unit_.plle->parent = process_.plle;
+        unit_.plle = createProgramList(process_.plle);
         process_.runcom = &unit_;
         saved_ = _zorProccom;
         _zorProccom = &process_;
     }
     ~CachedPrograms() override {
+        _zor_cpm_destroy();
         _zorProccom = saved_;
         hashTableDestroy(unit_.plle);
         hashTableDestroy(process_.plle);
@@ -37,21 +37,19 @@ protected:
         lle.pcb = &program.pcb;
         lle.ipcb = program.ipcb;
         lle.flags = LLE_OPENED_HERE;
-        LLE *listed = insertProgram(unit_.plle, lle, ProgramPlace::parentList);
-        program.pcb.lle = listed;
-        return listed;
+        program.pcb.lle = insertProgram(unit_.plle, lle, ProgramPlace::parentList);
+        return program.pcb.lle;
     }
-    void call(const char *name) {
-        lookupProgram(unit_.plle, name, static_cast<uint32_t>(std::string(name).size()),
-                      Touch::withParent, true);
+    const LLE *called(const char *name) {
+        return lookupProgram(unit_.plle, name, 1, Touch::withParent, true);
     }
     void endRunUnit() {
         hashTableEmpty(unit_.plle);
         process_.runcom = nullptr;
     }
-    static bool isUnloaded(const LLE &lle) {
-        return lle.entry == nullptr && lle.load == nullptr && lle.pcb == nullptr &&
-               lle.ipcb == nullptr;
+    static bool isUnloaded(const LLE *lle) {
+        return lle->entry == nullptr && lle->load == nullptr && lle->pcb == nullptr &&
+               lle->ipcb == nullptr;
     }
 
     kit::Program a_{"A"};
@@ -64,15 +62,38 @@ protected:
 
 } // namespace
 
+TEST_F(CachedPrograms, AreLinkedCopiedAndShadowed) {
+    const LLE *cached = cache(a_);
+    EXPECT_EQ(called("A"), cached);
+    EXPECT_EQ(lookupProgram(process_.plle, "A", 1, Touch::none, false), cached);
+
+    char name[] = "A and more";
+    LLE program = *cached;
+    program.name = name;
+    const LLE *shadow = insertProgram(unit_.plle, program, ProgramPlace::thisListAlone);
+    name[0] = 'X';
+    EXPECT_EQ(std::string(shadow->name, shadow->namelen), "A");
+    EXPECT_NE(shadow, cached);
+    EXPECT_EQ(called("A"), shadow);
+    HashCursor cursor{};
+    for (const LLE *expected : {shadow, cached}) {
+        const HashElement *element = hashTableNext(unit_.plle, cursor);
+        ASSERT_NE(element, nullptr);
+        EXPECT_EQ(lleOf(element), expected);
+        EXPECT_EQ(isLinkToParent(element), expected == cached);
+    }
+    EXPECT_EQ(process_.plle->entries, 1U);
+}
+
 TEST_F(CachedPrograms, StayListedWhileARunUnitIsActive) {
     const LLE *a = cache(a_);
     const LLE *b = cache(b_);
     EXPECT_EQ(_zor_cpm_unload("A"), 1);
-    EXPECT_TRUE(isUnloaded(*a));
+    EXPECT_TRUE(isUnloaded(a));
     EXPECT_EQ(a_.pcb.lle, nullptr);
-    EXPECT_FALSE(isUnloaded(*b));
+    EXPECT_FALSE(isUnloaded(b));
     ZOR_CPM_DISABLE();
-    EXPECT_TRUE(isUnloaded(*b));
+    EXPECT_TRUE(isUnloaded(b));
     EXPECT_EQ(process_.plle->entries, 2U);
 
     endRunUnit();
@@ -86,16 +107,13 @@ TEST_F(CachedPrograms, AreEvictedInTheOrderOfTheirCalls) {
     const LLE *a = cache(a_);
     const LLE *b = cache(b_);
     const LLE *c = cache(c_);
-    call("A");
+    called("A");
     b_.ipcb[2].ent = 1; // least recently called, but its nested program is active
-    EXPECT_TRUE(evictCachedProgram());
-    EXPECT_TRUE(isUnloaded(*c));
-    EXPECT_TRUE(evictCachedProgram());
-    EXPECT_TRUE(isUnloaded(*a));
+    EXPECT_TRUE(evictCachedProgram() && isUnloaded(c));
+    EXPECT_TRUE(evictCachedProgram() && isUnloaded(a));
     EXPECT_FALSE(evictCachedProgram()); // or the loader would try for ever
     b_.ipcb[2].ent = 0;
-    EXPECT_TRUE(evictCachedProgram());
-    EXPECT_TRUE(isUnloaded(*b));
+    EXPECT_TRUE(evictCachedProgram() && isUnloaded(b));
 
     endRunUnit();
     _zor_cpm_destroy();
@@ -106,14 +124,13 @@ TEST_F(CachedPrograms, AreEvictedInTheOrderOfTheirCalls) {
 }
 
 TEST_F(CachedPrograms, TellOfAFileThatDoesNotClose) {
-    LLE *a = cache(a_);
-    void *const file = a->load;
-    dlclose(file); // the file stays in memory, since the test program itself needs it
+    const LLE *a = cache(a_);
+    std::array<char, 64> expected{};
+    snprintf(expected.data(), expected.size(), "CPM: dlclose(%p) for A error: ", a->load);
+    dlclose(a->load); // the file stays in memory, since the test program itself needs it
     testing::internal::CaptureStderr();
     EXPECT_EQ(ZOR_CPM_UNLOAD("A"), 1);
     const std::string text = testing::internal::GetCapturedStderr();
-    std::array<char, 64> expected{};
-    snprintf(expected.data(), expected.size(), "CPM: dlclose(%p) for A error: ", file);
     EXPECT_EQ(text.find(expected.data()), 0U) << text;
-    EXPECT_TRUE(isUnloaded(*a));
+    EXPECT_TRUE(isUnloaded(a));
 }
