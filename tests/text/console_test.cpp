@@ -1,0 +1,350 @@
+// The console verbs: ACCEPT, STOP with a literal, and what DISPLAY does with its stream.
+#include <fcntl.h>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string_view>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+#include "display.h"
+#include "support/kit.h"
+
+static timeval theTime;
+
+// Stands in for the C library's, so that the registers show the time that a case wants.
+extern "C" int gettimeofday(timeval *now, void *) noexcept {
+    *now = theTime;
+    return 0;
+}
+
+namespace {
+
+constexpr uint32_t kSysin = ACCEPT_FROM_SYSIN;
+constexpr uint32_t kDbcs = kSysin | ACCEPT_DBCS;
+constexpr uint32_t kNational = 0x100; // not a flag of the interface: selects its national form
+
+std::string wide(const std::u16string &text) {
+    return {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)};
+}
+
+std::string accepted(std::size_t bytes, uint32_t flags = kSysin) {
+    const auto count = static_cast<int32_t>(bytes / 2);
+    std::string target = std::string(bytes, '#') + '!';
+    if (flags == kNational) {
+        _zorAcceptUnicode(kSysin, &count, target.data());
+    } else {
+        _zorcAccept(flags, static_cast<int32_t>(bytes), target.data());
+    }
+    EXPECT_EQ(target.back(), '!');
+    target.pop_back();
+    return target;
+}
+
+// A temporary file that holds the text, at its beginning.
+FILE *fileOf(const std::string &text) {
+    FILE *file = tmpfile();
+    fwrite(text.data(), 1, text.size(), file);
+    rewind(file);
+    return file;
+}
+
+void setLineMode(bool on) {
+    const uint32_t mask = OPTION_ACCEPT_NEW;
+    _zorProccom->options2 = on ? _zorProccom->options2 | mask : _zorProccom->options2 & ~mask;
+}
+
+DisplayItem textItem(std::string_view text) {
+    return {text.data(), static_cast<uint32_t>(text.size()), 0, DISPLAY_TEXT};
+}
+
+void display(std::vector<DisplayItem> items, uint8_t flags = 0, int device = DISPLAY_ON_SYSOUT) {
+    const DisplayControl control{static_cast<int32_t>(items.size()), static_cast<uint8_t>(device),
+                                 flags, '.', 0};
+    _zorcDisplay(&control, items.data());
+}
+void display(std::string_view text, uint8_t flags = 0) {
+    display(std::vector{textItem(text)}, flags);
+}
+
+// Puts a stream, which it closes in the end, into a field of Proccom for a scope.
+class StandIn {
+public:
+    StandIn(FILE *&field, FILE *stream) : field_(field), before_(std::exchange(field, stream)) {}
+    ~StandIn() { fclose(std::exchange(field_, before_)); }
+    StandIn(const StandIn &) = delete;
+    StandIn &operator=(const StandIn &) = delete;
+
+private:
+    FILE *&field_;
+    FILE *before_;
+};
+
+TEST(Accept, FromAStream) {
+    _zorProccom->codepage = 48; // Japan
+    const struct {
+        bool line;
+        uint32_t flags;
+        std::string input;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {false, kSysin, "AB\nCDEFG\n", {"ABCDE", "FG   ", "#####"}},
+        {false, kSysin, "\n\n", {"#####"}},
+        {false, kSysin, "ABCDEFGHIJK", {"ABCDE", "FGHIJ", "K    "}},
+        {true, kSysin, "AB\nABCDEFG\nXY\n", {"AB   ", "ABCDE", "XY   ", "#####"}},
+        {true, kSysin, "ABCDE\n\nF", {"ABCDE", "#####", "F    "}},
+        {true, kSysin, "ABCDEFG", {"ABCDE", "#####"}},
+        {true, kDbcs, "AB\nABC\n", {"AB\x81\x40\x81\x40", "ABC   "}},
+        {false, kNational, wide(u"\u4E00B\nCDE"), {wide(u"\u4E00BC"), wide(u"DE") + "##"}},
+        {false, kNational, wide(u"A") + "B", {wide(u"A") + "##"}}, // half a character
+        {true,
+         kNational,
+         wide(u"\u4E00B\nC\u0A41\u410A"),
+         {wide(u"\u4E00B") + "##", wide(u"C\u0A41\u410A")}},
+        // Behind a full target bytes are dropped, up to the newline's own low byte.
+        {true,
+         kNational,
+         wide(u"ABCDE") + "\n" + wide(u"F"),
+         {wide(u"ABC"), wide(u"F") + "##", "##"}},
+        // Nothing is read without a length or a source.
+        {false, kSysin, "AB", {"", "AB"}},
+        {false, kNational, "AB", {"", "AB"}},
+        {false, ACCEPT_DATE, "", {""}},
+        {false, 0, "AB", {"##"}},
+        {false, ACCEPT_DBCS | ACCEPT_FOUR_DIGIT_YEAR, "AB", {"##"}},
+    };
+    for (const auto &[line, flags, input, expected] : cases) {
+        setLineMode(line);
+        const StandIn sysin(_zorProccom->sysin, fileOf(input));
+        _zorcAccept(kSysin, -2, nullptr); // does nothing
+        for (const std::string &text : expected) {
+            EXPECT_EQ(accepted(text.size(), flags), text) << input;
+        }
+    }
+}
+
+TEST(Accept, GoesOnBehindAnEarlierEndOfFile) {
+    const StandIn sysin(_zorProccom->sysin, fileOf("AB\n"));
+    EXPECT_EQ(accepted(2), "AB");
+    EXPECT_EQ(accepted(2), "##");
+    EXPECT_EQ(pwrite(fileno(_zorProccom->sysin), "CD\n", 3, 3), 3);
+    EXPECT_EQ(accepted(2), "CD");
+}
+
+// A terminal is read by lines in either mode, and waited for although it does not block.
+TEST(Accept, WaitsForWhatIsTyped) {
+    const int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(keyboard >= 0 && grantpt(keyboard) == 0 && unlockpt(keyboard) == 0);
+    const int terminal = open(ptsname(keyboard), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    const StandIn console(_zorProccom->consolein, fdopen(terminal, "r"));
+    const StandIn sysin(_zorProccom->sysin, fileOf("not this"));
+    std::thread typist([&] {
+        for (const std::string part : {"AB", "CDEFG\nX", "Y\n"}) {
+            usleep(20000);
+            EXPECT_GT(write(keyboard, part.data(), part.size()), 0);
+        }
+    });
+    setLineMode(false);
+    EXPECT_EQ(accepted(5, ACCEPT_FROM_CONSOLE | ACCEPT_FROM_SYSIN), "ABCDE");
+    EXPECT_EQ(accepted(5, ACCEPT_FROM_CONSOLE), "XY   ");
+    typist.join();
+    close(keyboard);
+}
+
+TEST(Accept, Registers) {
+    setenv("TZ", "EAST-10", 1); // where the next day, a Thursday, has begun already
+    tzset();
+    theTime = {1233759785, 79999}; // 2009-02-04 15:03:05.079999
+    const std::pair<uint32_t, std::string> cases[] = {
+        {ACCEPT_DATE, "090205"},
+        {ACCEPT_DATE | ACCEPT_FOUR_DIGIT_YEAR, "20090205"},
+        {ACCEPT_DAY, "09036"},
+        {ACCEPT_DAY | ACCEPT_FOUR_DIGIT_YEAR, "2009036"},
+        {ACCEPT_TIME, "01030507"}};
+    for (const auto &[flags, expected] : cases) {
+        EXPECT_EQ(accepted(10, flags), (expected + "     ").substr(0, 10));
+        EXPECT_EQ(accepted(2, flags), expected.substr(0, 2));
+    }
+    for (const char *expected : {"4", "5", "6", "7", "1", "2", "3"}) {
+        EXPECT_EQ(accepted(1, ACCEPT_DAY_OF_WEEK), expected);
+        theTime.tv_sec += 86400;
+    }
+    unsetenv("TZ");
+    tzset();
+}
+
+// Two threads write to a pipe that does not block, is full at first and is read slowly: no byte is
+// lost, and no line holds items of both.
+TEST(Display, WaitsForASlowReaderAndKeepsLinesWhole) {
+    constexpr std::size_t kLines = 40;
+    for (const int buffering : {_IOFBF, _IOLBF, _IONBF}) {
+        int ends[2];
+        ASSERT_TRUE(pipe(ends) == 0 && fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0);
+        const std::string much(1 << 20, '#');
+        const ssize_t filled = write(ends[1], much.data(), much.size());
+        std::string text;
+        std::thread reader([&] {
+            char bytes[1000];
+            for (ssize_t count = 0; (count = read(ends[0], bytes, sizeof bytes)) > 0; usleep(100)) {
+                text.append(bytes, static_cast<std::size_t>(count));
+            }
+        });
+        {
+            const StandIn sysout(_zorProccom->sysout, fdopen(ends[1], "w"));
+            setvbuf(_zorProccom->sysout, nullptr, buffering, BUFSIZ);
+            const auto displayLines = [](char letter) {
+                for (std::size_t i = 1; i <= kLines; ++i) {
+                    // In the end more than the buffer has room for.
+                    const std::string half(i * 100, letter);
+                    display({textItem(half), textItem(half)});
+                }
+            };
+            std::thread second(displayLines, 'b');
+            displayLines('a');
+            second.join();
+            fcntl(ends[1], F_SETFL, 0); // the last flush is not the library's
+        }
+        reader.join();
+        close(ends[0]);
+        std::multiset<std::string> expected;
+        for (std::size_t i = 1; i <= kLines; ++i) {
+            expected.emplace(i * 200, 'a');
+            expected.emplace(i * 200, 'b');
+        }
+        std::multiset<std::string> lines;
+        std::istringstream rest(text.substr(static_cast<std::size_t>(filled)));
+        for (std::string line; std::getline(rest, line);) {
+            lines.insert(line);
+        }
+        EXPECT_TRUE(lines == expected);
+    }
+}
+
+void displayLineEnds() {
+    DisplayItem items[] = {textItem("A"), textItem("B")};
+    for (const int count : {2, 1, 0, -3}) {
+        for (const uint8_t flags : {uint8_t{0}, uint8_t{DISPLAY_NO_ADVANCING}}) {
+            const DisplayControl control{count, DISPLAY_ON_SYSOUT, flags, '.', 0};
+            _zorcDisplay(&control, items);
+            putchar('|');
+        }
+    }
+    // A debugger takes the first item; the line end goes to the stream all the same.
+    char buffer[4];
+    _zorDebugBuf = buffer;
+    display({items[0], items[1]});
+    _zorDebugBuf = nullptr;
+    display({buffer, _zorDebugBufLen});
+}
+
+void displayInvalid() {
+    const int32_t number = 7;
+    using Kind = std::pair<uint32_t, uint32_t>; // type and size
+    for (const auto &[type, size] : {Kind{0, 4}, {6, 4}, {8, 4}, {3, 0}, {7, 9}, {1, 3}}) {
+        display({textItem("A"), {&number, size, 1, type}, textItem("B")});
+    }
+}
+
+void displayOnDevices() {
+    for (const int device : {2, 3, 0, 4}) { // the console, SYSPUNCH, none
+        display({textItem("A")}, 0, device);
+    }
+}
+
+// Leaves no descriptor to open the library for 128-bit numbers with.
+void displayQuads() {
+    const rlimit none{3, 64};
+    const rlimit enough{64, 64};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const __float128 values[] = {-0.375, static_cast<__float128>(1e300) * 1e300};
+    display({{&values[0], 16, 4, DISPLAY_FLOATING}, {&values[1], 16, 4, DISPLAY_FLOATING}});
+    setrlimit(RLIMIT_NOFILE, &enough);
+}
+
+// What the C library has read ahead does not move the place of the output.
+void displayWhereReadingStopped() {
+    FILE *const file = fileOf("..........");
+    getc(file);
+    fseek(file, 2, SEEK_SET);
+    _zorProccom->sysout = file;
+    display("AB", DISPLAY_NO_ADVANCING);
+    printf("%ld", ftell(file));
+    display("C", DISPLAY_NO_ADVANCING);
+    char text[11] = "";
+    pread(fileno(file), text, 10, 0);
+    puts(text);
+}
+
+const std::map<std::string, void (*)()> kVerbs = {
+    {"message", [] { fputs("message", stderr); }},
+    {"display", [] { display("display"); }},
+    {"display-much", [] { display(std::string(100000, 'x')); }},
+    {"display-line-ends", displayLineEnds},
+    {"display-invalid", displayInvalid},
+    {"display-on-devices", displayOnDevices},
+    {"display-quads", displayQuads},
+    {"display-where-reading-stopped", displayWhereReadingStopped},
+    {"accept", [] { fputs(accepted(6).c_str(), stdout); }},
+    {"accept-national", [] { accepted(2, kNational); }},
+    {"stop", [] { _zorcStopLiteral(4, "stop"); }},
+    {"stop-empty", [] { _zorcStopLiteral(0, nullptr); }},
+    {"exit", [] { _exit(0); }}, // what was not flushed is lost
+};
+
+void run() {
+    static char buffer[BUFSIZ];
+    setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
+    _zorProccom->cobmsgs = stderr;
+    std::istringstream verbs(getenv("VERBS"));
+    for (std::string verb; verbs >> verb;) {
+        kVerbs.at(verb)();
+    }
+}
+
+TEST(Console, WholeRuns) {
+    const struct {
+        const char *verbs;
+        kit::Environment environment;
+        const char *out;
+        const char *err; // a pattern
+        int status = 0;
+    } cases[] = {
+        {"display-line-ends", {}, "AB\n|AB|A\n|A|\n||\n||\nA\n", ""},
+        // warnings: the run goes on
+        {"display-invalid", {}, "A\nA\nA\nA\nA\nA\n", "(ZOR170W.*\n+){6}"},
+        {"display-on-devices", {}, "A\nA\nA\nA\n", "ZOR168W.*\n+(ZOR169W.*\n+){2}"},
+        {"display-quads", {}, "-.3750E 00Infinity\n", ""},
+        {"display-where-reading-stopped", {{"COBOL_DISPLAY_FLUSH", "1"}}, "4..ABC.....\n", ""},
+        // On a full disk the items alone are lost.
+        {"display-much display-much message", {{"SYSOUT", "/dev/full"}}, "", "message"},
+        {"display exit", {{"COBOL_DISPLAY_FLUSH", "0"}}, "", ""},
+        {"display exit", {{"COBOL_DISPLAY_FLUSH", "1"}}, "display\n", ""},
+        {"display exit", {{"COBOL_DISPLAY_FLUSH", "1x"}}, "display\n", ""},
+        // Messages stay ahead of a line, and they and prompts ahead of what is read.
+        {"display message display exit", {}, "", "message"},
+        {"display message accept message exit", {}, "display\n", "message"},
+        {"display accept-national exit", {}, "display\n", ""},
+        {"display message stop exit", {}, "display\nstop\n", "message"},
+        {"stop accept stop accept stop-empty", {}, "stop\nsecondstop\nthird \n", ""},
+        {"accept", {{"SYSIN", "/"}}, "", "[^]*ZOR200S .* ACCEPT .* error 21 [^]*", 134},
+        {"accept-national", {{"SYSIN", "/"}}, "", "[^]*ZOR200S .* ACCEPT .* error 21 [^]*", 134},
+        {"stop", {{"SYSIN", "/"}}, "stop\n", "[^]*ZOR200S .* STOP .* error 21 [^]*", 134},
+    };
+    for (const auto &[verbs, environment, out, err, status] : cases) {
+        kit::ChildOptions options;
+        options.environment = environment;
+        options.environment.emplace_back("VERBS", verbs);
+        options.input = "first\nsecond\nthird\n";
+        const auto child = kit::runChild(run, options);
+        EXPECT_EQ(child.out, out) << verbs;
+        EXPECT_EQ(child.status, status) << verbs;
+        EXPECT_TRUE(std::regex_match(child.err, std::regex(err))) << child.err;
+    }
+}
+
+} // namespace
