@@ -1,0 +1,184 @@
+// Calls that are watched: the trace of a call, and the messages about bad data, each family in a
+// process with its switches set. A body writes on stdout what is to come on stderr.
+#include <cstdio>
+#include <cstdlib>
+#include <regex>
+#include <vector>
+
+#include "moves_model.h"
+#include "support/kit.h"
+
+namespace {
+
+using namespace model;
+
+// ---- trace
+
+struct Line {
+    const char *label;
+    std::string item;
+    int digits;
+};
+
+void expectTrace(const std::string &header, const std::vector<Line> &lines,
+                 const char *behind = ": ") {
+    printf("%s...\n", header.c_str());
+    for (const auto &[label, item, digits] : lines) {
+        printf("%s@ %d%s%s\n", label, digits, behind, kit::hex(item).c_str());
+    }
+}
+
+// The name of a function before the first "_", in small letters.
+std::string verbOf(const char *name) {
+    std::string verb(name, strcspn(name, "_"));
+    std::transform(verb.begin(), verb.end(), verb.begin(), tolower);
+    return verb;
+}
+
+void traceMoves() {
+    const struct {
+        std::string copy, shift, conversion;
+    } labels[] = {{"packed ", "packed", "packed"},    {"zoned ", "zoned", "zonedto"},
+                  {"zoned lo", "zonedlo", "zonedlo"}, {"zoned ts", "zonedts", "zonedts"},
+                  {"zoned ls", "zonedls", "zonedls"}, {"zoned us", "zonedus", "zonedus"}};
+    for (const Function &f : kMoves) {
+        const std::string op1 = encode(f.from, "005", true);
+        const std::string op2 = encode(f.from, "5", true);
+        const bool isPacked = f.from == Pckd; // of relations and signs only packed ones are traced
+        if (isRelation(f)) {
+            const int32_t result = callRelation(f, address(op1), 3, address(op2), 1);
+            std::vector<Line> lines = {{"op1: ", op1, 3}, {"op2: ", op2, 1}};
+            lines.resize(f.kind == Kind::relation ? 2 : 1);
+            if (isPacked) {
+                expectTrace(verbOf(f.name) + " packed", lines);
+                printf("res: %d\n", result);
+            }
+            continue;
+        }
+        uint8_t target[8];
+        callMove(f, address(op1), 3, target, 2, 1);
+        const std::string moved = expected(f, 0, op1, 3, 2, 1);
+        const auto &[copy, shift, from] = labels[f.from];
+        if (f.kind == Kind::copy) {
+            expectTrace("Copy " + copy, {{"op1: ", op1, 3}, {"res: ", moved, 2}}, " ");
+        } else if (f.kind == Kind::convert) {
+            const std::string blank = isPacked && f.to == ZndTO ? " " : "";
+            expectTrace(from + " to " + labels[f.to].conversion + blank,
+                        {{"in:  ", op1, 3}, {"out: ", moved, 2}}, " ");
+        } else if (f.kind == Kind::abs || f.kind == Kind::neg) {
+            if (isPacked) {
+                expectTrace(verbOf(f.name) + " packed", {{"src: ", op1, 3}, {"dst: ", moved, 2}});
+            }
+        } else {
+            const char *direction = f.kind == Kind::left    ? " left 1 "
+                                    : f.kind == Kind::right ? " right 1 "
+                                                            : " right round 1 ";
+            expectTrace("Shift " + shift + direction,
+                        {{"op1: ", op1, 3}, {isPacked ? "res: " : "op2: ", moved, 2}}, " ");
+        }
+    }
+}
+
+TEST(Trace, IsWrittenLineByLine) {
+    for (void (*body)() : {traceMoves}) {
+        const auto result = kit::runChild(body, kit::Environment{{"COBOL_BCD_DEBUG", "1"}});
+        const std::string trace = std::regex_replace(result.err, std::regex("0x[0-9a-f]+"), "@");
+        EXPECT_EQ(trace, result.out);
+        EXPECT_NE(trace, "");
+        EXPECT_EQ(result.status, 0);
+    }
+}
+
+// ---- messages, of a catalogue in which they only warn: the call goes on with the bytes as they
+// stand
+
+constexpr const char *kCatalogue = "$set 40\n1 1 sign\n$set 902\n1 1 zero\n$set 903\n1 1 bad\n";
+constexpr const char *kSign = "ZOR040W  sign\n\n";
+constexpr const char *kBad = "ZOR903W  bad\n\n";
+
+// What is to be called, and the messages that it is to issue.
+void announce(const std::string &call, const std::string &messages) {
+    fprintf(stderr, "%s\n", call.c_str());
+    printf("%s\n%s", call.c_str(), messages.c_str());
+}
+
+// With a bad digit in the middle, or at the end, where a zoned one may carry a sign and a packed
+// one has one.
+std::string badItem(Form form, bool atEnd = false) {
+    std::string item = encode(form, "555", false);
+    const size_t middle = form == Pckd ? 0 : form == ZndLS ? 2 : 1;
+    item[middle + (atEnd ? 1 : 0)] = atEnd ? '!' : ':';
+    item[0] = form == ZndUS ? '+' : item[0]; // which a conversion takes off
+    return item;
+}
+
+void callMoves(unsigned options) {
+    uint8_t target[8];
+    for (const Function &f : kMoves) {
+        const auto call = [&](const char *what, const std::string &op1, const std::string &op2,
+                              const std::string &messages) {
+            announce(f.name + std::string(what), messages);
+            if (isRelation(f)) {
+                callRelation(f, address(op1), 3, address(op2), 3);
+            } else {
+                callMove(f, address(op1), 3, target, 3, 1);
+            }
+        };
+        const std::string good = encode(f.from, "555", false);
+        const Validation validation = validationOf(f, options);
+        const std::string found = validation == Validation::none ? "" : kBad;
+        for (const bool atEnd : {false, true}) {
+            const std::string item = badItem(f.from, atEnd);
+            const bool isShown = !found.empty() && f.from == ZndUS && f.to == Pckd;
+            const std::string shown = "Invalid zoned data 3 0x" + kit::hex(item) + "\n";
+            call(" bad", item, good, (isShown ? shown : "") + found);
+        }
+        call(" bad op2", good, badItem(f.from), f.kind == Kind::relation ? found : "");
+        if (f.from == Pckd) {
+            const std::string zeros(2, '\0');
+            call(" binary zeros", zeros, good, validation == Validation::strict ? kBad : "");
+        } else if (separate(f.from)) {
+            std::string item = good;
+            (f.from == ZndLS ? item.front() : item.back()) = ' ';
+            call(" bad sign", item, good, testsSeparateSign(f, options) ? kSign : "");
+        }
+    }
+}
+
+template <unsigned options> void callAll() {
+    callMoves(options);
+}
+
+TEST(Messages, FollowTheSwitches) {
+    const kit::TemporaryDirectory directory;
+    kit::writeFile(directory.file("source.msg"), kCatalogue);
+    const std::string command =
+        "gencat " + directory.file("cobol2run.cat ") + directory.file("source.msg");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const struct {
+        const char *variable, *value;
+        void (*body)();
+    } settings[] = {
+        {"COBOL_BCD_SAFE", "", callAll<0>},
+        {"COBOL_BCD_SAFE", "1", callAll<kRezone | kValidateMoves | kValidateCompares>},
+        {"COBOL_BCD_NOVALIDATE", "1", callAll<kNoValidate>},
+    };
+    for (const auto &[variable, value, body] : settings) {
+        // The library's own catalogue comes first, but not under this locale's name.
+        const auto result =
+            kit::runChild(body, kit::Environment{{"LC_ALL", "C.UTF-8"},
+                                                 {"NLSPATH", directory.path() + "/%N"},
+                                                 {variable, value}});
+        EXPECT_EQ(result.err, result.out) << variable << " " << value;
+        EXPECT_EQ(result.status, 0);
+    }
+}
+
+// The message of the library's own catalogue ends the run.
+TEST(Messages, EndTheRun) {
+    const auto result = kit::runChild([] { callMoves(0); });
+    EXPECT_NE(result.err.find("ZOR903S"), std::string::npos) << result.err;
+    EXPECT_NE(result.status, 0);
+}
+
+} // namespace
