@@ -1,332 +1,204 @@
 // Decimal arithmetic through its exported functions, against plain arithmetic on digit texts.
-#include <cstring>
-#include <limits>
-
-#include "decimal.h"
-#include "decimal/model.h"
+#include "arithmetic_model.h"
 #include "support/kit.h"
-
-using namespace model;
 
 namespace {
 
-using Binary = uint8_t *(*)(const uint8_t *, const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
+using namespace model;
 
-int32_t count(std::size_t digits) {
-    return static_cast<int32_t>(digits);
+// Division with both targets, one of them at a time.
+template <Form form, char operation>
+uint8_t *divide(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                int32_t op2Digits, int32_t op1Digits) {
+    uint8_t other[140];
+    uint8_t *quotient = operation == '/' ? target : other;
+    uint8_t *remainder = operation == '/' ? other : target;
+    if constexpr (form == Pckd) {
+        _zorcBCD_DIVR_Pckd(op1, op2, quotient, remainder, targetDigits, targetDigits, op2Digits,
+                           op1Digits);
+    } else {
+        EXPECT_EQ(_zorcBCD_DIVR_Znd(op1, op2, quotient, remainder, targetDigits, targetDigits,
+                                    op2Digits, op1Digits),
+                  quotient);
+    }
+    return target;
+}
+constexpr Operation kDivisions[] = {{"DIVR_Pckd", Pckd, '/', divide<Pckd, '/'>},
+                                    {"DIVR_Pckd", Pckd, '%', divide<Pckd, '%'>},
+                                    {"DIVR_Znd", Znd, '/', divide<Znd, '/'>},
+                                    {"DIVR_Znd", Znd, '%', divide<Znd, '%'>}};
+
+// Calls with a stack that is aligned to 4 bytes alone, as callers may.
+uint8_t *callWithStack(int shift, const Operation &f, const uint8_t *op1, const uint8_t *op2,
+                       uint8_t *target, int digits, int digits2, int digits1) {
+    const uint32_t arguments[] = {
+        reinterpret_cast<uint32_t>(op1),    reinterpret_cast<uint32_t>(op2),
+        reinterpret_cast<uint32_t>(target), static_cast<uint32_t>(digits),
+        static_cast<uint32_t>(digits2),     static_cast<uint32_t>(digits1)};
+    auto result = reinterpret_cast<uint32_t>(f.call);
+    asm volatile("movl %%esp, %%ebx\n\t"
+                 "andl $-16, %%esp\n\t"
+                 "subl %%ecx, %%esp\n\t"
+                 "pushl 20(%%esi)\n\tpushl 16(%%esi)\n\tpushl 12(%%esi)\n\t"
+                 "pushl 8(%%esi)\n\tpushl 4(%%esi)\n\tpushl (%%esi)\n\t"
+                 "call *%%eax\n\t"
+                 "movl %%ebx, %%esp"
+                 : "+a"(result), "+c"(shift)
+                 : "S"(arguments)
+                 : "ebx", "edx", "cc", "memory", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5",
+                   "xmm6", "xmm7");
+    return reinterpret_cast<uint8_t *>(result);
 }
 
-struct Function {
-    const char *name;
-    Form form;
-    char operation;
-    Binary call;
+enum Place { onFirst, onSecond, apart };
+
+bool areAsExpected(const Room (&rooms)[3]) {
+    return rooms[0].isAsExpected() && rooms[1].isAsExpected() && rooms[2].isAsExpected();
+}
+
+class Arithmetic : public testing::Test {
+protected:
+    // One call, with every operand at an address of its own kind. On an operand the target has its
+    // length.
+    void check(const Operation &f, const std::string &a, int digitsA, const std::string &b,
+               int digitsB, int digits, Place place) {
+        digits = place == onFirst ? digitsA : place == onSecond ? digitsB : digits;
+        const int bytes = bytesOf(f.form, digits);
+        uint8_t *const at[] = {rooms_[onFirst].put(a, random_), rooms_[onSecond].put(b, random_),
+                               rooms_[apart].put(bytes, random_)};
+        const Value value =
+            result(f.operation, valueOf(f.form, a, digitsA), valueOf(f.form, b, digitsB));
+        rooms_[place].expect(at[place], stored(f.form, value, digits));
+        EXPECT_EQ(callWithStack(4 * random_.below(4), f, at[onFirst], at[onSecond], at[place],
+                                digits, digitsB, digitsA),
+                  at[place]);
+        EXPECT_TRUE(areAsExpected(rooms_))
+            << f.name << " " << kit::hex(a) << " (" << digitsA << ") " << kit::hex(b) << " ("
+            << digitsB << ") into " << digits << " digits, place " << place << ": "
+            << kit::hex(at[place], static_cast<size_t>(bytes));
+    }
+    std::string item(Form form, int digits) {
+        return random_.item(form, random_.digits(digits), random_.oneIn(2), Validation::lenient);
+    }
+
+    Random random_{5};
+    Room rooms_[3]; // by Place
 };
-std::ostream &operator<<(std::ostream &stream, const Function &f) {
-    return stream << f.name;
-}
 
-Value negated(Value value) {
-    value.negative = !value.negative;
-    return value;
-}
-
-// What the target holds; a remainder is that of the long division or the dividend itself.
-Value expected(char operation, const Value &a, const Value &b) {
-    const bool differ = a.negative != b.negative;
-    std::string rest;
-    switch (operation) {
-    case '+':
-        return sum(a, b);
-    case '-':
-        return sum(a, negated(b));
-    case '*':
-        return {multiply(a.digits, b.digits), differ};
-    default:
-        break;
-    }
-    const int order = compare(a.digits, b.digits);
-    const std::string quotient = divide(a.digits, b.digits, rest);
-    if (operation == '/') {
-        return {quotient, order >= 0 && differ};
-    }
-    return {rest, order != 0 && a.negative};
-}
-
-enum class Place { apart, onFirst, onSecond };
-
-// One call, with every operand at an address of its own kind.
-void checkCall(const Function &f, Generator &random, Item a, Item b, std::size_t digits,
-               Place place) {
-    if (place != Place::apart) {
-        digits = place == Place::onFirst ? a.digits : b.digits;
-    }
-    const Value result = expected(f.operation, a.value, b.value);
-    Field first(a.bytes, random.below(16));
-    Field second(b.bytes, random.below(16));
-    Field apart(std::string(bytesOf(f.form, digits), '\xEE'), random.below(16));
-    Field &target = place == Place::apart ? apart : place == Place::onFirst ? first : second;
-    uint8_t *answer = f.call(first.data(), second.data(), target.data(), count(digits),
-                             count(b.digits), count(a.digits));
-    EXPECT_EQ(answer, target.data());
-    EXPECT_EQ(kit::hex(target.bytes()), kit::hex(stored(f.form, result, digits)))
-        << f.name << " " << kit::hex(a.bytes) << " (" << a.digits << ") " << kit::hex(b.bytes)
-        << " (" << b.digits << ") into " << digits << " digits, place " << static_cast<int>(place);
-    for (const Field *field : {&first, &second, &apart}) {
-        EXPECT_TRUE(field->surroundingsAreWhole()) << f.name;
-    }
-    if (place != Place::onFirst) {
-        EXPECT_EQ(first.bytes(), a.bytes);
-    }
-    if (place != Place::onSecond) {
-        EXPECT_EQ(second.bytes(), b.bytes);
-    }
-}
-
-class Arithmetic : public testing::TestWithParam<Function> {};
-
-TEST_P(Arithmetic, AgreesWithPlainArithmetic) {
-    const Function &f = GetParam();
-    Generator random(static_cast<unsigned>(f.operation));
-    constexpr std::size_t kWidths[] = {1,  2,  3,  4,  5,  7,  8,  9,  15, 16,
-                                       17, 18, 31, 32, 33, 62, 63, 64, 65, 126};
-    const std::size_t widest = f.operation == '*' ? 63 : 126;
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        // Widths around those at which a core changes its way, and any others.
-        auto width = [&](std::size_t limit) {
-            const std::size_t some =
-                random.oneIn(2) ? kWidths[random.below(std::size(kWidths))] : 1 + random.below(126);
-            return std::min(some, limit);
-        };
-        Item a = random.item(f.form, width(widest));
-        Item b =
-            random.oneIn(3) ? random.item(f.form, a.digits) : random.item(f.form, width(widest));
-        if (random.oneIn(8)) { // equal magnitudes, in items of different widths
-            const std::size_t wider = std::min(widest, a.digits + random.below(9));
-            const std::string digits = a.value.digits;
-            if (digits.size() <= wider) {
-                const std::size_t places = f.form == Form::packed ? wider | 1U : wider;
-                b = random.withDigits(f.form, places, lowDigits(digits, places));
-            }
+TEST_F(Arithmetic, AgreesWithPlainArithmetic) {
+    for (int round = 0; round < 220'000 && !HasFailure(); ++round) {
+        const Operation &f = random_.oneIn(8) ? kDivisions[random_.below(std::size(kDivisions))]
+                                              : kOperations[random_.below(std::size(kOperations))];
+        // Factors may have any length.
+        const bool isLong = f.operation == '*' && random_.oneIn(50);
+        const auto count = [&] { return isLong ? 1 + random_.below(300) : random_.count(); };
+        const int digitsA = count();
+        int digitsB = random_.oneIn(3) ? digitsA : count();
+        const std::string a = item(f.form, digitsA);
+        std::string b = item(f.form, digitsB);
+        if (random_.oneIn(8)) { // equal magnitudes, in items of different widths
+            digitsB = std::min(digitsA + random_.below(9), 125) | (f.form == Pckd ? 1 : 0);
+            const Value value = valueOf(f.form, a, digitsA);
+            b = random_.item(f.form, fit(value.digits, digitsB), random_.oneIn(2),
+                             Validation::lenient);
         }
-        if ((f.operation == '/' || f.operation == '%') && b.value.isZero()) {
+        const bool divides = f.operation == '/' || f.operation == '%';
+        if (divides && valueOf(f.form, b, digitsB).isZero()) {
             continue;
         }
-        const std::size_t sumDigits = a.digits + b.digits;
         const bool mayOverlap =
-            f.operation != '*' || sumDigits <= (f.form == Form::packed ? 64 : 126);
-        const auto place = mayOverlap ? static_cast<Place>(random.below(3)) : Place::apart;
-        checkCall(f, random, a, b, width(140), place);
+            f.operation != '*' || digitsA + digitsB <= (f.form == Pckd ? 64 : 126);
+        const auto place = mayOverlap ? static_cast<Place>(random_.below(3)) : apart;
+        check(f, a, digitsA, b, digitsB, isLong ? count() : 1 + random_.below(140), place);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Arithmetic,
-                         testing::Values(Function{"ADD_Pckd", Form::packed, '+', _zorcBCD_ADD_Pckd},
-                                         Function{"SUB_Pckd", Form::packed, '-', _zorcBCD_SUB_Pckd},
-                                         Function{"MPY_Pckd", Form::packed, '*', _zorcBCD_MPY_Pckd},
-                                         Function{"DIV_Pckd", Form::packed, '/', _zorcBCD_DIV_Pckd},
-                                         Function{"MOD_Pckd", Form::packed, '%', _zorcBCD_MOD_Pckd},
-                                         Function{"ADD_Znd", Form::zoned, '+', _zorcBCD_ADD_Znd},
-                                         Function{"SUB_Znd", Form::zoned, '-', _zorcBCD_SUB_Znd},
-                                         Function{"MPY_Znd", Form::zoned, '*', _zorcBCD_MPY_Znd},
-                                         Function{"DIV_Znd", Form::zoned, '/', _zorcBCD_DIV_Znd},
-                                         Function{"MOD_Znd", Form::zoned, '%', _zorcBCD_MOD_Znd}),
-                         [](const auto &testInfo) { return std::string(testInfo.param.name); });
-
-TEST(Multiply, TakesFactorsOfAnyLength) {
-    Generator random(5);
-    for (const Form form : {Form::packed, Form::zoned}) {
-        for (const unsigned most : {128U, 131U, 300U}) {
-            const Function f{"MPY", form, '*',
-                             form == Form::packed ? _zorcBCD_MPY_Pckd : _zorcBCD_MPY_Znd};
-            for (int round = 0; round < 40; ++round) {
-                checkCall(f, random, random.item(form, most),
-                          random.item(form, 1 + random.below(most)), 1 + random.below(2 * most),
-                          Place::apart);
-            }
+TEST_F(Arithmetic, IncrementsAgreeWithSums) {
+    for (int round = 0; round < 60'000 && !HasFailure(); ++round) {
+        const Increment &f = kIncrements[random_.below(std::size(kIncrements))];
+        const int digits = random_.count();
+        const std::string accumulator = item(f.form, digits);
+        const uint64_t magnitude = random_.integer();
+        auto value = static_cast<int64_t>(random_.oneIn(2) ? 0 - magnitude : magnitude);
+        value = f.bits == 32 ? static_cast<int32_t>(value) : value;
+        uint8_t *at = rooms_[onFirst].put(accumulator, random_);
+        if (value != 0) { // which leaves the bytes as they are
+            const Value sum =
+                result(f.operation, valueOf(f.form, accumulator, digits), valueOf(value));
+            rooms_[onFirst].expect(at, stored(f.form, sum, digits));
         }
+        EXPECT_EQ(f.call(at, digits, value), at);
+        EXPECT_TRUE(rooms_[onFirst].isAsExpected())
+            << f.name << " " << kit::hex(accumulator) << " and " << value << ": "
+            << kit::hex(at, accumulator.size());
     }
 }
 
-TEST(DivideWithRemainder, GivesBothTargets) {
-    Generator random(9);
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        const Form form = random.oneIn(2) ? Form::packed : Form::zoned;
-        Item a = random.item(form, 1 + random.below(random.oneIn(4) ? 126 : 31));
-        Item b = random.item(form, 1 + random.below(random.oneIn(4) ? 126 : 18));
-        if (b.value.isZero()) {
-            continue;
-        }
-        const std::size_t quotientDigits = 1 + random.below(40);
-        const std::size_t remainderDigits = random.oneIn(3) ? a.digits : 1 + random.below(40);
-        const Value quotient = expected('/', a.value, b.value);
-        const Value remainder = expected('%', a.value, b.value);
-        Field first(a.bytes, random.below(16));
-        Field second(b.bytes, random.below(16));
-        Field quotientField(std::string(bytesOf(form, quotientDigits), '\x11'), random.below(16));
-        Field apart(std::string(bytesOf(form, remainderDigits), '\x22'), random.below(16));
-        Field &remainderField = remainderDigits == a.digits ? first : apart;
-        uint8_t *q = quotientField.data();
-        uint8_t *r = remainderField.data();
-        if (form == Form::packed) {
-            const int32_t status =
-                _zorcBCD_DIVR_Pckd(first.data(), second.data(), q, r, count(remainderDigits),
-                                   count(quotientDigits), count(b.digits), count(a.digits));
-            EXPECT_EQ(status, compare(a.value.digits, b.value.digits) >= 0 ? 1 : 0);
-        } else {
-            EXPECT_EQ(_zorcBCD_DIVR_Znd(first.data(), second.data(), q, r, count(remainderDigits),
-                                        count(quotientDigits), count(b.digits), count(a.digits)),
-                      q);
-        }
-        EXPECT_EQ(kit::hex(quotientField.bytes()), kit::hex(stored(form, quotient, quotientDigits)))
-            << kit::hex(a.bytes) << " / " << kit::hex(b.bytes);
-        EXPECT_EQ(kit::hex(remainderField.bytes()),
-                  kit::hex(stored(form, remainder, remainderDigits)))
-            << kit::hex(a.bytes) << " / " << kit::hex(b.bytes);
-        for (const Field *field : {&first, &second, &quotientField, &apart}) {
-            EXPECT_TRUE(field->surroundingsAreWhole());
-        }
-    }
-}
-
-// ---- increments
-
-Value valueOf(int64_t value) {
-    const std::string text = std::to_string(value);
-    return value < 0 ? Value{text.substr(1), true} : Value{text, false};
-}
-
-// One value through all functions of its width; Int4 takes those that fit.
-void checkIncrement(Generator &random, const Item &item, Form form, int64_t value) {
-    struct Case {
-        Value result;
-        uint8_t *(*eight)(uint8_t *, int32_t, int64_t);
-        uint8_t *(*four)(uint8_t *, int32_t, int32_t);
+// Signs worked out by hand, and bytes that plain arithmetic does not know, in hexadecimal.
+TEST_F(Arithmetic, SignsAndOddBytes) {
+    const struct {
+        const char *function, *op1, *op2, *wanted;
+    } examples[] = {
+        {"ADD_Pckd", "999d", "1d", "000d"}, // the sign of the true result
+        {"ADD_Pckd", "5d", "5c", "0d"},     // a zero keeps the first sign
+        {"MPY_Pckd", "007b", "000e", "00000d"},
+        {"MOD_Pckd", "6d", "3c", "0d"}, // after long division
+        {"MOD_Pckd", "6d", "6c", "0c"}, // equal magnitudes
+        {"DIV_Pckd", "2d", "3c", "0c"},
+        {"MOD_Pckd", "2b", "3c", "2d"},
+        {"ADD_Znd", "310042", "31", "310033"}, // a byte that no carry reaches stays as it is
+        {"ADD_Znd", "4a323330", "31", "4a323331"},
+        {"SUB_Znd", "4a35", "3131", "3934"},     // a letter in front counts by its low half
+        {"MOD_Znd", "4173", "3939", "30304173"}, // copied as it is
     };
-    const Value operand = valueOf(value);
-    const bool packed = form == Form::packed;
-    const Case cases[] = {
-        {sum(item.value, operand), packed ? _zorcBCD_ADD_Pckd_Int8 : _zorcBCD_ADD_Znd_Int8,
-         packed ? _zorcBCD_ADD_Pckd_Int4 : _zorcBCD_ADD_Znd_Int4},
-        {sum(item.value, negated(operand)), packed ? _zorcBCD_SUB_Pckd_Int8 : _zorcBCD_SUB_Znd_Int8,
-         packed ? _zorcBCD_SUB_Pckd_Int4 : _zorcBCD_SUB_Znd_Int4},
+    for (const auto &[function, op1, op2, wanted] : examples) {
+        const Operation &f = named(kOperations, function);
+        const auto digits = [&f](const char *hex) {
+            const auto nibbles = static_cast<int>(strlen(hex));
+            return f.form == Pckd ? nibbles - 1 : nibbles / 2;
+        };
+        uint8_t *target = rooms_[apart].put(bytesOf(f.form, digits(wanted)), random_);
+        rooms_[apart].expect(target, unhex(wanted));
+        f.call(rooms_[onFirst].put(unhex(op1), random_), rooms_[onSecond].put(unhex(op2), random_),
+               target, digits(wanted), digits(op2), digits(op1));
+        EXPECT_TRUE(rooms_[apart].isAsExpected()) << function << " " << op1 << " " << op2;
+    }
+    // Packed division tells whether the dividend reached the divisor.
+    uint8_t targets[2];
+    const auto divided = [&targets](const char *dividend) {
+        return _zorcBCD_DIVR_Pckd(address(dividend), address("\x3C"), targets, targets + 1, 1, 1, 1,
+                                  1);
     };
-    for (const Case &c : cases) {
-        const std::string wanted = value == 0 ? item.bytes : stored(form, c.result, item.digits);
-        for (const bool wide : {true, false}) {
-            if (!wide && value != static_cast<int32_t>(value)) {
-                continue;
-            }
-            Field field(item.bytes, random.below(16));
-            uint8_t *answer =
-                wide ? c.eight(field.data(), count(item.digits), value)
-                     : c.four(field.data(), count(item.digits), static_cast<int32_t>(value));
-            EXPECT_EQ(answer, field.data());
-            EXPECT_EQ(kit::hex(field.bytes()), kit::hex(wanted))
-                << kit::hex(item.bytes) << " and " << value << (wide ? " Int8" : " Int4");
-            EXPECT_TRUE(field.surroundingsAreWhole());
-        }
+    EXPECT_EQ(divided("\x2C"), 0);
+    EXPECT_EQ(divided("\x3C"), 1);
+    EXPECT_EQ(divided("\x7D"), 1);
+}
+
+void calculateGarbage() {
+    Random random(21);
+    Room rooms[3];
+    for (int round = 0; round < 20'000 && !testing::Test::HasFailure(); ++round) {
+        const Operation &f = kOperations[random.below(std::size(kOperations))];
+        const int digits1 = random.count();
+        const int digits2 = random.count();
+        const int bytes = 1 + random.below(80);
+        std::string divisor = random.garbage(bytesOf(f.form, digits2));
+        divisor.back() = '\x99'; // not zero
+        uint8_t *op1 = rooms[onFirst].put(random.garbage(bytesOf(f.form, digits1)), random);
+        uint8_t *op2 = rooms[onSecond].put(divisor, random);
+        uint8_t *target = rooms[apart].put(bytes, random);
+        f.call(op1, op2, target, f.form == Pckd ? bytes * 2 - 1 : bytes, digits2, digits1);
+        rooms[apart].expect(target, std::string(target, target + bytes));
+        EXPECT_TRUE(areAsExpected(rooms))
+            << f.name << " " << digits1 << " " << digits2 << " into " << bytes << " bytes";
     }
 }
 
-TEST(Increment, AgreesWithPlainArithmetic) {
-    constexpr int64_t kEdges[] = {0,
-                                  1,
-                                  -1,
-                                  9,
-                                  10,
-                                  99,
-                                  100,
-                                  9999999,
-                                  10000000,
-                                  99999999,
-                                  100000000,
-                                  std::numeric_limits<int32_t>::min(),
-                                  std::numeric_limits<int32_t>::max(),
-                                  999999999999999,
-                                  1000000000000000,
-                                  -999999999999999999,
-                                  std::numeric_limits<int64_t>::min(),
-                                  std::numeric_limits<int64_t>::max()};
-    Generator random(3);
-    std::mt19937_64 values(4);
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        const Form form = random.oneIn(2) ? Form::packed : Form::zoned;
-        const Item item = random.item(form, 1 + random.below(random.oneIn(4) ? 126 : 22));
-        const int64_t value = random.oneIn(3) ? kEdges[random.below(std::size(kEdges))]
-                                              : static_cast<int64_t>(values()) >> random.below(64);
-        checkIncrement(random, item, form, value);
-    }
-}
-
-// ---- named cases
-
-struct Example {
-    Function function;
-    std::string op1, op2, wanted; // bytes in hexadecimal
-    int32_t digits1, digits2, targetDigits;
-};
-
-TEST(Arithmetic, SignsPadsAndCuts) {
-    const Function add{"ADD_Pckd", Form::packed, '+', _zorcBCD_ADD_Pckd};
-    const Function sub{"SUB_Pckd", Form::packed, '-', _zorcBCD_SUB_Pckd};
-    const Function mpy{"MPY_Pckd", Form::packed, '*', _zorcBCD_MPY_Pckd};
-    const Function div{"DIV_Pckd", Form::packed, '/', _zorcBCD_DIV_Pckd};
-    const Function mod{"MOD_Pckd", Form::packed, '%', _zorcBCD_MOD_Pckd};
-    const Function addZoned{"ADD_Znd", Form::zoned, '+', _zorcBCD_ADD_Znd};
-    const Function subZoned{"SUB_Znd", Form::zoned, '-', _zorcBCD_SUB_Znd};
-    const Function divZoned{"DIV_Znd", Form::zoned, '/', _zorcBCD_DIV_Znd};
-    const Function modZoned{"MOD_Znd", Form::zoned, '%', _zorcBCD_MOD_Znd};
-    const Example examples[] = {
-        {add, "999C", "1C", "000C", 3, 1, 3},
-        {add, "999D", "1D", "000D", 3, 1, 3}, // the sign of the true result
-        {add, "999C", "1C", "01000C", 3, 1, 5},
-        {add, "5C", "5D", "0C", 1, 1, 1},
-        {add, "5D", "5C", "0D", 1, 1, 1}, // a zero keeps the first sign
-        {sub, "0D", "0D", "0D", 1, 1, 1},
-        {add, "000000", "007F", "00007C", 5, 3, 5}, // binary zeros count as zero
-        {add, "0000", "000000", "000C", 3, 5, 3},
-        {add, "0050", "1C", "006C", 3, 1, 3},     // so does a lone last byte without a sign
-        {add, "91234F", "1A", "01235C", 4, 1, 4}, // the pad is read, and never stored
-        {mpy, "007B", "000E", "00000D", 3, 3, 5},
-        {mpy, "91234C", "10C", "12340C", 4, 2, 5},
-        {div, "7D", "2C", "3D", 1, 1, 1},
-        {mod, "7D", "2C", "1D", 1, 1, 1},
-        {div, "7C", "2D", "3D", 1, 1, 1},
-        {mod, "7C", "2D", "1C", 1, 1, 1},
-        {mod, "6D", "3C", "0D", 1, 1, 1}, // after long division
-        {div, "6D", "6C", "1D", 1, 1, 1},
-        {mod, "6D", "6C", "0C", 1, 1, 1}, // equal magnitudes
-        {div, "2D", "3C", "0C", 1, 1, 1},
-        {mod, "2B", "3C", "2D", 1, 1, 1},
-        {addZoned, "310042", "31", "310033", 3, 1,
-         3}, // a byte that no carry reaches stays as it is
-        {addZoned, "310042", "3939", "323031", 3, 2, 3}, // a null is a zero digit
-        {addZoned, "41313233", "35", "41313238", 4, 1, 4},
-        {addZoned, "4A323330", "31", "4A323331", 4, 1, 4},
-        {subZoned, "4A35", "3131", "3934", 2, 2, 2}, // a letter in front counts by its low half
-        {addZoned, "3920", "31", "3931", 2, 1, 2},   // a blank at the end is zero
-        {addZoned, "397D", "3031", "3879", 2, 2, 2},
-        {divZoned, "3170", "35", "72", 2, 1, 1},
-        {divZoned, "75", "35", "71", 1, 1, 1},
-        {modZoned, "75", "35", "30", 1, 1, 1},
-        {modZoned, "4173", "3939", "30304173", 2, 2, 4},     // copied as it is,
-        {modZoned, "20003173", "3939", "30303173", 4, 2, 4}, // but for zeros in front
-    };
-    auto bytes = [](std::string text) {
-        return packNibbles(text.size() % 2 == 0 ? text : "0" + text);
-    };
-    for (const Example &e : examples) {
-        std::string op1 = bytes(e.op1);
-        std::string op2 = bytes(e.op2);
-        const std::string wanted = bytes(e.wanted);
-        Field target(std::string(wanted.size(), '\x77'), 1);
-        e.function.call(reinterpret_cast<uint8_t *>(op1.data()),
-                        reinterpret_cast<uint8_t *>(op2.data()), target.data(), e.targetDigits,
-                        e.digits2, e.digits1);
-        EXPECT_EQ(kit::hex(target.bytes()), kit::hex(wanted))
-            << e.function.name << " " << e.op1 << " " << e.op2;
-    }
+TEST(Garbage, StaysWithinBounds) {
+    const auto result =
+        kit::runChild(calculateGarbage, kit::Environment{{"COBOL_BCD_NOVALIDATE", "1"}});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <regex>
 #include <vector>
 
+#include "arithmetic_model.h"
 #include "moves_model.h"
 #include "support/kit.h"
 
@@ -33,6 +34,40 @@ std::string verbOf(const char *name) {
     std::string verb(name, strcspn(name, "_"));
     std::transform(verb.begin(), verb.end(), verb.begin(), tolower);
     return verb;
+}
+
+void traceArithmetic() {
+    uint8_t target[5];
+    uint8_t remainder[2];
+    for (const Operation &f : kOperations) {
+        const std::string op1 = encode(f.form, "123", true);
+        const std::string op2 = encode(f.form, "5", true);
+        f.call(address(op1), address(op2), target, 5, 1, 3);
+        if (f.form == Pckd || f.operation != '%') { // the zoned remainder has no trace
+            const Value value = result(f.operation, {"123", true}, {"5", true});
+            expectTrace(
+                verbOf(f.name) + (f.form == Pckd ? " packed" : " zoned"),
+                {{"op1: ", op1, 3}, {"op2: ", op2, 1}, {"dst: ", stored(f.form, value, 5), 5}});
+        }
+    }
+    _zorcBCD_DIVR_Znd(address("12s"), address("u"), target, remainder, 2, 5, 1, 3); // nor this
+    _zorcBCD_DIVR_Pckd(address("\x12\x3D"), address("\x5D"), target, remainder, 2, 5, 1, 3);
+    expectTrace("div packed remainder", {{"op1: ", "\x12\x3D", 3},
+                                         {"op2: ", "\x5D", 1},
+                                         {"dst: ", unhex("00024c"), 5},
+                                         {"rem: ", unhex("003d"), 2}});
+    for (const Increment &f : kIncrements) {
+        const std::string accumulator = encode(f.form, "99", false);
+        const std::string sum = encode(f.form, f.operation == '+' ? "98" : "00", false);
+        std::copy(accumulator.begin(), accumulator.end(), target);
+        f.call(target, 2, -1);
+        const bool isOdd = f.name == std::string("ADD_Znd_Int4");
+        expectTrace((f.operation == '+' ? "inc " : "dec ") +
+                        std::string(f.form == Pckd ? "packed" : "zoned") + (isOdd ? "_" : "_int") +
+                        std::to_string(f.bits),
+                    {{"op1: ", accumulator, 2}});
+        printf("op2: -1\ndst: @ 2: %s\n", kit::hex(sum).c_str());
+    }
 }
 
 void traceMoves() {
@@ -80,7 +115,7 @@ void traceMoves() {
 }
 
 TEST(Trace, IsWrittenLineByLine) {
-    for (void (*body)() : {traceMoves}) {
+    for (void (*body)() : {traceArithmetic, traceMoves}) {
         const auto result = kit::runChild(body, kit::Environment{{"COBOL_BCD_DEBUG", "1"}});
         const std::string trace = std::regex_replace(result.err, std::regex("0x[0-9a-f]+"), "@");
         EXPECT_EQ(trace, result.out);
@@ -94,6 +129,7 @@ TEST(Trace, IsWrittenLineByLine) {
 
 constexpr const char *kCatalogue = "$set 40\n1 1 sign\n$set 902\n1 1 zero\n$set 903\n1 1 bad\n";
 constexpr const char *kSign = "ZOR040W  sign\n\n";
+constexpr const char *kZero = "ZOR902W  zero\n\n";
 constexpr const char *kBad = "ZOR903W  bad\n\n";
 
 // What is to be called, and the messages that it is to issue.
@@ -145,8 +181,47 @@ void callMoves(unsigned options) {
     }
 }
 
+void callArithmetic(unsigned options) {
+    const std::string found = (options & kNoValidate) == 0 ? kBad : "";
+    uint8_t target[8];
+    for (const Operation &f : kOperations) {
+        const std::string good = encode(f.form, "555", false);
+        const std::string bad = badItem(f.form);
+        announce(f.name, found);
+        f.call(address(bad), address(good), target, 3, 3, 3);
+        announce("bad op2", found);
+        f.call(address(good), address(bad), target, 3, 3, 3);
+    }
+    for (const Increment &f : kIncrements) {
+        for (const int value : {0, 1}) { // 0 is nothing to add, and the item is looked at
+            std::string item = badItem(f.form);
+            announce(f.name, found);
+            f.call(reinterpret_cast<uint8_t *>(item.data()), 3, value);
+        }
+    }
+    const struct {
+        const char *function, *op1, *op2;
+        std::string messages;
+        const char *result;
+    } strays[] = {
+        {"ADD_Pckd", "1a2c", "110a", found, "0000312c"}, // a nibble counts by its value
+        {"ADD_Pckd", "404040", "2c", found, "0040406c"}, // blanks are digits with a sign of 0
+        {"MPY_Pckd", "202020", "6c", found, "0121212c"},
+        {"DIV_Pckd", "1a2c", "000d", found + kZero, "0000000c"},
+    };
+    for (const auto &[function, op1, op2, messages, result] : strays) {
+        const auto digits = [](const char *hex) { return static_cast<int>(strlen(hex)) - 1; };
+        announce(function, messages);
+        named(kOperations, function)
+            .call(address(unhex(op1)), address(unhex(op2)), target, 7, digits(op2), digits(op1));
+        fprintf(stderr, "%s\n", kit::hex(target, 4).c_str());
+        printf("%s\n", result);
+    }
+}
+
 template <unsigned options> void callAll() {
     callMoves(options);
+    callArithmetic(options);
 }
 
 TEST(Messages, FollowTheSwitches) {

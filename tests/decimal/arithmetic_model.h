@@ -1,0 +1,207 @@
+// The arithmetic functions, and plain decimal arithmetic on texts of digits, one digit a step.
+#ifndef ZOR_TESTS_DECIMAL_ARITHMETIC_MODEL_H
+#define ZOR_TESTS_DECIMAL_ARITHMETIC_MODEL_H
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "decimal.h"
+#include "items.h"
+
+namespace model {
+
+// ---- the functions of the family, by their names without the prefix
+
+struct Operation {
+    const char *name;
+    Form form;
+    char operation;
+    uint8_t *(*call)(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                     int32_t op2Digits, int32_t op1Digits);
+};
+
+inline const Operation kOperations[] = {
+    {"ADD_Pckd", Pckd, '+', _zorcBCD_ADD_Pckd}, {"SUB_Pckd", Pckd, '-', _zorcBCD_SUB_Pckd},
+    {"MPY_Pckd", Pckd, '*', _zorcBCD_MPY_Pckd}, {"DIV_Pckd", Pckd, '/', _zorcBCD_DIV_Pckd},
+    {"MOD_Pckd", Pckd, '%', _zorcBCD_MOD_Pckd}, {"ADD_Znd", Znd, '+', _zorcBCD_ADD_Znd},
+    {"SUB_Znd", Znd, '-', _zorcBCD_SUB_Znd},    {"MPY_Znd", Znd, '*', _zorcBCD_MPY_Znd},
+    {"DIV_Znd", Znd, '/', _zorcBCD_DIV_Znd},    {"MOD_Znd", Znd, '%', _zorcBCD_MOD_Znd},
+};
+
+struct Increment {
+    const char *name;
+    Form form;
+    char operation;
+    int bits;
+    uint8_t *(*call)(uint8_t *accumulator, int32_t digits, int64_t value);
+};
+
+template <auto call, class Integer>
+uint8_t *increment(uint8_t *accumulator, int32_t digits, int64_t value) {
+    return call(accumulator, digits, static_cast<Integer>(value));
+}
+inline const Increment kIncrements[] = {
+    {"ADD_Pckd_Int8", Pckd, '+', 64, increment<_zorcBCD_ADD_Pckd_Int8, int64_t>},
+    {"ADD_Pckd_Int4", Pckd, '+', 32, increment<_zorcBCD_ADD_Pckd_Int4, int32_t>},
+    {"SUB_Pckd_Int8", Pckd, '-', 64, increment<_zorcBCD_SUB_Pckd_Int8, int64_t>},
+    {"SUB_Pckd_Int4", Pckd, '-', 32, increment<_zorcBCD_SUB_Pckd_Int4, int32_t>},
+    {"ADD_Znd_Int8", Znd, '+', 64, increment<_zorcBCD_ADD_Znd_Int8, int64_t>},
+    {"ADD_Znd_Int4", Znd, '+', 32, increment<_zorcBCD_ADD_Znd_Int4, int32_t>},
+    {"SUB_Znd_Int8", Znd, '-', 64, increment<_zorcBCD_SUB_Znd_Int8, int64_t>},
+    {"SUB_Znd_Int4", Znd, '-', 32, increment<_zorcBCD_SUB_Znd_Int4, int32_t>},
+};
+
+// ---- arithmetic
+
+// Digits without leading zeros, "0" for zero; a zero keeps its sign.
+struct Value {
+    std::string digits = "0";
+    bool negative = false;
+    bool isZero() const { return digits == "0"; }
+    Value negated() const { return {digits, !negative}; }
+};
+
+inline std::string trimmed(const std::string &digits) {
+    const size_t first = digits.find_first_not_of('0');
+    return first == std::string::npos ? "0" : digits.substr(first);
+}
+
+inline Value valueOf(Form form, const std::string &bytes, int digits) {
+    Item item = decode(form, bytes, digits);
+    for (char &b : item.digits) {
+        b = static_cast<char>('0' | (b & 0x0F));
+    }
+    return {trimmed(item.digits), item.negative};
+}
+inline Value valueOf(int64_t value) {
+    const std::string text = std::to_string(value);
+    return value < 0 ? Value{text.substr(1), true} : Value{text, false};
+}
+
+// An item as results are stored.
+inline std::string stored(Form form, const Value &value, int digits) {
+    return encode(form, fit(value.digits, digits), value.negative);
+}
+
+inline int compare(const std::string &a, const std::string &b) {
+    if (a.size() != b.size()) {
+        return a.size() < b.size() ? -1 : 1;
+    }
+    return a.compare(b);
+}
+
+inline int digitFromEnd(const std::string &digits, size_t at) {
+    return at < digits.size() ? digits[digits.size() - 1 - at] - '0' : 0;
+}
+
+// a + factor * b, which is not negative.
+inline std::string combine(const std::string &a, int factor, const std::string &b) {
+    std::string sum(std::max(a.size(), b.size()) + 1, '0');
+    int carry = 0;
+    for (size_t at = 0; at < sum.size(); ++at) {
+        const int total = digitFromEnd(a, at) + factor * digitFromEnd(b, at) + carry;
+        const int digit = (total % 10 + 10) % 10;
+        sum[sum.size() - 1 - at] = static_cast<char>('0' + digit);
+        carry = (total - digit) / 10;
+    }
+    return trimmed(sum);
+}
+inline std::string add(const std::string &a, const std::string &b) {
+    return combine(a, 1, b);
+}
+inline std::string subtract(const std::string &a, const std::string &b) {
+    return combine(a, -1, b);
+}
+
+inline std::string multiply(const std::string &a, const std::string &b) {
+    std::string product;
+    for (const char digit : b) {
+        product = combine(product + '0', digit - '0', a);
+    }
+    return product;
+}
+
+// Quotient; the remainder is left in rest.
+inline std::string divide(const std::string &a, const std::string &b, std::string &rest) {
+    std::string quotient;
+    rest = "0";
+    for (const char digit : a) {
+        rest = trimmed(rest + digit);
+        char count = '0';
+        for (; compare(rest, b) >= 0; ++count) {
+            rest = subtract(rest, b);
+        }
+        quotient += count;
+    }
+    return trimmed(quotient);
+}
+
+// The sum, with the sign that a zero takes: that of the first operand.
+inline Value sum(const Value &a, const Value &b) {
+    if (a.negative == b.negative) {
+        return {add(a.digits, b.digits), a.negative};
+    }
+    if (compare(a.digits, b.digits) >= 0) {
+        return {subtract(a.digits, b.digits), a.negative};
+    }
+    return {subtract(b.digits, a.digits), b.negative};
+}
+
+// What a target gets. The quotient of a dividend below its divisor is positive; a remainder is that
+// of the long division, with the dividend's sign even at zero, or the dividend itself.
+inline Value result(char operation, const Value &a, const Value &b) {
+    const bool differ = a.negative != b.negative;
+    switch (operation) {
+    case '+':
+        return sum(a, b);
+    case '-':
+        return sum(a, b.negated());
+    case '*':
+        return {multiply(a.digits, b.digits), differ};
+    default:
+        break;
+    }
+    const int order = compare(a.digits, b.digits);
+    std::string rest;
+    const std::string quotient = divide(a.digits, b.digits, rest);
+    return operation == '/' ? Value{quotient, order >= 0 && differ}
+                            : Value{rest, order != 0 && a.negative};
+}
+
+// ---- scaled numbers: digits * 10^exponent
+
+struct Decimal {
+    std::string digits;
+    int exponent = 0;
+};
+
+// Reads "d.ddde+xx".
+inline Decimal parse(const std::string &text) {
+    const size_t e = text.find('e');
+    std::string digits = text.substr(0, e);
+    int exponent = std::atoi(text.c_str() + e + 1);
+    if (const size_t point = digits.find('.'); point != std::string::npos) {
+        digits.erase(point, 1);
+        exponent -= static_cast<int>(digits.size() - point);
+    }
+    return {trimmed(digits), exponent};
+}
+
+// value * 10^decs as a whole number, cut or rounded half up.
+inline std::string scaled(const Decimal &value, int decs, bool rounded) {
+    const bool isZero = trimmed(value.digits) == "0"; // at any scale
+    const int exponent = isZero ? 0 : value.exponent + decs;
+    if (exponent >= 0) {
+        return trimmed(value.digits + std::string(static_cast<size_t>(exponent), '0'));
+    }
+    const auto dropped = static_cast<size_t>(-exponent);
+    const std::string text = std::string(dropped, '0') + value.digits;
+    const size_t kept = text.size() - dropped;
+    const bool up = rounded && text[kept] >= '5';
+    return add(text.substr(0, kept), up ? "1" : "0");
+}
+
+} // namespace model
+
+#endif
