@@ -233,9 +233,8 @@ TEST(Signals, AFrameThatCannotBeWalkedEndsTheTracebackAlone) {
             options({{"SIGNAL", std::to_string(signo)}}));
         const bool goesOn = signo == SIGUSR1;
         EXPECT_EQ(child.out, goesOn ? "goes on" : "");
-        EXPECT_EQ(shape(child.err),
-                  goesOn ? "\n  Signal received: 10 (SIGUSR1)\n\n<traceback>\n"
-                         : kTraceback + message995("SIGTERM", "@"));
+        EXPECT_EQ(shape(child.err), goesOn ? "\n  Signal received: 10 (SIGUSR1)\n\n<traceback>\n"
+                                           : kTraceback + message995("SIGTERM", "@"));
         EXPECT_EQ(child.status, goesOn ? 0 : kSignalled + SIGABRT);
     }
 }

@@ -44,7 +44,8 @@ int walkFrames(std::span<void *> frames) {
 }
 
 void leaveFailedWalk(int signo, const siginfo_t *info) {
-    const bool isFault = (signo == SIGSEGV || signo == SIGBUS) && info != nullptr && info->si_code > 0;
+    const bool isFault =
+        (signo == SIGSEGV || signo == SIGBUS) && info != nullptr && info->si_code > 0;
     if (isFault && walker == gettid()) {
         siglongjmp(afterFault, 1);
     }
