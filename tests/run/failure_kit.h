@@ -1,11 +1,10 @@
-// What a failed child leaves behind, in a form that can be compared.
+// Failures, and what a child that failed leaves behind in the form of kit::shape().
 #ifndef ZOR_TESTS_RUN_FAILURE_KIT_H
 #define ZOR_TESTS_RUN_FAILURE_KIT_H
 
-#include <cstdlib>
-#include <regex>
+#include <csignal>
+#include <pthread.h>
 #include <string>
-#include <sys/resource.h>
 
 #include "support/kit.h"
 
@@ -18,36 +17,24 @@
 namespace failure {
 
 inline constexpr int kSignalled = 128; // of kit::ChildResult, a signal's number is added
+inline constexpr int kAborted = kSignalled + SIGABRT;
 
-// The library's own signal handling must meet the signals, also under a sanitizer.
-inline kit::ChildOptions options(kit::Environment environment) {
-    kit::ChildOptions result;
-    result.environment = std::move(environment);
-    result.environment.emplace_back("ASAN_OPTIONS",
-                                    "handle_segv=0:handle_sigfpe=0:handle_sigill=0:handle_sigbus=0:"
-                                    "handle_abort=0:use_sigaltstack=0:detect_leaks=0");
-    return result;
+inline const std::string kTraceback = "<traceback>\n";
+inline const std::string kClosing = "ZOR901S Program exits due to severe or critical error.\n";
+inline const std::string kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
+
+// Message 901 as ZORABEND issues it.
+inline const std::string kForcedEnd =
+    kTraceback + "ZOR901S  Program exits due to severe or critical error.\n" + kClosing + "\n";
+
+// A signal's traceback, and message 995 for its name and an address as "%p" shows it.
+inline std::string signalEnd(const std::string &name, const std::string &address = "@") {
+    return kTraceback + "ZOR995S  Signal " + name + " was caught at address " + address +
+           " and ends the run.\n" + kClosing + "\n";
 }
 
-// Blanks addresses and process ids; a traceback with at least one frame becomes "<traceback>".
-inline std::string shape(const std::string &text) {
-    static const std::regex frames("  Traceback:\n([^\n]*\\[0x[0-9a-f]+\\]\n)+"
-                                   "    --- End of call chain ---\n");
-    static const std::regex addresses("\\b0x[0-9a-f]{5,}\\b");
-    static const std::regex pids("PID [0-9]+");
-    std::string result = std::regex_replace(text, frames, "<traceback>\n");
-    result = std::regex_replace(result, addresses, "@");
-    return std::regex_replace(result, pids, "PID #");
-}
-
-inline constexpr const char *kNullPointer = "SIGSEGV: Likely NULL pointer dereference ((nil)).\n";
-inline constexpr const char *kTraceback = "<traceback>\n";
-
-// Message 995 with its closing line, for a signal's name and an address as "%p" shows it.
-inline std::string message995(const std::string &name, const std::string &address) {
-    return "ZOR995S  Signal " + name + " was caught at address " + address +
-           " and ends the run.\nZOR901S Program exits due to severe or critical error.\n\n";
-}
+// What readNothing() leaves.
+inline const std::string kReadNothing = kNullPointer + signalEnd("SIGSEGV");
 
 // The faults themselves, which a sanitizer must leave alone.
 #define ZOR_UNCHECKED __attribute__((noinline, no_sanitize("address", "undefined")))
@@ -67,14 +54,23 @@ inline void readNothing() {
     readAt(nothing);
 }
 
-// Runs a body as a main program; core files are allowed if the environment has CORES.
-inline void runProgram(void (*body)()) {
-    rlimit limit{};
-    getrlimit(RLIMIT_CORE, &limit);
-    limit.rlim_cur = getenv("CORES") != nullptr ? limit.rlim_max : 0;
-    setrlimit(RLIMIT_CORE, &limit);
-    static kit::Program program("FAILPGM");
-    kit::runMainProgram(program, body);
+// A thread that a failure may end: what it leaves, (void *)-1 then, is seen by the join.
+inline pthread_t startThread(void (*body)()) {
+    pthread_t thread{};
+    pthread_create(
+        &thread, nullptr,
+        [](void *run) -> void * {
+            reinterpret_cast<void (*)()>(run)();
+            return nullptr;
+        },
+        reinterpret_cast<void *>(body));
+    return thread;
+}
+
+inline bool joinsAsEnded(pthread_t thread) {
+    void *result = nullptr;
+    pthread_join(thread, &result);
+    return result == reinterpret_cast<void *>(-1);
 }
 
 } // namespace failure

@@ -1,164 +1,87 @@
 // Signals that meet a run amid other things: locks, threads, files, hosts and the monitor.
 
 #include <array>
-#include <csetjmp>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <pthread.h>
-#include <unistd.h>
+#include <semaphore>
+#include <thread>
 
 #include "failure_kit.h"
-#include "fcb.h"
 #include "signal_row.h"
+
+using namespace failure;
+using namespace kit;
 
 namespace {
 
-using failure::kNullPointer;
-using failure::kSignalled;
-using failure::kTraceback;
-using failure::message995;
-using failure::options;
-using failure::readNothing;
-using failure::runProgram;
-using failure::shape;
-using kit::ChildResult;
-using kit::Program;
-using kit::runChild;
-
-constexpr std::size_t kBlock = 4096 - 4; // bytes, up to the size word of the next block
-
-TEST(SignalEnds, DuringADisplayShowWhatWasWritten) {
-    const ChildResult child = runChild(
-        [] {
-            runProgram([] {
-                flockfile(stdout);
-                printf("half a line");
-                readNothing();
-            });
-        },
-        options({}));
-    EXPECT_EQ(child.out, "half a line");
-    EXPECT_EQ(child.status, kSignalled + SIGABRT);
-}
-
-void *threadResult = nullptr;
-
-TEST(SignalEnds, OnASecondThreadEndThatThreadAlone) {
-    const ChildResult child = runChild(
-        [] {
-            runProgram([] {
-                pthread_t thread{};
-                pthread_create(
-                    &thread, nullptr,
-                    [](void *) -> void * {
-                        flockfile(stdout);
-                        readNothing();
-                        return nullptr;
-                    },
-                    nullptr);
-                pthread_join(thread, &threadResult);
-                printf("%d %d", threadResult == reinterpret_cast<void *>(-1),
-                       _zorProccom == nullptr);
-            });
-        },
-        options({}));
-    EXPECT_EQ(child.out, "1 1");
-    EXPECT_EQ(shape(child.err),
-              kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
-    EXPECT_EQ(child.status, 0);
-}
-
-// A second thread keeps something for good while the main thread fails.
-void *keepStdout(void *) {
+PROGRAM_TEST(SignalEnds, DuringADisplayShowWhatWasWritten, .out = "half a line",
+             .err = kReadNothing, .status = kAborted) {
     flockfile(stdout);
-    pause();
-    return nullptr;
+    printf("half a line");
+    readNothing();
 }
 
-void *waitForInput(void *) {
-    int ends[2];
-    char line[16];
-    if (pipe(ends) == 0) {
-        fgets(line, sizeof line, fdopen(ends[0], "r"));
-    }
-    return nullptr;
+PROGRAM_TEST(SignalEnds, OnASecondThreadEndThatThreadAlone, .err = kReadNothing) {
+    const pthread_t thread = startThread([] {
+        flockfile(stdout);
+        readNothing();
+    });
+    EXPECT_TRUE(joinsAsEnded(thread));
+    EXPECT_EQ(_zorProccom, nullptr);
 }
 
-void *justLive(void *) {
-    pause();
-    return nullptr;
+// A second thread takes something and keeps it for good.
+void keepOnThread(void (*take)()) {
+    static std::binary_semaphore taken(0);
+    std::thread([take] {
+        take();
+        taken.release();
+        pause();
+    }).detach();
+    taken.acquire();
 }
 
-void failBeside(void *(*other)(void *), void (*body)()) {
-    pthread_t thread{};
-    pthread_create(&thread, nullptr, other, nullptr);
-    usleep(100000);
-    runProgram(body);
-}
-
-TEST(SignalEnds, DoNotWaitForOtherThreads) {
-    for (const auto body : {+[] { failBeside(waitForInput, readNothing); },
-                            +[] { failBeside(keepStdout, readNothing); }}) {
-        const ChildResult child = runChild(body, options({}));
-        EXPECT_EQ(shape(child.err),
-                  kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@"));
-        EXPECT_EQ(child.status, kSignalled + SIGABRT);
-    }
+PROGRAM_TEST(SignalEnds, DoNotWaitForOtherThreads, .err = kReadNothing, .status = kAborted) {
+    keepOnThread([] {
+        flockfile(stdout);
+        flockfile(stdin); // as one does that waits for input
+    });
+    readNothing();
 }
 
 TEST(SignalEnds, OfSeveralThreadsAtOnceTellOne) {
-    const ChildResult child = runChild(
-        [] {
-            runProgram([] {
-                static pthread_barrier_t together;
-                std::array<pthread_t, 6> threads{};
-                pthread_barrier_init(&together, nullptr, threads.size());
-                for (pthread_t &thread : threads) {
-                    pthread_create(
-                        &thread, nullptr,
-                        [](void *) -> void * {
-                            pthread_barrier_wait(&together);
-                            readNothing();
-                            return nullptr;
-                        },
-                        nullptr);
-                }
-                for (const pthread_t thread : threads) {
-                    pthread_join(thread, nullptr);
-                }
+    const ChildResult child = runProgram({}, [] {
+        static pthread_barrier_t together;
+        std::array<pthread_t, 6> threads{};
+        pthread_barrier_init(&together, nullptr, threads.size());
+        for (pthread_t &thread : threads) {
+            thread = startThread([] {
+                pthread_barrier_wait(&together);
+                readNothing();
             });
-        },
-        options({}));
-    const std::string told = kTraceback + message995("SIGSEGV", "@");
+        }
+        for (const pthread_t thread : threads) {
+            joinsAsEnded(thread);
+        }
+    });
     const std::string shown = shape(child.err);
-    EXPECT_NE(shown.find(told), std::string::npos) << shown;
+    EXPECT_NE(shown.find(signalEnd("SIGSEGV")), std::string::npos) << shown;
     EXPECT_EQ(shown.find("ZOR995S"), shown.rfind("ZOR995S")) << shown;
     EXPECT_EQ(child.status, kSignalled + SIGSEGV); // the other threads' previous action
 }
 
-TEST(SignalEnds, InsideTheAllocatorEndTheProcess) {
-    if (ZOR_UNDER_SANITIZER) {
-        GTEST_SKIP() << "the allocator is the sanitizer's";
+#if !ZOR_UNDER_SANITIZER // which has the allocator to itself
+PROGRAM_TEST(SignalEnds, InsideTheAllocatorEndTheProcess, .errHolds = signalEnd("SIGABRT"),
+             .status = kAborted) {
+    constexpr std::size_t block = 4096 - 4; // bytes, up to the size word of the next block
+    keepOnThread([] {});
+    // Bytes that the allocator finds wrong only once it has its lock.
+    auto *bytes = static_cast<volatile char *>(malloc(block));
+    for (std::size_t i = 0; i < 2 * sizeof(std::size_t); ++i) {
+        bytes[block - sizeof(std::size_t) + i] = 0;
     }
-    const ChildResult child = runChild(
-        [] {
-            failBeside(justLive, [] {
-                // Bytes that the allocator finds wrong only once it has its lock.
-                auto *block = static_cast<volatile char *>(malloc(kBlock));
-                for (std::size_t i = 0; i < 2 * sizeof(std::size_t); ++i) {
-                    block[kBlock - sizeof(std::size_t) + i] = 0;
-                }
-                free(const_cast<char *>(block));
-            });
-        },
-        options({}));
-    EXPECT_NE(shape(child.err).find(kTraceback + message995("SIGABRT", "@")), std::string::npos)
-        << child.err;
-    EXPECT_EQ(child.status, kSignalled + SIGABRT);
+    free(const_cast<char *>(bytes));
 }
+#endif
 
-// Files: one that closes well, and one whose close fails with a signal.
 void closeWell(FCB *file, IPCB *) {
     fputs("closed\n", stderr);
     file->curmode = 0;
@@ -169,147 +92,99 @@ void closeBadly(FCB *, IPCB *) {
     readNothing();
 }
 
-void runWithFile(FileOperation close, void (*body)()) {
-    static FCB file{};
-    static FCB *files[] = {&file};
-    static Program program("FILEPGM");
-    _zorPgmInit(&program.pcb);
-    program.ipcb[0].fcbs = files;
-    program.ipcb[0].nfcbs = 1;
-    file.curmode = FCB_OUTPUT;
-    file.close = close;
-    if (sigsetjmp(*_zorGetJmpBuffer(), 1) == 0) {
-        body();
-    }
-    _zorPgmTerm(&program.pcb);
+void withFile(FileOperation close, void (*body)()) {
+    static FCB file = openFile(close);
+    giveFiles({&file});
+    body();
 }
 
-void openAnother() {
+void failInOpen() {
     static FCB another{};
     another.open = [](FCB *, IPCB *) { readNothing(); };
-    another.close = closeBadly;
     another.open(&another, nullptr);
 }
 
-// The signal comes in the program's own code, or while it opens another file.
 TEST(SignalEnds, CloseTheFilesOfTheRun) {
-    for (const auto body : {+[] { runWithFile(closeWell, readNothing); },
-                            +[] { runWithFile(closeWell, openAnother); }}) {
-        const ChildResult child = runChild(body, options({}));
-        EXPECT_EQ(shape(child.err),
-                  kNullPointer + std::string(kTraceback) + message995("SIGSEGV", "@") + "closed\n");
-        EXPECT_EQ(child.status, kSignalled + SIGABRT);
-    }
+    const Expected closed{.err = kReadNothing + "closed\n", .status = kAborted};
+    const Expected failedAgain{.err = "closing\n" + kReadNothing + "closing\n" + kNullPointer,
+                               .status = kSignalled + SIGSEGV}; // of the second failure
+    expectChildren({
+        {"in the program", closed, inProgram([] { withFile(closeWell, readNothing); })},
+        {"in the open of another file", closed, inProgram([] { withFile(closeWell, failInOpen); })},
+        {"in a close", failedAgain, inProgram([] { withFile(closeBadly, [] {}); })},
+        {"in a close of STOP RUN", failedAgain,
+         inProgram([] { withFile(closeBadly, [] { _zorRunUnitTerm(4); }); })},
+    });
 }
 
-TEST(SignalEnds, InTheEndOfTheRunUnit) {
-    for (const auto body : {+[] { runWithFile(closeBadly, [] {}); },
-                            +[] { runWithFile(closeBadly, [] { _zorRunUnitTerm(4); }); }}) {
-        const ChildResult child = runChild(body, options({}));
-        EXPECT_EQ(shape(child.err), std::string("closing\n") + kNullPointer + kTraceback +
-                                        message995("SIGSEGV", "@") + "closing\n" + kNullPointer);
-        EXPECT_EQ(child.status, kSignalled + SIGSEGV); // of the second failure
-    }
+void failUnderHost(HostRoutine stop, HostRoutine abrt) {
+    _zorProccom->runcom->stop = stop;
+    _zorProccom->runcom->abrt = abrt;
+    _zorProccom->runcom->token = const_cast<char *>("token");
+    readNothing();
 }
 
-void hostRoutine(void *token) {
-    printf("%s", static_cast<const char *>(token));
-    fflush(stdout);
+void showToken(void *token) {
+    printf("%s", static_cast<char *>(token));
 }
 
 TEST(SignalEnds, EndThroughTheHostsRoutines) {
-    const auto withRoutines = [](HostRoutine stop, HostRoutine abrt) {
-        _zorProccom->runcom->stop = stop;
-        _zorProccom->runcom->abrt = abrt;
-        _zorProccom->runcom->token = const_cast<char *>("token");
+    const Expected expected{.out = "token", .err = kReadNothing, .status = 19};
+    expectChildren({
+        {"of abnormal ends", expected,
+         inProgram([] { failUnderHost([](void *) { printf("wrong"); }, showToken); })},
+        {"of STOP RUN alone", expected, inProgram([] { failUnderHost(showToken, nullptr); })},
+    });
+}
+
+PROGRAM_TEST(SignalEnds, LeaveNoWatchOnAHostThatGoesOn, .out = "host", .err = kReadNothing) {
+    static sigjmp_buf hostsLoop;
+    struct sigaction before {};
+    struct sigaction after {};
+    sigaction(SIGSTKFLT, nullptr, &before);
+    _zorProccom->runcom->abrt = [](void *) { siglongjmp(hostsLoop, 1); };
+    if (sigsetjmp(hostsLoop, 1) == 0) {
         readNothing();
-    };
-    static const auto run = withRoutines;
-    const auto wrong = [](void *) { printf("wrong"); };
-    static const HostRoutine stopInstead = wrong;
-    for (const auto body : {+[] { runProgram([] { run(stopInstead, hostRoutine); }); },
-                            +[] { runProgram([] { run(hostRoutine, nullptr); }); }}) {
-        const ChildResult child = runChild(body, options({}));
-        EXPECT_EQ(child.out, "token");
-        EXPECT_EQ(child.status, 19);
     }
+    sigaction(SIGSTKFLT, nullptr, &after);
+    EXPECT_EQ(before.sa_handler, after.sa_handler);
+    EXPECT_EQ(readFile("/proc/self/timers"), "");
+    printf("host");
+    fflush(stdout);
+    _exit(0);
 }
 
-sigjmp_buf hostsLoop;
-
-TEST(SignalEnds, LeaveNoWatchOnAHostThatGoesOn) {
-    const ChildResult child = runChild(
-        [] {
-            runProgram([] {
-                struct sigaction before {};
-                struct sigaction after {};
-                sigaction(SIGSTKFLT, nullptr, &before);
-                _zorProccom->runcom->abrt = [](void *) { siglongjmp(hostsLoop, 1); };
-                if (sigsetjmp(hostsLoop, 1) == 0) {
-                    readNothing();
-                }
-                sigaction(SIGSTKFLT, nullptr, &after);
-                FILE *timers = fopen("/proc/self/timers", "r");
-                const int running = timers == nullptr ? EOF : fgetc(timers);
-                printf("%d %d", before.sa_handler == after.sa_handler, running == EOF);
-                fflush(stdout);
-                _exit(0);
-            });
-        },
-        options({}));
-    EXPECT_EQ(child.out, "1 1");
+CHILD_TEST(SignalEnds, InTheMonitorComeBackToTheEpilogue,
+           .out = "0 ZOR995S  Signal SIGSEGV \n1 ZOR901S Program exits du\n"
+                  "value 139 blocked 0 hook 0\n",
+           .err = kNullPointer + kTraceback) {
+    _zor_cpm_init([](int32_t stop, const char *, const char *text, int32_t length,
+                     void *) { printf("%d %.*s\n", stop, std::min(length, 24), text); },
+                  nullptr);
+    if (const int value = sigsetjmp(*_zorGetJmpBuffer(), 1); value != 0) {
+        sigset_t blocked;
+        sigprocmask(SIG_BLOCK, nullptr, &blocked);
+        printf("value %d blocked %d hook %d\n", value, sigismember(&blocked, SIGSEGV),
+               _zorProccom->lockhook != nullptr);
+        return;
+    }
+    readNothing();
 }
 
-TEST(SignalEnds, InTheMonitorComeBackToTheEpilogue) {
-    const ChildResult child = runChild(
-        [] {
-            _zor_cpm_init(
-                [](int32_t stop, const char *, const char *text, int32_t length, void *) {
-                    printf("%d %.*s\n", stop, length < 24 ? length : 24, text);
-                },
-                nullptr);
-            if (const int value = sigsetjmp(*_zorGetJmpBuffer(), 1); value != 0) {
-                sigset_t blocked;
-                sigprocmask(SIG_BLOCK, nullptr, &blocked);
-                printf("value %d blocked %d hook %d\n", value, sigismember(&blocked, SIGSEGV),
-                       _zorProccom->lockhook != nullptr);
-                return;
-            }
-            readNothing();
-        },
-        options({}));
-    EXPECT_EQ(child.out, "0 ZOR995S  Signal SIGSEGV \n1 ZOR901S Program exits du\n"
-                         "value 139 blocked 0 hook 0\n");
-    EXPECT_EQ(child.status, 0);
+CHILD_TEST(SignalEnds, InTheMonitorWithoutAnEpilogueAbort, .err = kReadNothing,
+           .status = kAborted) {
+    _zor_cpm_init(nullptr, nullptr);
+    readNothing();
 }
 
-TEST(SignalEnds, InTheMonitorWithoutAnEpilogueAbort) {
-    const ChildResult child = runChild(
-        [] {
-            _zor_cpm_init(nullptr, nullptr);
-            readNothing();
-        },
-        options({}));
-    EXPECT_EQ(child.status, kSignalled + SIGABRT);
-}
-
-TEST(SignalEnds, HandlerIsHarmlessWithoutARunTime) {
-    const ChildResult child = runChild(
-        [] {
-            runProgram([] {
-                siginfo_t info{};
-                _zorProccom->state |= PROCCOM_ABORT;
-                _zorSignal(SIGSEGV, &info, nullptr);
-                printf("%d", _zorProccom->state & PROCCOM_ABORT);
-            });
-            int32_t rc = -1;
-            _zorCOBOLTerm(1, &rc);
-            _zorSignal(SIGSEGV, nullptr, nullptr);
-        },
-        options({}));
-    EXPECT_EQ(child.out, "0");
-    EXPECT_EQ(child.err, "");
-    EXPECT_EQ(child.status, 0);
+PROGRAM_TEST(SignalEnds, HandlerIsHarmlessAfterAnEnd) {
+    siginfo_t info{};
+    int32_t rc = -1;
+    _zorProccom->state |= PROCCOM_ABORT;
+    _zorSignal(SIGSEGV, &info, nullptr);
+    EXPECT_EQ(_zorProccom->state & PROCCOM_ABORT, 0);
+    _zorCOBOLTerm(1, &rc);
+    _zorSignal(SIGSEGV, nullptr, nullptr);
 }
 
 } // namespace

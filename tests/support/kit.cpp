@@ -1,16 +1,17 @@
 #include "support/kit.h"
 
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
+#include <regex>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
+
+#include "display.h"
 
 namespace kit {
 namespace {
@@ -28,48 +29,41 @@ std::ptrdiff_t distanceOf(void (*body)()) {
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
-    for (int descriptor = 3; descriptor < 64; ++descriptor) {
-        close(descriptor);
-    }
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+#ifdef __SANITIZE_ADDRESS__
+    // The library's own signal handling must meet the signals.
+    setenv("ASAN_OPTIONS",
+           "handle_segv=0:handle_sigfpe=0:handle_sigill=0:handle_sigbus=0:handle_abort=0:"
+           "use_sigaltstack=0",
+           1);
+#endif
+    setenv("LC_ALL", "C.UTF-8", 1);
     for (const auto &[name, value] : options.environment) {
         setenv(name.c_str(), value.c_str(), 1);
-    }
-    if (!options.preload.empty()) {
-        setenv("LD_PRELOAD", options.preload.c_str(), 1);
     }
     if (!options.directory.empty() && chdir(options.directory.c_str()) != 0) {
         _exit(126);
     }
-    std::array<char, 32> argument{};
-    snprintf(argument.data(), argument.size(), "%s%td", kChildOption, distanceOf(body));
+    rlimit cores{};
+    getrlimit(RLIMIT_CORE, &cores);
+    cores.rlim_cur = options.coreFiles ? cores.rlim_max : 0;
+    setrlimit(RLIMIT_CORE, &cores);
+    const std::string argument = kChildOption + std::to_string(distanceOf(body));
     alarm(kChildSeconds);
-    execl("/proc/self/exe", "child", argument.data(), nullptr);
+    execl("/proc/self/exe", "child", argument.c_str(), nullptr);
     _exit(127);
 }
 
-// Reads both ends until the child closes them.
-void drain(int out, int err, ChildResult &result) {
-    std::array<pollfd, 2> ends{pollfd{out, POLLIN, 0}, pollfd{err, POLLIN, 0}};
-    std::array<std::string *, 2> texts{&result.out, &result.err};
-    int open = 2;
-    while (open > 0) {
-        if (poll(ends.data(), ends.size(), -1) < 0 && errno != EINTR) {
-            break;
-        }
-        for (std::size_t i = 0; i < ends.size(); ++i) {
-            if (ends[i].fd < 0 || (ends[i].revents & (POLLIN | POLLHUP | POLLERR)) == 0) {
-                continue;
-            }
-            std::array<char, 4096> buffer{};
-            const ssize_t count = read(ends[i].fd, buffer.data(), buffer.size());
-            if (count > 0) {
-                texts[i]->append(buffer.data(), static_cast<std::size_t>(count));
-            } else if (count == 0) {
-                ends[i].fd = -1;
-                --open;
-            }
-        }
+// Reads until the last writer is gone.
+std::string readAll(int descriptor) {
+    std::string text;
+    std::array<char, 4096> buffer{};
+    ssize_t count = 0;
+    while ((count = read(descriptor, buffer.data(), buffer.size())) > 0) {
+        text.append(buffer.data(), static_cast<std::size_t>(count));
     }
+    close(descriptor);
+    return text;
 }
 
 } // namespace
@@ -79,11 +73,7 @@ ChildResult runChild(void (*body)(), const ChildOptions &options) {
     std::array<int, 2> err{};
     ChildResult result;
     FILE *input = tmpfile();
-    if (input == nullptr || pipe2(out.data(), O_CLOEXEC) != 0 ||
-        pipe2(err.data(), O_CLOEXEC) != 0) {
-        ADD_FAILURE() << "no pipe for the child: " << strerror(errno);
-        return result;
-    }
+    EXPECT_TRUE(input != nullptr && pipe(out.data()) == 0 && pipe(err.data()) == 0);
     fwrite(options.input.data(), 1, options.input.size(), input);
     rewind(input);
     fflush(nullptr);
@@ -94,13 +84,42 @@ ChildResult runChild(void (*body)(), const ChildOptions &options) {
     close(out[1]);
     close(err[1]);
     fclose(input);
-    drain(out[0], err[0], result);
-    close(out[0]);
-    close(err[0]);
+    std::thread errReader([&] { result.err = readAll(err[0]); });
+    result.out = readAll(out[0]);
+    errReader.join();
     int status = 0;
     waitpid(child, &status, 0);
     result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     return result;
+}
+
+std::string shape(const std::string &text) {
+    static const std::regex frames("  Traceback:\n([^\n]*\\[0x[0-9a-f]+\\]\n)+"
+                                   "    --- End of call chain ---\n");
+    static const std::regex addresses("\\b0x[0-9a-f]{5,}\\b");
+    static const std::regex pids("PID [0-9]+");
+    std::string result = std::regex_replace(text, frames, "<traceback>\n");
+    result = std::regex_replace(result, addresses, "@");
+    return std::regex_replace(result, pids, "PID #");
+}
+
+void expectChild(const Expected &expected, void (*body)()) {
+    const ChildResult child = runChild(body, expected.environment);
+    const std::string err = shape(child.err);
+    EXPECT_EQ(child.out, expected.out);
+    if (expected.errHolds.empty()) {
+        EXPECT_EQ(err, expected.err) << child.err;
+    } else {
+        EXPECT_NE(err.find(expected.errHolds), std::string::npos) << err;
+    }
+    EXPECT_EQ(child.status, expected.status);
+}
+
+void expectChildren(const std::vector<ChildCase> &cases) {
+    for (const ChildCase &each : cases) {
+        SCOPED_TRACE(each.name);
+        expectChild(each.expected, each.body);
+    }
 }
 
 Program::Program(const char *name, int nestedPrograms) {
@@ -124,6 +143,30 @@ int runMainProgram(Program &program, void (*body)()) {
     return value;
 }
 
+FCB openFile(FileOperation close) {
+    FCB file{};
+    memcpy(file.eyecatcher, "FCB", sizeof file.eyecatcher);
+    file.curmode = FCB_INPUT;
+    file.close = close;
+    return file;
+}
+
+void giveFiles(std::vector<FCB *> files, IPCB *ipcb) {
+    auto *kept = new std::vector<FCB *>(std::move(files)); // the unload may still close them
+    ipcb = ipcb != nullptr ? ipcb : _zorProccom->runcom->main->ipcb;
+    ipcb->fcbs = kept->data();
+    ipcb->nfcbs = static_cast<int32_t>(kept->size());
+}
+
+void displayLine(uint8_t device, const std::vector<std::string> &texts) {
+    std::vector<DisplayItem> items;
+    for (const std::string &text : texts) {
+        items.push_back({text.data(), static_cast<uint32_t>(text.size()), 0, DISPLAY_TEXT});
+    }
+    const DisplayControl control{static_cast<int32_t>(items.size()), device, 0, '.', 0};
+    _zorcDisplay(&control, items.data());
+}
+
 std::string pckd(const std::string &digits, unsigned count) {
     const bool negative = !digits.empty() && digits[0] == '-';
     std::string text = negative ? digits.substr(1) : digits;
@@ -137,17 +180,6 @@ std::string pckd(const std::string &digits, unsigned count) {
         bytes.push_back(static_cast<char>(high << 4 | low));
     }
     return bytes;
-}
-
-std::string znd(const std::string &digits, unsigned count) {
-    const bool negative = !digits.empty() && digits[0] == '-';
-    std::string text = negative ? digits.substr(1) : digits;
-    text.insert(0, count > text.size() ? count - text.size() : 0, '0');
-    text = text.substr(text.size() - count);
-    if (negative) {
-        text.back() = static_cast<char>(text.back() | 0x40);
-    }
-    return text;
 }
 
 std::string hex(const void *bytes, std::size_t count) {
@@ -196,7 +228,7 @@ int main(int argc, char **argv) {
     if (argc == 2 && strncmp(argv[1], kit::kChildOption, prefix) == 0) {
         auto *base = reinterpret_cast<char *>(&kit::readFile);
         reinterpret_cast<void (*)()>(base + strtol(argv[1] + prefix, nullptr, 10))();
-        exit(0);
+        exit(testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
     }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

@@ -1,14 +1,18 @@
 // The test kit: drives the library as generated code does. Bodies that end a run unit or the
-// process run in a child process; literals build packed and zoned items.
+// process run in a child process.
 #ifndef ZOR_TESTS_SUPPORT_KIT_H
 #define ZOR_TESTS_SUPPORT_KIT_H
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "fcb.h"
 #include "pcb.h"
 #include "proccom.h"
 
@@ -25,18 +29,24 @@ using Environment = std::vector<std::pair<std::string, std::string>>;
 struct ChildOptions {
     Environment environment; // set ahead of the library's load; an empty value sets it empty
     std::string input;       // standard input
-    std::string preload;     // LD_PRELOAD
     std::string directory;   // working directory, if not empty
+    bool coreFiles = false;  // whether core files are allowed
 };
 
 // Runs the body in a fresh process of this test program, with the library loaded anew under the
-// environment; the process ends with exit(0) when the body returns. The body captures nothing.
+// environment, in the locale C.UTF-8 unless that names another one; the process exits when the body
+// returns, with 1 if an EXPECT of its own failed, which stands on stdout. The body captures
+// nothing.
 ChildResult runChild(void (*body)(), const ChildOptions &options = {});
 inline ChildResult runChild(void (*body)(), Environment environment) {
     ChildOptions options;
     options.environment = std::move(environment);
     return runChild(body, options);
 }
+
+// A standard error that can be compared: addresses and process ids are blanked, and a traceback
+// with at least one frame becomes "<traceback>".
+std::string shape(const std::string &text);
 
 // A program as a compiler lays it out: a PCB of level 05 01 01 with one IPCB and no files.
 struct Program {
@@ -51,11 +61,62 @@ struct Program {
 // of sigsetjmp when control came back through it, 0 when the body returned.
 int runMainProgram(Program &program, void (*body)());
 
-// Bytes of a packed item with the given count of digits; "-123" or "123". A sign nibble may be
-// given.
+// Makes a child's body of a lambda that runs as the main program PROG; runProgram runs that child.
+template <class Body> auto inProgram(Body) -> void (*)() {
+    return [] {
+        static Program program("PROG");
+        runMainProgram(program, Body{});
+    };
+}
+
+template <class Body> ChildResult runProgram(const Environment &environment, Body body) {
+    return runChild(inProgram(body), environment);
+}
+
+// What a child gets and what it must leave; err in the form of shape().
+struct Expected {
+    Environment environment{};
+    std::string out{};
+    std::string err{};
+    std::string errHolds{}; // unless empty: a part of err, in place of err
+    int status = 0;
+};
+
+// Runs the body in a child and compares what it leaves.
+void expectChild(const Expected &expected, void (*body)());
+
+struct ChildCase {
+    const char *name;
+    Expected expected;
+    void (*body)();
+};
+void expectChildren(const std::vector<ChildCase> &cases);
+
+// DISPLAY of texts as one line.
+void displayLine(uint8_t device, const std::vector<std::string> &texts);
+
+// A test whose body runs in a child, with the fields of Expected for it; PROGRAM_TEST runs the body
+// inProgram().
+#define CHILD_TEST(suite, name, ...)                                                               \
+    static void suite##name();                                                                     \
+    TEST(suite, name) {                                                                            \
+        kit::expectChild({__VA_ARGS__}, suite##name);                                              \
+    }                                                                                              \
+    static void suite##name()
+#define PROGRAM_TEST(suite, name, ...)                                                             \
+    static void suite##name();                                                                     \
+    TEST(suite, name) {                                                                            \
+        kit::expectChild({__VA_ARGS__}, kit::inProgram([] { suite##name(); }));                    \
+    }                                                                                              \
+    static void suite##name()
+
+// A file as an OPEN leaves it, with its close routine.
+FCB openFile(FileOperation close);
+// Makes files those of a program, of the current run unit's main program if none is named.
+void giveFiles(std::vector<FCB *> files, IPCB *ipcb = nullptr);
+
+// Bytes of a packed item with the given count of digits; "-123" or "123".
 std::string pckd(const std::string &digits, unsigned count);
-// Bytes of a zoned item, trailing overpunch.
-std::string znd(const std::string &digits, unsigned count);
 // Hexadecimal text of bytes, for readable failures.
 std::string hex(const void *bytes, std::size_t count);
 inline std::string hex(const std::string &bytes) {
