@@ -1,22 +1,17 @@
 // Hosts that start and end run units around COBOL programs, and the transaction monitor.
 
-#include <cstdio>
-#include <cstring>
 #include <dlfcn.h>
-#include <unistd.h>
 
 #include "messages.h"
 #include "support/kit.h"
 
-namespace {
+using namespace kit;
 
-using kit::ChildResult;
-using kit::Program;
-using kit::runChild;
+namespace {
 
 // What a host that asked to be told does at STOP RUN.
 void tellStop(void *token) {
-    printf("stop %s\n", static_cast<char *>(token));
+    printf("stop %s", static_cast<char *>(token));
 }
 
 char theToken[] = "token";
@@ -31,284 +26,213 @@ int underStub(void (*body)()) {
     return value;
 }
 
-TEST(Host, CodeOneMakesARunUnitThatNoProgramIsMainOf) {
-    const ChildResult result = runChild(
-        [] {
-            static Program program("PGM");
-            int32_t rc = -1;
-            _zorCOBOLInit(1, reinterpret_cast<void *>(tellStop), &rc, theToken);
-            const Proccom &process = *_zorProccom;
-            const Runcom *unit = process.runcom;
-            printf("%d %d %d %d %d\n", rc, unit->id, unit->main == RUNCOM_MAIN_IS_HOST,
-                   unit->stop == tellStop, unit->token == theToken);
-            printf("%d %d\n", (process.state & PROCCOM_PREINIT) != 0, process.cache);
-            _zorPgmInit(&program.pcb);
-            _zorPgmTerm(&program.pcb);
-            printf("%d %d\n", process.runcom == unit, (program.pcb.flags & PCB_IS_MAIN) != 0);
-            _zorCOBOLTerm(2, &rc);
-            printf("%d %d\n", rc, process.runcom == unit);
-            ZORCOBOLTERM(9, &rc); // ends the run unit, silently, and leaves the run-time
-            printf("%d %d %d\n", rc, process.runcom == nullptr, unit->stop == nullptr);
-            _zorCOBOLTerm(1, &rc);
-            printf("%d %d\n", rc, _zorProccom == nullptr);
-            _zorCOBOLTerm(9, &rc);
-            printf("%d\n", rc);
-            _zorRunUnitTerm(3);
-            _zorPgmTerm(&program.pcb); // both do nothing without a run-time
-            printf("%d\n", _zorGetJmpBuffer() == nullptr);
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "0 1 1 1 1\n1 0\n1 0\n1 1\n0 1 1\n0 1\n0\n1\n");
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.status, 0);
+// The calls of a host, with what they leave at rc.
+int init(int32_t code, void *argument, void *token) {
+    int32_t rc = -1;
+    ZORCOBOLINIT(code, argument, &rc, token);
+    return rc;
 }
 
-TEST(Host, UnknownCodesAndANullRoutineAreRefused) {
-    const ChildResult result = runChild(
-        [] {
-            for (const int32_t code : {0, 1, 2, 8, 11, -1}) {
-                int32_t rc = -1;
-                ZORCOBOLINIT(code, nullptr, &rc, theToken);
-                printf("%d", rc);
-            }
-            int32_t rc = -1;
-            _zorCOBOLInit1(2, tellStop, &rc, theToken, nullptr, nullptr, nullptr);
-            printf("%d %d %d\n", rc, _zorProccom->nextid, _zorProccom->runcom == nullptr);
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "1111111 1 1\n");
+int term(int32_t code) {
+    int32_t rc = -1;
+    ZORCOBOLTERM(code, &rc);
+    return rc;
 }
 
-TEST(Host, StopRunCallsTheHostAndEndsTheProcessWithTheStatus) {
-    const ChildResult result = runChild(
-        [] {
-            int32_t rc = -1;
-            _zorCOBOLInit(1, reinterpret_cast<void *>(tellStop), &rc, theToken);
-            underStub([] { _zorRunUnitTerm(8); });
-            printf("not reached\n");
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "stop token\n");
-    EXPECT_EQ(result.status, 8);
+int hostInit() {
+    int32_t rc = -1;
+    _zorCOBOLHostInit(&rc);
+    return rc;
 }
 
-TEST(Host, StopRunWithoutARoutineComesBackToTheStub) {
-    const ChildResult result = runChild(
-        [] {
-            int32_t rc = -1;
-            _zorCOBOLHostInit(&rc);
-            printf("%d %d\n", rc, _zorProccom->runcom == nullptr);
-            rc = -1;
-            _zorCOBOLHostInit(&rc); // running, but in no container: the word is left alone
-            printf("%d\n", rc);
-            _zorCOBOLInit(10, nullptr, &rc, theToken);
-            printf("%d %d\n", rc, _zorProccom->freeru->hostword == theToken);
-            _zorCOBOLLink();
-            printf("%d\n", underStub([] { _zorRunUnitTerm(0); }));
-            _zorCOBOLLink();
-            printf("%d\n", underStub([] {
-                       _zorCleanUp();
-                       printf("returns\n");
-                   }));
-            printf("%d %d\n", _zorProccom->runcom == nullptr,
-                   (_zorProccom->state & PROCCOM_ABORT) != 0);
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "0 1\n-1\n0 1\n255\nreturns\n0\n1 1\n");
-    EXPECT_EQ(result.err, "");
+void *const kTellStop = reinterpret_cast<void *>(tellStop);
+
+CHILD_TEST(Host, CodeOneMakesARunUnitThatNoProgramIsMainOf) {
+    static Program program("PGM");
+    EXPECT_EQ(init(1, kTellStop, theToken), 0);
+    const Proccom &process = *_zorProccom;
+    const Runcom *unit = process.runcom;
+    EXPECT_TRUE(unit->id == 1 && unit->main == RUNCOM_MAIN_IS_HOST);
+    EXPECT_TRUE(unit->stop == tellStop && unit->token == theToken);
+    EXPECT_TRUE((process.state & PROCCOM_PREINIT) != 0 && process.cache == CACHE_OFF);
+    _zorPgmInit(&program.pcb);
+    _zorPgmTerm(&program.pcb);
+    EXPECT_TRUE(process.runcom == unit && (program.pcb.flags & PCB_IS_MAIN) == 0);
+    EXPECT_EQ(term(2), 1);
+    EXPECT_EQ(process.runcom, unit);
+    EXPECT_EQ(term(9), 0); // ends the run unit, silently, and leaves the run-time
+    EXPECT_TRUE(process.runcom == nullptr && unit->stop == nullptr);
+    EXPECT_EQ(term(1), 0);
+    EXPECT_EQ(_zorProccom, nullptr);
+    EXPECT_EQ(term(9), 0);
+    _zorRunUnitTerm(3);
+    _zorPgmTerm(&program.pcb); // both do nothing without a run-time
+    EXPECT_EQ(_zorGetJmpBuffer(), nullptr);
 }
 
-TEST(Host, AnEndedRunTimeStartsAnew) {
-    const ChildResult result = runChild(
-        [] {
-            static Program program("PGM");
-            int32_t rc = -1;
-            for (int round = 0; round < 3; ++round) {
-                _zorPgmInit(&program.pcb);
-                printf("%d %.*s\n", _zorProccom->runcom->id,
-                       static_cast<int>(program.pcb.lle->namelen), program.pcb.lle->name);
-                _zorProccom->convclose = [] { printf("converters closed\n"); };
-                _zorCOBOLTerm(1, &rc);
-                printf("%d\n", _zorProccom == nullptr);
-            }
-        },
-        kit::Environment{});
-    const std::string round = "1 PGM\nconverters closed\n1\n";
-    EXPECT_EQ(result.out, round + round + round);
-    EXPECT_EQ(result.err, "Delayed Init!\nDelayed Init!\n");
+CHILD_TEST(Host, UnknownCodesAndANullRoutineAreRefused) {
+    for (const int32_t code : {0, 1, 2, 8, 11, -1}) {
+        EXPECT_EQ(init(code, nullptr, theToken), 1) << code;
+    }
+    int32_t rc = -1;
+    _zorCOBOLInit1(2, tellStop, &rc, theToken, nullptr, nullptr, nullptr);
+    EXPECT_EQ(rc, 1);
+    EXPECT_TRUE(_zorProccom->nextid == 1 && _zorProccom->runcom == nullptr);
 }
 
-TEST(Host, ContainersKeepWhatAHostStoredAhead) {
-    const ChildResult result = runChild(
-        [] {
-            static Program program("PGM");
-            int32_t rc = -1;
-            _zorCOBOLInit1(1, tellStop, &rc, theToken, nullptr, tellStop, &rc);
-            printf("%d %d %d\n", rc, _zorProccom->moh, _zorProccom->kots);
-            _zorPgmInit(&program.pcb);
-            const Runcom &unit = *_zorProccom->runcom;
-            printf("%d %d %d %d\n", unit.stop == tellStop, unit.abrt == tellStop,
-                   unit.token == theToken, unit.hostword == &rc);
-            rc = -1;
-            _zorCOBOLHostInit(&rc);
-            printf("%d %d %u\n", rc, (_zorProccom->state & PROCCOM_TRACKED) != 0,
-                   _zorProccom->threadword);
-        },
-        kit::Environment{{"__COBOL_MOH_CONTAINER", "0"}});
-    EXPECT_EQ(result.out, "0 1 1\n1 1 1 1\n1 1 0\n");
+CHILD_TEST(Host, StopRunCallsTheHostAndEndsTheProcessWithTheStatus, .out = "stop token",
+           .status = 8) {
+    init(1, kTellStop, theToken);
+    underStub([] { _zorRunUnitTerm(8); });
+    printf("not reached");
 }
 
-TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
-    const ChildResult result = runChild(
-        [] {
-            static Program program("TRANS");
-            _zor_cpm_init(nullptr, theToken);
-            const Proccom &process = *_zorProccom;
-            Runcom *first = process.runcom;
-            printf("%d %d %d %d\n", process.kots, first->id, first->hostword == theToken,
-                   process.plle != nullptr);
-            _zorPgmInit(&program.pcb);
-            printf("%d %u\n", first->main == &program.pcb, process.threadword);
-            _zor_cpm_init(nullptr, nullptr);
-            printf("%d %d\n", process.kots, process.runcom->prior == first);
-            printf("%d\n", underStub([] { _zor_cpm_exit(); }));
-            printf("%d %d\n", process.kots, process.runcom == first);
-            printf("%d\n", underStub([] { _zor_cpm_cancel(); }));
-            printf("%d %d\n", process.kots, process.runcom == nullptr);
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "1 1 1 0\n1 0\n2 1\n1\n1 1\n0\n0 1\n");
-    EXPECT_EQ(result.err, "");
+CHILD_TEST(Host, StopRunWithoutARoutineComesBackToTheStub, .out = "returns") {
+    EXPECT_EQ(hostInit(), 0);
+    EXPECT_EQ(_zorProccom->runcom, nullptr);
+    EXPECT_EQ(hostInit(), -1) << "running, but in no container: the word is left alone";
+    EXPECT_EQ(init(10, nullptr, theToken), 0);
+    EXPECT_EQ(_zorProccom->freeru->hostword, theToken);
+    _zorCOBOLLink();
+    EXPECT_EQ(underStub([] { _zorRunUnitTerm(0); }), 255);
+    _zorCOBOLLink();
+    const int value = underStub([] {
+        _zorCleanUp();
+        printf("returns");
+    });
+    EXPECT_TRUE(value == 0 && _zorProccom->runcom == nullptr);
+    EXPECT_NE(_zorProccom->state & PROCCOM_ABORT, 0);
 }
 
-TEST(Monitor, TheEntriesSayTheirLineWithoutARunTime) {
-    const ChildResult result = runChild(
-        [] {
-            int32_t rc = 0;
-            _zorCOBOLTerm(1, &rc);
-            _zor_cpm_exit();
-            _zor_cpm_cancel();
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.err, "_zor_cpm_exit: PID 0 Proccom @(nil) Runcom @(nil) kots 0\n"
-                          "_zor_cpm_cancel: PID 0 Proccom @(nil) Runcom @(nil) kots 0\n");
+CHILD_TEST(Host, AnEndedRunTimeStartsAnew, .out = "convertersconvertersconverters",
+           .err = "Delayed Init!\nDelayed Init!\n") {
+    static Program program("PGM");
+    for (int round = 0; round < 3; ++round) {
+        _zorPgmInit(&program.pcb);
+        EXPECT_EQ(_zorProccom->runcom->id, 1);
+        EXPECT_EQ(std::string(program.pcb.lle->name, program.pcb.lle->namelen), "PGM");
+        _zorProccom->convclose = [] { printf("converters"); };
+        term(1);
+        EXPECT_EQ(_zorProccom, nullptr);
+    }
+}
+
+CHILD_TEST(Host, ContainersKeepWhatAHostStoredAhead,
+           .environment = {{"__COBOL_MOH_CONTAINER", "0"}}) {
+    static Program program("PGM");
+    int32_t rc = -1;
+    _zorCOBOLInit1(1, tellStop, &rc, theToken, nullptr, tellStop, &rc);
+    EXPECT_TRUE(rc == 0 && _zorProccom->moh == 1 && _zorProccom->kots == 1);
+    _zorPgmInit(&program.pcb);
+    const Runcom &unit = *_zorProccom->runcom;
+    EXPECT_TRUE(unit.stop == tellStop && unit.abrt == tellStop);
+    EXPECT_TRUE(unit.token == theToken && unit.hostword == &rc);
+    EXPECT_EQ(hostInit(), 1);
+    EXPECT_TRUE((_zorProccom->state & PROCCOM_TRACKED) != 0 && _zorProccom->threadword == 0);
+}
+
+CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
+    static Program program("TRANS");
+    _zor_cpm_init(nullptr, theToken);
+    const Proccom &process = *_zorProccom;
+    Runcom *first = process.runcom;
+    EXPECT_TRUE(process.kots == 1 && process.plle == nullptr);
+    EXPECT_TRUE(first->id == 1 && first->hostword == theToken);
+    _zorPgmInit(&program.pcb);
+    EXPECT_TRUE(first->main == &program.pcb && process.threadword == 0);
+    _zor_cpm_init(nullptr, nullptr);
+    EXPECT_TRUE(process.kots == 2 && process.runcom->prior == first);
+    EXPECT_EQ(underStub([] { _zor_cpm_exit(); }), 1);
+    EXPECT_TRUE(process.kots == 1 && process.runcom == first);
+    EXPECT_EQ(underStub([] { _zor_cpm_cancel(); }), 0);
+    EXPECT_TRUE(process.kots == 0 && process.runcom == nullptr);
+}
+
+CHILD_TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker) {
+    EXPECT_EQ(init(9, theToken, kTellStop), 0);
+    const Runcom &unit = *_zorProccom->runcom;
+    EXPECT_TRUE(reinterpret_cast<void *>(unit.msg) == theToken && unit.abrt == tellStop);
+    EXPECT_EQ(_zorProccom->kots, 1);
+    EXPECT_STREQ(getenv("__COBOL_KOTS_CONTAINER"), "1");
+}
+
+CHILD_TEST(Monitor, TheEntriesSayTheirLineWithoutARunTime,
+           .err = "_zor_cpm_exit: PID # Proccom @(nil) Runcom @(nil) kots 0\n"
+                  "_zor_cpm_cancel: PID # Proccom @(nil) Runcom @(nil) kots 0\n") {
+    term(1);
+    _zor_cpm_exit();
+    _zor_cpm_cancel();
 }
 
 TEST(Monitor, TheLogShowsTheCallInPlaceOfAReason) {
-    const ChildResult result = runChild(
-        [] {
-            _zor_cpm_init(nullptr, nullptr);
-            underStub([] { _zor_cpm_exit(); });
-            _zor_cpm_cancel();
-        },
-        kit::Environment{{"__ZORDEBUG", "2"}});
-    std::size_t at = 0;
-    for (const auto &[function, number] : {std::pair{"_zor_cpm_init", "1000"},
-                                           {"_zor_cpm_exit", "1001"},
-                                           {"_zor_cpm_cancel", "1002"}}) {
-        at = result.err.find(std::string(function) + ": PID ", at);
-        ASSERT_NE(at, std::string::npos) << function << result.err;
-        const std::string line = result.err.substr(at, result.err.find('\n', at) - at);
-        EXPECT_NE(line.find(std::string("  reason=") + number + "  signal=0  abort=0  stop=@"),
-                  std::string::npos)
-            << line;
+    const auto body = [] {
+        _zor_cpm_init(nullptr, nullptr);
+        underStub([] { _zor_cpm_exit(); });
+        _zor_cpm_cancel();
+    };
+    const std::string log = shape(runChild(body, Environment{{"__ZORDEBUG", "2"}}).err);
+    for (const char *call : {"_zor_cpm_init: PID # Proccom @@  Runcom @@  reason=1000",
+                             "_zor_cpm_exit: PID # Proccom @@  Runcom @@  reason=1001",
+                             "_zor_cpm_cancel: PID # Proccom @@  Runcom @@  reason=1002"}) {
+        const std::string line = call + std::string("  signal=0  abort=0  stop=@(nil)  ");
+        EXPECT_NE(log.find(line), std::string::npos) << line << log;
     }
-    EXPECT_NE(result.err.find("_zor_cpm_cancel: return to KOTS\n", at), std::string::npos);
-}
-
-TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker) {
-    const ChildResult result = runChild(
-        [] {
-            int32_t rc = -1;
-            _zorCOBOLInit(9, theToken, &rc, reinterpret_cast<void *>(tellStop));
-            const Runcom &unit = *_zorProccom->runcom;
-            printf("%d %d %d %d %s\n", rc, _zorProccom->kots,
-                   reinterpret_cast<void *>(unit.msg) == theToken, unit.abrt == tellStop,
-                   getenv("__COBOL_KOTS_CONTAINER"));
-        },
-        kit::Environment{});
-    EXPECT_EQ(result.out, "0 1 1 1 1\n");
+    EXPECT_NE(log.find("_zor_cpm_cancel: return to KOTS\n"), std::string::npos);
 }
 
 TEST(Load, TheCatalogueLocationsComeFirstInNlspath) {
-    for (const char *before : {"", "/x/%N", "/opt/qbx/cobol/rte/usr/share/locale/%L/%N:/y"}) {
-        kit::ChildOptions options;
-        options.environment = {{"NLSPATH", before}, {"BEFORE", before}};
-        const ChildResult result = runChild(
-            [] {
-                const std::string lib = _zorProccom->libdir;
-                const std::string own =
-                    lib.substr(0, lib.rfind("/usr/lib/")) + "/usr/share/locale/%L/%N";
-                const std::string installed = "/opt/qbx/cobol/rte/usr/share/locale/%L/%N";
-                const std::string old = getenv("BEFORE");
-                std::string expected = own;
-                if (old.find(installed) == std::string::npos) {
-                    expected += ":" + installed;
-                }
-                if (!old.empty()) {
-                    expected += ":" + old;
-                }
-                printf("%d %s\n", expected == getenv("NLSPATH"), _zorProccom->installdir);
-            },
-            options);
-        EXPECT_EQ(result.out, "1 /opt/qbx/cobol/rte/usr/lib/\n") << before;
+    const std::string installed = "/opt/qbx/cobol/rte/usr/share/locale/%L/%N";
+    for (const auto &[before, behindOwn] : {std::pair{std::string(), installed},
+                                            {"/x/%N", installed + ":/x/%N"},
+                                            {installed + ":/y", installed + ":/y"}}) {
+        expectChild({.environment = {{"NLSPATH", before}, {"BEHIND_OWN", behindOwn}}}, [] {
+            const std::string lib = _zorProccom->libdir;
+            const std::string own =
+                lib.substr(0, lib.rfind("/usr/lib/")) + "/usr/share/locale/%L/%N:";
+            EXPECT_EQ(getenv("NLSPATH"), own + getenv("BEHIND_OWN"));
+            EXPECT_STREQ(_zorProccom->installdir, "/opt/qbx/cobol/rte/usr/lib/");
+        });
     }
 }
 
+// The build identification line comes for any value.
 TEST(Load, TheDebugSwitchIsOnWhenSetToAnything) {
-    for (const auto &[value, expected] :
-         {std::pair{"", 0}, {"0", 1}, {"1", 1}, {"0x10", 16}, {"yes", 1}}) {
-        const ChildResult result = runChild([] { printf("%d\n", _zorProccom->debug); },
-                                            kit::Environment{{"__ZORDEBUG", value}});
-        EXPECT_EQ(result.out, std::to_string(expected) + "\n");
-        EXPECT_NE(result.err, "") << "the build identification line comes for any value";
+    for (const auto &[value, number] :
+         {std::pair{"", "0"}, {"0", "1"}, {"1", "1"}, {"0x10", "16"}, {"yes", "1"}}) {
+        expectChild({.environment = {{"__ZORDEBUG", value}}, .out = number, .errHolds = "lvd4"},
+                    [] { printf("%d", _zorProccom->debug); });
     }
 }
 
-TEST(Load, TheLibrarysFileCanBeExecuted) {
-    const ChildResult result = runChild(
-        [] {
-            Dl_info library{};
-            dladdr(reinterpret_cast<void *>(&_zorPgmInit), &library);
-            execl(library.dli_fname, "any", nullptr);
-        },
-        kit::Environment{});
-    EXPECT_EQ(
-        result.err.find("\nliblvd4_32r.so:\nCongratulations, you have found an easter-egg!\n"), 0U)
-        << result.err;
-    EXPECT_EQ(result.status, 0);
+CHILD_TEST(Load, TheLibrarysFileCanBeExecuted,
+           .errHolds = "\nliblvd4_32r.so:\nCongratulations, you have found an easter-egg!\n") {
+    Dl_info library{};
+    dladdr(reinterpret_cast<void *>(&_zorPgmInit), &library);
+    execl(library.dli_fname, "any", nullptr);
 }
 
 // Calls a function with the stack aligned to 4 bytes only, as generated code may.
 template <class Function>
 void callMisaligned(Function *function, uintptr_t first, uintptr_t second) {
-    struct {
-        Function *function;
-        uintptr_t first, second;
-    } const call{function, first, second};
     asm volatile("movl %%esp, %%esi\n\t"
                  "andl $-16, %%esp\n\t"
                  "subl $12, %%esp\n\t"
-                 "pushl 8(%0)\n\t"
-                 "pushl 4(%0)\n\t"
-                 "call *(%0)\n\t" // arguments at 16n + 12
+                 "pushl %1\n\t"
+                 "pushl %0\n\t"
+                 "call *%2\n\t" // arguments at 16n + 12
                  "movl %%esi, %%esp"
-                 :
-                 : "D"(&call)
-                 : "eax", "ecx", "edx", "esi", "memory", "cc");
+                 : "+c"(first), "+d"(second)
+                 : "D"(function)
+                 : "eax", "esi", "memory", "cc");
 }
 
-TEST(Entry, CallersMayAlignTheStackToFourBytesOnly) {
-    const ChildResult result = runChild(
-        [] {
-            static Program program("PGM");
-            callMisaligned(_zorPgmInit, reinterpret_cast<uintptr_t>(&program.pcb), 0);
-            callMisaligned(_zorWriteERRmsg, 168, 0);
-            callMisaligned(_zorPgmTerm, reinterpret_cast<uintptr_t>(&program.pcb), 0);
-            printf("%d\n", _zorProccom->runcom == nullptr);
-        },
-        kit::Environment{{"__ZORDEBUG", "1"}});
-    EXPECT_EQ(result.out, "1\n") << result.err;
+CHILD_TEST(Entry, CallersMayAlignTheStackToFourBytesOnly, .environment = {{"__ZORDEBUG", "1"}},
+           .errHolds = "ZOR168W") {
+    static Program program("PGM");
+    callMisaligned(_zorPgmInit, reinterpret_cast<uintptr_t>(&program.pcb), 0);
+    callMisaligned(_zorWriteERRmsg, 168, 0);
+    callMisaligned(_zorPgmTerm, reinterpret_cast<uintptr_t>(&program.pcb), 0);
+    EXPECT_EQ(_zorProccom->runcom, nullptr);
 }
 
 } // namespace
