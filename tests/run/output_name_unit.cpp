@@ -1,91 +1,55 @@
 // The rule for output file names.
 
-#include <cstdlib>
-#include <cstring>
 #include <regex>
 
 #include "standard_files.h"
 #include "support/kit.h"
 
+using namespace kit;
+
 namespace {
 
-// Expands each pair of value and base that stands in NAMES, "value:base,value:base"; "-" is no
-// base.
+const struct {
+    const char *value;
+    const char *base;
+    const char *inProgram; // the name with output directory /d, "@" for the stamp
+    const char *alone;     // without directory and program
+} kNames[] = {
+    {"plain", "b", "/d/plain", "plain"}, {"./plain", "b", "./plain", "./plain"},
+    {"/plain", "b", "/plain", "/plain"}, {"a%b", "b", "/d/a%b", "a%b"},
+    {"%", "b", "/d/b.PROG.@", "b.@"},    {"/x/%", "b", "/x/b.PROG.@", "/x/b.@"},
+    {"./%", "b", "./b.PROG.@", "./b.@"}, {"m%", "b", "/d/m.PROG.@", "m.@"},
+    {"%", nullptr, "/d/.PROG.@", ".@"},  {"", "b", "/d/b.PROG.@", "b.@"},
+    {"", nullptr, "PROG.@", "@"},
+};
+
 void expandAll() {
-    std::string names = getenv("NAMES");
-    for (std::size_t start = 0; start < names.size();) {
-        const std::size_t colon = names.find(':', start);
-        const std::size_t end = std::min(names.find(',', start), names.size());
-        const std::string value = names.substr(start, colon - start);
-        const std::string base = names.substr(colon + 1, end - colon - 1);
-        puts(zor::expandOutputName(value.c_str(), false, base == "-" ? nullptr : base.c_str()));
-        start = end + 1;
+    for (const auto &each : kNames) {
+        puts(zor::expandOutputName(each.value, false, each.base));
     }
-}
-
-void expandInProgram() {
-    kit::Program program("PROG");
-    kit::runMainProgram(program, expandAll);
-}
-
-// The names of one process, with the common stamp replaced by "@".
-std::string expanded(void (*body)(), const kit::Environment &environment) {
-    const std::string out = kit::runChild(body, environment).out;
-    const std::string stamp = R"(\d{8}\.\d{6}\.\d{6}[+-]\d{4}\.\d+)";
-    std::smatch match;
-    if (!std::regex_search(out, match, std::regex(stamp))) {
-        return out;
-    }
-    const std::string first = std::regex_replace(match.str(), std::regex(R"([.+])"), R"(\$&)");
-    return std::regex_replace(out, std::regex(first), "@");
 }
 
 TEST(OutputName, IsGeneratedForAPercentSign) {
-    const kit::Environment environment{
-        {"COBOUTDIR", "/d"},
-        {"NAMES", "plain:b,./plain:b,/plain:b,a%b:b,%:b,/x/%:b,./%:b,m%:b,%:-,:b,:-"}};
-    EXPECT_EQ(expanded(expandInProgram, environment),
-              "/d/plain\n./plain\n/plain\n/d/a%b\n/d/b.PROG.@\n/x/b.PROG.@\n./b.PROG.@\n"
-              "/d/m.PROG.@\n/d/.PROG.@\n/d/b.PROG.@\nPROG.@\n");
-    EXPECT_EQ(expanded(expandAll, {{"NAMES", "%:b,:-,x:b"}}), "b.@\n@\nx\n");
-}
-
-TEST(OutputName, ShowsTheZoneAsTheClockCountsIt) {
-    for (const auto &[zone, shown] : {std::pair{"EST5EDT", "+0500"},
-                                      {"XXX-5:30", "-0530"},
-                                      {"UTC0", "+0000"},
-                                      {"XXX12:45", "+1245"}}) {
-        const std::string name =
-            kit::runChild(expandAll, kit::Environment{{"TZ", zone}, {"NAMES", "%:b"}}).out;
-        EXPECT_TRUE(std::regex_match(
-            name, std::regex(std::string(R"(b\.\d{8}\.\d{6}\.\d{6}\)") + shown + R"(\.\d+\n)")))
-            << name;
+    std::string inProgram;
+    std::string alone;
+    for (const auto &each : kNames) {
+        inProgram += each.inProgram + std::string("\n");
+        alone += each.alone + std::string("\n");
     }
+    ChildResult child = runProgram({{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}, [] { expandAll(); });
+    const std::regex west(R"(\d{8}\.\d{6}\.\d{6}\+0530\.\d+)");
+    EXPECT_EQ(std::regex_replace(child.out, west, "@"), inProgram);
+    child = runChild(expandAll, Environment{{"TZ", "XXX-5:30"}});
+    const std::regex east(R"(\d{8}\.\d{6}\.\d{6}-0530\.\d+)");
+    EXPECT_EQ(std::regex_replace(child.out, east, "@"), alone);
 }
 
-TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
-    const kit::ChildResult result = kit::runChild([] {
-        const auto name = [](bool fresh) {
-            return std::string(zor::expandOutputName("%", fresh, "b"));
-        };
-        const std::string first = name(false);
-        const std::string fresh = name(true);
-        const bool kept = name(false) == first;
-        zor::forgetNameStamp();
-        printf("%d %d %d\n", fresh != first, kept, name(false) != first);
-    });
-    EXPECT_EQ(result.out, "1 1 1\n");
-}
-
-TEST(OutputName, IsCutAtItsBuffer) {
-    const kit::ChildResult result = kit::runChild([] {
-        const std::string longest(5000, 'n');
-        for (const char *tail : {"", "%"}) {
-            puts(std::to_string(strlen(zor::expandOutputName((longest + tail).c_str(), false, "b")))
-                     .c_str());
-        }
-    });
-    EXPECT_EQ(result.out, "4095\n4095\n");
+CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
+    const std::string first = zor::expandOutputName("%", false, "b");
+    EXPECT_NE(zor::expandOutputName("%", true, "b"), first);
+    EXPECT_EQ(zor::expandOutputName("%", false, "b"), first);
+    zor::forgetNameStamp();
+    EXPECT_NE(zor::expandOutputName("%", false, "b"), first);
 }
 
 } // namespace
