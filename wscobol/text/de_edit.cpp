@@ -100,12 +100,12 @@ bool deEdit(const DeEditDescriptor &descriptor, EditedItem item, char *result) {
     while (picture != end) {
         const char symbol = *picture++;
         char c = 0;
-        switch (symbol) {
-        case '9':
-        case 'Z':
+        if (symbol == '9' || symbol == 'Z') { // most positions
             c = item.take();
             state.emit(c == ' ' ? '0' : c);
-            break;
+            continue;
+        }
+        switch (symbol) {
         case '*':
             c = item.take();
             state.emit(c == '*' ? '0' : c);
