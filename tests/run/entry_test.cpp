@@ -1,6 +1,7 @@
 // Entry, exit and end of run units, driven as generated code drives them.
 
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <regex>
@@ -350,11 +351,35 @@ void endRunTime(FCB *, IPCB *) {
 TEST(End, WhateverACloseDoesTheOtherFilesAreClosedOnce) {
     const Expected goesOn{.out = "close mode 0001 ent 0|"};
     const Expected leaves{.out = "close mode 0001 ent 0|", .status = 7};
+    const Expected aborted{.out = "close mode 0001 ent 0|", .status = 128 + SIGABRT};
     expectChildren({
         {"programs", goesOn, inProgram([] { endWithFile(enterManyPrograms); })},
         {"run unit", goesOn, inProgram([] { endWithFile(runNested); })},
         {"end", goesOn, inProgram([] { endWithFile(endRunTime); })},
         {"exit", leaves, inProgram([] { endWithFile([](FCB *, IPCB *) { exit(7); }); })},
+        {"end, out of STOP RUN", leaves,
+         [] {
+             static Program main("MAIN");
+             exit(runMainProgram(main, [] {
+                 endWithFile(endRunTime);
+                 _zorRunUnitTerm(7);
+             }));
+         }},
+        {"end, out of the unload", goesOn,
+         [] {
+             static Program main("MAIN");
+             _zorPgmInit(&main.pcb);
+             endWithFile(endRunTime);
+         }},
+        {"end, out of an abnormal one", aborted, inProgram([] {
+             endWithFile(endRunTime);
+             _zorAbort(0);
+         })},
+        {"end, out of a nested run unit", goesOn, inProgram([] {
+             _zorCOBOLLink();
+             Program inner("INNER");
+             runMainProgram(inner, [] { endWithFile(endRunTime); });
+         })},
     });
 }
 

@@ -1,5 +1,6 @@
 // Hosts that start and end run units around COBOL programs, and the transaction monitor.
 
+#include <cstring>
 #include <dlfcn.h>
 
 #include "messages.h"
@@ -129,6 +130,16 @@ CHILD_TEST(Host, ContainersKeepWhatAHostStoredAhead,
     EXPECT_TRUE(unit.token == theToken && unit.hostword == &rc);
     EXPECT_EQ(hostInit(), 1);
     EXPECT_TRUE((_zorProccom->state & PROCCOM_TRACKED) != 0 && _zorProccom->threadword == 0);
+}
+
+CHILD_TEST(Host, AUnitLinkedAheadOfTheStartGetsTheOptions,
+           .environment = {{"COBRTOPT", "UPSI(10000001),ERRCOUNT(3)"}}) {
+    static Program program("PGM");
+    _zorCOBOLLink();
+    _zorPgmInit(&program.pcb);
+    const Runcom &unit = *_zorProccom->runcom;
+    EXPECT_TRUE(unit.id == 2 && unit.prior->id == 1);
+    EXPECT_TRUE(unit.errleft == 3 && memcmp(unit.upsi, "10000001", 8) == 0);
 }
 
 CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {

@@ -344,6 +344,19 @@ TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
     }
 }
 
+// The monitor is stopped by the closing line, whatever prefix that has.
+TEST_F(OwnCatalog, AClosingLineOfItsOwnStopsTheTransaction) {
+    const Environment environment = build("C", "$set 7\n1 \"2 seven\"\n"
+                                               "$set 901\n1 \"2 XYZ901 The end.\"\n"
+                                               "$set 9999\n1 \"0 XYZ iwsc 0x4000\"\n");
+    const ChildResult child = runProgram(environment, [] {
+        useOwnCatalog();
+        issueInHost(1, 0, 7, 0);
+    });
+    EXPECT_EQ(child.out, "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]");
+    EXPECT_EQ(child.status, 3);
+}
+
 // What does not fit the buffer is cut, and the closing line is still there.
 TEST_F(OwnCatalog, ALongTextKeepsItsClosingLine) {
     const ChildResult result = runProgram(build("C", "$set 7\n1 \"2 %s\"\n"), [] {

@@ -52,4 +52,16 @@ CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
     EXPECT_NE(zor::expandOutputName("%", false, "b"), first);
 }
 
+PROGRAM_TEST(OutputName, HasAStampOfItsOwnInANestedRunUnit) {
+    static const std::string outer = zor::expandOutputName("%", false, "b");
+    Program nested("PROG");
+    _zorCOBOLLink();
+    runMainProgram(nested, [] {
+        const std::string inner = zor::expandOutputName("%", false, "b");
+        EXPECT_NE(inner, outer);
+        EXPECT_EQ(zor::expandOutputName("%", false, "b"), inner);
+    });
+    EXPECT_EQ(zor::expandOutputName("%", false, "b"), outer);
+}
+
 } // namespace

@@ -101,6 +101,26 @@ TEST_F(StandardFiles, SyspunchIsNewEachTimeAndHasNoDefault) {
     EXPECT_EQ(content("cards"), "punched\n");
 }
 
+// Whichever way a run ends, and ahead of what the next one writes.
+TEST_F(StandardFiles, AreWrittenOutAtTheEnd) {
+    const auto twoRuns = [] {
+        for (const char *name : {"ONE", "TWO"}) {
+            static std::string text;
+            text = name;
+            Program program(name);
+            runMainProgram(program, [] { displayLine(DISPLAY_ON_SYSOUT, {text}); });
+        }
+        _exit(0);
+    };
+    const auto aborted = inProgram([] {
+        displayLine(DISPLAY_ON_SYSOUT, {"THREE"});
+        _zorAbort(0);
+    });
+    run({{"SYSOUT", "out"}}, twoRuns);
+    run({{"SYSOUT", "out"}}, aborted);
+    EXPECT_EQ(content("out"), "ONE\nTWO\nTHREE\n");
+}
+
 TEST_F(StandardFiles, AFileHasNoTerminalSize) {
     const ChildResult child = run({{"COBMSGS", "msg"}}, [] {
         _zorProccom->stderrsize.ws_col = 40;
