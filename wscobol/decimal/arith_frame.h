@@ -46,10 +46,9 @@ template <class Function>
     };                                                                                             \
     uint8_t *name(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,   \
                   int32_t op2Digits, int32_t op1Digits) {                                          \
-        return optionsNeedAttention()                                                              \
-                   ? tracedBinary<name##_Function>(op1, op2, target, targetDigits, op2Digits,      \
-                                                   op1Digits)                                      \
-                   : fast<form>(op1, op2, target, targetDigits, op2Digits, op1Digits);             \
+        return mayTrace() ? tracedBinary<name##_Function>(op1, op2, target, targetDigits,          \
+                                                          op2Digits, op1Digits)                    \
+                          : fast<form>(op1, op2, target, targetDigits, op2Digits, op1Digits);      \
     }
 
 } // namespace zor::decimal

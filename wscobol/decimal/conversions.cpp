@@ -10,6 +10,7 @@
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_sign.h"
+#include "decimal/options.h"
 #include "decimal/zoned_digits.h"
 #include "decimal/zoned_packed.h"
 

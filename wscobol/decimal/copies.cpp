@@ -4,11 +4,12 @@
 #include <type_traits>
 
 #include "decimal/common_case.h"
-#include "decimal/copy.h"
+#include "decimal/digit_copy.h"
 #include "decimal/form_names.h"
 #include "decimal/frame.h"
 #include "decimal/item_copy.h"
 #include "decimal/item_sign.h"
+#include "decimal/options.h"
 
 namespace zor::decimal {
 namespace {

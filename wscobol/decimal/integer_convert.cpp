@@ -12,6 +12,7 @@
 #include "decimal/common_case.h"
 #include "decimal/integer_digits.h"
 #include "decimal/integer_frame.h"
+#include "decimal/options.h"
 
 namespace zor::decimal {
 namespace {
@@ -33,7 +34,7 @@ template <class Result, class Next>
                                                      Next next) {
     using Word = std::make_unsigned_t<Result>;
     ShortPacked read;
-    if (optionsNeedAttention() || digits < 1 || !readShortPacked(source, digits, read)) {
+    if (mayTrace() || digits < 1 || !readShortPacked(source, digits, read)) {
         return next(source, digits);
     }
     if (read.high == 0) {
@@ -48,8 +49,7 @@ template <class Result, class Next>
                                                      Next next) {
     using Word = std::make_unsigned_t<Result>;
     uint64_t magnitude;
-    if (optionsNeedAttention() || !areShort(digits, digits) ||
-        !readPackedBlock(source, digits, magnitude)) {
+    if (mayTrace() || !areShort(digits, digits) || !readPackedBlock(source, digits, magnitude)) {
         return next(source, digits);
     }
     return signedAs<Result>(static_cast<Word>(magnitude), *Packed::signByte(source, digits));
@@ -58,7 +58,7 @@ template <class Result, class Next>
 template <class Value, class Next>
 [[gnu::always_inline]] inline uint8_t *toShortPacked(Value value, uint8_t *target, int32_t digits,
                                                      Next next) {
-    if (optionsNeedAttention() || !areShort(digits, digits)) {
+    if (mayTrace() || !areShort(digits, digits)) {
         return next(value, target, digits);
     }
     const auto magnitude = magnitudeOf(value);

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "decimal/copy.h"
+#include "decimal/digit_copy.h"
 #include "decimal/item_sign.h"
 #include "decimal/zoned_digits.h"
 

@@ -26,16 +26,26 @@ extern __attribute__((visibility("hidden"))) uint32_t bcdOptions;
 // finds either no word or the whole one. Gives the word.
 uint32_t readBcdOptions();
 
+// The word as it is, perhaps not read from the environment yet; for use with allOff.
+inline uint32_t peekBcdOptions() {
+    return __atomic_load_n(&bcdOptions, __ATOMIC_RELAXED);
+}
+
 inline uint32_t loadBcdOptions() {
-    const uint32_t options = __atomic_load_n(&bcdOptions, __ATOMIC_RELAXED);
+    const uint32_t options = peekBcdOptions();
     return __builtin_expect(options == BCD_OPTIONS_UNSET, 0) ? readBcdOptions() : options;
 }
 
-// The first test of a call that also has a trace: false in the common case that the word has been
-// read and there is no trace, at the cost of one load and one test.
-inline bool optionsNeedAttention() {
-    static_assert((BCD_OPTIONS_UNSET & TRACE) != 0);
-    return __builtin_expect((__atomic_load_n(&bcdOptions, __ATOMIC_RELAXED) & TRACE) != 0, 0);
+// Whether none of the switches is set, TRACE to be one of them; then the environment has been read.
+// With peekBcdOptions it is the first test of a call, at the cost of one load and one test.
+template <uint32_t switches> inline bool allOff(uint32_t options) {
+    static_assert((switches & TRACE) != 0 && (BCD_OPTIONS_UNSET & TRACE) != 0);
+    return __builtin_expect((options & switches) == 0, 1);
+}
+
+// Whether there is a trace, or perhaps one: the environment may not have been read.
+inline bool mayTrace() {
+    return !allOff<TRACE>(peekBcdOptions());
 }
 
 } // namespace zor::decimal

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "decimal/blocks.h"
-#include "decimal/copy.h"
+#include "decimal/digit_copy.h"
 
 namespace zor::decimal {
 

@@ -6,6 +6,7 @@
 #include "decimal/common_case.h"
 #include "decimal/float_forms.h"
 #include "decimal/integer_digits.h"
+#include "decimal/options.h"
 
 using namespace zor::decimal;
 
@@ -13,8 +14,7 @@ ZorBinary64 _zorcBCD_CONV_Pckd_To_LFlt(const uint8_t *source, int32_t sourceDigi
     using Form = BinaryForm<ZorBinary64>;
     static_assert(Form::kDecimals >= 15); // the digits of a short item
     ShortPacked read;
-    if (optionsNeedAttention() || sourceDigits < 1 ||
-        static_cast<uint32_t>(decs) > Form::kExactPower ||
+    if (mayTrace() || sourceDigits < 1 || static_cast<uint32_t>(decs) > Form::kExactPower ||
         !readShortPacked(source, sourceDigits, read)) {
         return packedToDouble(source, sourceDigits, decs);
     }

@@ -4,7 +4,7 @@
 
 #include "decimal.h"
 #include "decimal/arith_frame.h"
-#include "decimal/copy.h"
+#include "decimal/digit_copy.h"
 #include "decimal/limbs.h"
 
 namespace zor::decimal {

@@ -218,7 +218,7 @@ ZOR_BINARY_FUNCTION(_zorcBCD_MOD_Znd, ZonedTrailing, nullptr, remainderOnly,
 int32_t _zorcBCD_DIVR_Pckd(const uint8_t *dividend, const uint8_t *divisor, uint8_t *quotient,
                            uint8_t *remainder, int32_t remainderDigits, int32_t quotientDigits,
                            int32_t divisorDigits, int32_t dividendDigits) {
-    const bool traced = optionsNeedAttention() && (loadBcdOptions() & TRACE) != 0;
+    const bool traced = mayTrace() && (loadBcdOptions() & TRACE) != 0;
     if (traced) {
         ZOR_BCD_TRACE("div packed remainder...\n");
         traceOperand<Packed>("op1: ", LabelStyle::colon, dividend, dividendDigits);

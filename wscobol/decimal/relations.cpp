@@ -5,6 +5,7 @@
 
 #include "decimal/common_case.h"
 #include "decimal/form_names.h"
+#include "decimal/options.h"
 #include "decimal/relation_frame.h"
 
 namespace zor::decimal {

@@ -9,6 +9,7 @@
 #include "decimal/item_copy.h"
 #include "decimal/item_sign.h"
 #include "decimal/leading_zeros.h"
+#include "decimal/options.h"
 #include "decimal/packed_shift.h"
 #include "decimal/zoned_digits.h"
 

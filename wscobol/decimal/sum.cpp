@@ -219,7 +219,7 @@ template <class Form, bool subtract, class Value>
                                                  int32_t digits, Value value) {
     const auto magnitude = magnitudeOf(value);
     const bool negative = (value < 0) != subtract;
-    if (optionsNeedAttention()) {
+    if (mayTrace()) {
         return tracedIncrement<Form>(header, accumulator, digits, value, negative);
     }
     const int32_t bytes = Form::bytes(digits);

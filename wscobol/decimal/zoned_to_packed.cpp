@@ -8,6 +8,7 @@
 #include "decimal/common_case.h"
 #include "decimal/conversion_frame.h"
 #include "decimal/form_names.h"
+#include "decimal/options.h"
 #include "decimal/zoned_digits.h"
 #include "decimal/zoned_packed.h"
 

@@ -1,7 +1,7 @@
 // Copies that widen an item with zeros or narrow it by its high-order digits. The target may
 // overlap the source.
-#ifndef ZOR_DECIMAL_COPY_H
-#define ZOR_DECIMAL_COPY_H
+#ifndef ZOR_DECIMAL_DIGIT_COPY_H
+#define ZOR_DECIMAL_DIGIT_COPY_H
 
 #include <algorithm>
 #include <cstdint>
