@@ -79,12 +79,6 @@ protected:
         return text;
     }
 
-    void severityIs(char severity, const std::vector<int> &numbers) const {
-        for (const int number : numbers) {
-            EXPECT_EQ(entry(number, 1)[0], severity) << number;
-        }
-    }
-
 private:
     nl_catd catalog_ = nullptr;
 };
@@ -109,14 +103,6 @@ TEST_F(Catalog, HasTheTextsThatNoHelperIssues) {
     EXPECT_EQ(kindsAskedBy(entry(993, 1)), "d");
     EXPECT_EQ(kindsAskedBy(entry(994, 1)), "ds");
     EXPECT_EQ(entry(9999, 1).substr(2, 8), "ZOR IWSC");
-}
-
-TEST_F(Catalog, EndsTheRunOnlyWhereItCannotGoOn) {
-    severityIs('0', {12});
-    severityIs('1', {40,  48,  49,  76,  77,  168, 171, 172, 173, 174,  176,  181,
-                     182, 221, 222, 223, 224, 225, 230, 240, 241, 1003, 2526, 2527});
-    severityIs('2', {13,  66,  75,  96,  200,  206,  242,  243,  813,  901, 902,
-                     903, 907, 994, 995, 1000, 1001, 1002, 2502, 2512, 2534});
 }
 
 } // namespace
