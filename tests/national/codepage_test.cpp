@@ -1,5 +1,6 @@
 // Code page selection: each case is a fresh process under its own environment.
 #include <array>
+#include <clocale>
 #include <cstdio>
 
 #include "codepage.h"
@@ -85,6 +86,13 @@ TEST(CodePages, FollowTheEnvironment) {
         EXPECT_EQ(result.err.substr(0, 16), *text != 0 ? "ZOR230W  EBCDIC " : "");
         EXPECT_NE(result.err.find(text), std::string::npos) << result.err;
     }
+}
+
+// A program may have set a locale of its own before.
+CHILD_TEST(CodePages, AreChosenAheadOfTheBytesOfACharacter, .out = "6 8") {
+    setlocale(LC_ALL, "C");
+    const int bytes = _zorGetMBCurMax();
+    printf("%d %d", bytes, static_cast<int>(_zorProccom->codepage));
 }
 
 } // namespace
