@@ -14,6 +14,7 @@
 
 #include "display.h"
 #include "support/kit.h"
+#include "text/wide.h"
 
 static timeval theTime;
 
@@ -26,12 +27,7 @@ extern "C" int gettimeofday(timeval *now, void *) noexcept {
 namespace {
 
 constexpr uint32_t kSysin = ACCEPT_FROM_SYSIN;
-constexpr uint32_t kDbcs = kSysin | ACCEPT_DBCS;
 constexpr uint32_t kNational = 0x100; // not a flag of the interface: selects its national form
-
-std::string wide(const std::u16string &text) {
-    return {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)};
-}
 
 std::string accepted(std::size_t bytes, uint32_t flags = kSysin) {
     const auto count = static_cast<int32_t>(bytes / 2);
@@ -63,13 +59,10 @@ DisplayItem textItem(std::string_view text) {
     return {text.data(), static_cast<uint32_t>(text.size()), 0, DISPLAY_TEXT};
 }
 
-void display(std::vector<DisplayItem> items, uint8_t flags = 0, int device = DISPLAY_ON_SYSOUT) {
-    const DisplayControl control{static_cast<int32_t>(items.size()), static_cast<uint8_t>(device),
-                                 flags, '.', 0};
+void display(std::vector<DisplayItem> items, uint8_t flags = 0) {
+    const DisplayControl control{static_cast<int32_t>(items.size()), DISPLAY_ON_SYSOUT, flags, '.',
+                                 0};
     _zorcDisplay(&control, items.data());
-}
-void display(std::string_view text, uint8_t flags = 0) {
-    display(std::vector{textItem(text)}, flags);
 }
 
 // Puts a stream, which it closes in the end, into a field of Proccom for a scope.
@@ -99,7 +92,7 @@ TEST(Accept, FromAStream) {
         {true, kSysin, "AB\nABCDEFG\nXY\n", {"AB   ", "ABCDE", "XY   ", "#####"}},
         {true, kSysin, "ABCDE\n\nF", {"ABCDE", "#####", "F    "}},
         {true, kSysin, "ABCDEFG", {"ABCDE", "#####"}},
-        {true, kDbcs, "AB\nABC\n", {"AB\x81\x40\x81\x40", "ABC   "}},
+        {true, kSysin | ACCEPT_DBCS, "AB\nABC\n", {"AB\x81\x40\x81\x40", "ABC   "}},
         {false, kNational, wide(u"\u4E00B\nCDE"), {wide(u"\u4E00BC"), wide(u"DE") + "##"}},
         {false, kNational, wide(u"A") + "B", {wide(u"A") + "##"}}, // half a character
         {true,
@@ -201,7 +194,7 @@ TEST(Display, WaitsForASlowReaderAndKeepsLinesWhole) {
                 for (std::size_t i = 1; i <= kLines; ++i) {
                     // In the end more than the buffer has room for.
                     const std::string half(i * 100, letter);
-                    display({textItem(half), textItem(half)});
+                    kit::displayLine(DISPLAY_ON_SYSOUT, {half, half});
                 }
             };
             std::thread second(displayLines, 'b');
@@ -239,7 +232,7 @@ void displayLineEnds() {
     _zorDebugBuf = buffer;
     display({items[0], items[1]});
     _zorDebugBuf = nullptr;
-    display({buffer, _zorDebugBufLen});
+    display({textItem({buffer, _zorDebugBufLen})});
 }
 
 void displayInvalid() {
@@ -251,8 +244,9 @@ void displayInvalid() {
 }
 
 void displayOnDevices() {
-    for (const int device : {2, 3, 0, 4}) { // the console, SYSPUNCH, none
-        display({textItem("A")}, 0, device);
+    const uint8_t devices[] = {2, 3, 0, 4}; // the console, SYSPUNCH, none
+    for (const uint8_t device : devices) {
+        kit::displayLine(device, {"A"});
     }
 }
 
@@ -272,9 +266,9 @@ void displayWhereReadingStopped() {
     getc(file);
     fseek(file, 2, SEEK_SET);
     _zorProccom->sysout = file;
-    display("AB", DISPLAY_NO_ADVANCING);
+    display({textItem("AB")}, DISPLAY_NO_ADVANCING);
     printf("%ld", ftell(file));
-    display("C", DISPLAY_NO_ADVANCING);
+    display({textItem("C")}, DISPLAY_NO_ADVANCING);
     char text[11] = "";
     pread(fileno(file), text, 10, 0);
     puts(text);
@@ -282,8 +276,8 @@ void displayWhereReadingStopped() {
 
 const std::map<std::string, void (*)()> kVerbs = {
     {"message", [] { fputs("message", stderr); }},
-    {"display", [] { display("display"); }},
-    {"display-much", [] { display(std::string(100000, 'x')); }},
+    {"display", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {"display"}); }},
+    {"display-much", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {std::string(100000, 'x')}); }},
     {"display-line-ends", displayLineEnds},
     {"display-invalid", displayInvalid},
     {"display-on-devices", displayOnDevices},

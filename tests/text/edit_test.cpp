@@ -5,6 +5,7 @@
 
 #include "edit.h"
 #include "support/kit.h"
+#include "text/wide.h"
 
 namespace {
 
@@ -183,10 +184,6 @@ TEST(DeEdit, Table) {
         {"99C", {{"12C", kFails}}},
     };
     check(pictures, Way::deEdit);
-}
-
-std::string wide(const std::u16string &text) {
-    return {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)};
 }
 
 std::string narrow(const std::u16string &text) {
