@@ -105,6 +105,22 @@ TEST(DisplayItems, Floating) {
     unsetenv("LOCPATH");
 }
 
+TEST(DisplayItems, WidthsOutOfRangeCountAsTheNearest) {
+    const std::string zeros(DISPLAY_MAX_DIGITS - 1, '0');
+    const int32_t minusSeven = -7;
+    const struct {
+        int32_t width;
+        std::string binary, floating;
+    } cases[] = {{-3, "-", " .5E 00"},
+                 {0, "-", " .5E 00"},
+                 {DISPLAY_MAX_DIGITS + 1, "-" + zeros + "7", " .5" + zeros + "E 00"}};
+    for (const auto &[width, binary, floating] : cases) {
+        EXPECT_EQ(shown({&minusSeven, 4, width, DISPLAY_SIGNED_BINARY}), binary);
+        EXPECT_EQ(shownFloat(0.5, width), floating);
+        EXPECT_EQ(shownFloat(static_cast<__float128>(0.5), width), floating);
+    }
+}
+
 TEST(DisplayItems, TextAndNull) {
     const std::string text("A\0B", 3);
     for (const uint32_t type : {2U, 4U, 5U}) {
