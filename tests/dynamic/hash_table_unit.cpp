@@ -30,6 +30,10 @@ HashElement *put(const TableOwner &table, const std::string &key, const std::str
     insertion.valuelen = static_cast<int32_t>(value.size()) + 1;
     insertion.duplicates = duplicates;
     insertion.toparent = toparent;
+    if (toparent) { // as by a caller that has looked for the key
+        hashTableLookup(table.get(), insertion.key, insertion.keylen, Touch::none, false);
+        insertion.cursor = &table->cursor;
+    }
     return hashTableInsert(table.get(), insertion);
 }
 
@@ -220,11 +224,12 @@ TEST(HashTable, AgreesWithAModel) {
 }
 
 TEST(HashTable, ParentAndLinks) {
-    const auto parent = makeTable({.flags = kHashMruOrder});
+    const auto parent = makeTable({.hash = hashAllAlike, .flags = kHashMruOrder});
     const auto child = makeTable({.parent = parent.get(), .flags = kHashIsChild});
     const Entry a{"A", "one"};
     const Entry b{"B", "two"};
     const Entry c{"C", "three"};
+    const Entry second{"C", "a second one"};
     put(parent, "A", "one");
     put(parent, "B", "two");
     EXPECT_EQ(get(child, "A"), nullptr);
@@ -248,7 +253,8 @@ TEST(HashTable, ParentAndLinks) {
     EXPECT_EQ(child->reuses, 1U);
     hashTableEmpty(child.get());
     EXPECT_TRUE(hashTableIsEmpty(child.get()));
-    EXPECT_EQ(parent->entries, 3U);
+    put(parent, "C", "a second one", true); // a duplicate comes last
+    EXPECT_EQ(mruOrder(parent.get()), (std::vector{a, c, b, second}));
 }
 
 TEST(HashTable, ExhaustedStorageChangesNothing) {
