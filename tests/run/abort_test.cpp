@@ -169,17 +169,14 @@ TEST(CoreFile, IsMadeWhereOneIsWanted) {
         SCOPED_TRACE(each.pattern);
         const CoreRun run(each.body, {{"COBRTOPT", each.trap}, {"COBCORE", each.pattern}});
         const std::string &err = run.child.err;
-        std::smatch line;
-        const std::regex ofTheFile("Create.* core file.*\n|$"); // or nothing at the end
-        std::regex_search(err, line, ofTheFile);
-        EXPECT_EQ(shape(line.prefix().str() + line.suffix().str()), each.err);
-        EXPECT_EQ(line.length() != 0, isWanted);
+        EXPECT_EQ(shape(std::regex_replace(err, std::regex("Create.*\n"), "")), each.err);
+        EXPECT_EQ(err.find("Create") != std::string::npos, isWanted);
         if (isWanted && coreToolWorks()) {
             ASSERT_EQ(run.files.size(), 1U) << err;
             const std::string &file = run.files[0];
             EXPECT_TRUE(std::regex_match(file, std::regex(each.name + R"(\.\d+)"))) << file;
             const std::string directory = each.pattern[0] == '.' ? "./" : "";
-            EXPECT_EQ(line.str(), "Created core file: " + directory + file + "\n");
+            EXPECT_NE(err.find("Created core file: " + directory + file + "\n"), std::string::npos);
         }
         EXPECT_EQ(run.child.out, each.out);
         EXPECT_EQ(run.child.status, each.status);
