@@ -169,52 +169,47 @@ CHILD_TEST(Entry, LockedEntryHoldsTheLockForTheEntryCode) {
 constexpr int kRounds = 20000;
 constexpr int kRoundsPerDisplay = 8;
 
-// One thread's part: enters programs, displays and leaves. A line consists of two items. The
-// program that the threads share is left in every second round only.
-void displayOften(char name, Program *own, Program *shared) {
-    const std::string filler(40, name);
+// One thread's part: enters programs, displays lines of two items and leaves. The program that the
+// threads share is left in every second round only. Without one, each thread's own is the main
+// program of one run unit after the other.
+void displayOften(char name, Program *shared) {
+    auto &own = *new Program("OWN"); // the run unit goes on knowing it
     for (int round = 0; round < kRounds; ++round) {
-        _zorPgmInit(&own->pcb);
+        _zorPgmInit(&own.pcb);
         if (shared != nullptr) {
             _zorPgmInit(&shared->pcb);
         }
         if (round % kRoundsPerDisplay == 0) {
-            displayLine(DISPLAY_ON_SYSOUT, {filler, std::to_string(round)});
+            displayLine(DISPLAY_ON_SYSOUT, {std::string(40, name), std::to_string(round)});
         }
         if (shared != nullptr && round % 2 == 0) {
             _zorPgmTerm(&shared->pcb);
         }
-        _zorPgmTerm(&own->pcb);
+        _zorPgmTerm(&own.pcb);
     }
-    EXPECT_EQ(own->ipcb[0].ent, 0);
+    EXPECT_EQ(own.ipcb[0].ent, 0);
 }
 
 void displayOnThreads(Program *shared) {
-    static Program a("A");
-    static Program b("B");
-    std::thread thread(displayOften, 'a', &a, shared);
-    displayOften('b', &b, shared);
+    std::thread thread(displayOften, 'a', shared);
+    displayOften('b', shared);
     thread.join();
 }
 
 void displayUnderMain() {
-    static Program main("MAIN");
     static Program shared("SHARED");
-    _zorPgmInit(&main.pcb);
     displayOnThreads(&shared);
-    EXPECT_EQ(_zorProccom->runcom->main, &main.pcb);
     EXPECT_EQ(shared.ipcb[0].ent, kRounds);
     EXPECT_EQ(_zorProccom->runcom->nest, 1 + kRounds);
 }
 
-// Each thread's program is the main one of one run unit after the other.
 void displayAsMain() {
     displayOnThreads(nullptr);
     EXPECT_EQ(_zorProccom->runcom, nullptr);
 }
 
 TEST(Entry, ThreadsLoseNoCountAndMixNoLine) {
-    for (const auto body : {displayUnderMain, displayAsMain}) {
+    for (const auto body : {inProgram([] { displayUnderMain(); }), +displayAsMain}) {
         const ChildResult child = runChild(body);
         std::array<int, 2> next{};
         std::istringstream out(child.out);
