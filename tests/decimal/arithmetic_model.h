@@ -19,6 +19,7 @@ struct Operation {
     char operation;
     uint8_t *(*call)(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
                      int32_t op2Digits, int32_t op1Digits);
+    int bits = 0; // of a second operand that is an integer, here always passed as 64 bits
 };
 
 inline const Operation kOperations[] = {
@@ -29,27 +30,23 @@ inline const Operation kOperations[] = {
     {"DIV_Znd", Znd, '/', _zorcBCD_DIV_Znd},    {"MOD_Znd", Znd, '%', _zorcBCD_MOD_Znd},
 };
 
-struct Increment {
-    const char *name;
-    Form form;
-    char operation;
-    int bits;
-    uint8_t *(*call)(uint8_t *accumulator, int32_t digits, int64_t value);
-};
-
+// An integer is added in place: the target is the first operand.
 template <auto call, class Integer>
-uint8_t *increment(uint8_t *accumulator, int32_t digits, int64_t value) {
-    return call(accumulator, digits, static_cast<Integer>(value));
+uint8_t *increment(const uint8_t *, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                   int32_t, int32_t) {
+    int64_t value;
+    memcpy(&value, op2, sizeof value);
+    return call(target, targetDigits, static_cast<Integer>(value));
 }
-inline const Increment kIncrements[] = {
-    {"ADD_Pckd_Int8", Pckd, '+', 64, increment<_zorcBCD_ADD_Pckd_Int8, int64_t>},
-    {"ADD_Pckd_Int4", Pckd, '+', 32, increment<_zorcBCD_ADD_Pckd_Int4, int32_t>},
-    {"SUB_Pckd_Int8", Pckd, '-', 64, increment<_zorcBCD_SUB_Pckd_Int8, int64_t>},
-    {"SUB_Pckd_Int4", Pckd, '-', 32, increment<_zorcBCD_SUB_Pckd_Int4, int32_t>},
-    {"ADD_Znd_Int8", Znd, '+', 64, increment<_zorcBCD_ADD_Znd_Int8, int64_t>},
-    {"ADD_Znd_Int4", Znd, '+', 32, increment<_zorcBCD_ADD_Znd_Int4, int32_t>},
-    {"SUB_Znd_Int8", Znd, '-', 64, increment<_zorcBCD_SUB_Znd_Int8, int64_t>},
-    {"SUB_Znd_Int4", Znd, '-', 32, increment<_zorcBCD_SUB_Znd_Int4, int32_t>},
+inline const Operation kIncrements[] = {
+    {"ADD_Pckd_Int8", Pckd, '+', increment<_zorcBCD_ADD_Pckd_Int8, int64_t>, 64},
+    {"ADD_Pckd_Int4", Pckd, '+', increment<_zorcBCD_ADD_Pckd_Int4, int32_t>, 32},
+    {"SUB_Pckd_Int8", Pckd, '-', increment<_zorcBCD_SUB_Pckd_Int8, int64_t>, 64},
+    {"SUB_Pckd_Int4", Pckd, '-', increment<_zorcBCD_SUB_Pckd_Int4, int32_t>, 32},
+    {"ADD_Znd_Int8", Znd, '+', increment<_zorcBCD_ADD_Znd_Int8, int64_t>, 64},
+    {"ADD_Znd_Int4", Znd, '+', increment<_zorcBCD_ADD_Znd_Int4, int32_t>, 32},
+    {"SUB_Znd_Int8", Znd, '-', increment<_zorcBCD_SUB_Znd_Int8, int64_t>, 64},
+    {"SUB_Znd_Int4", Znd, '-', increment<_zorcBCD_SUB_Znd_Int4, int32_t>, 32},
 };
 
 // ---- arithmetic
@@ -59,7 +56,6 @@ struct Value {
     std::string digits = "0";
     bool negative = false;
     bool isZero() const { return digits == "0"; }
-    Value negated() const { return {digits, !negative}; }
 };
 
 inline std::string trimmed(const std::string &digits) {
@@ -74,7 +70,12 @@ inline Value valueOf(Form form, const std::string &bytes, int digits) {
     }
     return {trimmed(item.digits), item.negative};
 }
-inline Value valueOf(int64_t value) {
+inline Value secondValue(const Operation &f, const std::string &bytes, int digits) {
+    if (f.bits == 0) {
+        return valueOf(f.form, bytes, digits);
+    }
+    int64_t value;
+    memcpy(&value, bytes.data(), sizeof value);
     const std::string text = std::to_string(value);
     return value < 0 ? Value{text.substr(1), true} : Value{text, false};
 }
@@ -91,12 +92,11 @@ inline int compare(const std::string &a, const std::string &b) {
     return a.compare(b);
 }
 
-inline int digitFromEnd(const std::string &digits, size_t at) {
-    return at < digits.size() ? digits[digits.size() - 1 - at] - '0' : 0;
-}
-
 // a + factor * b, which is not negative.
 inline std::string combine(const std::string &a, int factor, const std::string &b) {
+    const auto digitFromEnd = [](const std::string &digits, size_t at) {
+        return at < digits.size() ? digits[digits.size() - 1 - at] - '0' : 0;
+    };
     std::string sum(std::max(a.size(), b.size()) + 1, '0');
     int carry = 0;
     for (size_t at = 0; at < sum.size(); ++at) {
@@ -156,7 +156,7 @@ inline Value result(char operation, const Value &a, const Value &b) {
     case '+':
         return sum(a, b);
     case '-':
-        return sum(a, b.negated());
+        return sum(a, {b.digits, !b.negative});
     case '*':
         return {multiply(a.digits, b.digits), differ};
     default:

@@ -19,11 +19,6 @@ using namespace model;
 
 constexpr int kRounds = 60'000;
 
-template <class T> std::string bitsOf(T value) {
-    std::string bytes(reinterpret_cast<const char *>(&value), sizeof value);
-    return kit::hex(std::string(bytes.rbegin(), bytes.rend()));
-}
-
 // ---- the forms, and our functions for them
 
 #define FORM_FUNCTIONS(fromPackedName, packedName, zonedName)                                      \

@@ -8,7 +8,10 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <string_view>
 #include <sys/mman.h>
+
+#include "support/kit.h"
 
 namespace model {
 
@@ -126,8 +129,14 @@ inline std::string unhex(const std::string &text) {
     }
     return bytes;
 }
-inline const uint8_t *address(const std::string &bytes) {
+inline const uint8_t *address(std::string_view bytes) {
     return reinterpret_cast<const uint8_t *>(bytes.data());
+}
+
+// The bytes of a value in hexadecimal, the highest one first.
+template <class T> std::string bitsOf(T value) {
+    std::string bytes(reinterpret_cast<const char *>(&value), sizeof value);
+    return kit::hex(std::string(bytes.rbegin(), bytes.rend()));
 }
 
 // The entry of a name in a table of functions.
@@ -148,27 +157,22 @@ public:
     uint32_t word() { return static_cast<uint32_t>(engine_()); }
     int below(int bound) { return static_cast<int>(word() % static_cast<unsigned>(bound)); }
     bool oneIn(int count) { return below(count) == 0; }
+    template <class T, int size> const T &among(const T (&table)[size]) {
+        return table[below(size)];
+    }
 
     // Integers of every bit length, and those beside the powers of two and of ten.
     uint64_t integer() {
         const uint64_t value = (uint64_t{word()} << 32 | word()) >> below(64);
-        uint64_t edge = oneIn(8) ? 0 : 1;
-        if (oneIn(2)) {
-            edge <<= below(64);
-        } else {
-            for (int zeros = below(20); zeros > 0; --zeros) {
-                edge *= 10;
-            }
-        }
+        const std::string power = '1' + std::string(static_cast<size_t>(below(20)), '0');
+        const uint64_t edge = oneIn(8) ? 0 : oneIn(2) ? 1ULL << below(64) : std::stoull(power);
         return oneIn(2) ? value : edge + value % 3 - 1;
     }
 
     // Counts as programs declare them, those around which the library changes its way, and others.
     int count(int limit = 126) {
         constexpr int kEdges[] = {7, 8, 9, 15, 16, 17, 31, 32, 33, 62, 63, 64, 65, 126};
-        const int some = oneIn(2)   ? 1 + below(19)
-                         : oneIn(2) ? kEdges[below(std::size(kEdges))]
-                                    : 1 + below(126);
+        const int some = oneIn(2) ? 1 + below(19) : oneIn(2) ? among(kEdges) : 1 + below(126);
         return std::min(some, limit);
     }
 

@@ -17,6 +17,7 @@ enum Option : unsigned {
     kValidateMoves = 0x10,
     kValidateCompares = 0x40,
     kLetters = 0x80,
+    kSafe = kRezone | kValidateMoves | kValidateCompares,
 };
 
 // ---- the functions of the family
@@ -53,21 +54,16 @@ inline bool isRelation(const Function &f) {
     return f.kind == Kind::relation || f.kind == Kind::isZero;
 }
 
-// NOT takes the first operand.
-inline int32_t callRelation(const Function &f, const uint8_t *op1, int digits1, const uint8_t *op2,
-                            int digits2) {
-    using Relation = int32_t (*)(const uint8_t *, const uint8_t *, int32_t, int32_t);
+// Calls with an address that is a relation's second operand, and the target of all others. NOT
+// takes the first operand alone. Only a shift looks at the last argument; the caller takes it off
+// the stack.
+inline intptr_t call(const Function &f, const uint8_t *op1, int digits1, const uint8_t *other,
+                     int otherDigits, int shift = 0) {
+    using Any = intptr_t (*)(const uint8_t *, const uint8_t *, int32_t, int32_t, int32_t);
     using ZeroTest = int32_t (*)(const uint8_t *, int32_t);
     return f.kind == Kind::isZero
                ? reinterpret_cast<ZeroTest>(f.address)(op1, digits1)
-               : reinterpret_cast<Relation>(f.address)(op1, op2, digits2, digits1);
-}
-
-// Only a shift looks at the last argument; the caller takes it off the stack.
-inline uint8_t *callMove(const Function &f, const uint8_t *source, int sourceDigits,
-                         uint8_t *target, int targetDigits, int shift) {
-    using Move = uint8_t *(*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32_t);
-    return reinterpret_cast<Move>(f.address)(source, target, targetDigits, sourceDigits, shift);
+               : reinterpret_cast<Any>(f.address)(op1, other, otherDigits, digits1, shift);
 }
 
 // Which validation a source meets.
@@ -158,15 +154,11 @@ inline std::string shifted(const Function &f, unsigned options, Item item, int t
 }
 
 // The digits of an unsigned item between a sign before them and one behind.
-inline std::string withoutStraySigns(std::string source) {
-    const auto sign = [](char b) { return b == '+' || b == '-'; };
-    if (sign(source.front()) || source.front() == ' ') {
-        source.erase(0, 1);
-    }
-    if (!source.empty() && sign(source.back())) {
-        source.pop_back();
-    }
-    return source;
+inline std::string_view withoutStraySigns(std::string_view source) {
+    const auto isSign = [](char b) { return b == '+' || b == '-'; };
+    const size_t front = isSign(source.front()) || source.front() == ' ' ? 1 : 0;
+    source.remove_prefix(front);
+    return source.substr(0, source.size() - (!source.empty() && isSign(source.back()) ? 1 : 0));
 }
 
 inline std::string converted(const Function &f, unsigned options, std::string source,
@@ -174,7 +166,7 @@ inline std::string converted(const Function &f, unsigned options, std::string so
     const bool keep = (options & kKeepNegativeZero) != 0;
     const bool letters = (options & kLetters) != 0;
     if (f.from == ZndUS && f.to == Pckd) {
-        source = withoutStraySigns(source);
+        source = std::string(withoutStraySigns(source));
         sourceDigits = static_cast<int>(source.size());
         if (source.empty()) {
             return encode(Pckd, fit("", targetDigits), false);

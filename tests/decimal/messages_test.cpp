@@ -1,0 +1,247 @@
+// The messages about bad data, of a catalogue in which they only warn: the call goes on with the
+// bytes as they stand. A body writes on stdout what is to come on stderr.
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "arithmetic_model.h"
+#include "decimal_convert.h"
+#include "moves_model.h"
+#include "support/kit.h"
+
+namespace {
+
+using namespace model;
+
+constexpr int kRounds = 60'000;
+
+// ---- the rules of validation
+
+// The forms in which a digit carries a sign.
+bool carriesSign(int byte) {
+    const int zone = byte >> 4 & 0x0F;
+    const bool hasZone = zone == 0x3 || zone == 0x7 || zone == 0xC || zone == 0xD || zone == 0xF;
+    return byte == 0x00 || byte == ' ' || isLetter(byte) || (hasZone && (byte & 0x0F) <= 9);
+}
+
+bool packedIsBad(std::string_view item, bool strict) {
+    while (!strict && item.size() > 1 && item[0] == 0) {
+        item.remove_prefix(1);
+    }
+    const int sign = item.back() & 0x0F;
+    if (item.size() == 1 && sign == 0) {
+        return false;
+    }
+    const auto digits = static_cast<int>(item.size()) * 2 - 1;
+    const std::string text = decode(Pckd, std::string(item), digits).digits;
+    return sign < 0xA || text.find_first_not_of("0123456789") != std::string::npos;
+}
+
+// Within a word only "0" to "9" pass; which bytes are within one follows the address.
+bool zonedIsBad(std::string_view item, bool strict) {
+    const auto size = static_cast<int>(item.size());
+    int first = 0;
+    while (!strict && first + 1 < size && (item[static_cast<size_t>(first)] & 0x0F) == 0) {
+        ++first;
+    }
+    const char *last = &item.back();
+    bool isBad = !carriesSign(*last);
+    int left = size - 1 - first;
+    for (const int width : {8, 4, 2, 1}) {
+        const bool aligned = reinterpret_cast<uintptr_t>(last) % static_cast<unsigned>(width) == 0;
+        while (aligned && left > (width == 1 ? 0 : width)) {
+            for (int i = 0; i < width; ++i) {
+                const char *at = &item.front() + first + --left;
+                const bool isDigit = *at >= '0' && *at <= '9';
+                const bool passesAlone = *at == 0 || (at == item.data() && carriesSign(*at));
+                isBad = isBad || !(isDigit || (width == 1 && passesAlone));
+            }
+        }
+    }
+    return isBad;
+}
+
+bool isBad(Form form, std::string_view digits, Validation validation) {
+    const bool strict = validation == Validation::strict;
+    return validation != Validation::none && !digits.empty() &&
+           (form == Pckd ? packedIsBad(digits, strict) : zonedIsBad(digits, strict));
+}
+
+// ---- calls
+
+constexpr const char *kCatalogue = "$set 40\n1 1 sign\n$set 902\n1 1 zero\n$set 903\n1 1 bad\n";
+constexpr const char *kSign = "ZOR040W  sign\n\n";
+constexpr const char *kZero = "ZOR902W  zero\n\n";
+constexpr const char *kBad = "ZOR903W  bad\n\n";
+
+// What is to be called, and the messages that it is to issue.
+void announce(const std::string &call, const std::string &messages) {
+    fprintf(stderr, "%s\n", call.c_str());
+    printf("%s\n%s", call.c_str(), messages.c_str());
+}
+
+// An item at random that is nearly valid: with at most two stray bytes.
+std::string_view strayItem(Form form, int digits, Room &room, Random &random) {
+    std::string item =
+        random.item(form, random.digits(digits), random.oneIn(2), Validation::lenient);
+    for (int strays = random.below(3); strays > 0; --strays) {
+        const auto any = static_cast<size_t>(random.below(static_cast<int>(item.size())));
+        char &byte = random.oneIn(3) ? item.front() : random.oneIn(3) ? item.back() : item[any];
+        byte = static_cast<char>(random.oneIn(4) ? 0 : random.below(256));
+    }
+    return {reinterpret_cast<const char *>(room.put(item, random)), item.size()};
+}
+
+void callMove(unsigned options, Room (&rooms)[2], Random &random) {
+    const Function &f = random.among(kMoves);
+    const int digits = random.count(40);
+    const std::string_view op1 = strayItem(f.from, digits, rooms[0], random);
+    const std::string_view op2 = strayItem(f.from, digits, rooms[1], random);
+    const Validation validation = validationOf(f, options);
+    std::string messages;
+    std::string_view read = op1;
+    if (separate(f.from)) {
+        const char sign = f.from == ZndLS ? op1.front() : op1.back();
+        messages = testsSeparateSign(f, options) && sign != '+' && sign != '-' ? kSign : "";
+        read = op1.substr(f.from == ZndLS ? 1 : 0, static_cast<size_t>(digits));
+    } else if (f.from == ZndUS && f.to == Pckd) {
+        read = withoutStraySigns(op1);
+    }
+    if (isBad(f.from, read, validation)) {
+        const std::string shown = std::to_string(digits) + " 0x" + kit::hex(op1.data(), op1.size());
+        const bool isShown = f.from == ZndUS && f.to == Pckd;
+        messages += (isShown ? "Invalid zoned data " + shown + "\n" : "") + kBad;
+    }
+    if (f.kind == Kind::relation && isBad(f.from, op2, validation)) {
+        messages += kBad;
+    }
+    announce(f.name, messages);
+    uint8_t target[64];
+    call(f, address(op1), digits, isRelation(f) ? address(op2) : target, digits, 1);
+}
+
+void callOperation(const Operation &f, Validation validation, Room (&rooms)[2], Random &random) {
+    const int digits1 = random.count(40);
+    const int digits2 = random.oneIn(2) ? 1 : digits1;
+    const std::string_view op1 = strayItem(f.form, digits1, rooms[0], random);
+    const std::string_view op2 = strayItem(f.form, digits2, rooms[1], random);
+    const bool divides = f.operation == '/' || f.operation == '%';
+    const bool isZeroDivisor = divides && valueOf(f.form, std::string(op2), digits2).isZero();
+    announce(f.name, std::string(isBad(f.form, op1, validation) ? kBad : "") +
+                         (isBad(f.form, op2, validation) ? kBad : "") +
+                         (isZeroDivisor ? kZero : ""));
+    uint8_t target[64];
+    f.call(address(op1), address(op2), target, digits1, digits2, digits1);
+}
+
+// Also of nothing to add: the item is looked at.
+void callIncrement(const Operation &f, Validation validation, Room &room, Random &random) {
+    const int digits = random.count(40);
+    const std::string_view item = strayItem(f.form, digits, room, random);
+    announce(f.name, isBad(f.form, item, validation) ? kBad : "");
+    const int64_t value = random.below(2);
+    f.call(nullptr, reinterpret_cast<const uint8_t *>(&value), const_cast<uint8_t *>(address(item)),
+           digits, 0, 0);
+}
+
+struct Conversion {
+    Form form;
+    void (*call)(const uint8_t *item, int32_t digits);
+};
+template <auto convert, auto... decs> void convertItem(const uint8_t *item, int32_t digits) {
+    convert(item, digits, decs...);
+}
+constexpr Conversion kConversions[] = {
+    {Pckd, convertItem<_zorcBCD_CONV_Pckd_To_Int4>},
+    {Pckd, convertItem<_zorcBCD_CONV_Pckd_To_Uns8>},
+    {Znd, convertItem<_zorcBCD_CONV_Znd_To_Int8>},
+    {Pckd, convertItem<_zorcBCD_CONV_Pckd_To_LFlt, 0>},
+    {Pckd, convertItem<_zorcBCD_CONV_Pckd_To_SFlt, 0>},
+    {Pckd, convertItem<_zorcBCD_CONV_Pckd_To_DFlt, 0>},
+    {Znd, convertItem<_zorcBCD_CONV_Znd_To_BFlt32, 0>},
+    {Znd, convertItem<_zorcBCD_CONV_Znd_To_DFlt128, 0>},
+};
+
+void callConversion(Validation validation, Room &room, Random &random) {
+    const Conversion &f = random.among(kConversions);
+    const int digits = random.count(40);
+    const std::string_view item = strayItem(f.form, digits, room, random);
+    announce("conversion", isBad(f.form, item, validation) ? kBad : "");
+    f.call(address(item), digits);
+}
+
+// What stray digits count for.
+void convertStrays(const std::string &found) {
+    announce("strays", found + found + found + found + found + found);
+    fprintf(stderr, "%d %lld %g %g %s %s\n", _zorcBCD_CONV_Pckd_To_Int4(address(unhex("3a5c")), 3),
+            static_cast<long long>(_zorcBCD_CONV_Znd_To_Int8(address("5:5"), 3)),
+            _zorcBCD_CONV_Pckd_To_LFlt(address(unhex("3a5c")), 3, 0),
+            _zorcBCD_CONV_Pckd_To_LFlt(address(unhex("00000000000000b6789c")), 19, 0),
+            bitsOf(_zorcBCD_CONV_Pckd_To_DFlt64(address(unhex("012b4d")), 4, 0)).c_str(),
+            bitsOf(_zorcBCD_CONV_Pckd_To_DFlt(address(unhex("b2345c")), 5, 0)).c_str());
+    printf("305 605 305 100789 b1c00000000004b4 328187f9\n");
+    announce("a letter in front", "");
+    fprintf(stderr, "%s %s\n",
+            bitsOf(_zorcBCD_CONV_Znd_To_DFlt32(address("J000000"), 7, 0)).c_str(),
+            bitsOf(_zorcBCD_CONV_Znd_To_DFlt32(address("J000016"), 7, 0)).c_str());
+    printf("330f4240 330f4242\n");
+}
+
+template <unsigned options> void callAll() {
+    Room rooms[2];
+    Random random(11);
+    const auto validation = (options & kNoValidate) == 0 ? Validation::lenient : Validation::none;
+    convertStrays(validation == Validation::lenient ? kBad : "");
+    for (int round = 0; round < kRounds; ++round) {
+        switch (random.below(8)) {
+        case 0:
+            callConversion(validation, rooms[0], random);
+            break;
+        case 1:
+            callIncrement(random.among(kIncrements), validation, rooms[0], random);
+            break;
+        case 2:
+            callOperation(random.among(kOperations), validation, rooms, random);
+            break;
+        default:
+            callMove(options, rooms, random);
+        }
+    }
+}
+
+TEST(Messages, FollowTheSwitches) {
+    const kit::TemporaryDirectory directory;
+    kit::writeFile(directory.file("source.msg"), kCatalogue);
+    const std::string command =
+        "gencat " + directory.file("cobol2run.cat ") + directory.file("source.msg");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const struct {
+        const char *variable, *value;
+        void (*body)();
+    } settings[] = {
+        {"COBOL_BCD_SAFE", "", callAll<0>},
+        {"COBOL_BCD_SAFE", "1", callAll<kSafe>},
+        {"COBOL_BCD_NOVALIDATE", "1", callAll<kNoValidate>},
+    };
+    for (const auto &[variable, value, body] : settings) {
+        // The library's own catalogue comes first, but not under this locale's name.
+        const auto [status, out, err] =
+            kit::runChild(body, kit::Environment{{"LC_ALL", "C.UTF-8"},
+                                                 {"NLSPATH", directory.path() + "/%N"},
+                                                 {variable, value}});
+        const auto same = std::mismatch(out.begin(), out.end(), err.begin(), err.end()).first;
+        const auto at = static_cast<size_t>(same - out.begin());
+        EXPECT_TRUE(out == err) << variable << " " << value << ": expected "
+                                << out.substr(at < 80 ? 0 : at - 80, 160);
+        EXPECT_EQ(status, 0);
+    }
+}
+
+// The message of the library's own catalogue ends the run.
+TEST(Messages, EndTheRun) {
+    const auto result = kit::runChild([] { _zorcBCD_CONV_Pckd_To_Int4(address("\x12\x34"), 3); });
+    EXPECT_NE(result.err.find("ZOR903S"), std::string::npos) << result.err;
+    EXPECT_NE(result.status, 0);
+}
+
+} // namespace
