@@ -86,14 +86,11 @@ inline std::string stored(Form form, const Value &value, int digits) {
 }
 
 inline int compare(const std::string &a, const std::string &b) {
-    if (a.size() != b.size()) {
-        return a.size() < b.size() ? -1 : 1;
-    }
-    return a.compare(b);
+    return a.size() == b.size() ? a.compare(b) : a.size() < b.size() ? -1 : 1;
 }
 
 // a + factor * b, which is not negative.
-inline std::string combine(const std::string &a, int factor, const std::string &b) {
+inline std::string add(const std::string &a, const std::string &b, int factor = 1) {
     const auto digitFromEnd = [](const std::string &digits, size_t at) {
         return at < digits.size() ? digits[digits.size() - 1 - at] - '0' : 0;
     };
@@ -107,17 +104,10 @@ inline std::string combine(const std::string &a, int factor, const std::string &
     }
     return trimmed(sum);
 }
-inline std::string add(const std::string &a, const std::string &b) {
-    return combine(a, 1, b);
-}
-inline std::string subtract(const std::string &a, const std::string &b) {
-    return combine(a, -1, b);
-}
-
 inline std::string multiply(const std::string &a, const std::string &b) {
     std::string product;
     for (const char digit : b) {
-        product = combine(product + '0', digit - '0', a);
+        product = add(product + '0', a, digit - '0');
     }
     return product;
 }
@@ -130,7 +120,7 @@ inline std::string divide(const std::string &a, const std::string &b, std::strin
         rest = trimmed(rest + digit);
         char count = '0';
         for (; compare(rest, b) >= 0; ++count) {
-            rest = subtract(rest, b);
+            rest = add(rest, b, -1);
         }
         quotient += count;
     }
@@ -143,9 +133,9 @@ inline Value sum(const Value &a, const Value &b) {
         return {add(a.digits, b.digits), a.negative};
     }
     if (compare(a.digits, b.digits) >= 0) {
-        return {subtract(a.digits, b.digits), a.negative};
+        return {add(a.digits, b.digits, -1), a.negative};
     }
-    return {subtract(b.digits, a.digits), b.negative};
+    return {add(b.digits, a.digits, -1), b.negative};
 }
 
 // What a target gets. The quotient of a dividend below its divisor is positive; a remainder is that

@@ -125,23 +125,15 @@ void callOperation(const Operation &f, Validation validation, Room (&rooms)[2], 
     const int digits2 = random.oneIn(2) ? 1 : digits1;
     const std::string_view op1 = strayItem(f.form, digits1, rooms[0], random);
     const std::string_view op2 = strayItem(f.form, digits2, rooms[1], random);
+    const int64_t value = random.below(2); // if nothing is to be added, the item is looked at too
     const bool divides = f.operation == '/' || f.operation == '%';
-    const bool isZeroDivisor = divides && valueOf(f.form, std::string(op2), digits2).isZero();
-    announce(f.name, std::string(isBad(f.form, op1, validation) ? kBad : "") +
-                         (isBad(f.form, op2, validation) ? kBad : "") +
-                         (isZeroDivisor ? kZero : ""));
+    std::string messages = isBad(f.form, op1, validation) ? kBad : "";
+    messages += f.bits == 0 && isBad(f.form, op2, validation) ? kBad : "";
+    messages += divides && valueOf(f.form, std::string(op2), digits2).isZero() ? kZero : "";
+    announce(f.name, messages);
     uint8_t target[64];
-    f.call(address(op1), address(op2), target, digits1, digits2, digits1);
-}
-
-// Also of nothing to add: the item is looked at.
-void callIncrement(const Operation &f, Validation validation, Room &room, Random &random) {
-    const int digits = random.count(40);
-    const std::string_view item = strayItem(f.form, digits, room, random);
-    announce(f.name, isBad(f.form, item, validation) ? kBad : "");
-    const int64_t value = random.below(2);
-    f.call(nullptr, reinterpret_cast<const uint8_t *>(&value), const_cast<uint8_t *>(address(item)),
-           digits, 0, 0);
+    f.call(address(op1), f.bits == 0 ? address(op2) : reinterpret_cast<const uint8_t *>(&value),
+           f.bits == 0 ? target : const_cast<uint8_t *>(address(op1)), digits1, digits2, digits1);
 }
 
 struct Conversion {
@@ -193,17 +185,13 @@ template <unsigned options> void callAll() {
     const auto validation = (options & kNoValidate) == 0 ? Validation::lenient : Validation::none;
     convertStrays(validation == Validation::lenient ? kBad : "");
     for (int round = 0; round < kRounds; ++round) {
-        switch (random.below(8)) {
-        case 0:
+        if (random.oneIn(8)) {
             callConversion(validation, rooms[0], random);
-            break;
-        case 1:
-            callIncrement(random.among(kIncrements), validation, rooms[0], random);
-            break;
-        case 2:
-            callOperation(random.among(kOperations), validation, rooms, random);
-            break;
-        default:
+        } else if (random.oneIn(3)) {
+            const bool adds = random.oneIn(3);
+            callOperation(adds ? random.among(kIncrements) : random.among(kOperations), validation,
+                          rooms, random);
+        } else {
             callMove(options, rooms, random);
         }
     }

@@ -3,8 +3,8 @@
 #ifndef ZOR_TESTS_DECIMAL_MOVES_MODEL_H
 #define ZOR_TESTS_DECIMAL_MOVES_MODEL_H
 
+#include "arithmetic_model.h"
 #include "decimal_moves.h"
-#include "items.h"
 
 namespace model {
 
@@ -66,28 +66,22 @@ inline intptr_t call(const Function &f, const uint8_t *op1, int digits1, const u
                : reinterpret_cast<Any>(f.address)(op1, other, otherDigits, digits1, shift);
 }
 
+inline bool isShift(const Function &f) {
+    return f.kind == Kind::left || f.kind == Kind::right || f.kind == Kind::rightRound;
+}
+
 // Which validation a source meets.
 inline Validation validationOf(const Function &f, unsigned options) {
-    const auto asked = [options](unsigned option, Validation validation) {
-        return (options & option) != 0 ? validation : Validation::none;
-    };
-    switch (f.kind) {
-    case Kind::relation:
-    case Kind::isZero:
-        return asked(kValidateCompares, Validation::strict);
-    case Kind::copy:
-        return asked(kValidateMoves, Validation::strict);
-    case Kind::abs:
-    case Kind::convert:
-        if (f.from != Pckd) {
-            return asked(kValidateMoves, Validation::lenient);
-        }
-        [[fallthrough]];
-    case Kind::neg:
-        return (options & kNoValidate) != 0 ? Validation::none : Validation::lenient;
-    default:
-        return Validation::none;
+    const bool moves = (options & kValidateMoves) != 0;
+    if (isRelation(f)) {
+        return (options & kValidateCompares) != 0 ? Validation::strict : Validation::none;
     }
+    if (isShift(f) || f.kind == Kind::copy) {
+        return moves && f.kind == Kind::copy ? Validation::strict : Validation::none;
+    }
+    const bool isArithmetic = f.from == Pckd || f.kind == Kind::neg;
+    const bool isAsked = isArithmetic ? (options & kNoValidate) == 0 : moves;
+    return isAsked ? Validation::lenient : Validation::none;
 }
 
 // Whether a separate sign that is none is reported.
@@ -216,9 +210,8 @@ inline std::string expected(const Function &f, unsigned options, const std::stri
         return converted(f, options, source, sourceDigits, targetDigits);
     }
     const Item item = decode(f.from, source, sourceDigits);
-    const bool shifts = f.kind == Kind::left || f.kind == Kind::right || f.kind == Kind::rightRound;
-    return shifts ? shifted(f, options, item, targetDigits, shift)
-                  : copied(f, options, item, targetDigits);
+    return isShift(f) ? shifted(f, options, item, targetDigits, shift)
+                      : copied(f, options, item, targetDigits);
 }
 
 inline bool holds(const Function &f, int order) {
@@ -231,20 +224,16 @@ inline bool holds(const Function &f, int order) {
                                : order <= 0;
 }
 
-inline int orderOf(const Item &a, const Item &b) {
-    const auto count = static_cast<int>(std::max(a.digits.size(), b.digits.size()));
-    const std::string left = fit(a.digits, count);
-    const std::string right = fit(b.digits, count);
+inline int orderOf(const Value &a, const Value &b) {
     if (a.negative != b.negative) {
-        return isZero(left) && isZero(right) ? 0 : (a.negative ? -1 : 1);
+        return a.isZero() && b.isZero() ? 0 : a.negative ? -1 : 1;
     }
-    const int order = left.compare(right);
-    return a.negative ? -order : order;
+    return a.negative ? compare(b.digits, a.digits) : compare(a.digits, b.digits);
 }
 
 // The answer of a relation or of NOT.
-inline bool answer(const Function &f, const Item &op1, const Item &op2) {
-    return f.kind == Kind::isZero ? isZero(op1.digits) : holds(f, orderOf(op1, op2));
+inline bool answer(const Function &f, const Value &op1, const Value &op2) {
+    return f.kind == Kind::isZero ? op1.isZero() : holds(f, orderOf(op1, op2));
 }
 
 } // namespace model

@@ -1,7 +1,6 @@
 // The trace of calls. A body writes on stdout what is to come on stderr.
 #include <cstdio>
 #include <regex>
-#include <vector>
 
 #include "arithmetic_model.h"
 #include "decimal_convert.h"
@@ -12,18 +11,14 @@ namespace {
 
 using namespace model;
 
-struct Line {
-    const char *label;
-    std::string item;
-    int digits;
-};
-
-void expectTrace(const std::string &header, const std::vector<Line> &lines,
+// The line of an item.
+std::string line(const char *label, const std::string &item, int digits,
                  const char *behind = ": ") {
-    printf("%s...\n", header.c_str());
-    for (const auto &[label, item, digits] : lines) {
-        printf("%s@ %d%s%s\n", label, digits, behind, kit::hex(item).c_str());
-    }
+    return label + ("@ " + std::to_string(digits)) + behind + kit::hex(item) + "\n";
+}
+
+void expectTrace(const std::string &header, const std::string &lines) {
+    printf("%s...\n%s", header.c_str(), lines.c_str());
 }
 
 // The name of a function before the first "_", in small letters.
@@ -42,32 +37,29 @@ void traceArithmetic() {
         f.call(address(op1), address(op2), target, 5, 1, 3);
         if (f.form == Pckd || f.operation != '%') { // the zoned remainder has no trace
             const Value value = result(f.operation, {"123", true}, {"5", true});
-            expectTrace(
-                verbOf(f.name) + (f.form == Pckd ? " packed" : " zoned"),
-                {{"op1: ", op1, 3}, {"op2: ", op2, 1}, {"dst: ", stored(f.form, value, 5), 5}});
+            expectTrace(verbOf(f.name) + (f.form == Pckd ? " packed" : " zoned"),
+                        line("op1: ", op1, 3) + line("op2: ", op2, 1) +
+                            line("dst: ", stored(f.form, value, 5), 5));
         }
     }
     _zorcBCD_DIVR_Znd(address("12s"), address("u"), target, remainder, 2, 5, 1, 3); // nor this
     _zorcBCD_DIVR_Pckd(address("\x12\x3D"), address("\x5D"), target, remainder, 2, 5, 1, 3);
-    expectTrace("div packed remainder", {{"op1: ", "\x12\x3D", 3},
-                                         {"op2: ", "\x5D", 1},
-                                         {"dst: ", unhex("00024c"), 5},
-                                         {"rem: ", unhex("003d"), 2}});
+    expectTrace("div packed remainder", "op1: @ 3: 123d\nop2: @ 1: 5d\n"
+                                        "dst: @ 5: 00024c\nrem: @ 2: 003d\n");
     _zorcBCD_DIVR_Pckd(address("\x5C"), address("\x3C"), nullptr, remainder, 1, 0, 1, 1);
-    expectTrace("div packed remainder", {{"op1: ", "\x5C", 1}, {"op2: ", "\x3C", 1}});
-    printf("dst: (nil) 0: \nrem: @ 1: 2c\n");
+    expectTrace("div packed remainder", "op1: @ 1: 5c\nop2: @ 1: 3c\n"
+                                        "dst: (nil) 0: \nrem: @ 1: 2c\n");
     for (const Operation &f : kIncrements) {
-        const std::string accumulator = encode(f.form, "99", false);
-        const std::string sum = encode(f.form, f.operation == '+' ? "98" : "00", false);
-        std::copy(accumulator.begin(), accumulator.end(), target);
         const int64_t minusOne = -1;
+        const std::string item = encode(f.form, "99", false);
+        const std::string sum = encode(f.form, f.operation == '+' ? "98" : "00", false);
+        std::copy(item.begin(), item.end(), target);
         f.call(target, reinterpret_cast<const uint8_t *>(&minusOne), target, 2, 0, 2);
         const bool isOdd = f.name == std::string("ADD_Znd_Int4");
         expectTrace((f.operation == '+' ? "inc " : "dec ") +
                         std::string(f.form == Pckd ? "packed" : "zoned") + (isOdd ? "_" : "_int") +
                         std::to_string(f.bits),
-                    {{"op1: ", accumulator, 2}});
-        printf("op2: -1\ndst: @ 2: %s\n", kit::hex(sum).c_str());
+                    line("op1: ", item, 2) + "op2: -1\n" + line("dst: ", sum, 2));
     }
 }
 
@@ -83,34 +75,37 @@ void traceMoves() {
         const bool isPacked = f.from == Pckd; // of relations and signs only packed ones are traced
         if (isRelation(f)) {
             const auto result = static_cast<int>(call(f, address(op1), 3, address(op2), 1));
-            std::vector<Line> lines = {{"op1: ", op1, 3}, {"op2: ", op2, 1}};
-            lines.resize(f.kind == Kind::relation ? 2 : 1);
             if (isPacked) {
-                expectTrace(verbOf(f.name) + " packed", lines);
-                printf("res: %d\n", result);
+                expectTrace(verbOf(f.name) + " packed",
+                            line("op1: ", op1, 3) +
+                                (f.kind == Kind::relation ? line("op2: ", op2, 1) : "") +
+                                "res: " + std::to_string(result) + "\n");
             }
             continue;
         }
         uint8_t target[8];
         call(f, address(op1), 3, target, 2, 1);
         const std::string moved = expected(f, 0, op1, 3, 2, 1);
+        const auto lines = [&](const char *in, const char *out, const char *behind) {
+            return line(in, op1, 3, behind) + line(out, moved, 2, behind);
+        };
         const auto &[copy, shift, from] = labels[f.from];
         if (f.kind == Kind::copy) {
-            expectTrace("Copy " + copy, {{"op1: ", op1, 3}, {"res: ", moved, 2}}, " ");
+            expectTrace("Copy " + copy, lines("op1: ", "res: ", " "));
         } else if (f.kind == Kind::convert) {
             const std::string blank = isPacked && f.to == ZndTO ? " " : "";
             expectTrace(from + " to " + labels[f.to].conversion + blank,
-                        {{"in:  ", op1, 3}, {"out: ", moved, 2}}, " ");
+                        lines("in:  ", "out: ", " "));
         } else if (f.kind == Kind::abs || f.kind == Kind::neg) {
             if (isPacked) {
-                expectTrace(verbOf(f.name) + " packed", {{"src: ", op1, 3}, {"dst: ", moved, 2}});
+                expectTrace(verbOf(f.name) + " packed", lines("src: ", "dst: ", ": "));
             }
         } else {
             const char *direction = f.kind == Kind::left    ? " left 1 "
                                     : f.kind == Kind::right ? " right 1 "
                                                             : " right round 1 ";
             expectTrace("Shift " + shift + direction,
-                        {{"op1: ", op1, 3}, {isPacked ? "res: " : "op2: ", moved, 2}}, " ");
+                        lines("op1: ", isPacked ? "res: " : "op2: ", " "));
         }
     }
 }

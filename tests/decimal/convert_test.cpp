@@ -1,6 +1,5 @@
-// Conversions between items and floating forms: binary values against the C library's reading and
-// printing of texts, decimal ones against the texts themselves.
-#include <charconv>
+// Conversions between items and numbers: binary integers and decimal forms against their texts,
+// binary floating forms against the C library's reading and printing of texts.
 #include <cmath>
 #include <limits>
 
@@ -19,9 +18,102 @@ using namespace model;
 
 constexpr int kRounds = 60'000;
 
-// ---- the forms, and our functions for them
+// ---- integers
 
-#define FORM_FUNCTIONS(fromPackedName, packedName, zonedName)                                      \
+// A value keeps its sign even where the item takes only zeros of it.
+template <class Integer>
+void expectItem(Form form, uint8_t *(*convert)(Integer, uint8_t *, int32_t), Random &random) {
+    static Room room;
+    const int digits = random.count(36);
+    const auto value = static_cast<Integer>(random.integer());
+    const std::string text = std::to_string(value);
+    const bool negative = text[0] == '-';
+    uint8_t *target = room.put(bytesOf(form, digits), random);
+    room.expect(target, encode(form, fit(text.substr(negative ? 1 : 0), digits), negative));
+    ASSERT_EQ(convert(value, target, digits), target);
+    ASSERT_TRUE(room.isAsExpected())
+        << text << " into " << digits << " digits, form " << form << ": "
+        << kit::hex(target, static_cast<size_t>(bytesOf(form, digits)));
+}
+
+TEST(IntegerConvert, IntegersToItemsAgreeWithTheirText) {
+    Random random(1);
+    for (int i = 0; i < kRounds / 3 && !HasFatalFailure(); ++i) {
+        expectItem(Pckd, _zorcBCD_CONV_Int1_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Uns1_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Int2_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Uns2_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Int4_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Uns4_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Int8_To_Pckd, random);
+        expectItem(Pckd, _zorcBCD_CONV_Uns8_To_Pckd, random);
+        expectItem(Znd, _zorcBCD_CONV_Int4_To_Znd, random);
+        expectItem(Znd, _zorcBCD_CONV_UInt4_To_Znd, random);
+        expectItem(Znd, _zorcBCD_CONV_Int8_To_Znd, random);
+        expectItem(Znd, _zorcBCD_CONV_UInt8_To_Znd, random);
+    }
+}
+
+uint64_t wrapped(const std::string &digits) {
+    uint64_t word = 0;
+    for (const char c : digits) {
+        word = word * 10 + static_cast<unsigned>(c - '0');
+    }
+    return word;
+}
+
+// The pad of a packed item is no digit here, whatever it holds.
+TEST(IntegerConvert, ItemsToIntegersWrapAtTheirWidth) {
+    Random random(2);
+    for (int i = 0; i < 3 * kRounds && !HasFatalFailure(); ++i) {
+        const int count = random.count(36);
+        const std::string text = random.digits(count);
+        const bool negative = random.oneIn(2);
+        const std::string packed = random.item(Pckd, text, negative, Validation::lenient);
+        const std::string zoned = random.item(Znd, text, negative, Validation::lenient);
+        const uint8_t *p = address(packed);
+        const uint8_t *z = address(zoned);
+        const uint64_t word = wrapped(text);
+        const auto value = static_cast<int64_t>(negative ? 0 - word : word);
+        const auto low = static_cast<uint32_t>(word);
+        const auto lowValue = static_cast<int32_t>(value);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Int8(p, count), value) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Uns8(p, count), word) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Int4(p, count), lowValue) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Int2(p, count), lowValue) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Int1(p, count), lowValue) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Uns4(p, count), low) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Uns2(p, count), low) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Uns1(p, count), low) << kit::hex(packed);
+        ASSERT_EQ(_zorcBCD_CONV_Znd_To_Int8(z, count), value) << kit::hex(zoned);
+        ASSERT_EQ(_zorcBCD_CONV_Znd_To_UInt8(z, count), word) << kit::hex(zoned);
+        ASSERT_EQ(_zorcBCD_CONV_Znd_To_Int4(z, count), lowValue) << kit::hex(zoned);
+        ASSERT_EQ(_zorcBCD_CONV_Znd_To_UInt4(z, count), low) << kit::hex(zoned);
+        // A length is rounded up; none is negative.
+        const int decs = random.below(count + 3);
+        const std::string whole = scaled({text, -decs}, 0, false);
+        const bool isMore = !isZero(fit(text, decs));
+        ASSERT_EQ(_zorcBCD_CONV_Pckd_To_Len8(p, count, decs),
+                  negative ? 0 : wrapped(whole) + (isMore ? 1 : 0))
+            << kit::hex(packed) << " decs " << decs;
+    }
+}
+
+TEST(IntegerConvert, ItemsWithoutDigitsAreZero) {
+    uint8_t item[] = {0x1C};
+    EXPECT_EQ(_zorcBCD_CONV_Znd_To_Int4(item, 0), 0);
+    EXPECT_EQ(_zorcBCD_CONV_Pckd_To_Int8(item, 0), 0);
+    EXPECT_EQ(_zorcBCD_CONV_Pckd_To_Len8(item, 0, 0), 0U);
+    EXPECT_EQ(_zorcBCD_CONV_Pckd_To_LFlt(item, 0, 0), 0);
+    EXPECT_EQ(_zorcBCD_CONV_Int4_To_Pckd(5, item, 0), item);
+    EXPECT_EQ(item[0], 0x1C);
+}
+
+// ---- floating forms, and our functions for them
+
+// Digits: those that tell two values of a binary form apart; those of a decimal one.
+#define FORM(digits, fromPackedName, packedName, zonedName)                                        \
+    static constexpr int kDigits = digits;                                                         \
     static constexpr auto fromPacked = _zorcBCD_CONV_Pckd_To_##fromPackedName;                     \
     static constexpr auto fromZoned = _zorcBCD_CONV_Znd_To_##zonedName;                            \
     static constexpr auto packed = _zorcBCD_CONV_##packedName##_To_Pckd;                           \
@@ -29,37 +121,33 @@ constexpr int kRounds = 60'000;
     static constexpr auto zoned = _zorcBCD_CONV_##zonedName##_To_Znd;                              \
     static constexpr auto zonedRounded = _zorcBCD_CONV_##zonedName##_To_ZndRnd;
 
-// kDecimals: digits that always survive a round trip. kDigits: those that tell two values apart; of
-// a decimal form its digits. kPrecision: bits.
+// kDecimals: digits that always survive a round trip.
 struct Float {
+    FORM(9, SFlt, SFlt, BFlt32)
     using Type = float;
-    static constexpr int kDecimals = 6, kDigits = 9, kPrecision = 24, kGreatestPower = 46;
-    FORM_FUNCTIONS(SFlt, SFlt, BFlt32)
+    static constexpr int kDecimals = 6, kGreatestPower = 46;
     static Type read(const char *text) { return std::strtof(text, nullptr); }
 };
 struct Double {
+    FORM(17, LFlt, LFlt, BFlt64)
     using Type = double;
-    static constexpr int kDecimals = 15, kDigits = 17, kPrecision = 53, kGreatestPower = 326;
-    FORM_FUNCTIONS(LFlt, LFlt, BFlt64)
+    static constexpr int kDecimals = 15, kGreatestPower = 326;
     static Type read(const char *text) { return std::strtod(text, nullptr); }
 };
 struct Quad {
+    FORM(36, EFlt, EFlt, BFlt128)
     using Type = __float128;
-    static constexpr int kDecimals = 33, kDigits = 36, kPrecision = 113, kGreatestPower = 4970;
-    FORM_FUNCTIONS(EFlt, EFlt, BFlt128)
+    static constexpr int kDecimals = 33, kGreatestPower = 4970;
     static Type read(const char *text) { return strtof128(text, nullptr); }
 };
 struct Decimal32 {
-    static constexpr int kDigits = 7;
-    FORM_FUNCTIONS(DFlt, DFlt32, DFlt32)
+    FORM(7, DFlt, DFlt32, DFlt32)
 };
 struct Decimal64 {
-    static constexpr int kDigits = 16;
-    FORM_FUNCTIONS(DFlt64, DFlt64, DFlt64)
+    FORM(16, DFlt64, DFlt64, DFlt64)
 };
 struct Decimal128 {
-    static constexpr int kDigits = 34;
-    FORM_FUNCTIONS(DFlt128, DFlt, DFlt128)
+    FORM(34, DFlt128, DFlt, DFlt128)
 };
 
 std::string print(__float128 value, int precision) {
@@ -78,12 +166,7 @@ template <class Form> Decimal decimalValue(typename Form::Type value) {
     if (value >= Form::read(("1e" + std::to_string(Form::kDecimals)).c_str())) {
         return parse(print(value, 400));
     }
-    if constexpr (!std::is_same_v<Form, Quad>) {
-        char text[64];
-        const auto scientific = std::chars_format::scientific;
-        return parse({text, std::to_chars(text, text + sizeof text, value, scientific).ptr});
-    }
-    for (int digits = Form::kDecimals;; ++digits) {
+    for (int digits = 1;; ++digits) {
         const std::string text = print(value, digits - 1);
         if (Form::read(text.c_str()) == value) {
             return parse(text);
@@ -112,6 +195,13 @@ void expectItems(T value, const Decimal &decimal, bool negative, int digits, int
                 << " digits " << digits << " decs " << decs << (rounded ? " rounded" : "") << ": "
                 << kit::hex(target, static_cast<size_t>(bytesOf(kind, digits)));
         }
+    }
+}
+
+// Of what is no number in range, at any scale.
+template <class Form, class T> void expectNothing(T value, Random &random) {
+    for (const int decs : {0, 5, 40, 300, INT32_MAX, -7, INT32_MIN}) {
+        expectItems<Form>(value, {"0", 0}, false, 6, decs, random);
     }
 }
 
@@ -153,44 +243,42 @@ template <class Form> class BinaryConvert : public testing::Test {};
 using BinaryForms = testing::Types<Float, Double, Quad>;
 TYPED_TEST_SUITE(BinaryConvert, BinaryForms);
 
+// The text of an item that lies exactly between two values, or one unit of its last place beside
+// that.
+template <class Form> std::string nearTie(int decs, Random &random) {
+    using T = typename Form::Type;
+    const uint64_t word = 1ULL << 63 | uint64_t{random.word()} << 32 | random.word();
+    const auto significand = static_cast<T>(word >> (64 - std::numeric_limits<T>::digits));
+    const T value = std::ldexp(significand, 1 + random.below(20) - decs);
+    const T next = std::nextafter(value, std::numeric_limits<T>::infinity());
+    const __float128 tie = (static_cast<__float128>(value) + next) / 2;
+    const std::string text = scaled(parse(print(tie, 60)), decs, false);
+    return random.oneIn(3) ? text : random.oneIn(2) ? add(text, "1") : add(text, "1", -1);
+}
+
 // And those of few digits come back.
 TYPED_TEST(BinaryConvert, ItemsGiveTheNearestValue) {
+    constexpr int kGreatest = TypeParam::kGreatestPower;
     Random random(3);
     for (int i = 0; i < kRounds && !this->HasFailure(); ++i) {
         const std::string text = random.digits(random.count(40));
         const bool negative = random.oneIn(2);
-        const int decs = random.below(random.oneIn(8) ? 60 : 31);
+        const bool isAnyPower = random.oneIn(32); // from zero to infinity
+        const int decs = isAnyPower ? random.below(2 * kGreatest) - kGreatest
+                                    : random.below(random.oneIn(8) ? 60 : 31);
         const auto value = expectNearest<TypeParam>(text, decs, negative, random);
-        if (decs <= 30 && trimmed(text).size() <= TypeParam::kDecimals) {
+        if (decs >= 0 && decs <= 30 && trimmed(text).size() <= TypeParam::kDecimals) {
             expectItems<TypeParam>(value, {text, -decs}, negative, static_cast<int>(text.size()),
                                    decs, random);
         }
-    }
-    for (int i = 0; i < 1000; ++i) { // from zero to infinity
-        const int decs = random.below(2 * TypeParam::kGreatestPower) - TypeParam::kGreatestPower;
-        expectNearest<TypeParam>(random.digits(random.count(40)), decs, random.oneIn(2), random);
+        if constexpr (!std::is_same_v<TypeParam, Quad>) {
+            const int tieDecs = random.below(12);
+            expectNearest<TypeParam>(nearTie<TypeParam>(tieDecs, random), tieDecs, negative,
+                                     random);
+        }
     }
     expectNearest<TypeParam>("5", INT32_MAX, true, random);
     expectNearest<TypeParam>("5", INT32_MIN, true, random);
-}
-
-// Items that lie exactly between two values, or one unit of their last place beside that.
-TYPED_TEST(BinaryConvert, TiesOfItemsGoToEven) {
-    if constexpr (!std::is_same_v<TypeParam, Quad>) {
-        using T = typename TypeParam::Type;
-        Random random(4);
-        for (int i = 0; i < kRounds / 4 && !this->HasFailure(); ++i) {
-            const int decs = random.below(12);
-            const uint64_t word = 1ULL << 63 | uint64_t{random.word()} << 32 | random.word();
-            const auto significand = static_cast<T>(word >> (64 - TypeParam::kPrecision));
-            const T value = std::ldexp(significand, 1 + random.below(20) - decs);
-            const T next = std::nextafter(value, std::numeric_limits<T>::infinity());
-            const __float128 tie = (static_cast<__float128>(value) + next) / 2;
-            std::string text = scaled(parse(print(tie, 60)), decs, false);
-            text = random.oneIn(3) ? text : random.oneIn(2) ? add(text, "1") : subtract(text, "1");
-            expectNearest<TypeParam>(text, decs, random.oneIn(2), random);
-        }
-    }
 }
 
 // Values near short decimals, ties of a target's last place, and any bit patterns in a wide range.
@@ -231,9 +319,7 @@ TYPED_TEST(BinaryConvert, NothingUnusualIsStored) {
     memset(&tiny, 1, 1);
     for (const T value :
          {infinity, -infinity, static_cast<T>(NAN), static_cast<T>(-0.0), tiny, -tiny}) {
-        for (const int decs : {0, 5, 40, 300, INT32_MAX, -7, INT32_MIN}) {
-            expectItems<TypeParam>(value, {"0", 0}, true, 6, decs, random);
-        }
+        expectNothing<TypeParam>(value, random);
     }
 }
 
@@ -290,15 +376,13 @@ TYPED_TEST(DecimalConvert, NothingUnusualIsStored) {
         auto value = TypeParam::fromPacked(address("\x1C"), 1, 0);
         memset(&value, leading == 0x6F || leading == 0x5F ? 0xFF : 0, sizeof value);
         memset(reinterpret_cast<char *>(&value) + sizeof value - 1, leading, 1);
-        for (const int decs : {0, 40, INT32_MAX, INT32_MIN}) {
-            expectItems<TypeParam>(value, {"0", 0}, false, 6, decs, random);
-        }
+        expectNothing<TypeParam>(value, random);
     }
 }
 
 // ---- between forms
 
-ZorDecimal128 decimal(const char *text, int decs = 0) {
+ZorDecimal128 decimal(const std::string &text, int decs = 0) {
     return Decimal128::fromPacked(address(kit::pckd(text, 37)), 37, decs);
 }
 
@@ -314,40 +398,34 @@ TEST(FloatConvert, BetweenForms) {
     EXPECT_EQ(_zorcBCD_CONV_EFlt_To_Int8(static_cast<__float128>(-123.9)), -123);
 }
 
-TEST(FloatConvert, DecimalsToIntegersAtTheLimits) {
-    const struct {
-        const char *digits;
-        int decs;
-        int64_t wanted;
-        uint64_t wantedUnsigned;
-    } rows[] = {{"0", 0, 0, 0},
-                {"-19", 1, -1, 0},
-                {"9223372036854775807", 0, INT64_MAX, INT64_MAX},
-                {"9223372036854775808", 0, INT64_MIN, 1ULL << 63},
-                {"-92233720368547758089", 1, INT64_MIN, 0},
-                {"-9223372036854775807", 0, -INT64_MAX, 0},
-                {"184467440737095516159999", 4, INT64_MIN, UINT64_MAX},
-                {"18446744073709551616", 0, INT64_MIN, 0},
-                {"1234567890123456789012345678901234", 20, 12345678901234, 12345678901234},
-                {"12", -17, 1'200'000'000'000'000'000, 1'200'000'000'000'000'000},
-                {"9", -40, INT64_MIN, 0},
-                {"9", 36, 0, 0}};
-    for (const auto &row : rows) {
-        const ZorDecimal128 value = decimal(row.digits, row.decs);
-        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_Int8(value), row.wanted) << row.digits;
-        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_UInt8(value), row.wantedUnsigned) << row.digits;
+// Many beside the limits, with fractions behind them.
+TEST(FloatConvert, DecimalsToIntegers) {
+    Random random(10);
+    for (int i = 0; i < kRounds && !HasFailure(); ++i) {
+        const int fraction = 1 + random.below(14);
+        const std::string text =
+            add(std::to_string(random.integer()), random.oneIn(2) ? "1" : "0") +
+            random.digits(fraction);
+        const int decs = random.oneIn(4) ? random.below(80) - 40 : fraction;
+        const bool negative = random.oneIn(2);
+        const ZorDecimal128 value = decimal((negative ? "-" : "") + text, decs);
+        const std::string whole = scaled({text, -decs}, 0, false);
+        const bool fits = compare(whole, std::to_string(INT64_MAX)) <= 0;
+        const int64_t magnitude = fits ? std::stoll(whole) : INT64_MIN;
+        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_Int8(value), fits && negative ? -magnitude : magnitude)
+            << text << " decs " << decs;
+        const bool fitsUnsigned = !negative && compare(whole, std::to_string(UINT64_MAX)) <= 0;
+        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_UInt8(value), fitsUnsigned ? std::stoull(whole) : 0)
+            << text << " decs " << decs;
     }
 }
 
 // The libraries for the wide forms are loaded for the trace alone.
-TEST(FloatConvert, NoLibraryIsLoadedForIt) {
-    const std::string maps = kit::runChild([] {
-                                 uint8_t target[20];
-                                 const auto quad = Quad::fromPacked(address("\x12\x5C"), 3, 1);
-                                 Quad::packed(quad, target, 31, 20);
-                                 Decimal128::packed(decimal("125", 1), target, 31, 20);
-                                 printf("%s", kit::readFile("/proc/self/maps").c_str());
-                             }).out;
+CHILD_TEST(FloatConvert, LoadsNoLibrary) {
+    uint8_t target[20];
+    Quad::packed(Quad::fromPacked(address("\x12\x5C"), 3, 1), target, 31, 20);
+    Decimal128::packed(decimal("125", 1), target, 31, 20);
+    const std::string maps = kit::readFile("/proc/self/maps");
     EXPECT_NE(maps.find("liblvd4_32r"), std::string::npos);
     EXPECT_EQ(maps.find("libdfp"), std::string::npos);
     EXPECT_EQ(maps.find("libquadmath"), std::string::npos);
