@@ -58,32 +58,27 @@ uint8_t *callWithStack(int shift, const Operation &f, const uint8_t *op1, const 
 
 enum Place { onFirst, onSecond, apart };
 
-struct Call {
-    const Operation *function;
-    std::string op1;
-    int digits1;
-    std::string op2;
-    int digits2;
+struct Operand {
+    std::string bytes;
     int digits;
-    Place place;
 };
 
-// With every operand at an address of its own kind. Of garbage no result is wanted, and it does no
-// harm.
-void check(const Call &call, const std::string *wanted, Random &random) {
+// One call, with every operand at an address of its own kind. Of garbage no result is wanted, and
+// it does no harm.
+void check(const Operation &f, const Operand &a, const Operand &b, int digits, Place place,
+           const std::string *wanted, Random &random) {
     static Room rooms[3]; // by Place
-    const auto &[function, op1, digits1, op2, digits2, digits, place] = call;
-    const int bytes = bytesOf(function->form, digits);
-    uint8_t *const at[] = {rooms[onFirst].put(op1, random), rooms[onSecond].put(op2, random),
-                           rooms[apart].put(bytes, random)};
-    EXPECT_EQ(callWithStack(4 * random.below(4), *function, at[onFirst], at[onSecond], at[place],
-                            digits, digits2, digits1),
+    const int bytes = bytesOf(f.form, digits);
+    uint8_t *const at[] = {rooms[onFirst].put(a.bytes, random),
+                           rooms[onSecond].put(b.bytes, random), rooms[apart].put(bytes, random)};
+    EXPECT_EQ(callWithStack(4 * random.below(4), f, at[onFirst], at[onSecond], at[place], digits,
+                            b.digits, a.digits),
               at[place]);
     const std::string got(at[place], at[place] + bytes);
     rooms[place].expect(at[place], wanted == nullptr ? got : *wanted);
     EXPECT_TRUE(std::all_of(rooms, rooms + 3, [](const Room &r) { return r.isAsExpected(); }))
-        << function->name << " " << kit::hex(op1) << " (" << digits1 << ") " << kit::hex(op2)
-        << " (" << digits2 << ") into " << digits << " digits, place " << place << ": "
+        << f.name << " " << kit::hex(a.bytes) << " (" << a.digits << ") " << kit::hex(b.bytes)
+        << " (" << b.digits << ") into " << digits << " digits, place " << place << ": "
         << kit::hex(got);
 }
 
@@ -123,7 +118,7 @@ void checkRandom(bool isGarbage, Random &random) {
         std::string divisor = random.garbage(bytesOf(f.form, digitsB));
         divisor.back() = '\x99'; // not zero
         const std::string a = random.garbage(bytesOf(f.form, digitsA));
-        return check({&f, a, digitsA, divisor, digitsB, digits, apart}, nullptr, random);
+        return check(f, {a, digitsA}, {divisor, digitsB}, digits, apart, nullptr, random);
     }
     const std::string a =
         random.item(f.form, random.digits(digitsA), random.oneIn(2), Validation::lenient);
@@ -142,7 +137,7 @@ void checkRandom(bool isGarbage, Random &random) {
     const bool isNothing = f.bits != 0 && valueB.isZero(); // which leaves the bytes as they are
     const std::string wanted =
         isNothing ? a : stored(f.form, result(f.operation, valueA, valueB), targetDigits);
-    check({&f, a, digitsA, b, digitsB, targetDigits, place}, &wanted, random);
+    check(f, {a, digitsA}, {b, digitsB}, targetDigits, place, &wanted, random);
 }
 
 // Bytes that are no digits, in hexadecimal.
@@ -162,14 +157,14 @@ template <bool validated> void runModel() {
     Random random(5);
     for (const auto &[function, op1, op2, wanted] : kExamples) {
         const Operation &f = named(kOperations, function);
-        const auto digits = [&f](const char *hex) {
-            const auto nibbles = static_cast<int>(strlen(hex));
-            return f.form == Pckd ? nibbles - 1 : nibbles / 2;
+        const auto operand = [&f](const char *hex) {
+            const std::string bytes = unhex(hex);
+            const auto size = static_cast<int>(bytes.size());
+            return Operand{bytes, f.form == Pckd ? 2 * size - 1 : size};
         };
-        const std::string bytes = unhex(wanted);
+        const auto [bytes, digits] = operand(wanted);
         if (!validated) {
-            check({&f, unhex(op1), digits(op1), unhex(op2), digits(op2), digits(wanted), apart},
-                  &bytes, random);
+            check(f, operand(op1), operand(op2), digits, apart, &bytes, random);
         }
     }
     for (int round = 0; round < 140'000 && !testing::Test::HasFailure(); ++round) {

@@ -281,7 +281,8 @@ TYPED_TEST(BinaryConvert, ItemsGiveTheNearestValue) {
     expectNearest<TypeParam>("5", INT32_MIN, true, random);
 }
 
-// Values near short decimals, ties of a target's last place, and any bit patterns in a wide range.
+// Values near short decimals, ties of a target's last place, any bit patterns in a wide range, and
+// what is no number.
 TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
     using T = typename TypeParam::Type;
     Random random(6);
@@ -309,11 +310,6 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
                                    negative, 1 + random.below(40), decs, random);
         }
     }
-}
-
-TYPED_TEST(BinaryConvert, NothingUnusualIsStored) {
-    using T = typename TypeParam::Type;
-    Random random(8);
     const auto infinity = static_cast<T>(HUGE_VAL);
     T tiny = 0;
     memset(&tiny, 1, 1);
@@ -367,11 +363,7 @@ TYPED_TEST(DecimalConvert, ValuesComeBackScaled) {
         expectItems<TypeParam>(value, {leading(text, TypeParam::kDigits), -decs}, negative,
                                1 + random.below(40), random.below(30), random);
     }
-}
-
-// Every class of encoding that is no number in range, by its leading byte.
-TYPED_TEST(DecimalConvert, NothingUnusualIsStored) {
-    Random random(9);
+    // Every class of encoding that is no number in range, by its leading byte.
     for (const int leading : {0x78, 0xF8, 0x7C, 0xFE, 0x80, 0x00, 0x6F, 0x5F}) {
         auto value = TypeParam::fromPacked(address("\x1C"), 1, 0);
         memset(&value, leading == 0x6F || leading == 0x5F ? 0xFF : 0, sizeof value);
@@ -382,7 +374,7 @@ TYPED_TEST(DecimalConvert, NothingUnusualIsStored) {
 
 // ---- between forms
 
-ZorDecimal128 decimal(const std::string &text, int decs = 0) {
+ZorDecimal128 decimal(const std::string &text, int decs) {
     return Decimal128::fromPacked(address(kit::pckd(text, 37)), 37, decs);
 }
 
