@@ -14,18 +14,18 @@ uint8_t *divideBoth(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int
     uint8_t other[140];
     uint8_t *quotient = operation == '/' ? target : other;
     uint8_t *remainder = operation == '/' ? other : target;
+    const auto call = [&](auto function) {
+        return function(op1, op2, quotient, remainder, targetDigits, targetDigits, op2Digits,
+                        op1Digits);
+    };
     if constexpr (form == Pckd) {
         const auto magnitude = [](const uint8_t *item, int digits) {
             return valueOf(Pckd, {item, item + bytesOf(Pckd, digits)}, digits).digits;
         };
         const bool reached = compare(magnitude(op1, op1Digits), magnitude(op2, op2Digits)) >= 0;
-        EXPECT_EQ(_zorcBCD_DIVR_Pckd(op1, op2, quotient, remainder, targetDigits, targetDigits,
-                                     op2Digits, op1Digits),
-                  reached ? 1 : 0);
+        EXPECT_EQ(call(_zorcBCD_DIVR_Pckd), reached ? 1 : 0);
     } else {
-        EXPECT_EQ(_zorcBCD_DIVR_Znd(op1, op2, quotient, remainder, targetDigits, targetDigits,
-                                    op2Digits, op1Digits),
-                  quotient);
+        EXPECT_EQ(call(_zorcBCD_DIVR_Znd), quotient);
     }
     return target;
 }

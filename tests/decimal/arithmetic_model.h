@@ -64,11 +64,8 @@ inline std::string trimmed(const std::string &digits) {
 }
 
 inline Value valueOf(Form form, const std::string &bytes, int digits) {
-    Item item = decode(form, bytes, digits);
-    for (char &b : item.digits) {
-        b = static_cast<char>('0' | (b & 0x0F));
-    }
-    return {trimmed(item.digits), item.negative};
+    const Item item = decode(form, bytes, digits);
+    return {trimmed(rezoned(item.digits)), item.negative};
 }
 inline Value secondValue(const Operation &f, const std::string &bytes, int digits) {
     if (f.bits == 0) {
@@ -132,25 +129,19 @@ inline Value sum(const Value &a, const Value &b) {
     if (a.negative == b.negative) {
         return {add(a.digits, b.digits), a.negative};
     }
-    if (compare(a.digits, b.digits) >= 0) {
-        return {add(a.digits, b.digits, -1), a.negative};
-    }
-    return {add(b.digits, a.digits, -1), b.negative};
+    return compare(a.digits, b.digits) >= 0 ? Value{add(a.digits, b.digits, -1), a.negative}
+                                            : Value{add(b.digits, a.digits, -1), b.negative};
 }
 
 // What a target gets. The quotient of a dividend below its divisor is positive; a remainder is that
 // of the long division, with the dividend's sign even at zero, or the dividend itself.
 inline Value result(char operation, const Value &a, const Value &b) {
     const bool differ = a.negative != b.negative;
-    switch (operation) {
-    case '+':
-        return sum(a, b);
-    case '-':
-        return sum(a, {b.digits, !b.negative});
-    case '*':
+    if (operation == '+' || operation == '-') {
+        return sum(a, {b.digits, b.negative != (operation == '-')});
+    }
+    if (operation == '*') {
         return {multiply(a.digits, b.digits), differ};
-    default:
-        break;
     }
     const int order = compare(a.digits, b.digits);
     std::string rest;

@@ -219,11 +219,9 @@ auto valueOfItems(const std::string &text, int decs, bool negative, Random &rand
 
 // The significant digits that a form reads; those behind count as zeros.
 std::string leading(const std::string &text, int count) {
-    std::string digits = trimmed(text);
-    for (auto at = static_cast<size_t>(count); at < digits.size(); ++at) {
-        digits[at] = '0';
-    }
-    return digits;
+    const std::string digits = trimmed(text);
+    const std::string read = digits.substr(0, static_cast<size_t>(count));
+    return read + std::string(digits.size() - read.size(), '0');
 }
 
 // ---- binary forms
@@ -293,10 +291,8 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
         if (random.oneIn(2)) {
             const std::string scale = "5e-" + std::to_string(decs + random.below(4));
             value = TypeParam::read((random.digits(1 + random.below(20)) + scale).c_str());
-            unsigned char lowest; // up to two values beside
-            memcpy(&lowest, &value, 1);
-            lowest = static_cast<unsigned char>(lowest + random.below(5) - 2);
-            memcpy(&value, &lowest, 1);
+            auto &lowest = reinterpret_cast<unsigned char &>(value);
+            lowest = static_cast<unsigned char>(lowest + random.below(5) - 2); // some values beside
         } else {
             const int power = random.below(random.oneIn(4) ? 380 : 130) - 80;
             value = static_cast<T>(random.word()) + static_cast<T>(random.word()) / 4294967296.0F;

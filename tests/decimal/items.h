@@ -29,14 +29,17 @@ inline int bytesOf(Form form, int digits) {
 
 // ---- bytes
 
+// The letters that stand for a digit and a sign.
+constexpr std::string_view kOverpunches = "{ABCDEFGHI}JKLMNOPQR";
+
 inline bool isLetter(int b) {
-    return b == '{' || b == '}' || (b >= 'A' && b <= 'R');
+    return kOverpunches.find(static_cast<char>(b)) != std::string_view::npos;
+}
+inline char letterOf(int digit, bool negative) {
+    return kOverpunches[static_cast<size_t>(digit + (negative ? 10 : 0))];
 }
 inline int digitOf(int b) {
-    if (b == '{' || b == '}') {
-        return 0;
-    }
-    return isLetter(b) ? b - (b < 'J' ? 'A' : 'J') + 1 : b & 0x0F;
+    return isLetter(b) ? static_cast<int>(kOverpunches.find(static_cast<char>(b)) % 10) : b & 0x0F;
 }
 inline bool isNegative(int b) {
     const bool zone = (b & 0xF0) == 0x70 || (b & 0xF0) == 0xD0;
@@ -44,12 +47,6 @@ inline bool isNegative(int b) {
 }
 inline char plain(int b) {
     return static_cast<char>('0' + digitOf(b));
-}
-inline char letterOf(int digit, bool negative) {
-    if (digit == 0) {
-        return negative ? '}' : '{';
-    }
-    return static_cast<char>((negative ? 'J' : 'A') + digit - 1);
 }
 
 // ---- items
@@ -62,6 +59,13 @@ struct Item {
 
 inline bool isZero(const std::string &digits) {
     return std::all_of(digits.begin(), digits.end(), [](char b) { return (b & 0x0F) == 0; });
+}
+
+inline std::string rezoned(std::string digits) {
+    for (char &b : digits) {
+        b = static_cast<char>('0' | (b & 0x0F));
+    }
+    return digits;
 }
 
 // The pad nibble of a packed item is a digit.

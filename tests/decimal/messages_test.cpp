@@ -39,21 +39,19 @@ bool packedIsBad(std::string_view item, bool strict) {
 
 // Within a word only "0" to "9" pass; which bytes are within one follows the address.
 bool zonedIsBad(std::string_view item, bool strict) {
-    const auto size = static_cast<int>(item.size());
-    int first = 0;
-    while (!strict && first + 1 < size && (item[static_cast<size_t>(first)] & 0x0F) == 0) {
-        ++first;
+    const char *start = item.data();
+    const char *end = &item.back();
+    while (!strict && start < end && (*start & 0x0F) == 0) {
+        ++start;
     }
-    const char *last = &item.back();
-    bool isBad = !carriesSign(*last);
-    int left = size - 1 - first;
+    bool isBad = !carriesSign(*end);
     for (const int width : {8, 4, 2, 1}) {
-        const bool aligned = reinterpret_cast<uintptr_t>(last) % static_cast<unsigned>(width) == 0;
-        while (aligned && left > (width == 1 ? 0 : width)) {
-            for (int i = 0; i < width; ++i) {
-                const char *at = &item.front() + first + --left;
-                const bool isDigit = *at >= '0' && *at <= '9';
-                const bool passesAlone = *at == 0 || (at == item.data() && carriesSign(*at));
+        const bool aligned = reinterpret_cast<uintptr_t>(end) % static_cast<unsigned>(width) == 0;
+        while (aligned && end - start > (width == 1 ? 0 : width)) {
+            for (int left = width; left > 0; --left) {
+                --end;
+                const bool passesAlone = *end == 0 || (end == item.data() && carriesSign(*end));
+                const bool isDigit = *end >= '0' && *end <= '9';
                 isBad = isBad || !(isDigit || (width == 1 && passesAlone));
             }
         }

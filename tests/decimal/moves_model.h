@@ -182,9 +182,7 @@ inline std::string converted(const Function &f, unsigned options, std::string so
         return digits;
     }
     if (unsignedSide && f.to != Pckd && (options & kRezone) != 0) {
-        for (char &b : digits) {
-            b = static_cast<char>('0' | (b & 0x0F));
-        }
+        digits = rezoned(digits);
     }
     bool negative = item.negative;
     if (f.from == Pckd) {
