@@ -156,7 +156,9 @@ constexpr struct {
 template <bool validated> void runModel() {
     Random random(5);
     for (const auto &[function, op1, op2, wanted] : kExamples) {
-        const Operation &f = named(kOperations, function);
+        const Operation &f = *std::find_if(
+            std::begin(kOperations), std::end(kOperations),
+            [name = function](const Operation &each) { return strcmp(each.name, name) == 0; });
         const auto operand = [&f](const char *hex) {
             const std::string bytes = unhex(hex);
             const auto size = static_cast<int>(bytes.size());

@@ -143,12 +143,6 @@ template <class T> std::string bitsOf(T value) {
     return kit::hex(std::string(bytes.rbegin(), bytes.rend()));
 }
 
-// The entry of a name in a table of functions.
-template <class Function, size_t count>
-const Function &named(const Function (&table)[count], const std::string &name) {
-    return *std::find_if(table, table + count, [&](const auto &f) { return f.name == name; });
-}
-
 // ---- at random
 
 // What meets an item; strict passes proper digits alone.

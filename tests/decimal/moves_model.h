@@ -133,7 +133,7 @@ inline std::string shifted(const Function &f, unsigned options, Item item, int t
         digits.back() = plain(digits.back());
         if (!gone && rounds && digitOf(dropped) >= 5) {
             size_t at = digits.size() - 1;
-            for (; digitOf(digits[at]) == 9 && at > 0; --at) {
+            for (; digitOf(digits[at]) >= 9 && at > 0; --at) {
                 digits[at] = '0';
             }
             digits[at] = static_cast<char>('0' + digitOf(digits[at]) + 1);
@@ -184,20 +184,13 @@ inline std::string converted(const Function &f, unsigned options, std::string so
     if (unsignedSide && f.to != Pckd && (options & kRezone) != 0) {
         digits = rezoned(digits);
     }
-    bool negative = item.negative;
-    if (f.from == Pckd) {
-        const bool oneZero = overpunched(f.to) && targetDigits == 1 && isZero(digits);
-        negative = negative && (keep || (!isZero(item.digits) && !oneZero));
-    } else {
-        negative = negative && (keep || !isZero(digits));
-    }
+    const bool oneZero = f.from == Pckd && overpunched(f.to) && targetDigits == 1 && isZero(digits);
+    const bool isNothing = oneZero || isZero(f.from == Pckd ? item.digits : digits);
+    const bool negative = item.negative && (keep || !isNothing);
     std::string bytes = encode(f.to, digits, negative, letters && f.from != ZndUS);
-    if (letters && f.from == f.to && isLetter(item.carrier)) {
-        if (f.to == ZndTO) {
-            bytes.back() = item.carrier;
-        } else if (f.to == ZndLO && sourceDigits == targetDigits) {
-            bytes.front() = item.carrier;
-        }
+    const bool isSameItem = f.to == ZndTO || (f.to == ZndLO && sourceDigits == targetDigits);
+    if (letters && f.from == f.to && isSameItem && isLetter(item.carrier)) {
+        (f.to == ZndTO ? bytes.back() : bytes.front()) = item.carrier;
     }
     return bytes;
 }
