@@ -1,4 +1,4 @@
-// Decimal arithmetic through its exported functions, against plain arithmetic on digit texts.
+// Decimal arithmetic through its exported functions, against integers of any length.
 #include "arithmetic_model.h"
 #include "support/kit.h"
 
@@ -20,9 +20,9 @@ uint8_t *divideBoth(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int
     };
     if constexpr (form == Pckd) {
         const auto magnitude = [](const uint8_t *item, int digits) {
-            return valueOf(Pckd, {item, item + bytesOf(Pckd, digits)}, digits).digits;
+            return valueOf(Pckd, {item, item + bytesOf(Pckd, digits)}, digits).magnitude;
         };
-        const bool reached = compare(magnitude(op1, op1Digits), magnitude(op2, op2Digits)) >= 0;
+        const bool reached = magnitude(op1, op1Digits) >= magnitude(op2, op2Digits);
         EXPECT_EQ(call(_zorcBCD_DIVR_Pckd), reached ? 1 : 0);
     } else {
         EXPECT_EQ(call(_zorcBCD_DIVR_Znd), quotient);
@@ -91,12 +91,12 @@ std::string secondOperand(const Operation &f, const Value &a, int digits, Random
     }
     std::string magnitude = random.digits(digits);
     if (random.oneIn(8)) { // equal magnitudes, in items of different widths
-        magnitude = fit(a.digits, digits);
-    } else if (f.operation == '*' && !a.isZero() && random.oneIn(4)) {
+        magnitude = fit(a.magnitude.str(), digits);
+    } else if (f.operation == '*' && a.magnitude != 0 && random.oneIn(4)) {
         // The product is next to one with runs of zeros.
-        std::string rest;
-        const int places = static_cast<int>(a.digits.size()) + digits;
-        magnitude = fit(add(divide(random.digits(places), a.digits, rest), "1"), digits);
+        const int places = static_cast<int>(a.magnitude.str().size()) + digits;
+        const Integer product = integerOf(random.digits(places));
+        magnitude = fit(Integer(product / a.magnitude + 1).str(), digits);
     }
     return random.item(f.form, magnitude, random.oneIn(2), Validation::lenient);
 }
@@ -125,7 +125,7 @@ void checkRandom(bool isGarbage, Random &random) {
     const Value valueA = valueOf(f.form, a, digitsA);
     const std::string b = secondOperand(f, valueA, digitsB, random);
     const Value valueB = secondValue(f, b, digitsB);
-    if (valueB.isZero() && (f.operation == '/' || f.operation == '%')) {
+    if (valueB.magnitude == 0 && (f.operation == '/' || f.operation == '%')) {
         return;
     }
     const bool mayOverlap = f.operation != '*' || digitsA + digitsB <= (f.form == Pckd ? 64 : 126);
@@ -134,7 +134,8 @@ void checkRandom(bool isGarbage, Random &random) {
                                     : apart;
     // On an operand the target has its length.
     const int targetDigits = place == onFirst ? digitsA : place == onSecond ? digitsB : digits;
-    const bool isNothing = f.bits != 0 && valueB.isZero(); // which leaves the bytes as they are
+    const bool isNothing =
+        f.bits != 0 && valueB.magnitude == 0; // which leaves the bytes as they are
     const std::string wanted =
         isNothing ? a : stored(f.form, result(f.operation, valueA, valueB), targetDigits);
     check(f, {a, digitsA}, {b, digitsB}, targetDigits, place, &wanted, random);

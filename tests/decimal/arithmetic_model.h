@@ -1,10 +1,11 @@
-// The arithmetic functions, and plain decimal arithmetic on texts of digits, one digit a step.
+// The arithmetic functions, and what they give, by integers of any length.
 #ifndef ZOR_TESTS_DECIMAL_ARITHMETIC_MODEL_H
 #define ZOR_TESTS_DECIMAL_ARITHMETIC_MODEL_H
 
-#include <algorithm>
 #include <cstdlib>
 #include <string>
+
+#include <boost/multiprecision/cpp_int.hpp>
 
 #include "decimal.h"
 #include "items.h"
@@ -31,12 +32,12 @@ inline const Operation kOperations[] = {
 };
 
 // An integer is added in place: the target is the first operand.
-template <auto call, class Integer>
+template <auto call, class Binary>
 uint8_t *increment(const uint8_t *, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
                    int32_t, int32_t) {
     int64_t value;
     memcpy(&value, op2, sizeof value);
-    return call(target, targetDigits, static_cast<Integer>(value));
+    return call(target, targetDigits, static_cast<Binary>(value));
 }
 inline const Operation kIncrements[] = {
     {"ADD_Pckd_Int8", Pckd, '+', increment<_zorcBCD_ADD_Pckd_Int8, int64_t>, 64},
@@ -51,21 +52,27 @@ inline const Operation kIncrements[] = {
 
 // ---- arithmetic
 
-// Digits without leading zeros, "0" for zero; a zero keeps its sign.
+using Integer = boost::multiprecision::cpp_int;
+
+// A zero keeps its sign.
 struct Value {
-    std::string digits = "0";
+    Integer magnitude;
     bool negative = false;
-    bool isZero() const { return digits == "0"; }
+    Integer number() const { return negative ? Integer(-magnitude) : magnitude; }
 };
 
+// Digits without leading zeros, "0" for zero.
 inline std::string trimmed(const std::string &digits) {
     const size_t first = digits.find_first_not_of('0');
     return first == std::string::npos ? "0" : digits.substr(first);
 }
+inline Integer integerOf(const std::string &digits) {
+    return Integer(trimmed(digits)); // a zero in front would make it octal
+}
 
 inline Value valueOf(Form form, const std::string &bytes, int digits) {
     const Item item = decode(form, bytes, digits);
-    return {trimmed(rezoned(item.digits)), item.negative};
+    return {integerOf(rezoned(item.digits)), item.negative};
 }
 inline Value secondValue(const Operation &f, const std::string &bytes, int digits) {
     if (f.bits == 0) {
@@ -73,81 +80,34 @@ inline Value secondValue(const Operation &f, const std::string &bytes, int digit
     }
     int64_t value;
     memcpy(&value, bytes.data(), sizeof value);
-    const std::string text = std::to_string(value);
-    return value < 0 ? Value{text.substr(1), true} : Value{text, false};
+    return {abs(Integer(value)), value < 0};
 }
 
 // An item as results are stored.
 inline std::string stored(Form form, const Value &value, int digits) {
-    return encode(form, fit(value.digits, digits), value.negative);
+    return encode(form, fit(value.magnitude.str(), digits), value.negative);
 }
 
-inline int compare(const std::string &a, const std::string &b) {
-    return a.size() == b.size() ? a.compare(b) : a.size() < b.size() ? -1 : 1;
-}
-
-// a + factor * b, which is not negative.
-inline std::string add(const std::string &a, const std::string &b, int factor = 1) {
-    const auto digitFromEnd = [](const std::string &digits, size_t at) {
-        return at < digits.size() ? digits[digits.size() - 1 - at] - '0' : 0;
-    };
-    std::string sum(std::max(a.size(), b.size()) + 1, '0');
-    int carry = 0;
-    for (size_t at = 0; at < sum.size(); ++at) {
-        const int total = digitFromEnd(a, at) + factor * digitFromEnd(b, at) + carry;
-        const int digit = (total % 10 + 10) % 10;
-        sum[sum.size() - 1 - at] = static_cast<char>('0' + digit);
-        carry = (total - digit) / 10;
-    }
-    return trimmed(sum);
-}
-inline std::string multiply(const std::string &a, const std::string &b) {
-    std::string product;
-    for (const char digit : b) {
-        product = add(product + '0', a, digit - '0');
-    }
-    return product;
-}
-
-// Quotient; the remainder is left in rest.
-inline std::string divide(const std::string &a, const std::string &b, std::string &rest) {
-    std::string quotient;
-    rest = "0";
-    for (const char digit : a) {
-        rest = trimmed(rest + digit);
-        char count = '0';
-        for (; compare(rest, b) >= 0; ++count) {
-            rest = add(rest, b, -1);
-        }
-        quotient += count;
-    }
-    return trimmed(quotient);
-}
-
-// The sum, with the sign that a zero takes: that of the first operand.
-inline Value sum(const Value &a, const Value &b) {
-    if (a.negative == b.negative) {
-        return {add(a.digits, b.digits), a.negative};
-    }
-    return compare(a.digits, b.digits) >= 0 ? Value{add(a.digits, b.digits, -1), a.negative}
-                                            : Value{add(b.digits, a.digits, -1), b.negative};
-}
-
-// What a target gets. The quotient of a dividend below its divisor is positive; a remainder is that
-// of the long division, with the dividend's sign even at zero, or the dividend itself.
+// What a target gets. A sum of zero has the sign of the first operand. The quotient of a dividend
+// below its divisor is positive; a remainder has the dividend's sign even at zero, unless both
+// operands are the same.
 inline Value result(char operation, const Value &a, const Value &b) {
     const bool differ = a.negative != b.negative;
-    if (operation == '+' || operation == '-') {
-        return sum(a, {b.digits, b.negative != (operation == '-')});
+    switch (operation) {
+    case '+':
+    case '-': {
+        // Counted towards the sign of the first operand.
+        const bool adds = differ == (operation == '-');
+        const Integer sum = a.magnitude + (adds ? b.magnitude : Integer(-b.magnitude));
+        return {abs(sum), a.negative != (sum < 0)};
     }
-    if (operation == '*') {
-        return {multiply(a.digits, b.digits), differ};
+    case '*':
+        return {a.magnitude * b.magnitude, differ};
+    case '/':
+        return {a.magnitude / b.magnitude, a.magnitude >= b.magnitude && differ};
+    default:
+        return {a.magnitude % b.magnitude, a.magnitude != b.magnitude && a.negative};
     }
-    const int order = compare(a.digits, b.digits);
-    std::string rest;
-    const std::string quotient = divide(a.digits, b.digits, rest);
-    return operation == '/' ? Value{quotient, order >= 0 && differ}
-                            : Value{rest, order != 0 && a.negative};
 }
 
 // ---- scaled numbers: digits * 10^exponent
@@ -180,7 +140,7 @@ inline std::string scaled(const Decimal &value, int decs, bool rounded) {
     const std::string text = std::string(dropped, '0') + value.digits;
     const size_t kept = text.size() - dropped;
     const bool up = rounded && text[kept] >= '5';
-    return add(text.substr(0, kept), up ? "1" : "0");
+    return Integer(integerOf(text.substr(0, kept)) + (up ? 1 : 0)).str();
 }
 
 } // namespace model

@@ -21,11 +21,11 @@ constexpr int kRounds = 60'000;
 // ---- integers
 
 // A value keeps its sign even where the item takes only zeros of it.
-template <class Integer>
-void expectItem(Form form, uint8_t *(*convert)(Integer, uint8_t *, int32_t), Random &random) {
+template <class T>
+void expectItem(Form form, uint8_t *(*convert)(T, uint8_t *, int32_t), Random &random) {
     static Room room;
     const int digits = random.count(36);
-    const auto value = static_cast<Integer>(random.integer());
+    const auto value = static_cast<T>(random.integer());
     const std::string text = std::to_string(value);
     const bool negative = text[0] == '-';
     uint8_t *target = room.put(bytesOf(form, digits), random);
@@ -251,7 +251,7 @@ template <class Form> std::string nearTie(int decs, Random &random) {
     const T next = std::nextafter(value, std::numeric_limits<T>::infinity());
     const __float128 tie = (static_cast<__float128>(value) + next) / 2;
     const std::string text = scaled(parse(print(tie, 60)), decs, false);
-    return random.oneIn(3) ? text : random.oneIn(2) ? add(text, "1") : add(text, "1", -1);
+    return Integer(integerOf(text) + random.below(3) - 1).str();
 }
 
 // And those of few digits come back.
@@ -317,6 +317,11 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
 
 // ---- decimal forms
 
+std::string packedItem(const std::string &number, int digits) {
+    const bool negative = number[0] == '-';
+    return encode(Pckd, fit(number.substr(negative ? 1 : 0), digits), negative);
+}
+
 TEST(DecimalFloatConvert, ItemsGiveCanonicalBits) {
     const struct {
         const char *digits;
@@ -338,7 +343,7 @@ TEST(DecimalFloatConvert, ItemsGiveCanonicalBits) {
         {"-1", -200, "f8000000", "cac0000000000001", "b1d00000000000000000000000000001"},
     };
     for (const auto &row : rows) {
-        const std::string item = kit::pckd(row.digits, 31);
+        const std::string item = packedItem(row.digits, 31);
         EXPECT_EQ(bitsOf(Decimal32::fromPacked(address(item), 31, row.decs)), row.bits32);
         EXPECT_EQ(bitsOf(Decimal64::fromPacked(address(item), 31, row.decs)), row.bits64);
         EXPECT_EQ(bitsOf(Decimal128::fromPacked(address(item), 31, row.decs)), row.bits128);
@@ -371,7 +376,7 @@ TYPED_TEST(DecimalConvert, ValuesComeBackScaled) {
 // ---- between forms
 
 ZorDecimal128 decimal(const std::string &text, int decs) {
-    return Decimal128::fromPacked(address(kit::pckd(text, 37)), 37, decs);
+    return Decimal128::fromPacked(address(packedItem(text, 37)), 37, decs);
 }
 
 TEST(FloatConvert, BetweenForms) {
@@ -392,18 +397,18 @@ TEST(FloatConvert, DecimalsToIntegers) {
     for (int i = 0; i < kRounds && !HasFailure(); ++i) {
         const int fraction = 1 + random.below(14);
         const std::string text =
-            add(std::to_string(random.integer()), random.oneIn(2) ? "1" : "0") +
-            random.digits(fraction);
+            Integer(Integer(random.integer()) + random.below(2)).str() + random.digits(fraction);
         const int decs = random.oneIn(4) ? random.below(80) - 40 : fraction;
         const bool negative = random.oneIn(2);
         const ZorDecimal128 value = decimal((negative ? "-" : "") + text, decs);
-        const std::string whole = scaled({text, -decs}, 0, false);
-        const bool fits = compare(whole, std::to_string(INT64_MAX)) <= 0;
-        const int64_t magnitude = fits ? std::stoll(whole) : INT64_MIN;
+        const Integer whole(scaled({text, -decs}, 0, false));
+        const bool fits = whole <= INT64_MAX;
+        const int64_t magnitude = fits ? static_cast<int64_t>(whole) : INT64_MIN;
         EXPECT_EQ(_zorcBCD_CONV_DFlt_To_Int8(value), fits && negative ? -magnitude : magnitude)
             << text << " decs " << decs;
-        const bool fitsUnsigned = !negative && compare(whole, std::to_string(UINT64_MAX)) <= 0;
-        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_UInt8(value), fitsUnsigned ? std::stoull(whole) : 0)
+        const bool fitsUnsigned = !negative && whole <= UINT64_MAX;
+        EXPECT_EQ(_zorcBCD_CONV_DFlt_To_UInt8(value),
+                  fitsUnsigned ? static_cast<uint64_t>(whole) : 0)
             << text << " decs " << decs;
     }
 }

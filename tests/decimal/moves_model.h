@@ -215,16 +215,10 @@ inline bool holds(const Function &f, int order) {
                                : order <= 0;
 }
 
-inline int orderOf(const Value &a, const Value &b) {
-    if (a.negative != b.negative) {
-        return a.isZero() && b.isZero() ? 0 : a.negative ? -1 : 1;
-    }
-    return a.negative ? compare(b.digits, a.digits) : compare(a.digits, b.digits);
-}
-
 // The answer of a relation or of NOT.
 inline bool answer(const Function &f, const Value &op1, const Value &op2) {
-    return f.kind == Kind::isZero ? op1.isZero() : holds(f, orderOf(op1, op2));
+    return f.kind == Kind::isZero ? op1.magnitude == 0
+                                  : holds(f, op1.number().compare(op2.number()));
 }
 
 } // namespace model

@@ -40,7 +40,7 @@ void traceArithmetic() {
         const std::string op2 = encode(f.form, "5", true);
         f.call(address(op1), address(op2), target, 5, 1, 3);
         if (f.form == Pckd || f.operation != '%') { // the zoned remainder has no trace
-            const Value value = result(f.operation, {"123", true}, {"5", true});
+            const Value value = result(f.operation, {123, true}, {5, true});
             expectTrace(verbOf(f.name) + (f.form == Pckd ? " packed" : " zoned"),
                         line("op1: ", op1, 3) + line("op2: ", op2, 1) +
                             line("dst: ", stored(f.form, value, 5), 5));
@@ -296,7 +296,7 @@ void callOperation(unsigned options, Room (&rooms)[2], Random &random) {
     const bool divides = f.operation == '/' || f.operation == '%';
     std::string messages = isBad(f.form, op1, validation) ? kBad : "";
     messages += f.bits == 0 && isBad(f.form, op2, validation) ? kBad : "";
-    messages += divides && valueOf(f.form, std::string(op2), digits2).isZero() ? kZero : "";
+    messages += divides && isZero(decode(f.form, std::string(op2), digits2).digits) ? kZero : "";
     announce(f.name, messages);
     uint8_t target[64];
     f.call(address(op1), f.bits == 0 ? address(op2) : reinterpret_cast<const uint8_t *>(&value),

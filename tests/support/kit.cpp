@@ -167,21 +167,6 @@ void displayLine(uint8_t device, const std::vector<std::string> &texts) {
     _zorcDisplay(&control, items.data());
 }
 
-std::string pckd(const std::string &digits, unsigned count) {
-    const bool negative = !digits.empty() && digits[0] == '-';
-    std::string text = negative ? digits.substr(1) : digits;
-    const std::size_t nibbles = (count / 2 + 1) * 2 - 1;
-    text.insert(0, nibbles > text.size() ? nibbles - text.size() : 0, '0');
-    text = text.substr(text.size() - nibbles);
-    std::string bytes;
-    for (std::size_t i = 0; i < nibbles; i += 2) {
-        const int high = text[i] - '0';
-        const int low = i + 1 < nibbles ? text[i + 1] - '0' : (negative ? 0xD : 0xC);
-        bytes.push_back(static_cast<char>(high << 4 | low));
-    }
-    return bytes;
-}
-
 std::string hex(const void *bytes, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {

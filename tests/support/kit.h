@@ -115,8 +115,6 @@ FCB openFile(FileOperation close);
 // Makes files those of a program, of the current run unit's main program if none is named.
 void giveFiles(std::vector<FCB *> files, IPCB *ipcb = nullptr);
 
-// Bytes of a packed item with the given count of digits; "-123" or "123".
-std::string pckd(const std::string &digits, unsigned count);
 // Hexadecimal text of bytes, for readable failures.
 std::string hex(const void *bytes, std::size_t count);
 inline std::string hex(const std::string &bytes) {
