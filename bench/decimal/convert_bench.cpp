@@ -51,9 +51,13 @@ template <class Call> double each(Call call) {
     });
 }
 
+constexpr int32_t kUsualDigits = 18; // the longest items that fit a 64-bit integer
+
 void integerRows(int digits, int32_t itemDigits) {
     const Data data = makeData(digits, itemDigits);
-    const std::string width = std::to_string(digits) + " digits";
+    const std::string width =
+        std::to_string(digits) + " digits" +
+        (itemDigits > kUsualDigits ? " in " + std::to_string(itemDigits) : "");
     std::array<uint8_t, 16> target{};
     std::array<char, 32> text{};
     bench::row(
