@@ -158,6 +158,25 @@ TEST(Messages, AHostHearsThem) {
     });
 }
 
+// The locks that the message, and the DISPLAY that needs it, hold are given back.
+CHILD_TEST(Messages, StopRunOutOfTheHostsRoutineLeavesNoLock) {
+    static Program program("PROG");
+    const int value = runMainProgram(program, [] {
+        _zorProccom->runcom->msg = [](int32_t, const char *, const char *, int32_t, void *) {
+            _zorRunUnitTerm(4);
+        };
+        flockfile(stdout);
+        _zorWriteERRmsg(902, MESSAGE_NO_TRACEBACK);
+    });
+    EXPECT_EQ(value, 4);
+    std::thread([] {
+        for (FILE *stream : {stdout, stderr}) {
+            EXPECT_EQ(ftrylockfile(stream), 0);
+            funlockfile(stream);
+        }
+    }).join();
+}
+
 // A message out of the host's routine, as a signal handler could issue one anywhere, leaves the one
 // under way as it is.
 PROGRAM_TEST(Messages, OneInsideAnotherLeavesItWhole,

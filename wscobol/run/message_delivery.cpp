@@ -1,8 +1,10 @@
 #include "message_delivery.h"
 
+#include <atomic>
 #include <cstring>
 #include <initializer_list>
 #include <stdio_ext.h>
+#include <unistd.h>
 
 #include "anchors.h"
 #include "debug_log.h"
@@ -44,6 +46,14 @@ bool hasHeader(const char *line) {
     return begins(line, kUsualPrefix) || begins(line, messageLook().prefix);
 }
 
+std::atomic<pid_t> threadInRoutine; // the lock of the message stream keeps others out
+
+void callRoutine(const Runcom &unit, int32_t stops, const char *text, std::size_t length) {
+    const pid_t outer = threadInRoutine.exchange(gettid()); // 0, or the same: messages nest
+    unit.msg(stops, kHostId, text, static_cast<int32_t>(length), unit.token);
+    threadInRoutine = outer;
+}
+
 // The transaction monitor takes one line at a time. The closing line alone stops the transaction.
 void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
     const char *line = message.text;
@@ -52,7 +62,7 @@ void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
         if (length > 0) {
             const bool stops = end == RunEnd::severity && line != message.text && hasHeader(line);
             ZOR_DEBUG_LOG("_zorWriteStderr: call KOTS msg routine...\n");
-            unit.msg(stops ? 1 : 0, kHostId, line, static_cast<int32_t>(length), unit.token);
+            callRoutine(unit, stops ? 1 : 0, line, length);
             ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
         }
         line += line[length] == '\n' ? length + 1 : length;
@@ -87,9 +97,13 @@ void deliverMessage(const MessageText &message, FILE *stream, RunEnd end) {
         return;
     }
     ZOR_DEBUG_LOG("_zorWriteStderr: call msg routine...\n");
-    unit->msg(static_cast<int32_t>(end), kHostId, message.text,
-              static_cast<int32_t>(message.length), unit->token);
+    callRoutine(*unit, static_cast<int32_t>(end), message.text, message.length);
     ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+}
+
+bool leaveMessageRoutine() {
+    pid_t self = gettid();
+    return threadInRoutine.compare_exchange_strong(self, 0);
 }
 
 } // namespace zor

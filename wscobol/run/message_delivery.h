@@ -25,6 +25,9 @@ void flushDisplayStreams(Flush which);
 // Delivers a message; the caller holds the lock of stream.
 void deliverMessage(const MessageText &message, FILE *stream, RunEnd end);
 
+// For a jump: whether it leaves a host's message routine, which was called under that lock.
+bool leaveMessageRoutine();
+
 } // namespace zor
 
 #endif

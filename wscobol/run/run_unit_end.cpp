@@ -13,6 +13,7 @@
 #include "run/end_watch.h"
 #include "run/init_section.h"
 #include "run/locks.h"
+#include "run/message_delivery.h"
 #include "run/patient_streams.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
@@ -392,8 +393,11 @@ void giveBackOwnLocks() {
                       noOp, epilogue.jmpAddress, epilogue.unit);
     }
     giveBackOwnLocks();
-    if (endIsMine()) { // a close or a host's routine stops the run while a failure ends it
+    const bool isFailing = endIsMine(); // a close or a host's routine stops the run all the same
+    if (leaveMessageRoutine() || isFailing) {
         giveBackStreamLocks();
+    }
+    if (isFailing) {
         leaveEnd();
     }
     if (!epilogueIsKnown(epilogue.jmp)) {
