@@ -158,25 +158,6 @@ TEST(Messages, AHostHearsThem) {
     });
 }
 
-// The locks that the message, and the DISPLAY that needs it, hold are given back.
-CHILD_TEST(Messages, StopRunOutOfTheHostsRoutineLeavesNoLock) {
-    static Program program("PROG");
-    const int value = runMainProgram(program, [] {
-        _zorProccom->runcom->msg = [](int32_t, const char *, const char *, int32_t, void *) {
-            _zorRunUnitTerm(4);
-        };
-        flockfile(stdout);
-        _zorWriteERRmsg(902, MESSAGE_NO_TRACEBACK);
-    });
-    EXPECT_EQ(value, 4);
-    std::thread([] {
-        for (FILE *stream : {stdout, stderr}) {
-            EXPECT_EQ(ftrylockfile(stream), 0);
-            funlockfile(stream);
-        }
-    }).join();
-}
-
 // A message out of the host's routine, as a signal handler could issue one anywhere, leaves the one
 // under way as it is.
 PROGRAM_TEST(Messages, OneInsideAnotherLeavesItWhole,
@@ -374,6 +355,32 @@ TEST_F(OwnCatalog, AClosingLineOfItsOwnStopsTheTransaction) {
     });
     EXPECT_EQ(child.out, "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]");
     EXPECT_EQ(child.status, 3);
+}
+
+// The message's buffer, and the locks that it and the DISPLAY in need of it hold, are given back.
+TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
+    const Environment environment = build("C", "$set 7\n1 \"2 severe\"\n2 \"1 %s\"\n"
+                                               "$set 9999\n1 \"0 XYZ iwsc 0x4000\"\n");
+    const std::string large(9000, 'x');
+    expectChild({.environment = environment, .err = "XYZ007i  " + large + "\n\n"}, [] {
+        static Program program("PROG");
+        const int value = runMainProgram(program, [] {
+            useOwnCatalog();
+            _zorProccom->runcom->msg = [](int32_t, const char *, const char *, int32_t, void *) {
+                _zorRunUnitTerm(4);
+            };
+            flockfile(stdout);
+            _zorWriteERRmsg(7, MESSAGE_NO_TRACEBACK);
+        });
+        EXPECT_EQ(value, 4);
+        _zorWriteERRmsg(7, MESSAGE_INFORMATIONAL | 1, std::string(9000, 'x').c_str());
+        std::thread([] {
+            for (FILE *stream : {stdout, stderr}) {
+                EXPECT_EQ(ftrylockfile(stream), 0);
+                funlockfile(stream);
+            }
+        }).join();
+    });
 }
 
 // What does not fit the buffer is cut, and the closing line is still there.

@@ -11,6 +11,7 @@
 #include "debug_log.h"
 #include "end_watch.h"
 #include "locks.h"
+#include "message_catalog.h"
 #include "message_list.h"
 #include "patient_streams.h"
 #include "run_unit.h"
@@ -78,6 +79,7 @@ void giveBackLocks(Proccom &process) {
         hook();
     }
     giveHeldLocks();
+    giveBackMessageBuffer();
 }
 
 void setDefaultAction(int signo) {

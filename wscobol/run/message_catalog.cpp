@@ -7,6 +7,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <nl_types.h>
+#include <unistd.h>
 
 #include "run/storage.h"
 
@@ -32,16 +33,18 @@ struct Catalog {
     char noRoomText[kNoRoomTextSize] = "Insufficient storage. Cannot find space for message %d.";
     char *buffer = nullptr;
     std::size_t bufferSize = 0; // 0: never opened, or closed since
-    bool bufferTaken = false;
+    pid_t bufferOwner = 0;      // the thread whose message is in the buffer
 };
 
 constinit Catalog catalog;
 
 bool takeBuffer() {
-    return !__atomic_test_and_set(&catalog.bufferTaken, __ATOMIC_ACQUIRE);
+    pid_t none = 0;
+    return __atomic_compare_exchange_n(&catalog.bufferOwner, &none, gettid(), false,
+                                       __ATOMIC_ACQUIRE, __ATOMIC_RELAXED);
 }
 void giveBuffer() {
-    __atomic_clear(&catalog.bufferTaken, __ATOMIC_RELEASE);
+    __atomic_store_n(&catalog.bufferOwner, 0, __ATOMIC_RELEASE);
 }
 
 // A locale category's name, which the next setlocale would overwrite.
@@ -237,6 +240,12 @@ CatalogEntry findEntry(int32_t number, uint32_t variant) {
     }
     const char *entry = catgets(catalog.handle, number, static_cast<int>(variant + 1), nullptr);
     return entry == nullptr ? CatalogEntry{critical, nullptr} : parseEntry(entry);
+}
+
+void giveBackMessageBuffer() {
+    if (__atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED) == gettid()) {
+        giveBuffer();
+    }
 }
 
 BufferClaim::BufferClaim() : text_(nullptr), size_(0) {

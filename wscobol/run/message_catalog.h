@@ -61,6 +61,9 @@ private:
 
 bool bufferExists();
 
+// For a jump or an end: the message that this thread leaves half-way needs the buffer no more.
+void giveBackMessageBuffer();
+
 } // namespace zor
 
 #endif

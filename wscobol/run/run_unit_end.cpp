@@ -13,6 +13,7 @@
 #include "run/end_watch.h"
 #include "run/init_section.h"
 #include "run/locks.h"
+#include "run/message_catalog.h"
 #include "run/message_delivery.h"
 #include "run/patient_streams.h"
 #include "run/run_unit.h"
@@ -396,6 +397,7 @@ void giveBackOwnLocks() {
     const bool isFailing = endIsMine(); // a close or a host's routine stops the run all the same
     if (leaveMessageRoutine() || isFailing) {
         giveBackStreamLocks();
+        giveBackMessageBuffer();
     }
     if (isFailing) {
         leaveEnd();
