@@ -206,15 +206,23 @@ PROGRAM_TEST(Messages, DoNotWaitForAStreamThatAnotherThreadHolds,
     funlockfile(stdout);
 }
 
+bool isFreeForOthers(FILE *stream) {
+    bool isFree = false;
+    std::thread([&] {
+        isFree = ftrylockfile(stream) == 0;
+        if (isFree) {
+            funlockfile(stream);
+        }
+    }).join();
+    return isFree;
+}
+
 PROGRAM_TEST(Messages, TheSignalMessageGivesTheStreamBack,
              .err = "ZOR995S  Signal SIGTEST was caught at address 0x1234 and ends the run.\n" +
                     kClosing + "\n") {
     flockfile(stderr);
     EXPECT_EQ(zor::message::signalCaught("SIGTEST", reinterpret_cast<void *>(0x1234)), -1);
-    std::thread([] {
-        EXPECT_EQ(ftrylockfile(stderr), 0);
-        funlockfile(stderr);
-    }).join();
+    EXPECT_TRUE(isFreeForOthers(stderr));
 }
 
 // A child reads its catalogue by another path.
@@ -367,6 +375,10 @@ TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
         const int value = runMainProgram(program, [] {
             useOwnCatalog();
             _zorProccom->runcom->msg = [](int32_t, const char *, const char *, int32_t, void *) {
+                Program inner("INNER");
+                _zorCOBOLLink(); // whose STOP RUN does not leave the routine
+                runMainProgram(inner, [] { _zorRunUnitTerm(0); });
+                EXPECT_FALSE(isFreeForOthers(stderr));
                 _zorRunUnitTerm(4);
             };
             flockfile(stdout);
@@ -374,12 +386,7 @@ TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
         });
         EXPECT_EQ(value, 4);
         _zorWriteERRmsg(7, MESSAGE_INFORMATIONAL | 1, std::string(9000, 'x').c_str());
-        std::thread([] {
-            for (FILE *stream : {stdout, stderr}) {
-                EXPECT_EQ(ftrylockfile(stream), 0);
-                funlockfile(stream);
-            }
-        }).join();
+        EXPECT_TRUE(isFreeForOthers(stdout) && isFreeForOthers(stderr));
     });
 }
 

@@ -46,12 +46,20 @@ bool hasHeader(const char *line) {
     return begins(line, kUsualPrefix) || begins(line, messageLook().prefix);
 }
 
-std::atomic<pid_t> threadInRoutine; // the lock of the message stream keeps others out
+// The outermost call of a host's routine. The lock of the message stream keeps other threads out.
+std::atomic<pid_t> threadInRoutine;
+int32_t firstUnitInside; // run units from this id on began within the call
 
 void callRoutine(const Runcom &unit, int32_t stops, const char *text, std::size_t length) {
-    const pid_t outer = threadInRoutine.exchange(gettid()); // 0, or the same: messages nest
+    const bool isOutermost = threadInRoutine != gettid();
+    if (isOutermost) {
+        firstUnitInside = proccom()->nextid;
+        threadInRoutine = gettid();
+    }
     unit.msg(stops, kHostId, text, static_cast<int32_t>(length), unit.token);
-    threadInRoutine = outer;
+    if (isOutermost) {
+        threadInRoutine = 0;
+    }
 }
 
 // The transaction monitor takes one line at a time. The closing line alone stops the transaction.
@@ -101,9 +109,12 @@ void deliverMessage(const MessageText &message, FILE *stream, RunEnd end) {
     ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
 }
 
-bool leaveMessageRoutine() {
-    pid_t self = gettid();
-    return threadInRoutine.compare_exchange_strong(self, 0);
+bool leaveMessageRoutine(int32_t unitId) {
+    const bool leaves = threadInRoutine == gettid() && unitId < firstUnitInside;
+    if (leaves) {
+        threadInRoutine = 0;
+    }
+    return leaves;
 }
 
 } // namespace zor

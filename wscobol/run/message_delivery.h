@@ -25,8 +25,9 @@ void flushDisplayStreams(Flush which);
 // Delivers a message; the caller holds the lock of stream.
 void deliverMessage(const MessageText &message, FILE *stream, RunEnd end);
 
-// For a jump: whether it leaves a host's message routine, which was called under that lock.
-bool leaveMessageRoutine();
+// For a jump to the epilogue of a run unit: whether it leaves a host's message routine, which was
+// called under that lock. A run unit that the routine itself began ends within it.
+bool leaveMessageRoutine(int32_t unitId);
 
 } // namespace zor
 

@@ -359,11 +359,12 @@ namespace {
 // run-time, or be another run unit's, once the end is through.
 struct Epilogue {
     explicit Epilogue(Runcom &runUnit)
-        : unit(&runUnit), main(mainProgram(runUnit)), jmpAddress(&runUnit.jmp) {
+        : unit(&runUnit), unitId(runUnit.id), main(mainProgram(runUnit)), jmpAddress(&runUnit.jmp) {
         std::memcpy(&jmp, &runUnit.jmp, sizeof jmp);
     }
 
     void *unit;
+    int32_t unitId;
     const PCB *main;
     void *jmpAddress;
     sigjmp_buf jmp;
@@ -395,7 +396,7 @@ void giveBackOwnLocks() {
     }
     giveBackOwnLocks();
     const bool isFailing = endIsMine(); // a close or a host's routine stops the run all the same
-    if (leaveMessageRoutine() || isFailing) {
+    if (leaveMessageRoutine(epilogue.unitId) || isFailing) {
         giveBackStreamLocks();
         giveBackMessageBuffer();
     }
