@@ -100,12 +100,12 @@ bool deEdit(const DeEditDescriptor &descriptor, EditedItem item, char *result) {
     while (picture != end) {
         const char symbol = *picture++;
         char c = 0;
-        if (symbol == '9' || symbol == 'Z') { // most positions
+        switch (symbol) {
+        case '9':
+        case 'Z':
             c = item.take();
             state.emit(c == ' ' ? '0' : c);
-            continue;
-        }
-        switch (symbol) {
+            break;
         case '*':
             c = item.take();
             state.emit(c == '*' ? '0' : c);
