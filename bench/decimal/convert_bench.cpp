@@ -71,9 +71,8 @@ void integerRows(int digits, int32_t itemDigits) {
     bench::row("packed to int64, " + width, each([&](unsigned i) {
                    bench::keep(_zorcBCD_CONV_Pckd_To_Int8(data.items[i].data(), itemDigits));
                }),
-               "strtoll", each([&](unsigned i) {
-                   bench::keep(std::strtoll(data.texts[i].c_str(), nullptr, 10));
-               }));
+               "strtoll",
+               each([&](unsigned i) { bench::keep(strtoll(data.texts[i].c_str(), nullptr, 10)); }));
 }
 
 void doubleRows(int digits, int32_t itemDigits) {

@@ -31,7 +31,7 @@ std::vector<std::string> names(std::size_t length, char first) {
     std::vector<std::string> list;
     for (unsigned i = 0; i < kEntries; ++i) {
         std::array<char, 8> number{};
-        std::snprintf(number.data(), number.size(), "%04u", i);
+        snprintf(number.data(), number.size(), "%04u", i);
         std::string name(length, 'P');
         name[0] = first;
         name.replace(length - 4, 4, number.data());

@@ -19,7 +19,7 @@ struct Program {
         pcb.level[1] = pcb.level[2] = 1;
         pcb.ipcb = &ipcb;
         pcb.name = name;
-        pcb.namelen = std::strlen(name);
+        pcb.namelen = strlen(name);
         pcb.century = PCB_NO_CENTURY_WINDOW;
         ipcb.entry = this;
     }
@@ -31,7 +31,7 @@ void runProcess(const char *path) {
     pid_t child = 0;
     char *const arguments[] = {const_cast<char *>(path), nullptr};
     if (posix_spawn(&child, path, nullptr, nullptr, arguments, environ) != 0) {
-        std::abort();
+        abort();
     }
     int status = 0;
     waitpid(child, &status, 0);

@@ -77,12 +77,12 @@ void run(const Entry &entry) {
         nextRow = 0;
         entry.group();
     }
-    std::printf("-- %s\n", entry.name);
+    printf("-- %s\n", entry.name);
     for (const Row &row : rows) {
-        std::printf("%-34s %10.1f ns   %-28s %10.1f ns   %6.2f x\n", row.name.c_str(), row.ours,
-                    row.peer.c_str(), row.peers, row.peers / row.ours);
+        printf("%-34s %10.1f ns   %-28s %10.1f ns   %6.2f x\n", row.name.c_str(), row.ours,
+               row.peer.c_str(), row.peers, row.peers / row.ours);
     }
-    std::fflush(stdout);
+    fflush(stdout);
 }
 
 } // namespace

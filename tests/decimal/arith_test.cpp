@@ -1,5 +1,5 @@
 // Decimal arithmetic through its exported functions, against integers of any length.
-#include "arithmetic_model.h"
+#include "decimal/arithmetic_model.h"
 #include "support/kit.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <boost/multiprecision/cpp_int.hpp>
 
 #include "decimal.h"
-#include "items.h"
+#include "decimal/items.h"
 
 namespace model {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "arithmetic_model.h"
+#include "decimal/arithmetic_model.h"
 #include "decimal_convert.h"
 #include "support/kit.h"
 
@@ -296,7 +296,7 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
         } else {
             const int power = random.below(random.oneIn(4) ? 380 : 130) - 80;
             value = static_cast<T>(random.word()) + static_cast<T>(random.word()) / 4294967296.0F;
-            for (int k = 0; k < std::abs(power); ++k) {
+            for (int k = 0; k < abs(power); ++k) {
                 value = power < 0 ? value / 2 : value * 2;
             }
         }

@@ -3,7 +3,7 @@
 #ifndef ZOR_TESTS_DECIMAL_MOVES_MODEL_H
 #define ZOR_TESTS_DECIMAL_MOVES_MODEL_H
 
-#include "arithmetic_model.h"
+#include "decimal/arithmetic_model.h"
 #include "decimal_moves.h"
 
 namespace model {

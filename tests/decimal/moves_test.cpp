@@ -1,6 +1,6 @@
 // The family of decimal moves against a plain model: random items of all forms under every switch
 // that changes a result, at the edges of readable storage and with overlapping operands.
-#include "moves_model.h"
+#include "decimal/moves_model.h"
 #include "support/kit.h"
 
 namespace {

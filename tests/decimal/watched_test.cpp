@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <regex>
 
-#include "arithmetic_model.h"
+#include "decimal/arithmetic_model.h"
+#include "decimal/moves_model.h"
 #include "decimal_convert.h"
-#include "moves_model.h"
 #include "support/kit.h"
 
 namespace {

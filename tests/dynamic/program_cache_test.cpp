@@ -13,14 +13,14 @@ namespace {
 void switchOnAndOff() {
     for (void (*turn)() : {_zor_cpm_enable, ZOR_CPM_DISABLE, ZOR_CPM_ENABLE, _zor_cpm_disable}) {
         turn();
-        std::printf("%d%s ", _zorProccom->cache, std::getenv("COBOL_CPM_CACHE"));
+        printf("%d%s ", _zorProccom->cache, getenv("COBOL_CPM_CACHE"));
     }
     _zor_cpm_enable();
     int32_t rc = -1;
     _zorCOBOLTerm(1, &rc); // the run-time is not started: there is nothing to end, and no Proccom
     ZOR_CPM_DISABLE();
-    std::printf("%d %d%d%s", rc, _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
-                std::getenv("COBOL_CPM_CACHE"));
+    printf("%d %d%d%s", rc, _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
+           getenv("COBOL_CPM_CACHE"));
     _zor_cpm_print();
     ZOR_CPM_UNLOAD_ALL();
 }
@@ -29,7 +29,7 @@ void reportCache() {
     _zor_cpm_stats();
     kit::Program program("REPORT");
     kit::runMainProgram(program, [] { _zor_cpm_print(); });
-    std::printf("%d%d", _zor_cpm_unload("REPORT"), _zor_cpm_unload(""));
+    printf("%d%d", _zor_cpm_unload("REPORT"), _zor_cpm_unload(""));
 }
 
 // One after the other: the second decides what is undecided.
@@ -37,7 +37,7 @@ void showTwoRunUnits() {
     for (const char *name : {"FIRST", "SECOND"}) {
         kit::Program program(name);
         kit::runMainProgram(program, [] {
-            std::printf("%d%s ", _zorProccom->cache, _zorProccom->plle != nullptr ? "+" : "-");
+            printf("%d%s ", _zorProccom->cache, _zorProccom->plle != nullptr ? "+" : "-");
         });
     }
 }

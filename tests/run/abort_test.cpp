@@ -5,8 +5,8 @@
 #include <regex>
 #include <sys/wait.h>
 
-#include "failure_kit.h"
 #include "messages.h"
+#include "support/failure_kit.h"
 
 using namespace failure;
 using namespace kit;

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <regex>
 
-#include "failure_kit.h"
 #include "messages.h"
+#include "support/failure_kit.h"
 
 using namespace kit;
 

@@ -4,8 +4,8 @@
 #include <semaphore>
 #include <thread>
 
-#include "failure_kit.h"
 #include "signal_row.h"
+#include "support/failure_kit.h"
 
 using namespace failure;
 using namespace kit;

@@ -8,8 +8,8 @@
 #include <sys/ioctl.h>
 
 #include "display.h"
-#include "failure_kit.h"
 #include "signal_row.h"
+#include "support/failure_kit.h"
 
 using namespace failure;
 using namespace kit;

@@ -61,7 +61,7 @@ std::string modelOfFloat(double value, int width, char point) {
     const int exponent = atoi(strchr(text, 'E') + 1) + 1;
     char expected[64];
     snprintf(expected, sizeof expected, "%c%c%c%.*sE%c%.2d", text[0], point, text[1], width - 1,
-             text + 3, exponent < 0 ? '-' : ' ', std::abs(exponent));
+             text + 3, exponent < 0 ? '-' : ' ', abs(exponent));
     return expected;
 }
 

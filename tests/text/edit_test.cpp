@@ -242,7 +242,7 @@ TEST(FigurativeConstant, AllLengths) {
             row += literal;
         }
         for (int length = -39; length < 40; ++length) {
-            const auto bytes = static_cast<std::size_t>(std::abs(length));
+            const auto bytes = static_cast<std::size_t>(abs(length));
             Receiver item;
             _zorcMoveFigConst(item.data(), length, literal.data(),
                               static_cast<int32_t>(literal.size()));
@@ -256,8 +256,8 @@ TEST(OverlappingMove, AllLengthsAndDistances) {
     for (const int target : {0, 1, 3, 8, -1, -3, -8}) {
         for (const int source : {0, 1, 3, 8, -1, -3, -8}) {
             const bool right = target < 0;
-            const auto to = static_cast<std::size_t>(std::abs(target));
-            const auto from = static_cast<std::size_t>(std::abs(source));
+            const auto to = static_cast<std::size_t>(abs(target));
+            const auto from = static_cast<std::size_t>(abs(source));
             const std::string value = letters.substr(10, from);
             const std::string blanks(8, source < 0 ? '@' : ' ');
             for (std::size_t at = 6; at < 16; ++at) {

@@ -81,7 +81,7 @@ template <> inline ZorBinary64 nearestBinary<ZorBinary64>(Wide128 coefficient, i
         const long double wider =
             static_cast<long double>(static_cast<int64_t>(coefficient.low)) / kPowers[-power];
         uint64_t significand;
-        std::memcpy(&significand, &wider, sizeof significand);
+        memcpy(&significand, &wider, sizeof significand);
         constexpr uint64_t kHalf = 1ULL << (kExtraBits - 1);
         if ((significand & (2 * kHalf - 1)) != kHalf) {
             return static_cast<ZorBinary64>(wider);

@@ -31,7 +31,7 @@ inline void storeHalf(uint8_t *address, __m128i bytes) {
 inline void moveBytes(uint8_t *target, const uint8_t *source, int32_t length) {
     if (length >= 16) {
         if (length > 32) {
-            std::memmove(target, source, static_cast<size_t>(length));
+            memmove(target, source, static_cast<std::size_t>(length));
             return;
         }
         const __m128i head = loadFull(source);

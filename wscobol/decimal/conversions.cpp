@@ -161,9 +161,9 @@ void checkUnsigned(const uint8_t *digits, int32_t count, const uint8_t *item, in
         return;
     }
     flockfile(stderr);
-    std::fprintf(stderr, "Invalid zoned data %d 0x", itemDigits);
+    fprintf(stderr, "Invalid zoned data %d 0x", itemDigits);
     for (int32_t at = 0; at < itemDigits; ++at) {
-        std::fprintf(stderr, "%2.2x", item[at]);
+        fprintf(stderr, "%2.2x", item[at]);
     }
     std::fputc('\n', stderr);
     funlockfile(stderr);

@@ -36,7 +36,7 @@ inline const uint8_t *apartFrom(const uint8_t *target, int32_t targetBytes, cons
     if (!overlap || sourceBytes > kLongestItem) {
         return source;
     }
-    std::memcpy(copy, source, static_cast<size_t>(sourceBytes));
+    memcpy(copy, source, static_cast<std::size_t>(sourceBytes));
     return copy;
 }
 

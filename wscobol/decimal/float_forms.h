@@ -17,15 +17,15 @@ namespace zor::decimal {
 template <class T> inline Wide128 bitsOf(T value) {
     if constexpr (sizeof(T) == sizeof(uint32_t)) {
         uint32_t bits;
-        std::memcpy(&bits, &value, sizeof bits);
+        memcpy(&bits, &value, sizeof bits);
         return {static_cast<uint64_t>(bits) << 32, 0};
     } else if constexpr (sizeof(T) == sizeof(uint64_t)) {
         uint64_t bits;
-        std::memcpy(&bits, &value, sizeof bits);
+        memcpy(&bits, &value, sizeof bits);
         return {bits, 0};
     } else {
         uint64_t halves[2];
-        std::memcpy(halves, &value, sizeof halves);
+        memcpy(halves, &value, sizeof halves);
         return {halves[1], halves[0]};
     }
 }
@@ -34,12 +34,12 @@ template <class T> inline T fromBits(Wide128 bits) {
     T value;
     if constexpr (sizeof(T) == sizeof(uint32_t)) {
         const auto word = static_cast<uint32_t>(bits.high >> 32);
-        std::memcpy(&value, &word, sizeof word);
+        memcpy(&value, &word, sizeof word);
     } else if constexpr (sizeof(T) == sizeof(uint64_t)) {
-        std::memcpy(&value, &bits.high, sizeof value);
+        memcpy(&value, &bits.high, sizeof value);
     } else {
         const uint64_t halves[2] = {bits.low, bits.high};
-        std::memcpy(&value, halves, sizeof value);
+        memcpy(&value, halves, sizeof value);
     }
     return value;
 }

@@ -31,7 +31,7 @@ constexpr int32_t kMostDigits = 1'000'000; // more digits or decs than this make
 constexpr int32_t kWordPowers = 20; // of ten, that fit 64 bits
 constexpr auto kPowersOfTen = [] {
     std::array<uint64_t, kWordPowers> powers{1};
-    for (size_t i = 1; i < powers.size(); ++i) {
+    for (std::size_t i = 1; i < powers.size(); ++i) {
         powers[i] = powers[i - 1] * 10;
     }
     return powers;

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <dlfcn.h>
 
-#include "run/quad_format.h"
+#include "base/quad_format.h"
 
 namespace zor::decimal {
 namespace {
@@ -20,13 +20,13 @@ void traceQuad(const char *label, const ZorBinary128 &value) {
     constexpr int kPrecision = 37;
     char text[kPrecision + 16];
     formatQuad(text, sizeof text, kPrecision, &value);
-    std::fprintf(stderr, "%s%s\n", label, text);
+    fprintf(stderr, "%s%s\n", label, text);
 }
 
 // The formats are unknown to the compiler's own check.
 void traceDecimal(const char *label, const char *format, const ZorDecimal128 &value) {
     if (decimalPrintingIsLoaded()) {
-        std::fprintf(stderr, format, value);
+        fprintf(stderr, format, value);
     } else {
         traceQuad(label, static_cast<ZorBinary128>(value));
     }
@@ -35,10 +35,10 @@ void traceDecimal(const char *label, const char *format, const ZorDecimal128 &va
 } // namespace
 
 void traceFloatSource(ZorBinary32 value) {
-    std::fprintf(stderr, "in:   % .37E\n", static_cast<double>(value));
+    fprintf(stderr, "in:   % .37E\n", static_cast<double>(value));
 }
 void traceFloatSource(ZorBinary64 value) {
-    std::fprintf(stderr, "in:   % .17E\n", value);
+    fprintf(stderr, "in:   % .17E\n", value);
 }
 void traceFloatSource(const ZorBinary128 &value) {
     traceQuad("in:   ", value);
@@ -48,7 +48,7 @@ void traceDecimalSource(const ZorDecimal128 &value) {
 }
 
 void traceFloatResult(ZorBinary64 value) {
-    std::fprintf(stderr, "dst % .37E\n", value);
+    fprintf(stderr, "dst % .37E\n", value);
 }
 void traceFloatResult(const ZorBinary128 &value) {
     traceQuad("dst ", value);

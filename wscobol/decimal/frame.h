@@ -8,11 +8,11 @@
 #ifndef ZOR_DECIMAL_FRAME_H
 #define ZOR_DECIMAL_FRAME_H
 
+#include "base/message_list.h"
 #include "decimal/blocks.h"
 #include "decimal/forms.h"
 #include "decimal/options.h"
 #include "decimal/trace.h"
-#include "message_list.h"
 
 namespace zor::decimal {
 

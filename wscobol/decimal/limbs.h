@@ -122,7 +122,7 @@ public:
     // Clears what no limb reached.
     void finish() {
         if (left_ > 0) {
-            std::memset(target_, 0, static_cast<size_t>(left_));
+            memset(target_, 0, static_cast<std::size_t>(left_));
             target_[left_ - 1] = static_cast<uint8_t>(_mm_cvtsi128_si32(lower_) >> 4 & 0x0F);
         }
         Packed::clearPad(target_, digits_);
@@ -150,7 +150,7 @@ public:
 
     void finish() {
         if (left_ > 0) {
-            std::memset(target_, kZone, static_cast<size_t>(left_));
+            memset(target_, kZone, static_cast<std::size_t>(left_));
         }
     }
 

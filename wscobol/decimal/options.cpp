@@ -30,7 +30,7 @@ constexpr Switch kSwitches[] = {
 
 // The value of a variable that is set and not empty, otherwise null.
 const char *settingOf(const char *variable) {
-    const char *value = std::getenv(variable);
+    const char *value = getenv(variable);
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
@@ -39,7 +39,7 @@ const char *settingOf(const char *variable) {
 uint32_t readBcdOptions() {
     uint32_t options = 0;
     if (const char *mask = settingOf("COBOL_BCD_NOVALIDATE")) {
-        options = std::strtoul(mask, nullptr, 0) & kDirectBits;
+        options = strtoul(mask, nullptr, 0) & kDirectBits;
     }
     for (const Switch &item : kSwitches) {
         if (settingOf(item.variable) != nullptr) {

@@ -211,8 +211,8 @@ void multiplyInTarget(const Factor &a, const Factor &b, bool negative, uint8_t *
     const int32_t places = Form::places(targetDigits);
     const int32_t placesA = Form::places(a.digits);
     const int32_t placesB = Form::places(b.digits);
-    std::memset(target, Form::kSign == SignKind::packed ? 0 : kZone,
-                static_cast<size_t>(Form::bytes(targetDigits)));
+    memset(target, Form::kSign == SignKind::packed ? 0 : kZone,
+           static_cast<std::size_t>(Form::bytes(targetDigits)));
     for (int32_t i = 0; i < placesB && i < places; ++i) {
         const unsigned factor = digitAt<Form>(b.item, b.digits, i);
         unsigned carry = 0;

@@ -129,9 +129,9 @@ template <class Form> void copyItem(const uint8_t *item, int32_t digits, Divisio
     const int32_t to = Form::bytes(target.digits);
     const int32_t moved = std::min(from, to);
     const bool negative = Form::isNegative(item, digits);
-    std::memmove(target.item + to - moved, item + from - moved, static_cast<size_t>(moved));
-    std::memset(target.item, Form::kSign == SignKind::packed ? 0 : kZone,
-                static_cast<size_t>(to - moved));
+    memmove(target.item + to - moved, item + from - moved, static_cast<std::size_t>(moved));
+    memset(target.item, Form::kSign == SignKind::packed ? 0 : kZone,
+           static_cast<std::size_t>(to - moved));
     Form::storeSign(target.item, target.digits, negative);
     if constexpr (Form::kSign == SignKind::packed) {
         Form::clearPad(target.item, target.digits);

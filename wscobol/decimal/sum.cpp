@@ -106,13 +106,13 @@ void combine(const Magnitude<Form> &a, const Magnitude<Form> &b, uint8_t *target
         store(at, a.unit(at), 0);
     }
     const int32_t rest = room - at;
-    std::memmove(end - room, a.first + a.bytes - room, static_cast<size_t>(rest));
+    memmove(end - room, a.first + a.bytes - room, static_cast<std::size_t>(rest));
     at = room;
     if (!subtract && carry != 0 && at < targetBytes) {
         ++at;
         end[-at] = U::kZero | 1;
     }
-    std::memset(target, U::kZero, static_cast<size_t>(targetBytes - at));
+    memset(target, U::kZero, static_cast<std::size_t>(targetBytes - at));
 }
 
 } // namespace

@@ -26,7 +26,7 @@ void traceOperand(const char *label, LabelStyle style, const uint8_t *item, int3
 }
 
 // Header, result and integer lines are printed by format.
-#define ZOR_BCD_TRACE(...) std::fprintf(stderr, __VA_ARGS__)
+#define ZOR_BCD_TRACE(...) fprintf(stderr, __VA_ARGS__)
 
 } // namespace zor::decimal
 

@@ -29,7 +29,7 @@ WideInteger::WideInteger(Wide128 value)
 }
 
 WideInteger::WideInteger(const WideInteger &other) : count_(other.count_) {
-    std::memcpy(word_, other.word_, static_cast<size_t>(count_) * sizeof word_[0]);
+    memcpy(word_, other.word_, static_cast<std::size_t>(count_) * sizeof word_[0]);
 }
 
 void WideInteger::trim() {
@@ -44,7 +44,7 @@ int32_t WideInteger::bits() const {
 
 Wide128 WideInteger::low() const {
     uint32_t word[4] = {};
-    std::memcpy(word, word_, static_cast<size_t>(count_ < 4 ? count_ : 4) * sizeof word[0]);
+    memcpy(word, word_, static_cast<std::size_t>(count_ < 4 ? count_ : 4) * sizeof word[0]);
     return {static_cast<uint64_t>(word[3]) << 32 | word[2],
             static_cast<uint64_t>(word[1]) << 32 | word[0]};
 }
@@ -99,8 +99,8 @@ void WideInteger::shiftLeft(int32_t bits) {
         multiplyAdd(1U << (bits % 32));
     }
     if (words != 0) {
-        std::memmove(word_ + words, word_, static_cast<size_t>(count_) * sizeof word_[0]);
-        std::memset(word_, 0, static_cast<size_t>(words) * sizeof word_[0]);
+        memmove(word_ + words, word_, static_cast<std::size_t>(count_) * sizeof word_[0]);
+        memset(word_, 0, static_cast<std::size_t>(words) * sizeof word_[0]);
         count_ += words;
     }
 }

@@ -9,12 +9,12 @@ namespace zor::decimal {
 
 template <class Word> inline Word loadWord(const uint8_t *address) {
     Word word;
-    std::memcpy(&word, address, sizeof word);
+    memcpy(&word, address, sizeof word);
     return word;
 }
 
 template <class Word> inline void storeWord(uint8_t *address, Word word) {
-    std::memcpy(address, &word, sizeof word);
+    memcpy(address, &word, sizeof word);
 }
 
 // Eight packed digits as a number whose hexadecimal digits read as the decimal ones do.

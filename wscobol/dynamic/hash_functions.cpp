@@ -6,7 +6,7 @@ namespace {
 
 template <class Integer> Integer readInteger(const void *key) {
     Integer value;
-    std::memcpy(&value, key, sizeof value);
+    memcpy(&value, key, sizeof value);
     return value;
 }
 

@@ -50,7 +50,7 @@ private:
 
     static uint32_t word(const uint8_t *bytes) {
         uint32_t value;
-        std::memcpy(&value, bytes, sizeof value);
+        memcpy(&value, bytes, sizeof value);
         return value;
     }
 

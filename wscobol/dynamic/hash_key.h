@@ -12,8 +12,8 @@ namespace zor {
 
 inline bool sameWord(const char *left, const char *right) {
     uint32_t words[2];
-    std::memcpy(&words[0], left, sizeof(uint32_t));
-    std::memcpy(&words[1], right, sizeof(uint32_t));
+    memcpy(&words[0], left, sizeof(uint32_t));
+    memcpy(&words[1], right, sizeof(uint32_t));
     return words[0] == words[1];
 }
 

@@ -46,24 +46,24 @@ Census takeCensus(const HashTable *table) {
 }
 
 void printCount(const char *label, uint32_t count) {
-    std::fprintf(stderr, "\t%-12s%zd\n", label, static_cast<ssize_t>(count));
+    fprintf(stderr, "\t%-12s%zd\n", label, static_cast<ssize_t>(count));
 }
 
 void printCounts(const char *label, uint32_t count, const char *detail, uint32_t inDetail) {
-    std::fprintf(stderr, "\t%-12s%zd (%s %zd)\n", label, static_cast<ssize_t>(count), detail,
-                 static_cast<ssize_t>(inDetail));
+    fprintf(stderr, "\t%-12s%zd (%s %zd)\n", label, static_cast<ssize_t>(count), detail,
+            static_cast<ssize_t>(inDetail));
 }
 
 void printMean(const char *label, uint32_t sum, uint32_t count) {
-    std::fprintf(stderr, "\t%-12s%.2f\n", label,
-                 count == 0 ? 0.0 : static_cast<double>(sum) / static_cast<double>(count));
+    fprintf(stderr, "\t%-12s%.2f\n", label,
+            count == 0 ? 0.0 : static_cast<double>(sum) / static_cast<double>(count));
 }
 
 void printLargestChain(const HashElement *element) {
-    std::fputs("Largest hash chain: ", stderr);
+    fputs("Largest hash chain: ", stderr);
     for (; element != nullptr; element = element->next) {
         const auto width = static_cast<int>(element->keylen);
-        std::fprintf(stderr, "%*.*s,", width, width, static_cast<const char *>(element->key));
+        fprintf(stderr, "%*.*s,", width, width, static_cast<const char *>(element->key));
     }
     std::fputc('\n', stderr);
 }
@@ -78,34 +78,33 @@ void hashElementPrintKey(const HashElement *element) {
 }
 
 void hashElementPrint(const HashTable *, const HashElement *element) {
-    std::fprintf(stderr, "  %lu:0x%p key=(%lld)@0x%p ",
-                 static_cast<unsigned long>(element->hashcode), static_cast<const void *>(element),
-                 static_cast<long long>(element->keylen), element->key);
+    fprintf(stderr, "  %lu:0x%p key=(%lld)@0x%p ", static_cast<unsigned long>(element->hashcode),
+            static_cast<const void *>(element), static_cast<long long>(element->keylen),
+            element->key);
     hashElementPrintKey(element);
-    std::fprintf(stderr, " value=(%lld)@0x%p parent=0x%p\n",
-                 static_cast<long long>(element->valuelen), hashElementValue(element),
-                 static_cast<const void *>(element->parent));
+    fprintf(stderr, " value=(%lld)@0x%p parent=0x%p\n", static_cast<long long>(element->valuelen),
+            hashElementValue(element), static_cast<const void *>(element->parent));
 }
 
 void hashTablePrint(const HashTable *table) {
     if (hashTableIsEmpty(table)) {
         return;
     }
-    std::fprintf(stderr, "Hash table @0x%p contents:\n", static_cast<const void *>(table));
-    std::fprintf(stderr, "Entries: %d\n", static_cast<int>(table->entries));
-    std::fprintf(stderr, "State:   0x%x %d 0x%p\n", table->cursor.hash,
-                 static_cast<int>(table->cursor.slot), static_cast<void *>(table->cursor.element));
+    fprintf(stderr, "Hash table @0x%p contents:\n", static_cast<const void *>(table));
+    fprintf(stderr, "Entries: %d\n", static_cast<int>(table->entries));
+    fprintf(stderr, "State:   0x%x %d 0x%p\n", table->cursor.hash,
+            static_cast<int>(table->cursor.slot), static_cast<void *>(table->cursor.element));
     for (uint32_t slot = 0; slot < table->size; ++slot) {
         const HashElement *element = table->slots[slot];
         if (element != nullptr) {
-            std::fprintf(stderr, "Slot # %d\n", static_cast<int>(slot));
+            fprintf(stderr, "Slot # %d\n", static_cast<int>(slot));
         }
         for (; element != nullptr; element = element->next) {
             table->print(table, element);
         }
     }
     if ((table->flags & HASH_TABLE_MRU) != 0) {
-        std::fputs("MRU ordering:\n", stderr);
+        fputs("MRU ordering:\n", stderr);
         for (const HashElement *element = table->mruhead; element != nullptr;
              element = element->mrunext) {
             table->print(table, element);
@@ -120,10 +119,9 @@ void hashTableStatistics(const HashTable *table) {
                            census.usedslots != table->usedslots ||
                            table->size - census.usedslots != table->freeslots;
     printLargestChain(census.longestChain);
-    std::fprintf(stderr,
-                 "Hash table at: %p\n\tParent at:  %p\n\tSlots at:   %p\n\tSize:       %zd\n",
-                 static_cast<const void *>(table), static_cast<void *>(table->parent),
-                 static_cast<void *>(table->slots), static_cast<ssize_t>(table->size));
+    fprintf(stderr, "Hash table at: %p\n\tParent at:  %p\n\tSlots at:   %p\n\tSize:       %zd\n",
+            static_cast<const void *>(table), static_cast<void *>(table->parent),
+            static_cast<void *>(table->slots), static_cast<ssize_t>(table->size));
     printCount("Limit:", table->limit);
     printCount("Used slots:", table->usedslots);
     printCount("Free slots:", table->freeslots);
@@ -142,22 +140,20 @@ void hashTableStatistics(const HashTable *table) {
     printCount("Longest:", census.longest);
     printMean("Avg. chain:", census.collisions + census.chains, census.chains);
     printMean("Avg. slot:", census.entries, census.usedslots);
-    std::fprintf(stderr, "Bad stats:      %d\n", (statsBad ? 1 : 0) + (countsBad ? 1 : 0));
+    fprintf(stderr, "Bad stats:      %d\n", (statsBad ? 1 : 0) + (countsBad ? 1 : 0));
     if (statsBad) {
-        std::fprintf(stderr,
-                     "Hash stats bad...\n  Collisions = %zd vs %zd (actual)\n"
-                     "  Chains     = %zd vs %zd (actual)\n",
-                     static_cast<ssize_t>(table->collisions),
-                     static_cast<ssize_t>(census.collisions), static_cast<ssize_t>(table->chains),
-                     static_cast<ssize_t>(census.chains));
+        fprintf(stderr,
+                "Hash stats bad...\n  Collisions = %zd vs %zd (actual)\n"
+                "  Chains     = %zd vs %zd (actual)\n",
+                static_cast<ssize_t>(table->collisions), static_cast<ssize_t>(census.collisions),
+                static_cast<ssize_t>(table->chains), static_cast<ssize_t>(census.chains));
     }
     if (countsBad) {
-        std::fprintf(stderr,
-                     "Hash entry counts bad...\n  Entries    = %zd vs %zd (actual)\n"
-                     "  Used slots = %zd vs %zd (actual)\n",
-                     static_cast<ssize_t>(table->entries), static_cast<ssize_t>(census.entries),
-                     static_cast<ssize_t>(table->usedslots),
-                     static_cast<ssize_t>(census.usedslots));
+        fprintf(stderr,
+                "Hash entry counts bad...\n  Entries    = %zd vs %zd (actual)\n"
+                "  Used slots = %zd vs %zd (actual)\n",
+                static_cast<ssize_t>(table->entries), static_cast<ssize_t>(census.entries),
+                static_cast<ssize_t>(table->usedslots), static_cast<ssize_t>(census.usedslots));
     }
 }
 

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/storage.h"
 #include "dynamic/hash_key.h"
-#include "run/storage.h"
 
 namespace zor {
 namespace {
@@ -185,7 +185,7 @@ HashElement *obtain(HashTable *table, HashElement *&freeList, uint32_t bytes) {
         element = static_cast<HashElement *>(allocateZeroed(bytes));
     }
     if (element != nullptr) {
-        std::memset(element, 0, std::min(bytes, kOwnerHeadBytes));
+        memset(element, 0, std::min(bytes, kOwnerHeadBytes));
         element->capacity = capacity;
     }
     return element;
@@ -209,10 +209,10 @@ HashElement *obtainOwner(HashTable *table, const HashInsertion &insertion) {
     char *const data = reinterpret_cast<char *>(element) + kOwnerHeadBytes;
     char *const key = data + roundUp(valuelen);
     if (insertion.keylen != 0) {
-        std::memcpy(key, insertion.key, insertion.keylen);
+        memcpy(key, insertion.key, insertion.keylen);
     }
     if (valuelen != 0) {
-        std::memcpy(data, insertion.value, valuelen);
+        memcpy(data, insertion.value, valuelen);
     }
     element->key = key;
     element->keylen = insertion.keylen;
@@ -439,7 +439,7 @@ void hashTableResize(HashTable *table, uint32_t newSize, uint32_t newLoadPercent
     table->flags |= HASH_TABLE_RESIZING;
     HashElement **slots = allocateSlots(size);
     if (slots == nullptr) {
-        std::fputs("HashTable_Resize alloc error, continuing\n", stderr);
+        fputs("HashTable_Resize alloc error, continuing\n", stderr);
         table->flags &= ~HASH_TABLE_RESIZING;
         return;
     }

@@ -10,9 +10,9 @@
 #include <cstring>
 #include <dlfcn.h>
 
+#include "base/anchors.h"
 #include "cpm.h"
 #include "dynamic/program_list.h"
-#include "run/anchors.h"
 
 namespace zor {
 namespace {
@@ -21,14 +21,14 @@ constexpr const char *kModeVariable = "COBOL_CPM_CACHE";
 constexpr const char *kSizeVariable = "COB_CPM_SIZE_MAX";
 
 const char *nonEmptyVariable(const char *name) {
-    const char *value = std::getenv(name);
+    const char *value = getenv(name);
     return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
 // Anything that begins like a word for yes or no counts, in the languages of the users.
 int32_t modeOf(const char *value, int32_t present) {
     if (*value == 'O' || *value == 'o') {
-        switch (std::toupper(static_cast<unsigned char>(value[1]))) {
+        switch (toupper(static_cast<unsigned char>(value[1]))) {
         case 'N':
             return CACHE_ON;
         case 'F':
@@ -37,10 +37,10 @@ int32_t modeOf(const char *value, int32_t present) {
             return present;
         }
     }
-    if (std::strchr("1AaeSsTtYy", *value) != nullptr) {
+    if (strchr("1AaeSsTtYy", *value) != nullptr) {
         return CACHE_ON;
     }
-    return std::strchr("0dFfNn", *value) != nullptr ? CACHE_OFF : CACHE_UNDECIDED;
+    return strchr("0dFfNn", *value) != nullptr ? CACHE_OFF : CACHE_UNDECIDED;
 }
 
 void closeFile(const LLE &program) {
@@ -49,9 +49,9 @@ void closeFile(const LLE &program) {
     }
     const int error = errno;
     const char *reason = dlerror();
-    std::fprintf(stderr, "CPM: dlclose(%p) for %.*s error: %d %s\n", program.load,
-                 static_cast<int>(program.namelen), program.name, error,
-                 reason != nullptr ? reason : "");
+    fprintf(stderr, "CPM: dlclose(%p) for %.*s error: %d %s\n", program.load,
+            static_cast<int>(program.namelen), program.name, error,
+            reason != nullptr ? reason : "");
 }
 
 void unloadProgram(LLE &program) {
@@ -137,7 +137,7 @@ int32_t _zor_cpm_create(void) {
     if (const char *mode = nonEmptyVariable(kModeVariable)) {
         _zorProccom->cache = modeOf(mode, _zorProccom->cache);
     } else if (const char *size = nonEmptyVariable(kSizeVariable)) {
-        _zorProccom->cache = std::strtol(size, nullptr, 0) != 0 ? CACHE_ON : CACHE_OFF;
+        _zorProccom->cache = strtol(size, nullptr, 0) != 0 ? CACHE_ON : CACHE_OFF;
     }
     return 0;
 }
@@ -153,7 +153,7 @@ int32_t _zor_cpm_unload(const char *name) {
     HashElement *element =
         cache == nullptr || name == nullptr
             ? nullptr
-            : hashTableLookup(cache, name, std::strlen(name), Touch::withParent, false);
+            : hashTableLookup(cache, name, strlen(name), Touch::withParent, false);
     if (element == nullptr) {
         return 0;
     }
@@ -177,9 +177,9 @@ void _zor_cpm_stats(void) {
     if (_zorProccom == nullptr) {
         return;
     }
-    std::fprintf(stderr, "COBOL is %s\n", _zorProccom->runcom != nullptr ? "Active" : "Inactive");
+    fprintf(stderr, "COBOL is %s\n", _zorProccom->runcom != nullptr ? "Active" : "Inactive");
     if (const HashTable *cache = cachedPrograms()) {
-        std::fputs("External Programs - Cache\n", stderr);
+        fputs("External Programs - Cache\n", stderr);
         hashTableStatistics(cache);
     }
 }

@@ -7,14 +7,13 @@ namespace {
 
 void printProgram(const HashTable *, const HashElement *element) {
     const LLE *lle = lleOf(element);
-    std::fprintf(stderr, "  %lu:0x%p key=(%lld)@0x%p ",
-                 static_cast<unsigned long>(element->hashcode), static_cast<const void *>(element),
-                 static_cast<long long>(element->keylen), element->key);
+    fprintf(stderr, "  %lu:0x%p key=(%lld)@0x%p ", static_cast<unsigned long>(element->hashcode),
+            static_cast<const void *>(element), static_cast<long long>(element->keylen),
+            element->key);
     hashElementPrintKey(element);
-    std::fprintf(
-        stderr, " LLE=0x%p load=0x%p entry=0x%p pcb=0x%p ipcb=0x%p flags=0x%x parent=0x%p\n",
-        static_cast<const void *>(lle), lle->load, lle->entry, static_cast<void *>(lle->pcb),
-        static_cast<void *>(lle->ipcb), lle->flags, static_cast<void *>(element->parent));
+    fprintf(stderr, " LLE=0x%p load=0x%p entry=0x%p pcb=0x%p ipcb=0x%p flags=0x%x parent=0x%p\n",
+            static_cast<const void *>(lle), lle->load, lle->entry, static_cast<void *>(lle->pcb),
+            static_cast<void *>(lle->ipcb), lle->flags, static_cast<void *>(element->parent));
 }
 
 } // namespace

@@ -7,9 +7,9 @@
 #include <cstring>
 #include <langinfo.h>
 
-#include "anchors.h"
+#include "base/anchors.h"
+#include "base/message_list.h"
 #include "codepage.h"
-#include "message_list.h"
 #include "national/locale_table.h"
 
 namespace zor {

@@ -1,5 +1,5 @@
 // The abnormal end: everything that ends a run because of a failure comes here.
-#include "abort.h"
+#include "run/abort.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -7,14 +7,14 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include "core_file.h"
-#include "debug_log.h"
-#include "end_watch.h"
-#include "locks.h"
-#include "message_catalog.h"
-#include "message_list.h"
-#include "patient_streams.h"
-#include "run_unit.h"
+#include "base/debug_log.h"
+#include "base/locks.h"
+#include "base/message_catalog.h"
+#include "base/message_list.h"
+#include "base/patient_streams.h"
+#include "run/core_file.h"
+#include "run/end_watch.h"
+#include "run/run_unit.h"
 
 namespace zor {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef ZOR_RUN_ABORT_H
 #define ZOR_RUN_ABORT_H
 
-#include "anchors.h"
+#include "base/anchors.h"
 
 namespace zor {
 

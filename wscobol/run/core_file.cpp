@@ -1,5 +1,5 @@
 // Core files: made from the living process by gcore, so that the run can end in order afterwards.
-#include "core_file.h"
+#include "run/core_file.h"
 
 #include <array>
 #include <atomic>
@@ -12,12 +12,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "debug_log.h"
+#include "base/debug_log.h"
+#include "base/patient_streams.h"
+#include "base/shell.h"
+#include "base/standard_files.h"
 #include "messages.h"
-#include "patient_streams.h"
-#include "run_unit.h"
-#include "shell.h"
-#include "standard_files.h"
+#include "run/run_unit.h"
 
 namespace zor {
 namespace {

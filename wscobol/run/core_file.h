@@ -2,7 +2,7 @@
 #ifndef ZOR_RUN_CORE_FILE_H
 #define ZOR_RUN_CORE_FILE_H
 
-#include "anchors.h"
+#include "base/anchors.h"
 
 namespace zor {
 

@@ -1,6 +1,6 @@
 // A timer looks in on the ending thread. Waiting for a child, a file or a host is fine, however
 // long it takes; standing at the same lock several times in a row is not.
-#include "end_watch.h"
+#include "run/end_watch.h"
 
 #include <atomic>
 #include <csignal>
@@ -11,9 +11,9 @@
 #include <unistd.h>
 #include <utility>
 
-#include "abort.h"
-#include "patient_streams.h"
-#include "signal_context.h"
+#include "base/patient_streams.h"
+#include "run/abort.h"
+#include "run/signal_context.h"
 
 namespace zor {
 namespace {

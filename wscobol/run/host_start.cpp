@@ -1,6 +1,6 @@
 // Hosts that start run units: C programs, application servers, the transaction monitor.
 
-#include "run/debug_log.h"
+#include "base/debug_log.h"
 #include "run/init_section.h"
 #include "run/run_unit.h"
 

@@ -1,6 +1,6 @@
 #include "run/init_section.h"
 
-#include "run/locks.h"
+#include "base/locks.h"
 
 namespace zor {
 

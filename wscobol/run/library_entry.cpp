@@ -16,12 +16,12 @@ __attribute__((section(".interp"), used)) const char zorInterpreter[] = "/lib/ld
 
 extern "C" __attribute__((noreturn, used, force_align_arg_pointer)) void zorLibraryEntry() {
     const char *path = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
-    const char *slash = path == nullptr ? nullptr : std::strrchr(path, '/');
+    const char *slash = path == nullptr ? nullptr : strrchr(path, '/');
     const char *name = slash != nullptr ? slash + 1 : (path != nullptr ? path : "");
-    std::fprintf(stderr, "\n%s:\nCongratulations, you have found an easter-egg!\n", name);
-    std::fprintf(stderr, "%s\n", zor::kBuildIdentification);
+    fprintf(stderr, "\n%s:\nCongratulations, you have found an easter-egg!\n", name);
+    fprintf(stderr, "%s\n", zor::kBuildIdentification);
     for (const char *line : zor::kIdentificationStrings) {
-        std::fprintf(stderr, "\t%s\n", line);
+        fprintf(stderr, "\t%s\n", line);
     }
     _exit(0);
 }

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <dlfcn.h>
 
-#include "run/storage.h"
+#include "base/storage.h"
 
 namespace zor {
 namespace {
@@ -20,19 +20,19 @@ constexpr std::size_t kPathMax = 4096;
 char *copyText(const char *text, std::size_t length) {
     auto *copy = static_cast<char *>(allocateOrReport(length + 1));
     if (copy != nullptr) {
-        std::memcpy(copy, text, length);
+        memcpy(copy, text, length);
         copy[length] = '\0';
     }
     return copy;
 }
 
 bool begins(const char *text, const char *prefix) {
-    return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
+    return strncmp(text, prefix, strlen(prefix)) == 0;
 }
 
 // The last component of path, from its "/" on; null when there is no further component.
 char *lastComponent(char *path) {
-    return std::strrchr(path, '/');
+    return strrchr(path, '/');
 }
 
 // Turns the library's directory (no final "/") into the location of its catalogue.
@@ -59,17 +59,17 @@ void catalogLocation(char *path, std::size_t size) {
             tail = kCatalogBeside;
         }
     }
-    const std::size_t length = std::strlen(path);
-    std::snprintf(path + length, size - length, "%s", tail);
+    const std::size_t length = strlen(path);
+    snprintf(path + length, size - length, "%s", tail);
 }
 
 bool listHolds(const char *list, const char *entry) {
-    const std::size_t length = std::strlen(entry);
+    const std::size_t length = strlen(entry);
     for (const char *part = list;; ++part) {
-        const char *end = std::strchr(part, ':');
+        const char *end = strchr(part, ':');
         const std::size_t partLength =
-            end != nullptr ? static_cast<std::size_t>(end - part) : std::strlen(part);
-        if (partLength == length && std::memcmp(part, entry, length) == 0) {
+            end != nullptr ? static_cast<std::size_t>(end - part) : strlen(part);
+        if (partLength == length && memcmp(part, entry, length) == 0) {
             return true;
         }
         if (end == nullptr) {
@@ -80,7 +80,7 @@ bool listHolds(const char *list, const char *entry) {
 }
 
 void putInFront(const char *entry) {
-    const char *old = std::getenv("NLSPATH");
+    const char *old = getenv("NLSPATH");
     if (old == nullptr || *old == '\0') {
         setenv("NLSPATH", entry, 1);
         return;
@@ -88,10 +88,10 @@ void putInFront(const char *entry) {
     if (listHolds(old, entry)) {
         return;
     }
-    const std::size_t size = std::strlen(entry) + 1 + std::strlen(old) + 1;
+    const std::size_t size = strlen(entry) + 1 + strlen(old) + 1;
     auto *joined = static_cast<char *>(allocateOrReport(size));
     if (joined != nullptr) {
-        std::snprintf(joined, size, "%s:%s", entry, old);
+        snprintf(joined, size, "%s:%s", entry, old);
         setenv("NLSPATH", joined, 1);
         release(joined);
     }
@@ -104,23 +104,23 @@ bool findLibraryPaths(Proccom &process) {
     std::size_t length = 0;
     if (dladdr(reinterpret_cast<void *>(&findLibraryPaths), &self) != 0 &&
         self.dli_fname != nullptr) {
-        const char *slash = std::strrchr(self.dli_fname, '/');
+        const char *slash = strrchr(self.dli_fname, '/');
         length = slash == nullptr ? 0 : static_cast<std::size_t>(slash + 1 - self.dli_fname);
         length = length < kPathMax ? length : 0;
     }
     process.libdir = length > 0 ? copyText(self.dli_fname, length) : copyText("./", 2);
-    process.installdir = copyText(kInstallDirectory, std::strlen(kInstallDirectory));
+    process.installdir = copyText(kInstallDirectory, strlen(kInstallDirectory));
     return process.libdir != nullptr && process.installdir != nullptr;
 }
 
 void prepareCatalogPath(const Proccom &process) {
     char location[kPathMax + 64];
-    const std::size_t length = std::strlen(process.libdir);
-    std::memcpy(location, process.libdir, length);
+    const std::size_t length = strlen(process.libdir);
+    memcpy(location, process.libdir, length);
     location[length - 1] = '\0';
     catalogLocation(location, sizeof location);
     // The install location comes second: it goes in front first, and the computed one before it.
-    if (std::strcmp(location, kInstalledCatalog) != 0) {
+    if (strcmp(location, kInstalledCatalog) != 0) {
         putInFront(kInstalledCatalog);
     }
     putInFront(location);

@@ -2,7 +2,7 @@
 #ifndef ZOR_RUN_LIBRARY_PATHS_H
 #define ZOR_RUN_LIBRARY_PATHS_H
 
-#include "run/anchors.h"
+#include "base/anchors.h"
 
 namespace zor {
 

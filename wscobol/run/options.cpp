@@ -12,9 +12,9 @@
 #include <iterator>
 #include <string_view>
 
-#include "run/anchors.h"
-#include "run/message_list.h"
-#include "run/storage.h"
+#include "base/anchors.h"
+#include "base/message_list.h"
+#include "base/storage.h"
 
 namespace zor {
 namespace {
@@ -137,7 +137,7 @@ bool applyOption(Proccom &process, const Option &option) {
         process.*option.field |= option.bits;
         return true;
     case Action::fileSystem:
-        std::memcpy(process.filesys, option.code, sizeof process.filesys);
+        memcpy(process.filesys, option.code, sizeof process.filesys);
         return false;
     case Action::ignore:
         return false;
@@ -154,7 +154,7 @@ void applyErrcount(Proccom &process, const char *name, const char *value) {
     }
     char *end = nullptr;
     errno = 0;
-    const long number = std::strtol(value, &end, 10);
+    const long number = strtol(value, &end, 10);
     if (*end != '\0' || number < 0) {
         message::optionNotANumber(value, name);
     } else if (errno != 0) {
@@ -168,14 +168,14 @@ void applyUpsi(Proccom &process, const char *name, const char *value) {
     constexpr std::size_t kSwitches = sizeof process.upsi;
     static_assert(sizeof kDefaultUpsi == kSwitches + 1);
     const char *switches = value != nullptr ? value : kDefaultUpsi;
-    if (std::strlen(switches) != kSwitches) {
+    if (strlen(switches) != kSwitches) {
         message::optionTextLength(value, name, kSwitches);
         switches = kDefaultUpsi;
-    } else if (std::strspn(switches, "01") != kSwitches) {
+    } else if (strspn(switches, "01") != kSwitches) {
         message::optionTextCharacters(value, name);
         switches = kDefaultUpsi;
     }
-    std::memcpy(process.upsi, switches, kSwitches);
+    memcpy(process.upsi, switches, kSwitches);
 }
 
 struct ValuedOption {
@@ -204,7 +204,7 @@ void cutIntoTokens(char *text) {
             open = false;
             continue;
         }
-        *to++ = c == '(' ? '=' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        *to++ = c == '(' ? '=' : static_cast<char>(toupper(static_cast<unsigned char>(c)));
         open = true;
     }
     if (open) {
@@ -215,9 +215,9 @@ void cutIntoTokens(char *text) {
 
 // Applies an option that the table does not hold with its value.
 void applyValuedOption(Proccom &process, char *token) {
-    char *equals = std::strchr(token, '=');
+    char *equals = strchr(token, '=');
     const std::string_view key(token, equals != nullptr ? static_cast<std::size_t>(equals - token)
-                                                        : std::strlen(token));
+                                                        : strlen(token));
     for (const ValuedOption &option : kValuedOptions) {
         if (option.name == key) {
             option.apply(process, option.name.data(), equals != nullptr ? equals + 1 : nullptr);
@@ -234,16 +234,16 @@ void applyValuedOption(Proccom &process, char *token) {
 
 // Applies the variable's value; true when it chose TRAP.
 bool applyTokens(Proccom &process, const char *value) {
-    const std::size_t length = std::strlen(value);
+    const std::size_t length = strlen(value);
     auto *const text = static_cast<char *>(allocateOrReport(length + 2));
     if (text == nullptr) {
         return false;
     }
-    std::memcpy(text, value, length + 1);
+    memcpy(text, value, length + 1);
     cutIntoTokens(text);
     bool trapChosen = false;
     for (char *token = text; *token != '\0';) {
-        char *const next = token + std::strlen(token) + 1;
+        char *const next = token + strlen(token) + 1;
         if (const Option *option = findOption(token)) {
             trapChosen |= applyOption(process, *option);
         } else {
@@ -261,8 +261,8 @@ void readRunTimeOptions() {
     Proccom &process = *proccom();
     process.options1 = kDefaultOptions1;
     process.errcount = kDefaultErrcount;
-    std::memcpy(process.upsi, kDefaultUpsi, sizeof process.upsi);
-    const char *value = std::getenv("COBRTOPT");
+    memcpy(process.upsi, kDefaultUpsi, sizeof process.upsi);
+    const char *value = getenv("COBRTOPT");
     const bool trapChosen = value != nullptr && *value != '\0' && applyTokens(process, value);
     if (!trapChosen) {
         applyOption(process, *findOption(kDefaultOption));

@@ -5,13 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/clock.h"
+#include "base/debug_log.h"
+#include "base/locks.h"
+#include "base/message_list.h"
 #include "dynamic/program_list.h"
 #include "run/attachments.h"
-#include "run/clock.h"
-#include "run/debug_log.h"
 #include "run/init_section.h"
-#include "run/locks.h"
-#include "run/message_list.h"
 #include "run/run_unit.h"
 
 namespace zor {
@@ -25,7 +25,7 @@ constexpr int32_t kLastWindowBase = 2099;
 constexpr int32_t kWindowYears = 100;
 
 bool levelAtLeast(const PCB &pcb, const Level &level) {
-    return std::memcmp(pcb.level, level, sizeof level) >= 0;
+    return memcmp(pcb.level, level, sizeof level) >= 0;
 }
 
 // A program name as a terminated text, for messages.
@@ -33,7 +33,7 @@ class TerminatedName {
 public:
     explicit TerminatedName(const PCB &pcb) {
         const std::size_t length = std::min<std::size_t>(pcb.namelen, sizeof text_ - 1);
-        std::memcpy(text_, pcb.name, length);
+        memcpy(text_, pcb.name, length);
         text_[length] = '\0';
     }
     operator const char *() const { return text_; }
@@ -195,7 +195,7 @@ void countExit(IPCB &ipcb) {
 
 bool epilogueIsKnown(const sigjmp_buf &jmp) {
     static const sigjmp_buf kNeverFilled{};
-    return std::memcmp(&jmp[0].__jmpbuf, &kNeverFilled[0].__jmpbuf, sizeof jmp[0].__jmpbuf) != 0;
+    return memcmp(&jmp[0].__jmpbuf, &kNeverFilled[0].__jmpbuf, sizeof jmp[0].__jmpbuf) != 0;
 }
 
 } // namespace zor
@@ -206,7 +206,7 @@ void _zorPgmInit(PCB *pcb) {
     Runcom *entered = provideRunUnit(*pcb);
     if (entered == nullptr) {
         // No storage for the anchors, and message 907 could not end the run: nothing can go on.
-        std::abort();
+        abort();
     }
     const Proccom &process = *_zorProccom;
     if (process.kots == 0) {
@@ -305,8 +305,8 @@ sigjmp_buf *_zorGetJmpBuffer(void) {
 }
 
 void _zorMoveMethodName(char *buffer, const char *name, uint32_t length) {
-    const auto *blank = static_cast<const char *>(std::memchr(name, ' ', length));
+    const auto *blank = static_cast<const char *>(memchr(name, ' ', length));
     const std::size_t used = blank != nullptr ? static_cast<std::size_t>(blank - name) : length;
-    std::memcpy(buffer, name, used);
+    memcpy(buffer, name, used);
     buffer[used] = '\0';
 }

@@ -2,18 +2,18 @@
 
 #include <initializer_list>
 
+#include "base/debug_log.h"
+#include "base/locks.h"
+#include "base/message_list.h"
+#include "base/message_service.h"
+#include "base/patient_streams.h"
+#include "base/storage.h"
+#include "base/thread_slot.h"
 #include "cpm.h"
 #include "dynamic/hash_table.h"
 #include "run/attachments.h"
-#include "run/debug_log.h"
-#include "run/locks.h"
-#include "run/message_list.h"
-#include "run/message_service.h"
-#include "run/patient_streams.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
-#include "run/storage.h"
-#include "run/thread_slot.h"
 
 namespace zor {
 namespace {
@@ -130,8 +130,8 @@ void TermCobolRte(EndReason reason) {
     release(&process);
     _zorProccom = nullptr;
     if (debug == kDebugWithClosingLine) {
-        std::fprintf(stderr, "RTE Terminated... PID %d Proccom %p\n", pid,
-                     static_cast<void *>(_zorProccom));
+        fprintf(stderr, "RTE Terminated... PID %d Proccom %p\n", pid,
+                static_cast<void *>(_zorProccom));
     }
 }
 
@@ -145,11 +145,11 @@ __attribute__((destructor)) void zor_fini() {
     const int32_t pid = _zorProccom->pid;
     const char *line = "zor_fini: PID %d Proccom @%p\n";
     if (debug) {
-        std::fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
+        fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
     }
     TermCobolRte(EndReason::libraryUnload);
     if (debug) {
-        std::fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
+        fprintf(stderr, line, pid, static_cast<void *>(_zorProccom));
     }
 }
 
@@ -160,8 +160,8 @@ void logMonitorCall(const char *function, MonitorCall call) {
     if (process != nullptr && process->debug != 0) {
         logState(function, static_cast<int32_t>(call));
     } else if (process == nullptr && call != MonitorCall::init) {
-        std::fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p kots %d\n", function, 0, nullptr,
-                     nullptr, 0);
+        fprintf(stderr, "%s: PID %d Proccom @%p Runcom @%p kots %d\n", function, 0, nullptr,
+                nullptr, 0);
     }
 }
 

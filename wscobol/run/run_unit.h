@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "anchors.h"
+#include "base/anchors.h"
 
 namespace zor {
 

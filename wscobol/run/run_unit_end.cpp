@@ -5,20 +5,20 @@
 #include <cstring>
 #include <utility>
 
+#include "base/debug_log.h"
+#include "base/locks.h"
+#include "base/message_catalog.h"
+#include "base/message_delivery.h"
+#include "base/patient_streams.h"
+#include "base/storage.h"
 #include "cpm.h"
 #include "dynamic/hash_table.h"
 #include "dynamic/program_list.h"
 #include "fcb.h"
-#include "run/debug_log.h"
 #include "run/end_watch.h"
 #include "run/init_section.h"
-#include "run/locks.h"
-#include "run/message_catalog.h"
-#include "run/message_delivery.h"
-#include "run/patient_streams.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
-#include "run/storage.h"
 
 namespace zor {
 namespace {
@@ -183,7 +183,7 @@ void flushStandardStreams(const Proccom &process) {
 
 void printTable(const char *title, const HashTable *table) {
     if (debugging() && !hashTableIsEmpty(table)) {
-        std::fputs(title, stderr);
+        fputs(title, stderr);
         hashTablePrint(table);
     }
 }
@@ -286,7 +286,7 @@ void retire(Proccom &process, Runcom &unit, EndReason reason) {
 [[noreturn]] void leaveThroughHost(HostRoutine routine, void *token, int32_t status) {
     leaveEnd();
     routine(token);
-    std::exit(status);
+    exit(status);
 }
 
 } // namespace
@@ -360,7 +360,7 @@ namespace {
 struct Epilogue {
     explicit Epilogue(Runcom &runUnit)
         : unit(&runUnit), unitId(runUnit.id), main(mainProgram(runUnit)), jmpAddress(&runUnit.jmp) {
-        std::memcpy(&jmp, &runUnit.jmp, sizeof jmp);
+        memcpy(&jmp, &runUnit.jmp, sizeof jmp);
     }
 
     void *unit;
@@ -404,7 +404,7 @@ void giveBackOwnLocks() {
         leaveEnd();
     }
     if (!epilogueIsKnown(epilogue.jmp)) {
-        std::exit(value == kStatusOfZero ? 0 : value);
+        exit(value == kStatusOfZero ? 0 : value);
     }
     siglongjmp(epilogue.jmp, value);
 }

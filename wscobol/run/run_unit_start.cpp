@@ -4,15 +4,15 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/debug_log.h"
+#include "base/message_list.h"
+#include "base/standard_files.h"
+#include "base/storage.h"
 #include "dynamic/program_list.h"
-#include "run/debug_log.h"
 #include "run/init_section.h"
-#include "run/message_list.h"
 #include "run/program_cache_start.h"
 #include "run/run_unit.h"
 #include "run/signals.h"
-#include "run/standard_files.h"
-#include "run/storage.h"
 
 namespace zor {
 namespace {
@@ -24,7 +24,7 @@ constexpr int32_t kDefaultRandomState = 1;
 
 // What a former host left in an idle run unit is not for the next one.
 void forgetHost(Runcom &unit) {
-    std::memset(&unit.jmp, 0, sizeof unit.jmp);
+    memset(&unit.jmp, 0, sizeof unit.jmp);
     unit.hostword = nullptr;
     unit.stop = nullptr;
     unit.abrt = nullptr;
@@ -58,7 +58,7 @@ Runcom *createNew(Proccom &process) {
         release(unit);
         return nullptr;
     }
-    std::memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
+    memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
     unit->id = process.nextid++;
     return unit;
 }
@@ -101,7 +101,7 @@ void RunUnitInit(const void *caller) {
         installSignalTable(unit->sigtable);
     }
     unit->errleft = process.errcount;
-    std::memcpy(unit->upsi, process.upsi, sizeof unit->upsi);
+    memcpy(unit->upsi, process.upsi, sizeof unit->upsi);
     unit->nest = 0;
     unit->centuryStart = kDefaultCenturyStart;
     unit->randomState = kDefaultRandomState;

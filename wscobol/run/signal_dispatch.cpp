@@ -10,11 +10,11 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include "abort.h"
-#include "frame_walk.h"
-#include "patient_streams.h"
-#include "signal_context.h"
-#include "signal_table.h"
+#include "base/frame_walk.h"
+#include "base/patient_streams.h"
+#include "run/abort.h"
+#include "run/signal_context.h"
+#include "run/signal_table.h"
 
 namespace zor {
 namespace {

@@ -1,14 +1,14 @@
 // One alternate stack per process, for the thread that runs the run units. A host's own stack is
 // left alone.
-#include "signal_stack.h"
+#include "run/signal_stack.h"
 
 #include <cerrno>
 #include <csignal>
 #include <unistd.h>
 
-#include "patient_streams.h"
-#include "signals.h"
-#include "storage.h"
+#include "base/patient_streams.h"
+#include "base/storage.h"
+#include "run/signals.h"
 
 namespace zor {
 namespace {

@@ -1,14 +1,14 @@
 // Installs and removes the signal tables of run units.
-#include "signal_table.h"
+#include "run/signal_table.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 
-#include "patient_streams.h"
-#include "signal_stack.h"
-#include "signals.h"
+#include "base/patient_streams.h"
+#include "run/signal_stack.h"
+#include "run/signals.h"
 
 namespace zor {
 namespace {

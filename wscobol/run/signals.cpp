@@ -6,19 +6,19 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-#include "abort.h"
-#include "core_file.h"
-#include "debug_log.h"
-#include "end_watch.h"
-#include "locks.h"
-#include "message_list.h"
-#include "patient_streams.h"
-#include "retry.h"
-#include "run_unit.h"
-#include "signal_context.h"
-#include "signal_table.h"
-#include "standard_files.h"
-#include "traceback.h"
+#include "base/debug_log.h"
+#include "base/locks.h"
+#include "base/message_list.h"
+#include "base/patient_streams.h"
+#include "base/retry.h"
+#include "base/standard_files.h"
+#include "base/traceback.h"
+#include "run/abort.h"
+#include "run/core_file.h"
+#include "run/end_watch.h"
+#include "run/run_unit.h"
+#include "run/signal_context.h"
+#include "run/signal_table.h"
 
 namespace zor {
 namespace {

@@ -9,20 +9,20 @@
 #include <initializer_list>
 #include <unistd.h>
 
+#include "base/debug_log.h"
+#include "base/message_list.h"
+#include "base/message_service.h"
+#include "base/standard_files.h"
+#include "base/storage.h"
 #include "cpm.h"
 #include "dynamic/program_list.h"
 #include "run/abort.h"
 #include "run/build_identification.h"
-#include "run/debug_log.h"
 #include "run/init_section.h"
 #include "run/library_paths.h"
-#include "run/message_list.h"
-#include "run/message_service.h"
 #include "run/options.h"
 #include "run/program_cache_start.h"
 #include "run/run_unit.h"
-#include "run/standard_files.h"
-#include "run/storage.h"
 
 Proccom *_zorProccom = nullptr;
 char *_zorDebugBuf = nullptr;
@@ -42,17 +42,17 @@ bool isSet(const char *value) {
 
 // The number that a variable holds, at least 1: a variable that is set means yes.
 int32_t atLeastOne(const char *value) {
-    const auto number = static_cast<int32_t>(std::strtol(value, nullptr, 0));
+    const auto number = static_cast<int32_t>(strtol(value, nullptr, 0));
     return number == 0 ? 1 : number;
 }
 
 void adoptLocale() {
-    if (std::setlocale(LC_ALL, "") != nullptr) {
+    if (setlocale(LC_ALL, "") != nullptr) {
         return;
     }
-    const char *language = std::getenv("LANG");
-    if (!isSet(language) || std::setlocale(LC_ALL, language) == nullptr) {
-        std::setlocale(LC_ALL, nullptr);
+    const char *language = getenv("LANG");
+    if (!isSet(language) || setlocale(LC_ALL, language) == nullptr) {
+        setlocale(LC_ALL, nullptr);
     }
 }
 
@@ -74,15 +74,15 @@ void loadUnwinder() {
             return;
         }
     }
-    std::fputs("Cannot load libgcc_s.so\n", stderr);
+    fputs("Cannot load libgcc_s.so\n", stderr);
 }
 
 void readContainerMarkers(Proccom &process) {
-    if (const char *marker = std::getenv("__COBOL_MOH_CONTAINER"); isSet(marker)) {
+    if (const char *marker = getenv("__COBOL_MOH_CONTAINER"); isSet(marker)) {
         process.moh = atLeastOne(marker);
         process.kots = 1;
     }
-    if (isSet(std::getenv("__COBOL_KOTS_CONTAINER"))) {
+    if (isSet(getenv("__COBOL_KOTS_CONTAINER"))) {
         process.kots = 1;
     }
 }
@@ -98,9 +98,9 @@ bool runTimeStarted() {
 }
 
 void zor_init() {
-    const char *debug = std::getenv("__ZORDEBUG");
+    const char *debug = getenv("__ZORDEBUG");
     if (debug != nullptr) {
-        std::fprintf(stderr, "%s\n", kBuildIdentification);
+        fprintf(stderr, "%s\n", kBuildIdentification);
     }
     adoptLocale();
     started = false;
@@ -108,7 +108,7 @@ void zor_init() {
     if (process == nullptr) {
         return;
     }
-    std::memcpy(process->eyecatcher, "PROCCOM", sizeof process->eyecatcher);
+    memcpy(process->eyecatcher, "PROCCOM", sizeof process->eyecatcher);
     process->lockhook = releaseInitLock;
     process->codepage = -1;
     process->pid = getpid();
@@ -155,7 +155,7 @@ void startProgramCache() {
 
 void InitCobolRte(const void *caller) {
     if (_zorProccom == nullptr) {
-        std::fputs("Delayed Init!\n", stderr);
+        fputs("Delayed Init!\n", stderr);
         zor_init();
         if (_zorProccom == nullptr) {
             return;
@@ -173,21 +173,21 @@ void InitCobolRte(const void *caller) {
         process.cache = CACHE_OFF;
     }
     if (process.debug != 0) {
-        const char *options = std::getenv("COBRTOPT");
-        std::fprintf(stderr,
-                     "InitCobolRte: PID %d Proccom @%p Runcom @%p moh=%d  kots=%d  preinit=%d  "
-                     "cache=%d\n",
-                     process.pid, static_cast<void *>(&process),
-                     static_cast<void *>(process.runcom), process.moh, process.kots,
-                     (process.state & PROCCOM_PREINIT) != 0 ? 1 : 0, process.cache);
-        std::fprintf(stderr, "COBRTOPT=%s\n", options != nullptr ? options : "");
+        const char *options = getenv("COBRTOPT");
+        fprintf(stderr,
+                "InitCobolRte: PID %d Proccom @%p Runcom @%p moh=%d  kots=%d  preinit=%d  "
+                "cache=%d\n",
+                process.pid, static_cast<void *>(&process), static_cast<void *>(process.runcom),
+                process.moh, process.kots, (process.state & PROCCOM_PREINIT) != 0 ? 1 : 0,
+                process.cache);
+        fprintf(stderr, "COBRTOPT=%s\n", options != nullptr ? options : "");
     }
     readRunTimeOptions();
     feenableexcept(FE_DIVBYZERO);
     readTerminalSize(STDIN_FILENO, process.stdoutsize);
     readTerminalSize(STDOUT_FILENO, process.stdoutsize);
     readTerminalSize(STDERR_FILENO, process.stderrsize);
-    if (std::getenv("CPM_CACHE") != nullptr) {
+    if (getenv("CPM_CACHE") != nullptr) {
         startProgramCache();
     }
     if (process.moh != 0 || process.kots != 0) {

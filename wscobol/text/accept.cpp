@@ -6,12 +6,12 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include "anchors.h"
+#include "base/anchors.h"
+#include "base/message_list.h"
+#include "base/retry.h"
+#include "base/standard_files.h"
 #include "display.h"
-#include "message_list.h"
 #include "national/code_page_row.h"
-#include "retry.h"
-#include "standard_files.h"
 #include "text/console_stream.h"
 
 namespace zor {

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <poll.h>
 
-#include "anchors.h"
-#include "retry.h"
+#include "base/anchors.h"
+#include "base/retry.h"
 
 namespace zor {
 

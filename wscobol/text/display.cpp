@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "message_list.h"
+#include "base/message_list.h"
+#include "base/retry.h"
+#include "base/standard_files.h"
 #include "proccom.h"
-#include "retry.h"
-#include "standard_files.h"
 #include "text/console_stream.h"
 #include "text/display_item.h"
 

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "run/quad_format.h"
+#include "base/quad_format.h"
 #include "text/double_digits.h"
 
 namespace zor {
@@ -107,7 +107,7 @@ int classOfQuad(const void *address) {
 char *writeExponent(char *out, int exponent) {
     *out++ = 'E';
     *out++ = exponent < 0 ? '-' : ' ';
-    exponent = std::abs(exponent);
+    exponent = abs(exponent);
     const int digits = exponent < 100 ? 2 : exponent < 1000 ? 3 : 4;
     writeDigits(out, out + digits, static_cast<uint64_t>(exponent));
     return out + digits;

@@ -1,0 +1,108 @@
+// The built catalogue against the list of messages: every number has a text, and every text takes
+// the arguments that its issuer gives.
+
+#include <nl_types.h>
+#include <regex>
+#include <type_traits>
+
+#include "base/message_list.h"
+#include "support/kit.h"
+
+namespace {
+
+// The kind of an argument, as the letter of its printf conversion; "l" stands for "lld".
+template <class T> constexpr char kindOf() {
+    if constexpr (std::is_same_v<T, const char *>) {
+        return 's';
+    } else if constexpr (std::is_same_v<T, void *>) {
+        return 'p';
+    } else {
+        static_assert(std::is_integral_v<T>, "give the new argument type a kind");
+        return sizeof(T) == sizeof(int64_t) ? 'l' : 'd';
+    }
+}
+
+struct Row {
+    const char *helper;
+    int32_t number;
+    uint32_t flags;
+    std::string arguments;
+};
+
+template <class... Arguments>
+Row rowOf(const char *helper, const zor::message::Message<Arguments...> &message) {
+    return {helper, message.number, message.flags, {kindOf<Arguments>()...}};
+}
+
+std::vector<Row> allRows() {
+    using namespace zor::message;
+    return {
+#define ZOR_MESSAGE(name, ...) rowOf(#name, name),
+#include "base/message_list.def"
+#undef ZOR_MESSAGE
+    };
+}
+
+// The kinds that a printf format asks for, in the order of the arguments; "?" for one that a
+// positional format leaves out ahead of its last one, which is an error of the format.
+std::string kindsAskedBy(const std::string &format) {
+    static const std::regex conversion(R"(%(?:(\d+)\$)?[-+ .\d]*(l?)l?(.))");
+    std::string kinds;
+    std::size_t next = 0;
+    for (std::sregex_iterator at(format.begin(), format.end(), conversion), end; at != end; ++at) {
+        const std::smatch &match = *at;
+        if (match[3] == "%") {
+            continue;
+        }
+        const std::size_t argument = match[1].matched ? std::stoul(match[1]) - 1 : next++;
+        kinds.resize(std::max(kinds.size(), argument + 1), '?');
+        kinds[argument] = match[2].length() != 0 ? 'l' : match[3] == "c" ? 'd' : match.str(3)[0];
+    }
+    return kinds;
+}
+
+class Catalog : public testing::Test {
+protected:
+    void SetUp() override {
+        const std::string path =
+            std::string(_zorProccom->libdir) + "../share/locale/en_US/cobol2run.cat";
+        catalog_ = catopen(path.c_str(), 0);
+        ASSERT_NE(catalog_, reinterpret_cast<nl_catd>(-1)) << path;
+    }
+    void TearDown() override { catclose(catalog_); }
+
+    // A text that may be issued: a severity, a blank, one line that is not empty.
+    std::string entry(int set, int message) const {
+        const std::string text = catgets(catalog_, set, message, "");
+        EXPECT_TRUE(std::regex_match(text, std::regex("[0-3] [!-~].*")))
+            << set << ", message " << message << ": " << text;
+        return text;
+    }
+
+private:
+    nl_catd catalog_ = nullptr;
+};
+
+TEST_F(Catalog, HasATextForEveryMessageThatTakesItsArguments) {
+    for (const Row &row : allRows()) {
+        const std::string text =
+            entry(row.number, static_cast<int>(row.flags & MESSAGE_VARIANT_MASK) + 1);
+        EXPECT_TRUE(row.arguments.starts_with(kindsAskedBy(text))) << row.helper << ": " << text;
+    }
+}
+
+TEST_F(Catalog, HasTheTextsThatNoHelperIssues) {
+    for (const auto &[set, message] : {std::pair{96, 1}, {202, 1}, {230, 1}, {901, 2}, {995, 1}}) {
+        entry(set, message);
+    }
+    for (const int fileSystemCode : {2, 5, 9, 16, 17, 29, 30, 34, 39, 52}) {
+        const std::string text = entry(201, fileSystemCode);
+        EXPECT_EQ(kindsAskedBy(text), "");
+        EXPECT_LE(text.size(), 2U + 79U); // it is fetched into 80 bytes
+    }
+    EXPECT_EQ(kindsAskedBy(entry(993, 1)), "d");
+    EXPECT_EQ(kindsAskedBy(entry(994, 1)), "ds");
+    EXPECT_EQ(entry(9999, 1).substr(2, 8), "ZOR IWSC");
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+// The rule for output file names.
+
+#include <regex>
+
+#include "base/standard_files.h"
+#include "support/kit.h"
+
+using namespace kit;
+
+namespace {
+
+const struct {
+    const char *value;
+    const char *base;
+    const char *inProgram; // the name with output directory /d, "@" for the stamp
+    const char *alone;     // without directory and program
+} kNames[] = {
+    {"plain", "b", "/d/plain", "plain"}, {"./plain", "b", "./plain", "./plain"},
+    {"/plain", "b", "/plain", "/plain"}, {"a%b", "b", "/d/a%b", "a%b"},
+    {"%", "b", "/d/b.PROG.@", "b.@"},    {"/x/%", "b", "/x/b.PROG.@", "/x/b.@"},
+    {"./%", "b", "./b.PROG.@", "./b.@"}, {"m%", "b", "/d/m.PROG.@", "m.@"},
+    {"%", nullptr, "/d/.PROG.@", ".@"},  {"", "b", "/d/b.PROG.@", "b.@"},
+    {"", nullptr, "PROG.@", "@"},
+};
+
+void expandAll() {
+    for (const auto &each : kNames) {
+        puts(zor::expandOutputName(each.value, false, each.base));
+    }
+}
+
+TEST(OutputName, IsGeneratedForAPercentSign) {
+    std::string inProgram;
+    std::string alone;
+    for (const auto &each : kNames) {
+        inProgram += each.inProgram + std::string("\n");
+        alone += each.alone + std::string("\n");
+    }
+    ChildResult child = runProgram({{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}, [] { expandAll(); });
+    const std::regex west(R"(\d{8}\.\d{6}\.\d{6}\+0530\.\d+)");
+    EXPECT_EQ(std::regex_replace(child.out, west, "@"), inProgram);
+    child = runChild(expandAll, Environment{{"TZ", "XXX-5:30"}});
+    const std::regex east(R"(\d{8}\.\d{6}\.\d{6}-0530\.\d+)");
+    EXPECT_EQ(std::regex_replace(child.out, east, "@"), alone);
+}
+
+CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
+    const std::string first = zor::expandOutputName("%", false, "b");
+    EXPECT_NE(zor::expandOutputName("%", true, "b"), first);
+    EXPECT_EQ(zor::expandOutputName("%", false, "b"), first);
+    zor::forgetNameStamp();
+    EXPECT_NE(zor::expandOutputName("%", false, "b"), first);
+}
+
+PROGRAM_TEST(OutputName, HasAStampOfItsOwnInANestedRunUnit) {
+    static const std::string outer = zor::expandOutputName("%", false, "b");
+    Program nested("PROG");
+    _zorCOBOLLink();
+    runMainProgram(nested, [] {
+        const std::string inner = zor::expandOutputName("%", false, "b");
+        EXPECT_NE(inner, outer);
+        EXPECT_EQ(zor::expandOutputName("%", false, "b"), inner);
+    });
+    EXPECT_EQ(zor::expandOutputName("%", false, "b"), outer);
+}
+
+} // namespace

@@ -1,0 +1,71 @@
+// The process-wide locks, and the one way in which they are taken.
+#ifndef ZOR_BASE_LOCKS_H
+#define ZOR_BASE_LOCKS_H
+
+#include <pthread.h>
+
+#include "base/anchors.h"
+
+namespace zor {
+
+extern pthread_mutex_t InitLock;     // creation and end of run units, choice of the main program
+extern pthread_mutex_t EntryLock;    // IPCB.ent and Runcom.nest
+extern pthread_mutex_t PlleLock;     // program list lookup and insertion
+extern pthread_mutex_t StdFileLock;  // opening the standard files
+extern pthread_mutex_t ExternalLock; // tables of EXTERNAL data
+
+// Takes a lock; contention is told on stderr ahead of the wait. A lock that fails stops the
+// process.
+void takeLock(pthread_mutex_t &lock);
+void giveLock(pthread_mutex_t &lock);
+
+// True when any thread holds the lock, and when the calling thread does.
+bool lockIsHeld(const pthread_mutex_t &lock);
+bool holdsLock(const pthread_mutex_t &lock);
+
+// Gives back every lock that the calling thread holds: control is about to leave the code that
+// took them, by a long jump or for good.
+void giveHeldLocks();
+
+// Inside the transaction monitor one thread at a time is in COBOL, and no lock is taken.
+inline bool locksAreUsed() {
+    const Proccom *process = proccom();
+    return process == nullptr || process->kots == 0;
+}
+
+// Holds a lock for a scope, except inside the transaction monitor.
+class ScopedLock {
+public:
+    explicit ScopedLock(pthread_mutex_t &lock) : lock_(locksAreUsed() ? &lock : nullptr) {
+        if (lock_ != nullptr) {
+            takeLock(*lock_);
+        }
+    }
+    ~ScopedLock() {
+        if (lock_ != nullptr) {
+            giveLock(*lock_);
+        }
+    }
+    ScopedLock(const ScopedLock &) = delete;
+    ScopedLock &operator=(const ScopedLock &) = delete;
+
+private:
+    pthread_mutex_t *lock_;
+};
+
+// Holds a lock for a scope of an ending, which must come through: where the thread has the lock
+// already, or another one keeps it for a second, the scope goes on without it.
+class EndingLock {
+public:
+    explicit EndingLock(pthread_mutex_t &lock);
+    ~EndingLock();
+    EndingLock(const EndingLock &) = delete;
+    EndingLock &operator=(const EndingLock &) = delete;
+
+private:
+    pthread_mutex_t *lock_;
+};
+
+} // namespace zor
+
+#endif

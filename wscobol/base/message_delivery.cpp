@@ -1,0 +1,120 @@
+#include "base/message_delivery.h"
+
+#include <atomic>
+#include <cstring>
+#include <initializer_list>
+#include <stdio_ext.h>
+#include <unistd.h>
+
+#include "base/anchors.h"
+#include "base/debug_log.h"
+#include "base/retry.h"
+
+namespace zor {
+namespace {
+
+constexpr const char *kHostId = "CCBL";
+constexpr const char *kUsualPrefix = "ZOR";
+
+// A stream that another thread is writing to is left to that thread: it may be waiting for the
+// message stream, which this one holds.
+void flushIfFree(FILE *stream, Flush which) {
+    if (stream == nullptr || ftrylockfile(stream) != 0) {
+        return;
+    }
+    if (which == Flush::all || __fpending(stream) != 0) {
+        flushAndSync(stream);
+    }
+    funlockfile(stream);
+}
+
+// The run unit whose host hears the messages: the current one, or the one that is just ending.
+const Runcom *hostRunUnit() {
+    const Proccom *process = proccom();
+    const Runcom *unit = process == nullptr ? nullptr : endingRunUnit(*process);
+    const bool live =
+        unit != nullptr && (unit == process->runcom || (unit->flags & RUNCOM_RU_TERM) != 0);
+    return live && unit->msg != nullptr ? unit : nullptr;
+}
+
+bool begins(const char *line, const char *prefix) {
+    return strncmp(line, prefix, strlen(prefix)) == 0;
+}
+
+// A catalogue may have a prefix of its own, and the usual closing line all the same.
+bool hasHeader(const char *line) {
+    return begins(line, kUsualPrefix) || begins(line, messageLook().prefix);
+}
+
+// The outermost call of a host's routine. The lock of the message stream keeps other threads out.
+std::atomic<pid_t> threadInRoutine;
+int32_t firstUnitInside; // run units from this id on began within the call
+
+void callRoutine(const Runcom &unit, int32_t stops, const char *text, std::size_t length) {
+    const bool isOutermost = threadInRoutine != gettid();
+    if (isOutermost) {
+        firstUnitInside = proccom()->nextid;
+        threadInRoutine = gettid();
+    }
+    unit.msg(stops, kHostId, text, static_cast<int32_t>(length), unit.token);
+    if (isOutermost) {
+        threadInRoutine = 0;
+    }
+}
+
+// The transaction monitor takes one line at a time. The closing line alone stops the transaction.
+void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
+    const char *line = message.text;
+    while (*line != '\0') {
+        const std::size_t length = strcspn(line, "\n");
+        if (length > 0) {
+            const bool stops = end == RunEnd::severity && line != message.text && hasHeader(line);
+            ZOR_DEBUG_LOG("_zorWriteStderr: call KOTS msg routine...\n");
+            callRoutine(unit, stops ? 1 : 0, line, length);
+            ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+        }
+        line += line[length] == '\n' ? length + 1 : length;
+    }
+}
+
+} // namespace
+
+void flushDisplayStreams(Flush which) {
+    const Proccom *process = proccom();
+    const FILE *messages = process == nullptr ? stderr : process->cobmsgs;
+    flushIfFree(stderr, messages == stderr ? Flush::pending : which); // it is yet to be written
+    flushIfFree(stdout, which);
+    if (process == nullptr) {
+        return;
+    }
+    for (FILE *stream : {process->sysout, process->consoleout}) {
+        if (stream != stdout && stream != stderr) {
+            flushIfFree(stream, which);
+        }
+    }
+}
+
+void deliverMessage(const MessageText &message, FILE *stream, RunEnd end) {
+    const Runcom *unit = hostRunUnit();
+    if (unit == nullptr) {
+        writeUnlocked(stream, message.text, message.length);
+        return;
+    }
+    if (proccom()->kots != 0 && proccom()->moh == 0) {
+        deliverLines(message, *unit, end);
+        return;
+    }
+    ZOR_DEBUG_LOG("_zorWriteStderr: call msg routine...\n");
+    callRoutine(*unit, static_cast<int32_t>(end), message.text, message.length);
+    ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+}
+
+bool leaveMessageRoutine(int32_t unitId) {
+    const bool leaves = threadInRoutine == gettid() && unitId < firstUnitInside;
+    if (leaves) {
+        threadInRoutine = 0;
+    }
+    return leaves;
+}
+
+} // namespace zor

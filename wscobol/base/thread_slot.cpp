@@ -1,0 +1,107 @@
+#include "base/thread_slot.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include "base/anchors.h"
+#include "base/storage.h"
+
+namespace zor {
+namespace {
+
+constexpr int32_t kNoKey = -1;
+constexpr std::size_t kScratchStep = 16;
+
+pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
+
+void freeSlot(void *value) {
+    auto *slot = static_cast<ThreadSlot *>(value);
+    release(slot->scratch);
+    release(slot);
+}
+
+void createKey() {
+    pthread_key_t key = 0;
+    if (pthread_key_create(&key, freeSlot) == 0) {
+        proccom()->threadkey = static_cast<int32_t>(key);
+    }
+}
+
+} // namespace
+
+ThreadSlot *existingThreadSlot() {
+    const Proccom *process = proccom();
+    if (process == nullptr) {
+        return nullptr;
+    }
+    if (process->threadkey == kNoKey) {
+        return process->threadslot;
+    }
+    return static_cast<ThreadSlot *>(
+        pthread_getspecific(static_cast<pthread_key_t>(process->threadkey)));
+}
+
+ThreadSlot *threadSlot() {
+    Proccom *process = proccom();
+    if (process == nullptr) {
+        return nullptr;
+    }
+    pthread_once(&keyOnce, createKey);
+    ThreadSlot *slot = existingThreadSlot();
+    if (slot != nullptr) {
+        return slot;
+    }
+    slot = static_cast<ThreadSlot *>(allocateZeroedOrReport(sizeof(ThreadSlot)));
+    if (slot == nullptr) {
+        return nullptr;
+    }
+    slot->threadid = gettid();
+    if (process->threadkey == kNoKey) {
+        process->threadslot = slot;
+    } else {
+        pthread_setspecific(static_cast<pthread_key_t>(process->threadkey), slot);
+    }
+    return slot;
+}
+
+void *threadScratch(std::size_t bytes) {
+    ThreadSlot *slot = threadSlot();
+    if (slot == nullptr) {
+        return nullptr;
+    }
+    if (slot->scratchsize < bytes) {
+        const std::size_t rounded = (bytes + kScratchStep - 1) & ~(kScratchStep - 1);
+        void *grown = allocateOrReport(rounded);
+        if (grown == nullptr) {
+            return nullptr;
+        }
+        release(slot->scratch);
+        slot->scratch = grown;
+        slot->scratchsize = static_cast<uint32_t>(rounded);
+    }
+    return slot->scratch;
+}
+
+void releaseThreadSlot() {
+    ThreadSlot *slot = existingThreadSlot();
+    if (slot == nullptr) {
+        return;
+    }
+    Proccom *process = proccom();
+    process->threadslot = nullptr;
+    if (process->threadkey != kNoKey) {
+        pthread_setspecific(static_cast<pthread_key_t>(process->threadkey), nullptr);
+    }
+    freeSlot(slot);
+}
+
+void deleteThreadKey() {
+    Proccom *process = proccom();
+    if (process->threadkey != kNoKey) {
+        pthread_key_delete(static_cast<pthread_key_t>(process->threadkey));
+        process->threadkey = kNoKey;
+    }
+    keyOnce = PTHREAD_ONCE_INIT;
+}
+
+} // namespace zor
