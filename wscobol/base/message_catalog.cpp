@@ -9,6 +9,7 @@
 #include <nl_types.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "base/storage.h"
 
 namespace zor {
@@ -92,7 +93,7 @@ bool expandEntry(const char *entry, std::size_t length, const char *locale, char
 
 // The catalogue of a locale that the system does not know.
 nl_catd openAlongPath(const char *locale) {
-    const char *entry = getenv("NLSPATH");
+    const char *entry = settingOf("NLSPATH");
     while (entry != nullptr) {
         char path[PATH_MAX];
         const std::size_t length = strcspn(entry, ":");

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/anchors.h"
+#include "base/environment.h"
 
 namespace zor {
 namespace {
@@ -48,7 +49,7 @@ void readOutputDirectory() {
         return;
     }
     outputDirectoryRead = true;
-    const char *value = getenv("COBOUTDIR");
+    const char *value = settingOf("COBOUTDIR");
     const std::size_t length = value == nullptr ? 0 : strlen(value);
     if (length == 0 || length > kNameSize - 2) {
         return;

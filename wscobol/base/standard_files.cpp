@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/environment.h"
 #include "base/locks.h"
 #include "base/retry.h"
 
@@ -59,7 +60,7 @@ const StandardFileRow &rowOf(StandardFile file) {
 
 const char *variableOf(const StandardFileRow &row) {
     for (const char *name : row.variables) {
-        const char *value = name == nullptr ? nullptr : getenv(name);
+        const char *value = name == nullptr ? nullptr : valueOf(name);
         if (value != nullptr) {
             return value;
         }

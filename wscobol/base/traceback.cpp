@@ -12,6 +12,7 @@
 #include <link.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "base/frame_walk.h"
 #include "base/patient_streams.h"
 #include "base/retry.h"
@@ -40,7 +41,7 @@ void flushEverything(FILE *stream, AfterTraceback after) {
 }
 
 bool wantsSourceLines() {
-    const char *value = getenv("traceback_lines");
+    const char *value = valueOf("traceback_lines");
     return value != nullptr && value[0] != '0';
 }
 

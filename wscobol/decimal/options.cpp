@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "base/environment.h"
+
 namespace zor::decimal {
 
 uint32_t bcdOptions = BCD_OPTIONS_UNSET;
@@ -27,12 +29,6 @@ constexpr Switch kSwitches[] = {
     {"COBOL_BCD_DEBUG", 0, TRACE},
     {"COBOL_BCD_EBCDIC", 0, EBCDIC_OVERPUNCH},
 };
-
-// The value of a variable that is set and not empty, otherwise null.
-const char *settingOf(const char *variable) {
-    const char *value = getenv(variable);
-    return value != nullptr && value[0] != '\0' ? value : nullptr;
-}
 
 } // namespace
 

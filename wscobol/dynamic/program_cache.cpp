@@ -11,6 +11,7 @@
 #include <dlfcn.h>
 
 #include "base/anchors.h"
+#include "base/environment.h"
 #include "cpm.h"
 #include "dynamic/program_list.h"
 
@@ -19,11 +20,6 @@ namespace {
 
 constexpr const char *kModeVariable = "COBOL_CPM_CACHE";
 constexpr const char *kSizeVariable = "COB_CPM_SIZE_MAX";
-
-const char *nonEmptyVariable(const char *name) {
-    const char *value = getenv(name);
-    return value != nullptr && *value != '\0' ? value : nullptr;
-}
 
 // Anything that begins like a word for yes or no counts, in the languages of the users.
 int32_t modeOf(const char *value, int32_t present) {
@@ -134,9 +130,9 @@ int32_t _zor_cpm_create(void) {
     if (_zorProccom == nullptr) {
         return 0;
     }
-    if (const char *mode = nonEmptyVariable(kModeVariable)) {
+    if (const char *mode = settingOf(kModeVariable)) {
         _zorProccom->cache = modeOf(mode, _zorProccom->cache);
-    } else if (const char *size = nonEmptyVariable(kSizeVariable)) {
+    } else if (const char *size = settingOf(kSizeVariable)) {
         _zorProccom->cache = strtol(size, nullptr, 0) != 0 ? CACHE_ON : CACHE_OFF;
     }
     return 0;

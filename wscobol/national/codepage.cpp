@@ -8,6 +8,7 @@
 #include <langinfo.h>
 
 #include "base/anchors.h"
+#include "base/environment.h"
 #include "base/message_list.h"
 #include "codepage.h"
 #include "national/locale_table.h"
@@ -56,9 +57,9 @@ void storeLocaleName(Proccom &process) {
 }
 
 void chooseEbcdicCodePage(Proccom &process, const LocaleRow &row) {
-    const char *const value = getenv("EBCDIC_CODEPAGE");
+    const char *const value = settingOf("EBCDIC_CODEPAGE");
     copyText(process.ebcdicname, row.ebcdicdefault);
-    if (value == nullptr || *value == 0) {
+    if (value == nullptr) {
         return;
     }
     char upperValue[kCodePageNameSize];

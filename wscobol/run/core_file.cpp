@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/debug_log.h"
+#include "base/environment.h"
 #include "base/patient_streams.h"
 #include "base/shell.h"
 #include "base/standard_files.h"
@@ -30,8 +31,8 @@ constexpr std::size_t kCommandBytes = kShellWordBytes + 64;
 // The tool puts "." and the process id behind the name that it is given, where a generated name
 // has its own; a name that the user gave stays whole.
 void coreName(char *name, std::size_t size) {
-    const char *pattern = getenv("COBCORE");
-    if (pattern == nullptr || pattern[0] == '\0') {
+    const char *pattern = settingOf("COBCORE");
+    if (pattern == nullptr) {
         pattern = kDefaultPattern;
     }
     snprintf(name, size, "%s", expandOutputName(pattern, true, kBase));

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <dlfcn.h>
 
+#include "base/environment.h"
 #include "base/storage.h"
 
 namespace zor {
@@ -80,8 +81,8 @@ bool listHolds(const char *list, const char *entry) {
 }
 
 void putInFront(const char *entry) {
-    const char *old = getenv("NLSPATH");
-    if (old == nullptr || *old == '\0') {
+    const char *old = settingOf("NLSPATH");
+    if (old == nullptr) {
         setenv("NLSPATH", entry, 1);
         return;
     }

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "base/anchors.h"
+#include "base/environment.h"
 #include "base/message_list.h"
 #include "base/storage.h"
 
@@ -262,8 +263,8 @@ void readRunTimeOptions() {
     process.options1 = kDefaultOptions1;
     process.errcount = kDefaultErrcount;
     memcpy(process.upsi, kDefaultUpsi, sizeof process.upsi);
-    const char *value = getenv("COBRTOPT");
-    const bool trapChosen = value != nullptr && *value != '\0' && applyTokens(process, value);
+    const char *value = settingOf("COBRTOPT");
+    const bool trapChosen = value != nullptr && applyTokens(process, value);
     if (!trapChosen) {
         applyOption(process, *findOption(kDefaultOption));
     }

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/debug_log.h"
+#include "base/environment.h"
 #include "base/message_list.h"
 #include "base/message_service.h"
 #include "base/standard_files.h"
@@ -36,10 +37,6 @@ namespace {
 
 bool started = false;
 
-bool isSet(const char *value) {
-    return value != nullptr && *value != '\0';
-}
-
 // The number that a variable holds, at least 1: a variable that is set means yes.
 int32_t atLeastOne(const char *value) {
     const auto number = static_cast<int32_t>(strtol(value, nullptr, 0));
@@ -50,8 +47,8 @@ void adoptLocale() {
     if (setlocale(LC_ALL, "") != nullptr) {
         return;
     }
-    const char *language = getenv("LANG");
-    if (!isSet(language) || setlocale(LC_ALL, language) == nullptr) {
+    const char *language = settingOf("LANG");
+    if (language == nullptr || setlocale(LC_ALL, language) == nullptr) {
         setlocale(LC_ALL, nullptr);
     }
 }
@@ -78,11 +75,11 @@ void loadUnwinder() {
 }
 
 void readContainerMarkers(Proccom &process) {
-    if (const char *marker = getenv("__COBOL_MOH_CONTAINER"); isSet(marker)) {
+    if (const char *marker = settingOf("__COBOL_MOH_CONTAINER")) {
         process.moh = atLeastOne(marker);
         process.kots = 1;
     }
-    if (isSet(getenv("__COBOL_KOTS_CONTAINER"))) {
+    if (settingOf("__COBOL_KOTS_CONTAINER") != nullptr) {
         process.kots = 1;
     }
 }
@@ -98,8 +95,8 @@ bool runTimeStarted() {
 }
 
 void zor_init() {
-    const char *debug = getenv("__ZORDEBUG");
-    if (debug != nullptr) {
+    const char *debug = settingOf("__ZORDEBUG");
+    if (valueOf("__ZORDEBUG") != nullptr) {
         fprintf(stderr, "%s\n", kBuildIdentification);
     }
     adoptLocale();
@@ -115,7 +112,7 @@ void zor_init() {
     process->mainthread = gettid();
     noteMainThread();
     process->threadkey = -1;
-    process->debug = isSet(debug) ? atLeastOne(debug) : 0;
+    process->debug = debug != nullptr ? atLeastOne(debug) : 0;
     _zorProccom = process;
     logStart();
 
@@ -173,7 +170,7 @@ void InitCobolRte(const void *caller) {
         process.cache = CACHE_OFF;
     }
     if (process.debug != 0) {
-        const char *options = getenv("COBRTOPT");
+        const char *options = valueOf("COBRTOPT");
         fprintf(stderr,
                 "InitCobolRte: PID %d Proccom @%p Runcom @%p moh=%d  kots=%d  preinit=%d  "
                 "cache=%d\n",
@@ -187,7 +184,7 @@ void InitCobolRte(const void *caller) {
     readTerminalSize(STDIN_FILENO, process.stdoutsize);
     readTerminalSize(STDOUT_FILENO, process.stdoutsize);
     readTerminalSize(STDERR_FILENO, process.stderrsize);
-    if (getenv("CPM_CACHE") != nullptr) {
+    if (valueOf("CPM_CACHE") != nullptr) {
         startProgramCache();
     }
     if (process.moh != 0 || process.kots != 0) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "base/environment.h"
 #include "base/message_list.h"
 #include "base/retry.h"
 #include "base/standard_files.h"
@@ -39,7 +40,7 @@ bool flushesEachDisplay() {
     static std::atomic<int> decision{unread};
     int known = decision.load(std::memory_order_relaxed);
     if (known == unread) {
-        const char *const value = getenv("COBOL_DISPLAY_FLUSH");
+        const char *const value = settingOf("COBOL_DISPLAY_FLUSH");
         known = value != nullptr && *value == '1' ? flush : noFlush;
         decision.store(known, std::memory_order_relaxed);
     }

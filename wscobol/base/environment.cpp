@@ -1,0 +1,16 @@
+#include "base/environment.h"
+
+#include <cstdlib>
+
+namespace zor {
+
+const char *valueOf(const char *variable) {
+    return getenv(variable);
+}
+
+const char *settingOf(const char *variable) {
+    const char *value = valueOf(variable);
+    return value != nullptr && *value != '\0' ? value : nullptr;
+}
+
+} // namespace zor
