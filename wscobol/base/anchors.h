@@ -10,6 +10,12 @@ inline Proccom *proccom() {
     return _zorProccom;
 }
 
+// The current run unit; null when none is, or the run-time has ended.
+inline Runcom *currentRunUnit() {
+    const Proccom *process = proccom();
+    return process == nullptr ? nullptr : process->runcom;
+}
+
 // The run unit that an ending or a signal acts on: the current one, unless there is none or the
 // head of the idle list is still ending. May be null.
 inline Runcom *endingRunUnit(const Proccom &process) {
