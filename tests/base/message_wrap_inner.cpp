@@ -4,7 +4,7 @@
 #include <random>
 #include <sstream>
 
-#include "base/message_text.h"
+#include "base/message_wrap.h"
 
 #include <gtest/gtest.h>
 

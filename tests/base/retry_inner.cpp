@@ -8,7 +8,8 @@
 #include <thread>
 #include <unistd.h>
 
-#include "base/retry.h"
+#include "base/stream_calls.h"
+#include "base/system_calls.h"
 
 #include <gtest/gtest.h>
 

@@ -19,7 +19,7 @@ void releaseInitLock() {
     }
 }
 
-InitSection::InitSection() : entered_(locksAreUsed() && !holdsLock(InitLock)) {
+InitSection::InitSection() : entered_(!isInMonitor() && !holdsLock(InitLock)) {
     if (entered_) {
         takeLock(InitLock);
     }

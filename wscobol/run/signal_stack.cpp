@@ -8,7 +8,6 @@
 
 #include "base/patient_streams.h"
 #include "base/storage.h"
-#include "run/signals.h"
 
 namespace zor {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "base/anchors.h"
 #include "base/message_list.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "display.h"
 #include "national/code_page_row.h"
 #include "text/console_stream.h"

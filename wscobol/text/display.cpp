@@ -7,8 +7,8 @@
 
 #include "base/environment.h"
 #include "base/message_list.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "proccom.h"
 #include "text/console_stream.h"
 #include "text/display_item.h"
