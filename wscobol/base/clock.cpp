@@ -1,3 +1,5 @@
+// The clock and the date text of the intrinsic function CURRENT-DATE: 2022-07-14, 20:04:42.12, five
+// hours east of UTC is "2022071420044212+0500".
 #include "base/clock.h"
 
 #include <cstdio>

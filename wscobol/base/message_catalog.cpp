@@ -1,3 +1,5 @@
+// Finds and opens the message catalogue of the user's language, or of the nearest one that has it,
+// and keeps the message buffer.
 #include "base/message_catalog.h"
 
 #include <climits>

@@ -1,3 +1,5 @@
+// A finished message goes to the message stream or to the routine of a host; what the program
+// displayed before goes ahead of it.
 #include "base/message_delivery.h"
 
 #include <atomic>

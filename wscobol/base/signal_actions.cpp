@@ -1,3 +1,4 @@
+// A signal may be blocked, ignored, or handled by a host; these steps come through all the same.
 #include "base/signal_actions.h"
 
 #include <csignal>

@@ -1,3 +1,5 @@
+// The C library's streams, by the layout that it publishes in its headers: a buffer from
+// _IO_write_base to _IO_write_ptr is pending output, from there to _IO_write_end is room.
 #include "base/stream_internals.h"
 
 #include <pthread.h>

@@ -1,3 +1,4 @@
+// A terminal's column count is the width at which messages wrap.
 #include "base/terminal_size.h"
 
 namespace zor {

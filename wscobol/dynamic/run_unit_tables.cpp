@@ -1,3 +1,4 @@
+// What a run unit knew by name is forgotten when it ends: files, data items, then programs.
 #include "dynamic/run_unit_tables.h"
 
 #include "base/debug_log.h"

@@ -1,3 +1,4 @@
+// Goes through the table of attachments at each event.
 #include "run/attachments.h"
 
 namespace zor {

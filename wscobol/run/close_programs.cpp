@@ -1,3 +1,6 @@
+// All programs of a run unit are reset ahead of any file's close, which may call them. Closing runs
+// code of programs and of file-system modules: it may stop the run, or end the run-time, under our
+// feet.
 #include "run/close_programs.h"
 
 #include <utility>

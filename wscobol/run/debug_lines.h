@@ -123,8 +123,8 @@ ZOR_DEBUG_LINE(resumingPrior,
                "Name: %*.*s\n",
                address(&unit), process.pid, address(&process), address(&prior), process.kots,
                ZOR_PROGRAM_NAME(main))
-ZOR_DEBUG_LINE(returningAtUnload, (const Runcom &unit),
-               "RunUnitTerm: %p returning due to Fini\n", address(&unit))
+ZOR_DEBUG_LINE(returningAtUnload, (const Runcom &unit), "RunUnitTerm: %p returning due to Fini\n",
+               address(&unit))
 ZOR_DEBUG_LINE(returningAtEnd, (const Runcom &unit),
                "RunUnitTerm: %p returning due to <= COBOLterm\n", address(&unit))
 ZOR_DEBUG_LINE(returning, (EndReason reason), "RunUnitTerm: returning due to %d\n",

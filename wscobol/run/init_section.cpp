@@ -1,3 +1,4 @@
+// InitLock with a hook: an abnormal end on another thread calls the hook in place of waiting.
 #include "run/init_section.h"
 
 #include "base/locks.h"

@@ -1,3 +1,4 @@
+// The table of what a thread may hold. A new lock, stream or claim gets its row here.
 #include "run/way_out.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
-// The one way out. Where control leaves code half-way, for an epilogue, for a host or for good, that
-// code's locks, streams and claims would stay taken; each such exit gives back what its thread holds
-// by one table.
+// The one way out. Where control leaves code half-way, for an epilogue, for a host or for good,
+// that code's locks, streams and claims would stay taken; each such exit gives back what its thread
+// holds by one table.
 #ifndef ZOR_RUN_WAY_OUT_H
 #define ZOR_RUN_WAY_OUT_H
 

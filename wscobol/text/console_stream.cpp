@@ -1,3 +1,4 @@
+// Prompts come ahead of the answers, and an interrupted read goes on.
 #include "text/console_stream.h"
 
 #include <poll.h>
