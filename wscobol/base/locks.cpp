@@ -74,8 +74,10 @@ bool lockIsHeld(const pthread_mutex_t &lock) {
     return ownerOf(lock) != 0;
 }
 
+// Who is this thread is asked of the system only where somebody holds the lock.
 bool holdsLock(const pthread_mutex_t &lock) {
-    return ownerOf(lock) == gettid();
+    const pid_t owner = ownerOf(lock);
+    return owner != 0 && owner == gettid();
 }
 
 void giveHeldLocks() {

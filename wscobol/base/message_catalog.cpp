@@ -246,7 +246,8 @@ CatalogEntry findEntry(int32_t number, uint32_t variant) {
 }
 
 void giveBackMessageBuffer() {
-    if (__atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED) == gettid()) {
+    const pid_t owner = __atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED);
+    if (owner != 0 && owner == gettid()) {
         giveBuffer();
     }
 }

@@ -2,7 +2,6 @@
 // host starts the run-time.
 #include "run/start_up.h"
 
-#include <cfenv>
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
@@ -18,6 +17,7 @@
 #include "run/abort.h"
 #include "run/build_identification.h"
 #include "run/debug_lines.h"
+#include "run/divide_trap.h"
 #include "run/init_section.h"
 #include "run/library_paths.h"
 #include "run/options.h"
@@ -134,7 +134,7 @@ void InitCobolRte(const void *caller) {
     debug::initCobolRte(process);
     debug::options(valueOf("COBRTOPT"));
     readRunTimeOptions(process);
-    feenableexcept(FE_DIVBYZERO);
+    enableDivideTrap();
     // Descriptor 0 is read into the output's size, which descriptor 1 then settles: the input's
     // stays as it was at load.
     readTerminalSizes(process, {}, &Proccom::stdoutsize);
