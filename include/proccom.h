@@ -137,7 +137,9 @@ ZOR_EXPORT void _zorCOBOLInit(int32_t code, void *arg, int32_t *rc, void *token)
 ZOR_EXPORT void ZORCOBOLINIT(int32_t code, void *arg, int32_t *rc, void *token);
 
 /* code 1: starts the run-time if needed and stores the five values in the idle run unit that the
- * next start takes; *rc is 0. Other codes: *rc is 1. */
+ * next start takes; *rc is 0. Other codes: *rc is 1. The values stay in force for later run units
+ * when this call started the run-time, and inside a container; otherwise the next start forgets
+ * them. */
 ZOR_EXPORT void _zorCOBOLInit1(int32_t code, HostRoutine stop, int32_t *rc, void *token,
                                MessageRoutine msg, HostRoutine abrt, void *hostword);
 
@@ -150,9 +152,17 @@ ZOR_EXPORT void _zorCOBOLHostInit(int32_t *rc);
 ZOR_EXPORT void _zorCOBOLTerm(int32_t code, int32_t *rc);
 ZOR_EXPORT void ZORCOBOLTERM(int32_t code, int32_t *rc);
 
-/* The transaction monitor begins, ends and cancels a transaction's run unit. */
+/* The transaction monitor begins a transaction's run unit; raises Proccom.kots, which its end
+ * lowers.
+ */
 ZOR_EXPORT void _zor_cpm_init(MessageRoutine msg, void *hostword);
+
+/* The transaction ends: STOP RUN with status 1, so the stub's buffer gets 1. While a run unit is
+ * ending it comes back. When the transaction's run unit has ended already, it ends the one of the
+ * transaction outside it; when there is none it only jumps to the buffer that was filled last. */
 ZOR_EXPORT void _zor_cpm_exit(void);
+
+/* The transaction is broken off: its run unit ends, and the call comes back. */
 ZOR_EXPORT void _zor_cpm_cancel(void);
 
 /* Ends the run abnormally; cored 1 when a core file was made already. Returns only when the
