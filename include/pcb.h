@@ -135,6 +135,8 @@ ZOR_EXPORT void _zorPgmInit(PCB *pcb);
  * lock for all programs and it does not nest: between the two calls no program may enter or leave.
  * It is taken inside the transaction monitor too. */
 ZOR_EXPORT void _zorPgmEnterLock(IPCB *ipcb);
+
+/* Gives the entry lock back. */
 ZOR_EXPORT void _zorPgmEnterUnlock(void);
 
 /* Counts an exit; never ends a run unit. For nested programs. */
@@ -154,11 +156,11 @@ ZOR_EXPORT jmp_buf *_zorGetJmpBuffer(void);
 /* Starts a run unit nested in the current one. */
 ZOR_EXPORT void _zorCOBOLLink(void);
 
-/* STOP RUN: ends the run unit, then calls the host's routine Runcom.stop, if there is one, and
- * exits with rc when that returns; otherwise jumps to the epilogue, with rc or 255 for 0; without
- * one the process exits with rc, 0 for 255. rc is 0 to 254: the system cuts an exit status to 8
- * bits. Belongs to the thread that filled the jump buffer. Does not return, unless the run-time has
- * ended. */
+/* STOP RUN with status rc. Ends the run unit, then calls the host's routine Runcom.stop, if there
+ * is one, and exits with rc when that returns; otherwise jumps to the epilogue, with rc or 255 for
+ * 0; without one the process exits with rc, 0 for 255. rc is 0 to 254: the system cuts an exit
+ * status to 8 bits. Belongs to the thread that filled the jump buffer. Does not return, unless the
+ * run-time has ended. */
 ZOR_EXPORT void _zorRunUnitTerm(int32_t rc);
 
 /* Ends the run unit abnormally with status 6 and returns to its caller. */
