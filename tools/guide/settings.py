@@ -80,7 +80,7 @@ starts. Later options overrule earlier ones. A token that is not understood give
 OPTION_EFFECTS = {
     "ACCEPT": "ACCEPT reads a line; off: over line ends until the item is full",
     "CHECK": "`PCB.flags` bit `PCB_CHECK`: generated code checks subscripts, lengths, data",
-    "DEBUG": "`PCB.flags` bit `PCB_DEBUG`: generated code runs debugging lines",
+    "DEBUG": "`PCB.flags` bit `PCB_DEBUG`: generated code runs USE FOR DEBUGGING procedures",
     "FILEMODE": "nothing: known for the sake of other systems",
     "FILESYS": "default file system, `Proccom.filesys`",
     "TRAP": "signals, see below",
