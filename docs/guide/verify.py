@@ -46,10 +46,12 @@ def build(options, target):
     subprocess.run(command + options.flags.split(), check=True)
 
 
-def environment_of(name):
+def environment_of(options):
     environment = {"PATH": os.environ.get("PATH", "/usr/bin:/bin"), "LC_ALL": "C.UTF-8",
                    "TZ": "UTC0"}
-    for line in file_of(name, ".env").decode().splitlines():
+    if "sanitize" in options.flags:  # signals are the program's own
+        environment["ASAN_OPTIONS"] = "handle_segv=0:handle_sigfpe=0:handle_abort=0"
+    for line in file_of(options.name, ".env").decode().splitlines():
         variable, _, value = line.partition("=")
         environment[variable] = value
     return environment
@@ -64,7 +66,7 @@ def blanked(text, pid):
 
 def run(options, program, directory):
     process = subprocess.Popen(
-        [program], cwd=directory, env=environment_of(options.name), stdin=subprocess.PIPE,
+        [program], cwd=directory, env=environment_of(options), stdin=subprocess.PIPE,
         stdout=subprocess.PIPE, stderr=subprocess.PIPE,
         preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CORE, (0, 0)))
     out, err = process.communicate(file_of(options.name, ".in"), SECONDS)

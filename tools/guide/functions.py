@@ -6,14 +6,24 @@ import textwrap
 
 from sources import INCLUDE, generated, read, table
 
-FORMS = {"Pckd": "packed", "Znd": "zoned", "ZndTO": "zoned, trailing sign",
-         "ZndLO": "zoned, leading sign", "ZndTS": "zoned, trailing separate sign",
-         "ZndLS": "zoned, leading separate sign", "ZndUS": "zoned, unsigned",
-         "Int1": "int8", "Int2": "int16", "Int4": "int32", "Int8": "int64", "Uns1": "uint8",
-         "Uns2": "uint16", "Uns4": "uint32", "Uns8": "uint64", "UInt4": "uint32", "UInt8": "uint64",
-         "Len8": "a length, rounded up", "SFlt": "binary32", "LFlt": "binary64", "EFlt": "binary128",
-         "BFlt32": "binary32", "BFlt64": "binary64", "BFlt128": "binary128", "DFlt32": "decimal32",
-         "DFlt64": "decimal64", "DFlt128": "decimal128", "DFlt": "decimal128"}
+
+class Forms(dict):
+    """A form that has no words of its own is told by its name."""
+
+    def __missing__(self, name):
+        return name
+
+
+FORMS = Forms({
+    "Pckd": "packed", "Znd": "zoned", "ZndTO": "zoned, trailing sign",
+    "ZndLO": "zoned, leading sign", "ZndTS": "zoned, trailing separate sign",
+    "ZndLS": "zoned, leading separate sign", "ZndUS": "zoned, unsigned",
+    "Int1": "int8", "Int2": "int16", "Int4": "int32", "Int8": "int64",
+    "Uns1": "uint8", "Uns2": "uint16", "Uns4": "uint32", "Uns8": "uint64",
+    "UInt4": "uint32", "UInt8": "uint64", "Len8": "a length, rounded up",
+    "SFlt": "binary32", "LFlt": "binary64", "EFlt": "binary128",
+    "BFlt32": "binary32", "BFlt64": "binary64", "BFlt128": "binary128",
+    "DFlt": "decimal128", "DFlt32": "decimal32", "DFlt64": "decimal64", "DFlt128": "decimal128"})
 RELATIONS = {"EQU": "equal to", "NEQ": "not equal to", "GRT": "greater than", "GEQ": "at least",
              "LES": "less than", "LEQ": "at most"}
 SHIFTS = {"Left": "times 10 to the power shift",

@@ -109,8 +109,7 @@ def row(helper, entries, calls):
     severity = "S" if "MESSAGE_SEVERE" in parts else SEVERITIES[digit]
     shown = ([str(variant)] if variant else []) + (["no traceback"] if "MESSAGE_NO_TRACEBACK" in parts
                                                    else [])
-    # A helper without arguments of its own still needs those that its text shows.
-    arguments = ", ".join(TYPES[kind] for kind in types)
+    arguments = ", ".join(TYPES.get(kind, kind) for kind in types)
     return number, ", ".join(shown), severity, text, arguments, issuer(name, calls)
 
 

@@ -28,6 +28,7 @@ VARIABLES = {
     "Locale and code pages": {
         "LANG": ("the locale, with `LC_ALL`, `LC_CTYPE`, `LC_MESSAGES`: language of the messages; "
                  "outside multi-byte locales their lines are broken", "`C`"),
+        "TZ": ("the time zone of ACCEPT and of generated names", "the system's"),
         "NLSPATH": ("where the message catalogue is looked for, behind the run-time's own places",
                     "those alone"),
         "EBCDIC_CODEPAGE": ("EBCDIC code page of the process: a name of the table below, in any case",
