@@ -1,0 +1,76 @@
+// The state of the conversion services: the names that the process goes by, and what is kept open
+// between calls. It belongs to one thread at a time.
+#ifndef ZOR_NATIONAL_SERVICES_H
+#define ZOR_NATIONAL_SERVICES_H
+
+#include <cstdint>
+
+#include "national/byte_table.h"
+#include "proccom.h"
+
+struct UCollator;
+
+namespace zor {
+
+// How callers tell the two code pages of the process from one that they name, by the length of the
+// name.
+constexpr int32_t kNativePage = 0;
+constexpr int32_t kEbcdicPage = -1;
+
+// A conversion between the native and the EBCDIC code page byte by byte, where that gives what the
+// conversion library gives.
+struct Translation {
+    enum class Use : uint8_t { NotKnown, Never, Always };
+    Use use;
+    ByteTable table;
+};
+
+struct Services {
+    bool ready;
+    char locale[6]; // "en_US"
+    char nativeName[sizeof Proccom::localename - 6];
+    char ebcdicName[sizeof Proccom::ebcdicname];
+    UConverter *native; // null until first used, like those below
+    UConverter *ebcdic;
+    UCollator *collator;
+    Translation toEbcdic;
+    Translation toNative;
+};
+
+// The services, set up if they are not.
+Services &services();
+
+// A converter of the process, opened at its first use; null, and a positive status, when that fails.
+UConverter *cachedConverter(Services &state, int32_t page, int32_t &status);
+
+// The table by which the bytes of one code page of the process become those of the other; null where
+// there is none.
+const uint8_t *translationTo(int32_t page);
+
+// A converter for one call: a cached one, or one by a name of up to 29 bytes that is not terminated.
+// Message 221 tells that it cannot be opened.
+class OpenPage {
+public:
+    OpenPage(const char *name, int32_t length);
+    ~OpenPage();
+    OpenPage(const OpenPage &) = delete;
+    OpenPage &operator=(const OpenPage &) = delete;
+    UConverter *converter() const { return converter_; } // null when not opened
+    int32_t status() const { return status_; }
+
+private:
+    UConverter *converter_;
+    int32_t status_ = 0;
+    bool named_;
+};
+
+// Convert and report like the exported calls, to and from the code page of the name: message 221 or
+// 222 has been issued when the status is not 0. Lengths are bytes.
+Produced convertToNational(const void *source, int32_t sourceBytes, void *target,
+                           int32_t targetBytes, const char *name, int32_t nameLength);
+Produced convertFromNational(const void *source, int32_t sourceBytes, void *target,
+                             int32_t targetBytes, const char *name, int32_t nameLength);
+
+} // namespace zor
+
+#endif
