@@ -8,8 +8,8 @@
 ZOR_BEGIN_C
 
 /* Sets pcb->collatingWeights (entry b: the rank of byte b in the locale's order) and
- * pcb->collatingOrder (entry r: the byte of rank r). In a multi-byte locale the order is that of the
- * locale "en_US" if there is one. The tables are built once for the process. */
+ * pcb->collatingOrder (entry r: the byte of rank r). In a multi-byte locale the order is that of
+ * the locale "en_US" if there is one. The tables are built once for the process. */
 ZOR_EXPORT void _zorcCollSeq(PCB *pcb);
 
 /* Sets pcb->ebcdicTable and pcb->ebcdicTable2, of the same content: entry e is the native byte for
@@ -31,8 +31,9 @@ ZOR_EXPORT int32_t _zorcCmpToPad(const void *data, uint8_t pad, int32_t length);
 ZOR_EXPORT int32_t _zorcCmpMultiByteFig(const void *data, int32_t dataLength, const void *literal,
                                         int32_t literalLength);
 
-/* Compare double-byte data in the locale's order: below 0, 0, above 0. The shorter operand counts as
- * filled up with 0x81 0x40; a literal is repeated, the last copy cut. A zero byte ends an operand. */
+/* Compare double-byte data in the locale's order: below 0, 0, above 0. The shorter operand counts
+ * as filled up with 0x81 0x40; a literal is repeated, the last copy cut. A zero byte ends an
+ * operand. */
 ZOR_EXPORT int32_t _zorcDBCSCmp(const void *left, int32_t leftLength, const void *right,
                                 int32_t rightLength);
 ZOR_EXPORT int32_t _zorcDBCSCmpMultiByteFig(const void *data, int32_t dataLength,

@@ -15,8 +15,8 @@
 namespace zor {
 namespace {
 
-// The order and the weights of single bytes in the locale. The comparison of strings reads on behind
-// a byte, up to the zero byte at the end.
+// The order and the weights of single bytes in the locale. The comparison of strings reads on
+// behind a byte, up to the zero byte at the end.
 struct LocaleTables {
     pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<bool> ready;

@@ -53,8 +53,8 @@ int32_t compareWithBlanks(const uint8_t *data, std::size_t length, const uint8_t
 int32_t compareWithConstant(const uint8_t *item, std::size_t length, const uint8_t *constant,
                             std::size_t constantLength, const uint8_t *table) {
     for (std::size_t at = 0; at < length; at += constantLength) {
-        const int32_t result = compareWeights(item + at, constant,
-                                              std::min(constantLength, length - at), table);
+        const int32_t result =
+            compareWeights(item + at, constant, std::min(constantLength, length - at), table);
         if (result != 0) {
             return result;
         }

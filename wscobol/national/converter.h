@@ -12,7 +12,7 @@ struct UConverter;
 namespace zor {
 
 // Opens a converter by a name in any of the system's spellings; null, and a positive status, when
-// that fails. An empty name is that of the locale's code set.
+// that fails.
 UConverter *openConverter(const char *name, int32_t &status);
 void closeConverter(UConverter *converter); // null is ignored
 

@@ -46,8 +46,7 @@ int32_t collate(const Bytes &left, const Bytes &right, const char *pattern,
 
 using namespace zor;
 
-int32_t _zorcDBCSCmp(const void *left, int32_t leftLength, const void *right,
-                     int32_t rightLength) {
+int32_t _zorcDBCSCmp(const void *left, int32_t leftLength, const void *right, int32_t rightLength) {
     return collate({left, lengthOrNone(leftLength)}, {right, lengthOrNone(rightLength)},
                    kComparedBlank, kPair);
 }

@@ -29,18 +29,16 @@ std::size_t significantCharacters(const void *text, int32_t bytes) {
     return count;
 }
 
-// The collating sequence of the locale, opened once; null, and a positive status, when that fails.
-const UCollator *collator(Services &services, int32_t &status) {
-    if (services.collator == nullptr) {
-        const IcuCollation *const icu = icuCollation();
-        UErrorCode error = kNoIcu;
-        if (icu != nullptr) {
-            error = U_ZERO_ERROR;
-            services.collator = icu->ucol_open(services.locale, &error);
-        }
-        status = error;
+// Opens the collating sequence of the locale, once; a status that is not 0 is an error.
+int32_t openCollator(Services &services) {
+    const IcuCollation *const icu = icuCollation();
+    if (icu == nullptr) {
+        return kNoIcu;
     }
-    return services.collator;
+    UErrorCode status = U_ZERO_ERROR;
+    services.collator = icu->ucol_open(services.locale, &status);
+    services.collate = icu->ucol_strcoll;
+    return services.collator == nullptr ? status : 0;
 }
 
 // Changes the case of a text by one of the two functions of ICU.
@@ -93,20 +91,21 @@ int32_t _zorMoveUnicode(void *target, int32_t signedTargetLength, const void *so
 int32_t _zorCompareUnicode(const void *left, int32_t leftLength, const void *right,
                            int32_t rightLength) {
     Services &services = zor::services();
-    int32_t status = 0;
-    const UCollator *const order = collator(services, status);
-    if (order == nullptr) {
-        message::collatorNotOpened(services.locale, status);
-        return status;
+    if (services.collator == nullptr) {
+        const int32_t status = openCollator(services);
+        if (status != 0) {
+            message::collatorNotOpened(services.locale, status);
+            return status;
+        }
     }
     const std::size_t leftCount = significantCharacters(left, leftLength);
     const std::size_t rightCount = significantCharacters(right, rightLength);
     if (leftCount == rightCount && memcmp(left, right, leftCount * kCharacter) == 0) {
         return 0;
     }
-    return icuCollation()->ucol_strcoll(
-        order, static_cast<const UChar *>(left), static_cast<int32_t>(leftCount),
-        static_cast<const UChar *>(right), static_cast<int32_t>(rightCount));
+    return services.collate(services.collator, static_cast<const UChar *>(left),
+                            static_cast<int32_t>(leftCount), static_cast<const UChar *>(right),
+                            static_cast<int32_t>(rightCount));
 }
 
 int32_t _zorUpperCaseUnicode(void *target, int32_t *targetLength, const void *source,

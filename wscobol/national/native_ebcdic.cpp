@@ -46,8 +46,8 @@ int32_t convertThroughNational(int32_t fromPage, int32_t toPage, const void *sou
     if (area.address() == nullptr) {
         return U_MEMORY_ALLOCATION_ERROR;
     }
-    const Produced national = convertToNational(source, sourceLength, area.address(), area.bytes(),
-                                                nullptr, fromPage);
+    const Produced national =
+        convertToNational(source, sourceLength, area.address(), area.bytes(), nullptr, fromPage);
     const bool cut = national.status == U_TRUNCATED_CHAR_FOUND;
     if (national.status != 0 && !cut) {
         return national.status;
@@ -83,12 +83,10 @@ int32_t convertBetween(int32_t fromPage, int32_t toPage, const void *source, int
 
 using namespace zor;
 
-int32_t _zorUniAtoE(const void *source, int32_t sourceLength, void *target,
-                    int32_t *targetLength) {
+int32_t _zorUniAtoE(const void *source, int32_t sourceLength, void *target, int32_t *targetLength) {
     return convertBetween(kNativePage, kEbcdicPage, source, sourceLength, target, targetLength);
 }
 
-int32_t _zorUniEtoA(const void *source, int32_t sourceLength, void *target,
-                    int32_t *targetLength) {
+int32_t _zorUniEtoA(const void *source, int32_t sourceLength, void *target, int32_t *targetLength) {
     return convertBetween(kEbcdicPage, kNativePage, source, sourceLength, target, targetLength);
 }

@@ -6,9 +6,8 @@
 #include <cstdint>
 
 #include "national/byte_table.h"
+#include "national/icu.h"
 #include "proccom.h"
-
-struct UCollator;
 
 namespace zor {
 
@@ -33,6 +32,7 @@ struct Services {
     UConverter *native; // null until first used, like those below
     UConverter *ebcdic;
     UCollator *collator;
+    decltype(IcuCollation::ucol_strcoll) collate; // by the collator
     Translation toEbcdic;
     Translation toNative;
 };
@@ -40,15 +40,16 @@ struct Services {
 // The services, set up if they are not.
 Services &services();
 
-// A converter of the process, opened at its first use; null, and a positive status, when that fails.
+// A converter of the process, opened at its first use; null, and a positive status, when that
+// fails.
 UConverter *cachedConverter(Services &state, int32_t page, int32_t &status);
 
-// The table by which the bytes of one code page of the process become those of the other; null where
-// there is none.
+// The table by which the bytes of one code page of the process become those of the other; null
+// where there is none.
 const uint8_t *translationTo(int32_t page);
 
-// A converter for one call: a cached one, or one by a name of up to 29 bytes that is not terminated.
-// Message 221 tells that it cannot be opened.
+// A converter for one call: a cached one, or one by a name of up to 29 bytes that is not
+// terminated. Message 221 tells that it cannot be opened.
 class OpenPage {
 public:
     OpenPage(const char *name, int32_t length);

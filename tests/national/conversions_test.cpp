@@ -1,0 +1,335 @@
+// Conversions between national, native and EBCDIC data, each in a process of its own locale.
+#include <cstring>
+#include <random>
+#include <set>
+
+#include <sys/resource.h>
+
+#include "codepage.h"
+#include "display.h"
+#include "national.h"
+#include "national/locales.h"
+#include "support/failure_kit.h"
+#include "support/kit.h"
+
+namespace {
+
+constexpr const char *kLatin = "de_DE.ISO-8859-1"; // EBCDIC code page QBX-1141
+constexpr const char *kUtf8 = "en_US.UTF-8";       // QBX-1140
+constexpr const char *kMixed = "ja_JP.UTF-8";      // QBX-1399
+constexpr unsigned char kUntouched = 0xEE;
+
+std::string bytesOf(const std::string &hex) {
+    std::string bytes;
+    for (std::size_t i = 0; i < hex.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+// An item at the end of its storage, where the sanitizer sees what goes beyond.
+class Item {
+public:
+    explicit Item(const std::string &bytes) : size_(bytes.size()), data_(new char[size_]) {
+        memcpy(data_, bytes.data(), size_);
+    }
+    explicit Item(std::size_t size) : Item(std::string(size, static_cast<char>(kUntouched))) {}
+    ~Item() { delete[] data_; }
+    Item(const Item &) = delete;
+    Item &operator=(const Item &) = delete;
+    char *data() const { return data_; }
+    std::string bytes() const { return {data_, size_}; }
+
+private:
+    std::size_t size_;
+    char *data_;
+};
+
+enum Call { ToUnicode, FromUnicode, AtoE, EtoA, ToEbcdic, ToAscii };
+
+struct Row {
+    const char *locale;
+    Call call;
+    const char *page;   // name, "" the native one, "e" the EBCDIC one; not for the last four calls
+    const char *source; // hexadecimal; with a "-" ahead the length is negative
+    int32_t capacity;
+    const char *expected;     // status, length out, whole target
+    const char *message = ""; // without the line feeds at its end
+};
+
+#define CUT "ZOR222I  A conversion between code pages failed: status 11."
+#define FAILED(status) "ZOR222W  A conversion between code pages failed: status " status "."
+#define UNOPENED(name, status)                                                                     \
+    "ZOR221W  A converter for code page " name " cannot be opened: status " status                 \
+    ". Check that the name is right and the code page is installed."
+
+const Row kRows[] = {
+    {kLatin, ToUnicode, "", "41e4", 8, "0 4 4100e400eeeeeeee"},
+    {kLatin, ToUnicode, "", "", 4, "0 0 eeeeeeee"},
+    {kLatin, ToUnicode, "", "4142", 5, "0 4 41004200ee"},
+    {kLatin, ToUnicode, "", "4142", 2, "15 2 4100", FAILED("15")},
+    {kLatin, ToUnicode, "", "-4142", 2, "1 2 eeee", FAILED("1")},
+    {kLatin, ToUnicode, "e", "c1c0", 4, "0 4 4100e400"},
+    {kLatin, ToUnicode, "QBX-1140", "c19f", 4, "0 4 4100ac20"},
+    {kLatin, ToUnicode, "qbx-01140", "c19f", 4, "0 4 4100ac20"},
+    {kLatin, ToUnicode, "qbx-923_P100-1998", "a4", 2, "0 2 ac20"},
+    {kLatin, ToUnicode, "QBX-1140  ", "c1", 2, "0 2 4100"},
+    {kLatin, ToUnicode, "SHIFT_JIS", "4182a082", 6, "11 4 41004230eeee", CUT},
+    {kUtf8, ToUnicode, "QBX-99999", "c1", 2, "4 2 eeee", UNOPENED("QBX-99999", "4")},
+    {kUtf8, ToUnicode, "QBX-1140-AND-MUCH-MORE-THAN-29-BYTES", "c1", 2, "4 2 eeee",
+     UNOPENED("QBX-1140-AND-MUCH-MORE-THAN-2", "4")},
+    {kLatin, FromUnicode, "", "4100e400", 3, "0 2 41e4ee"},
+    {kLatin, FromUnicode, "", "4230", 2, "0 1 1aee"},
+    {kLatin, FromUnicode, "", "410000d8", 4, "11 4 41eeeeee", FAILED("11")},
+    {kLatin, FromUnicode, "e", "4100e400", 1, "15 1 c1", FAILED("15")},
+    {kLatin, FromUnicode, "e", "", 1, "0 0 ee"},
+    {kLatin, FromUnicode, "UTF-8", "3dd800de", 4, "0 4 f09f9880"},
+    {kLatin, AtoE, "", "41e4", 4, "0 2 c1c0eeee"},
+    {kLatin, AtoE, "", "41", 1, "0 0 c1"},
+    {kLatin, AtoE, "", "", 1, "0 1 ee"},
+    {kLatin, AtoE, "", "414243", 2, "15 2 c1c2", FAILED("15")},
+    {kLatin, AtoE, "", "-41", 2, "1 2 eeee", FAILED("1")},
+    {kLatin, EtoA, "", "c1c29f", 4, "0 1 41421aee"},
+    {kLatin, ToEbcdic, "", "4142", 4, "0 2 c1c2eeee"},
+    {kLatin, ToEbcdic, "", "0e", 2, "0 1 0eee"},
+    {kLatin, ToEbcdic, "", "0f", 0, "0 0 "},
+    {kLatin, ToEbcdic, "", "-0e", 2, "0 0 eeee"},
+    {kLatin, ToEbcdic, "", "0e41", 4, "0 2 0ec1eeee"},
+    {kLatin, ToEbcdic, "", "0e41", -4, "0 3 0ec10fee"},
+    {kLatin, ToEbcdic, "", "0e41", -2, "0 2 0ec1"},
+    {kLatin, ToEbcdic, "", "0e410e41", -6, "0 4 0ec10ec1eeee"},
+    {kLatin, ToEbcdic, "", "-0e410f", -4, "0 1 c1eeeeee"},
+    {kLatin, ToEbcdic, "", "-410f", 4, "0 2 c10feeee"},
+    {kLatin, ToEbcdic, "", "-0e41", 4, "0 1 c1eeeeee"},
+    {kLatin, ToEbcdic, "", "41424344", 2, "0 2 c1c2"},
+    {kLatin, ToEbcdic, "", "4142434445", 2, "15 0 eeee", FAILED("15")},
+    {kLatin, ToAscii, "", "c1c2", 4, "0 2 41422020"},
+    {kLatin, ToAscii, "", "c1c2", -5, "0 2 2020204142"},
+    {kLatin, ToAscii, "", "", 2, "0 0 2020"},
+    {kLatin, ToAscii, "", "0f", 2, "0 1 0fee"},
+    {kLatin, ToAscii, "", "c1c2c3", 2, "15 0 4142", FAILED("15")},
+    {"en_US.UTF-8@x", ToUnicode, "", "c3a4", 4, "0 2 e400eeee"},
+    {"en_US.ISO-8859-16", AtoE, "", "41", 1, "4 1 ee",
+     "ZOR221W  A converter for code page ISO-8859-16 cannot be opened: status 4. Check\n"
+     "         that the name is right and the code page is installed."},
+    {kUtf8, ToUnicode, "", "41e38182e381", 8, "11 4 41004230eeeeeeee", CUT},
+    {kUtf8, ToUnicode, "", "e328", 4, "0 4 fdff2800"},
+    {kUtf8, AtoE, "", "41c3a4e2", 4, "0 2 c143eeee", CUT},
+    {kUtf8, AtoE, "", "4142e2", 1, "15 1 c1", CUT "\n\n" FAILED("15")},
+    {kMixed, AtoE, "", "41e3818242", 9, "0 3 c10e44810fc2eeeeee"},
+    {kMixed, AtoE, "", "e38182e381", 4, "0 0 0e44810f", CUT},
+    {kMixed, EtoA, "", "c10e44810fc2", 6, "0 1 41e3818242ee"},
+    {kMixed, EtoA, "", "0e448144", 3, "0 0 e38182", CUT},
+    {kMixed, ToEbcdic, "", "e38182e38182", 6, "0 6 0e448144810f"},
+    {kMixed, ToEbcdic, "", "-e38182e38182", 4, "0 4 44814481"},
+    {kMixed, ToEbcdic, "", "41e3818242", 3, "0 3 c10e44"},
+    {kMixed, ToAscii, "", "c10e44810fc2", 6, "0 5 41e381824220"},
+    {kMixed, ToAscii, "", "-44814481", 7, "0 6 e38182e3818220"},
+    {kMixed, ToAscii, "", "-c10e44810fc2", 6, "0 5 41e381824220"},
+    {kMixed, ToAscii, "", "-0e4481", 3, "0 3 e38182"},
+    {kMixed, ToAscii, "", "-0e448144", 3, "0 3 e38182"},
+    {kMixed, ToAscii, "", "-0e44810e44810f", -8, "0 6 2020e38182e38182"},
+    {kMixed, ToAscii, "", "-0e44810fc20f", 6, "0 4 e381824220" "20"},
+    {kMixed, ToAscii, "", "-0f", 1, "0 0 20"},
+};
+
+int32_t call(const Row &row, const Item &source, int32_t length, const Item &target,
+             int32_t &targetLength) {
+    const std::string page = row.page;
+    const auto pageLength = page == "e" ? CODEPAGE_EBCDIC : static_cast<int32_t>(page.size());
+    switch (row.call) {
+    case ToUnicode:
+        return _zorConvToUnicode(source.data(), length, target.data(), &targetLength, page.data(),
+                                 pageLength);
+    case FromUnicode:
+        return _zorConvFromUnicode(source.data(), length, target.data(), &targetLength,
+                                   page.data(), pageLength);
+    case AtoE:
+        return _zorUniAtoE(source.data(), length, target.data(), &targetLength);
+    case EtoA:
+        return _zorUniEtoA(source.data(), length, target.data(), &targetLength);
+    case ToEbcdic:
+        return _zorConvToEBCDIC(source.data(), length, target.data(), &targetLength);
+    case ToAscii:
+        return _zorConvToASCII(source.data(), length, target.data(), &targetLength);
+    }
+    return -1;
+}
+
+void runRows() {
+    for (const Row &row : kRows) {
+        if (std::string(row.locale) != getenv("LC_ALL")) {
+            continue;
+        }
+        const bool negative = *row.source == '-';
+        const std::string bytes = bytesOf(row.source + (negative ? 1 : 0));
+        const Item source(bytes);
+        const Item target(static_cast<std::size_t>(std::abs(row.capacity)));
+        const auto length = static_cast<int32_t>(bytes.size());
+        int32_t targetLength = row.capacity;
+        const int32_t status =
+            call(row, source, negative ? -length : length, target, targetLength);
+        EXPECT_EQ(std::to_string(status) + " " + std::to_string(targetLength) + " " +
+                      kit::hex(target.bytes()),
+                  row.expected)
+            << "call " << row.call << " of " << row.source << " into " << row.capacity;
+    }
+}
+
+TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
+    std::set<std::string> names;
+    for (const Row &row : kRows) {
+        names.insert(row.locale);
+    }
+    for (const std::string &locale : names) {
+        std::string messages;
+        for (const Row &row : kRows) {
+            if (locale == row.locale && *row.message != 0) {
+                messages += std::string(row.message) + "\n\n";
+            }
+        }
+        kit::expectChild({.environment = locales::in(locale), .err = messages}, runRows);
+    }
+}
+
+// Characters of one, two, three and four bytes, among them some that the EBCDIC code page has in
+// its two-byte part.
+void roundTrips() {
+    const std::u16string characters = u"A z9あ漢ｱ、Ж×";
+    std::minstd_rand random(7);
+    for (int trial = 0; trial < 3000; ++trial) {
+        std::u16string text;
+        for (auto count = random() % 40; count > 0; --count) {
+            text += characters[random() % characters.size()];
+        }
+        const auto nationalBytes = static_cast<int32_t>(text.size() * 2);
+        const Item native(text.size() * 3);
+        const int32_t bytes = _Tvq_display_of(nationalBytes, text.data(), native.data());
+        const Item back(text.size() * 2);
+        EXPECT_EQ(_Tvq_national_of(bytes, native.data(), back.data()), nationalBytes);
+        EXPECT_EQ(memcmp(back.data(), text.data(), text.size() * 2), 0);
+
+        const Item ebcdic(static_cast<std::size_t>(bytes) * 5 / 3 + 4);
+        auto written = -static_cast<int32_t>(ebcdic.bytes().size());
+        EXPECT_EQ(_zorConvToEBCDIC(native.data(), bytes, ebcdic.data(), &written), 0);
+        const Item padded(static_cast<std::size_t>(bytes) + 3);
+        int32_t length = bytes + 3;
+        EXPECT_EQ(_zorConvToASCII(ebcdic.data(), written, padded.data(), &length), 0);
+        EXPECT_EQ(padded.bytes(), native.bytes().substr(0, static_cast<std::size_t>(bytes)) + "   ");
+
+        // What DBCS data become without their shifts finds its way back by the negative length.
+        std::erase_if(text, [](char16_t c) { return c < 0x100 || c == u'ｱ'; });
+        const Item wide(text.size() * 3);
+        const int32_t wideBytes = _Tvq_display_of(static_cast<int32_t>(text.size() * 2),
+                                                  text.data(), wide.data());
+        if (wideBytes == 0) {
+            continue;
+        }
+        const Item pairs(text.size() * 2 + 8);
+        written = static_cast<int32_t>(pairs.bytes().size());
+        EXPECT_EQ(_zorConvToEBCDIC(wide.data(), -wideBytes, pairs.data(), &written), 0);
+        EXPECT_EQ(written, static_cast<int32_t>(text.size() * 2));
+        const Item again(static_cast<std::size_t>(wideBytes));
+        length = wideBytes;
+        EXPECT_EQ(_zorConvToASCII(pairs.data(), -written, again.data(), &length), 0);
+        EXPECT_EQ(again.bytes(), wide.bytes().substr(0, static_cast<std::size_t>(wideBytes)));
+    }
+}
+
+TEST(Conversions, OfMixedDataRoundTrip) {
+    kit::expectChild({.environment = locales::in(kMixed)}, roundTrips);
+}
+
+// Long texts, past what the stack holds, in place too.
+void longTexts() {
+    for (const std::size_t size : {16382U, 16383U, 100000U}) {
+        std::string text(size, 'x');
+        auto left = static_cast<int32_t>(size);
+        EXPECT_EQ(_zorUniAtoE(text.data(), left, text.data(), &left), 0);
+        EXPECT_EQ(text, std::string(size, '\xA7'));
+        left = static_cast<int32_t>(size);
+        EXPECT_EQ(_zorConvToASCII(text.data(), left, text.data(), &left), 0);
+        EXPECT_EQ(text, std::string(size, 'x'));
+    }
+}
+
+TEST(Conversions, TakeLongTextsInPlace) {
+    for (const char *locale : {kLatin, kUtf8}) {
+        kit::expectChild({.environment = locales::in(locale)}, longTexts);
+    }
+}
+
+bool icuIsLoaded() {
+    return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
+}
+
+CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out = "text\n") {
+    kit::displayLine(DISPLAY_ON_SYSOUT, {"text"});
+    EXPECT_FALSE(icuIsLoaded());
+    EXPECT_EQ(_zorProccom->convclose, nullptr);
+    for (int round = 0; round < 2; ++round) {
+        char target[2] = {};
+        EXPECT_EQ(_Tvq_national_of(1, "A", target), 2);
+        EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), -1);
+        ASSERT_NE(_zorProccom->convclose, nullptr);
+        _zorProccom->convclose();
+    }
+    EXPECT_TRUE(icuIsLoaded());
+}
+
+// Where the conversion library cannot be loaded each service tells so.
+CHILD_TEST(Conversions, FailWithoutTheLibrary,
+           .err = UNOPENED("UTF-8", "2") "\n\n" UNOPENED("UTF-8", "2") "\n\n"
+                  "ZOR224W  The collating sequence of locale C.UTF cannot be opened: status 2.\n\n"
+                  "ZOR225W  A change between upper and lower case failed: status 2, locale "
+                  "C.UTF.\n\n") {
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_NOFILE, &none);
+    char target[8] = {};
+    EXPECT_EQ(_Tvq_national_of(1, "A", target), 0);
+    EXPECT_EQ(_Tvq_display_of(0, "", target), 0);
+    EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), 2);
+    int32_t length = sizeof target;
+    EXPECT_EQ(_zorUpperCaseUnicode(target, &length, u"a", 2), 2);
+}
+
+#if !ZOR_UNDER_SANITIZER
+PROGRAM_TEST(Conversions, EndTheRunWithoutStorage, .errHolds = "ZOR907S",
+             .status = failure::kAborted) {
+    int32_t length = 1;
+    char target = 0;
+    _zorUniAtoE("", 0x7FFFFF00, &target, &length);
+}
+#endif
+
+void queries() {
+    const struct {
+        const char *name;
+        int32_t valid;
+        int32_t widest;
+        int32_t result;
+        int32_t ccsid;
+    } cases[] = {
+        {"QBX-1140", 0, 1, 0, 1140}, {"qbx-00037", 0, 1, 0, 37},
+        {"UTF-8", 0, 3, 0, 1208},    {"ISO8859-1", 0, 1, 0, 819},
+        {"QBX-1399", 0, 3, 0, 1399}, {"UTF-16LE", 0, 2, 0, 1202},
+        {"nothing", 1, 0, 2, -1},    {"", 1, 0, 2, -1},
+        {"QBX-1140-and-a-name-longer-than-any-that-the-library-would-take", 1, 0, 2, -1}};
+    for (const auto &[name, valid, widest, result, ccsid] : cases) {
+        int32_t got = 0;
+        EXPECT_EQ(_zorValidateCPID(name, static_cast<int32_t>(strlen(name))), valid) << name;
+        EXPECT_EQ(_zorGetMaxCharSize(name), widest) << name;
+        EXPECT_EQ(_zorGetCCSID(name, &got), result) << name;
+        EXPECT_EQ(got, ccsid) << name;
+    }
+    EXPECT_EQ(_zorValidateCPID("QBX-1140##", 8), 0);
+}
+
+TEST(CodePages, AnswerQuestions) {
+    const auto child = kit::runChild(queries, locales::in(kUtf8));
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err.substr(0, child.err.find(":")),
+              "ZOR221W  A converter for code page nothing cannot be opened");
+}
+
+} // namespace
