@@ -148,8 +148,7 @@ void comparing(const char *name, const std::u16string &left, const std::u16strin
         return static_cast<int32_t>(text.size() * sizeof(char16_t));
     };
     const double ours = each([&] {
-        bench::keep(
-            _zorCompareUnicode(left.data(), bytes(left), right.data(), bytes(right)));
+        bench::keep(_zorCompareUnicode(left.data(), bytes(left), right.data(), bytes(right)));
     });
     const double peers = each([&] {
         bench::keep(icu.ucol_strcoll(collator, left.data(), static_cast<int32_t>(left.size()),

@@ -60,9 +60,8 @@ TEST(Collating, ComparesThroughATable) {
         std::string leftModel = broughtTo(left, length, leftConstant);
         std::string rightModel = broughtTo(right, length, rightConstant);
         for (std::string *model : {&leftModel, &rightModel}) {
-            std::transform(model->begin(), model->end(), model->begin(), [&](unsigned char c) {
-                return static_cast<char>(table[c]);
-            });
+            std::transform(model->begin(), model->end(), model->begin(),
+                           [&](unsigned char c) { return static_cast<char>(table[c]); });
         }
         const auto leftLength = static_cast<int32_t>(left.size()) * (leftConstant ? -1 : 1);
         const auto rightLength = static_cast<int32_t>(right.size()) * (rightConstant ? -1 : 1);
@@ -82,7 +81,8 @@ TEST(Collating, ComparesWithConstants) {
             data[random() % length] = "A\xff"[random() % 2];
         }
         const auto bytes = static_cast<int32_t>(length);
-        const int expected = sign(memcmp(data.data(), broughtTo(literal, length, true).data(), length));
+        const int expected =
+            sign(memcmp(data.data(), broughtTo(literal, length, true).data(), length));
         ASSERT_EQ(sign(_zorcCmpMultiByteFig(data.data(), bytes, literal.data(),
                                             static_cast<int32_t>(literal.size()))),
                   expected);
@@ -176,9 +176,12 @@ void doubleByteCompares() {
         const char *left;
         const char *right;
         int expected;
-    } cases[] = {{"\x82\xa0", "\x82\xa0\x81\x40", 0}, {"\x82\xa0\x81\x40", "\x82\xa0", 0},
-                 {"\x82\xa0", "\x82\xa2", -1},        {"\x82\xa2\x82\xa0", "\x82\xa2", 1},
-                 {"", "", 0},                         {"\x83\x41", "\x82\xa0", 1}};
+    } cases[] = {{"\x82\xa0", "\x82\xa0\x81\x40", 0},
+                 {"\x82\xa0\x81\x40", "\x82\xa0", 0},
+                 {"\x82\xa0", "\x82\xa2", -1},
+                 {"\x82\xa2\x82\xa0", "\x82\xa2", 1},
+                 {"", "", 0},
+                 {"\x83\x41", "\x82\xa0", 1}};
     for (const auto &[left, right, expected] : cases) {
         EXPECT_EQ(sign(_zorcDBCSCmp(left, static_cast<int32_t>(strlen(left)), right,
                                     static_cast<int32_t>(strlen(right)))),
@@ -204,10 +207,16 @@ void doubleByteMoves() {
         int32_t target;
         int32_t source;
         const char *expected;
-    } cases[] = {{6, 2, "ab\x81\x40\x81\x40"}, {-6, 2, "\x81\x40\x81\x40" "ab"},
-                 {6, -2, "ab@@@@"},            {-6, -2, "@@@@ab"},
-                 {2, 4, "ab"},                 {-2, 4, "ab"},
-                 {5, 2, "ab\x81\x40\x81"},     {4, 4, "abcd"}};
+    } cases[] = {{6, 2, "ab\x81\x40\x81\x40"},
+                 {-6, 2,
+                  "\x81\x40\x81\x40"
+                  "ab"},
+                 {6, -2, "ab@@@@"},
+                 {-6, -2, "@@@@ab"},
+                 {2, 4, "ab"},
+                 {-2, 4, "ab"},
+                 {5, 2, "ab\x81\x40\x81"},
+                 {4, 4, "abcd"}};
     for (const auto &[target, source, expected] : cases) {
         std::string area = "abcd######";
         // To itself, below itself, and apart.

@@ -129,7 +129,9 @@ const Row kRows[] = {
     {kMixed, ToAscii, "", "-0e4481", 3, "0 3 e38182"},
     {kMixed, ToAscii, "", "-0e448144", 3, "0 3 e38182"},
     {kMixed, ToAscii, "", "-0e44810e44810f", -8, "0 6 2020e38182e38182"},
-    {kMixed, ToAscii, "", "-0e44810fc20f", 6, "0 4 e381824220" "20"},
+    {kMixed, ToAscii, "", "-0e44810fc20f", 6,
+     "0 4 e381824220"
+     "20"},
     {kMixed, ToAscii, "", "-0f", 1, "0 0 20"},
 };
 
@@ -142,8 +144,8 @@ int32_t call(const Row &row, const Item &source, int32_t length, const Item &tar
         return _zorConvToUnicode(source.data(), length, target.data(), &targetLength, page.data(),
                                  pageLength);
     case FromUnicode:
-        return _zorConvFromUnicode(source.data(), length, target.data(), &targetLength,
-                                   page.data(), pageLength);
+        return _zorConvFromUnicode(source.data(), length, target.data(), &targetLength, page.data(),
+                                   pageLength);
     case AtoE:
         return _zorUniAtoE(source.data(), length, target.data(), &targetLength);
     case EtoA:
@@ -167,8 +169,7 @@ void runRows() {
         const Item target(static_cast<std::size_t>(std::abs(row.capacity)));
         const auto length = static_cast<int32_t>(bytes.size());
         int32_t targetLength = row.capacity;
-        const int32_t status =
-            call(row, source, negative ? -length : length, target, targetLength);
+        const int32_t status = call(row, source, negative ? -length : length, target, targetLength);
         EXPECT_EQ(std::to_string(status) + " " + std::to_string(targetLength) + " " +
                       kit::hex(target.bytes()),
                   row.expected)
@@ -215,13 +216,14 @@ void roundTrips() {
         const Item padded(static_cast<std::size_t>(bytes) + 3);
         int32_t length = bytes + 3;
         EXPECT_EQ(_zorConvToASCII(ebcdic.data(), written, padded.data(), &length), 0);
-        EXPECT_EQ(padded.bytes(), native.bytes().substr(0, static_cast<std::size_t>(bytes)) + "   ");
+        EXPECT_EQ(padded.bytes(),
+                  native.bytes().substr(0, static_cast<std::size_t>(bytes)) + "   ");
 
         // What DBCS data become without their shifts finds its way back by the negative length.
         std::erase_if(text, [](char16_t c) { return c < 0x100 || c == u'ｱ'; });
         const Item wide(text.size() * 3);
-        const int32_t wideBytes = _Tvq_display_of(static_cast<int32_t>(text.size() * 2),
-                                                  text.data(), wide.data());
+        const int32_t wideBytes =
+            _Tvq_display_of(static_cast<int32_t>(text.size() * 2), text.data(), wide.data());
         if (wideBytes == 0) {
             continue;
         }
@@ -278,11 +280,14 @@ CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out
 }
 
 // Where the conversion library cannot be loaded each service tells so.
-CHILD_TEST(Conversions, FailWithoutTheLibrary,
-           .err = UNOPENED("UTF-8", "2") "\n\n" UNOPENED("UTF-8", "2") "\n\n"
-                  "ZOR224W  The collating sequence of locale C.UTF cannot be opened: status 2.\n\n"
-                  "ZOR225W  A change between upper and lower case failed: status 2, locale "
-                  "C.UTF.\n\n") {
+CHILD_TEST(
+    Conversions, FailWithoutTheLibrary,
+    .err = UNOPENED("UTF-8", "2") "\n\n" UNOPENED(
+        "UTF-8",
+        "2") "\n\n"
+             "ZOR224W  The collating sequence of locale C.UTF cannot be opened: status 2.\n\n"
+             "ZOR225W  A change between upper and lower case failed: status 2, locale "
+             "C.UTF.\n\n") {
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_NOFILE, &none);
     char target[8] = {};
@@ -309,12 +314,15 @@ void queries() {
         int32_t widest;
         int32_t result;
         int32_t ccsid;
-    } cases[] = {
-        {"QBX-1140", 0, 1, 0, 1140}, {"qbx-00037", 0, 1, 0, 37},
-        {"UTF-8", 0, 3, 0, 1208},    {"ISO8859-1", 0, 1, 0, 819},
-        {"QBX-1399", 0, 3, 0, 1399}, {"UTF-16LE", 0, 2, 0, 1202},
-        {"nothing", 1, 0, 2, -1},    {"", 1, 0, 2, -1},
-        {"QBX-1140-and-a-name-longer-than-any-that-the-library-would-take", 1, 0, 2, -1}};
+    } cases[] = {{"QBX-1140", 0, 1, 0, 1140},
+                 {"qbx-00037", 0, 1, 0, 37},
+                 {"UTF-8", 0, 3, 0, 1208},
+                 {"ISO8859-1", 0, 1, 0, 819},
+                 {"QBX-1399", 0, 3, 0, 1399},
+                 {"UTF-16LE", 0, 2, 0, 1202},
+                 {"nothing", 1, 0, 2, -1},
+                 {"", 1, 0, 2, -1},
+                 {"QBX-1140-and-a-name-longer-than-any-that-the-library-would-take", 1, 0, 2, -1}};
     for (const auto &[name, valid, widest, result, ccsid] : cases) {
         int32_t got = 0;
         EXPECT_EQ(_zorValidateCPID(name, static_cast<int32_t>(strlen(name))), valid) << name;

@@ -12,8 +12,9 @@
 namespace locales {
 
 inline void build(const kit::TemporaryDirectory &directory) {
-    for (const std::string entry : {"en_US.UTF-8", "en_US.ISO-8859-1", "de_DE.ISO-8859-1",
-                                    "ja_JP.UTF-8", "ja_JP.SHIFT_JIS", "en_US.ISO-8859-16", "tr_TR.ISO-8859-9"}) {
+    for (const std::string entry :
+         {"en_US.UTF-8", "en_US.ISO-8859-1", "de_DE.ISO-8859-1", "ja_JP.UTF-8", "ja_JP.SHIFT_JIS",
+          "en_US.ISO-8859-16", "tr_TR.ISO-8859-9"}) {
         const std::string command = "localedef --no-warnings=ascii -i " + entry.substr(0, 5) +
                                     " -f " + entry.substr(6) + " " + directory.file(entry) +
                                     " >/dev/null 2>&1";

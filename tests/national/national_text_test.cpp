@@ -20,12 +20,16 @@ TEST(NationalText, Moves) {
         std::string source;
         int32_t target;
         std::string expected;
-    } cases[] = {
-        {asBytes(u"ab"), 8, asBytes(u"ab  ")}, {asBytes(u"ab"), -8, asBytes(u"  ab")},
-        {asBytes(u"abc"), 4, asBytes(u"ab")},  {asBytes(u"abc"), -4, asBytes(u"bc")},
-        {asBytes(u"ab"), 4, asBytes(u"ab")},   {asBytes(u"ab"), -4, asBytes(u"ab")},
-        {"", 4, asBytes(u"  ")},               {asBytes(u"ab"), 0, ""},
-        {asBytes(u"ab"), 7, {"a\0b\0 \0 ", 7}}, {asBytes(u"abc"), -3, {"b\0c", 3}}};
+    } cases[] = {{asBytes(u"ab"), 8, asBytes(u"ab  ")},
+                 {asBytes(u"ab"), -8, asBytes(u"  ab")},
+                 {asBytes(u"abc"), 4, asBytes(u"ab")},
+                 {asBytes(u"abc"), -4, asBytes(u"bc")},
+                 {asBytes(u"ab"), 4, asBytes(u"ab")},
+                 {asBytes(u"ab"), -4, asBytes(u"ab")},
+                 {"", 4, asBytes(u"  ")},
+                 {asBytes(u"ab"), 0, ""},
+                 {asBytes(u"ab"), 7, {"a\0b\0 \0 ", 7}},
+                 {asBytes(u"abc"), -3, {"b\0c", 3}}};
     for (const auto &[source, target, expected] : cases) {
         std::string area(expected.size() + 1, '#');
         EXPECT_EQ(_zorMoveUnicode(area.data(), target, source.data(),
@@ -40,9 +44,9 @@ void compares() {
         std::u16string left;
         std::u16string right;
         int32_t expected;
-    } cases[] = {{u"A", u"A", 0},     {u"A", u"A   ", 0},  {u"   ", u" ", 0},
-                 {u"", u"", 0},       {u"a", u"B", -1},    {u"B", u"a", 1},
-                 {u"ä", u"b", -1},    {u"ä", u"a", 1},     {u"Zebra", u"Äpfel", 1},
+    } cases[] = {{u"A", u"A", 0},     {u"A", u"A   ", 0},    {u"   ", u" ", 0},
+                 {u"", u"", 0},       {u"a", u"B", -1},      {u"B", u"a", 1},
+                 {u"ä", u"b", -1},    {u"ä", u"a", 1},       {u"Zebra", u"Äpfel", 1},
                  {u"a b", u"ab", -1}, {u"a\u0308", u"ä", 0}, {u"a", u"A", -1}};
     for (const auto &[left, right, expected] : cases) {
         EXPECT_EQ(_zorCompareUnicode(left.data(), bytesOf(left), right.data(), bytesOf(right)),
@@ -68,7 +72,8 @@ std::u16string changed(Change change, const std::u16string &source, int32_t capa
 
 void cases() {
     const bool turkish = strncmp(getenv("LC_ALL"), "tr", 2) == 0;
-    EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18), turkish ? u"STRASSE İ" : u"STRASSE I");
+    EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18),
+              turkish ? u"STRASSE İ" : u"STRASSE I");
     EXPECT_EQ(changed(_zorLowerCaseUnicode, u"ÄI", 4), turkish ? u"äı" : u"äi");
     EXPECT_EQ(changed(_zorUpperCaseUnicode, u"", 4), u"");
     EXPECT_EQ(changed(_zorUpperCaseUnicode, u"ßß", 4), u"status P"); // 15

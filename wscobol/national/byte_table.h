@@ -13,9 +13,9 @@ using ByteTable = std::array<uint8_t, 256>;
 
 constexpr uint8_t kSubstitution = 0x1A; // SUB: a byte that has no counterpart of one byte
 
-// Fills the table by converting each byte on its own. A shift character, which alone gives nothing,
-// stays what it is; a byte that gives more than one has kSubstitution, and the status
-// is that of the first such failure, otherwise 0.
+// Fills the table by converting each byte on its own. A shift character, which is none by itself,
+// stays what it is; kSubstitution stands for a byte that gives more than one, or none. The status
+// is that of the first failure, otherwise 0.
 int32_t fillByteTable(UConverter &from, UConverter &to, ByteTable &table);
 
 // Fills the table if a conversion of any text by it is what the conversion library makes of the
