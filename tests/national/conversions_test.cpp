@@ -116,6 +116,11 @@ const Row kRows[] = {
     {kUtf8, ToUnicode, "", "e328", 4, "0 4 fdff2800"},
     {kUtf8, AtoE, "", "41c3a4e2", 4, "0 2 c143eeee", CUT},
     {kUtf8, AtoE, "", "4142e2", 1, "15 1 c1", CUT "\n\n" FAILED("15")},
+    {kMixed, ToUnicode, "e", "0e44810f", 2, "0 2 4230"}, // SI is left when the target is full
+    {kMixed, ToUnicode, "e", "0e44810fc1", 2, "15 2 4230", FAILED("15")},
+    {kMixed, ToUnicode, "", "e38182e3", 2, "11 2 4230", CUT},
+    {kMixed, FromUnicode, "e", "423042300e20", 5, "15 5 0e44814481", FAILED("15")},
+    {kLatin, FromUnicode, "", "41000e20", 1, "0 1 41"}, // a mark that only a display heeds
     {kMixed, AtoE, "", "41e3818242", 9, "0 3 c10e44810fc2eeeeee"},
     {kMixed, AtoE, "", "e38182e381", 4, "0 0 0e44810f", CUT},
     {kMixed, EtoA, "", "c10e44810fc2", 6, "0 1 41e3818242ee"},

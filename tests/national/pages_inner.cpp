@@ -74,8 +74,8 @@ void convertsLikeIcu(const std::string &page) {
     const bool byTables = zor::translationTo(zor::kEbcdicPage) != nullptr &&
                           zor::translationTo(zor::kNativePage) != nullptr;
     // These have bytes that give two or none of the other code page.
-    const bool uneven = std::set<std::string>{"QBX-420", "QBX-9030", "QBX-12712", "QBX-16804"}
-                            .contains(page);
+    const bool uneven =
+        std::set<std::string>{"QBX-420", "QBX-9030", "QBX-12712", "QBX-16804"}.contains(page);
     EXPECT_EQ(byTables, single && !uneven) << page;
 }
 

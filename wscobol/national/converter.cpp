@@ -7,6 +7,8 @@
 namespace zor {
 namespace {
 
+constexpr std::size_t kMore = 64; // of a target that is too small, the part that is only looked at
+
 int32_t withoutWarning(UErrorCode status) {
     return std::max<int32_t>(status, U_ZERO_ERROR);
 }
@@ -35,6 +37,29 @@ template <class Unit> int32_t pinned(const Unit *address, int32_t length) {
     const std::size_t room =
         (UINTPTR_MAX - reinterpret_cast<std::uintptr_t>(address)) / sizeof *address;
     return static_cast<int32_t>(std::min<std::size_t>(static_cast<std::size_t>(length), room));
+}
+
+// Converts a whole text in one of the two directions. A target that is full is too small only if
+// more would follow: what is left of the source may be no more than a shift character.
+template <class Function, class From, class To>
+Produced convert(Function function, UConverter &converter, const From *source, int32_t length,
+                 To *target, int32_t capacity) {
+    if (length < 0 || capacity < 0) {
+        return {U_ILLEGAL_ARGUMENT_ERROR, 0};
+    }
+    const From *const limit = source + length;
+    To *end = target;
+    UErrorCode status = U_ZERO_ERROR;
+    function(&converter, &end, target + pinned(target, capacity), &source, limit, nullptr, 1,
+             &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        To more[kMore];
+        To *endOfMore = more;
+        UErrorCode statusOfMore = U_ZERO_ERROR;
+        function(&converter, &endOfMore, more + kMore, &source, limit, nullptr, 1, &statusOfMore);
+        status = endOfMore == more ? statusOfMore : status;
+    }
+    return {withoutWarning(status), static_cast<int32_t>(end - target)};
 }
 
 } // namespace
@@ -66,34 +91,18 @@ void closeConverter(UConverter *converter) {
 
 Produced toNational(UConverter &converter, const void *source, int32_t bytes, void *target,
                     int32_t units) {
-    if (bytes < 0 || units < 0) {
-        return {U_ILLEGAL_ARGUMENT_ERROR, 0};
-    }
     const IcuConversion &icu = *icuConversion();
-    auto *const first = static_cast<UChar *>(target);
-    const auto *next = static_cast<const char *>(source);
-    UChar *end = first;
-    UErrorCode status = U_ZERO_ERROR;
     icu.ucnv_resetToUnicode(&converter);
-    icu.ucnv_toUnicode(&converter, &end, first + pinned(first, units), &next, next + bytes, nullptr,
-                       1, &status);
-    return {withoutWarning(status), static_cast<int32_t>(end - first)};
+    return convert(icu.ucnv_toUnicode, converter, static_cast<const char *>(source), bytes,
+                   static_cast<UChar *>(target), units);
 }
 
 Produced fromNational(UConverter &converter, const void *source, int32_t units, void *target,
                       int32_t bytes) {
-    if (bytes < 0 || units < 0) {
-        return {U_ILLEGAL_ARGUMENT_ERROR, 0};
-    }
     const IcuConversion &icu = *icuConversion();
-    auto *const first = static_cast<char *>(target);
-    const auto *next = static_cast<const UChar *>(source);
-    char *end = first;
-    UErrorCode status = U_ZERO_ERROR;
     icu.ucnv_resetFromUnicode(&converter);
-    icu.ucnv_fromUnicode(&converter, &end, first + pinned(first, bytes), &next, next + units,
-                         nullptr, 1, &status);
-    return {withoutWarning(status), static_cast<int32_t>(end - first)};
+    return convert(icu.ucnv_fromUnicode, converter, static_cast<const UChar *>(source), units,
+                   static_cast<char *>(target), bytes);
 }
 
 int32_t ccsidOf(const UConverter &converter) {
