@@ -293,7 +293,9 @@ CHILD_TEST(
              "ZOR224W  The collating sequence of locale C.UTF cannot be opened: status 2.\n\n"
              "ZOR225W  A change between upper and lower case failed: status 2, locale "
              "C.UTF.\n\n") {
-    const rlimit none = {0, 0};
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none = {0, files.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
     char target[8] = {};
     EXPECT_EQ(_Tvq_national_of(1, "A", target), 0);
@@ -301,6 +303,7 @@ CHILD_TEST(
     EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), 2);
     int32_t length = sizeof target;
     EXPECT_EQ(_zorUpperCaseUnicode(target, &length, u"a", 2), 2);
+    setrlimit(RLIMIT_NOFILE, &files);
 }
 
 #if !ZOR_UNDER_SANITIZER
@@ -341,7 +344,7 @@ void queries() {
 TEST(CodePages, AnswerQuestions) {
     const auto child = kit::runChild(queries, locales::in(kUtf8));
     EXPECT_EQ(child.out, "");
-    EXPECT_EQ(child.err.substr(0, child.err.find(":")),
+    EXPECT_EQ(child.err.substr(0, child.err.find(':')),
               "ZOR221W  A converter for code page nothing cannot be opened");
 }
 

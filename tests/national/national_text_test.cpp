@@ -1,5 +1,5 @@
 // Moves, comparison and case of national data.
-#include <cstring>
+#include <clocale>
 
 #include "national.h"
 #include "national/locales.h"
@@ -71,7 +71,7 @@ std::u16string changed(Change change, const std::u16string &source, int32_t capa
 }
 
 void cases() {
-    const bool turkish = strncmp(getenv("LC_ALL"), "tr", 2) == 0;
+    const bool turkish = *setlocale(LC_CTYPE, nullptr) == 't';
     EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18),
               turkish ? u"STRASSE İ" : u"STRASSE I");
     EXPECT_EQ(changed(_zorLowerCaseUnicode, u"ÄI", 4), turkish ? u"äı" : u"äi");

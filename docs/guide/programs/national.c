@@ -1,5 +1,5 @@
-/* National, native and EBCDIC data: what MOVE, IF and the functions of this COBOL become. It runs in
- * a UTF-8 locale, so that the native code page is UTF-8 and the EBCDIC one QBX-1140.
+/* National, native and EBCDIC data: what MOVE, IF and the functions of this COBOL become. It runs
+ * in a UTF-8 locale, so that the native code page is UTF-8 and the EBCDIC one QBX-1140.
  *
  *     01  NAME-IN      PIC X(12).                       *> native
  *     01  NAME-N       PIC N(8).                        *> national, 16 bytes
@@ -8,9 +8,9 @@
  *     01  KEY-N        PIC N(4).
  *     01  SHORT-KEY    PIC X(3).
  *     01  HOST-TEXT    PIC X(8).                        *> mixed EBCDIC, QBX-1399 */
+#include "national.h"
 #include "codepage.h"
 #include "collating.h"
-#include "national.h"
 #include "pcb.h"
 
 #include <stdio.h>
@@ -92,8 +92,7 @@ static void mixed(void) {
     static const char sanYen[BYTES(3)] = {0x09, 0x4E, 'A', 0, 0x06, 0x52}; /* U+4E09 A U+5206 */
     char hostText[8];
     int32_t length = sizeof hostText;
-    int32_t status =
-        _zorConvFromUnicode(sanYen, sizeof sanYen, hostText, &length, "QBX-1399", 8);
+    int32_t status = _zorConvFromUnicode(sanYen, sizeof sanYen, hostText, &length, "QBX-1399", 8);
     printf("%-28sstatus %d\n", "QBX-1399, 8 bytes", (int)status);
 
     char wide[12];
@@ -122,10 +121,12 @@ static void compareBytes(void) {
     uint8_t weights[256];
     for (int i = 0; i < 256; i++)
         weights[i] = (uint8_t)(i >= 'a' && i <= 'z' ? i - 'a' + 'A' : i);
-    printf("%-28s%d\n", "\"Zoe  \" = \"ZOE\"", (int)_zorcCmpACS("Zoe  ", 5, "ZOE", 3, weights) == 0);
+    printf("%-28s%d\n", "\"Zoe  \" = \"ZOE\"",
+           (int)_zorcCmpACS("Zoe  ", 5, "ZOE", 3, weights) == 0);
     printf("%-28s%d\n", "\"XyXyX\" = ALL \"xy\"",
            (int)_zorcCmpACS("XyXyX", 5, "xy", -2, weights) == 0);
-    printf("%-28s%d\n", "\"xyxyx\" = ALL \"xy\"", (int)_zorcCmpMultiByteFig("xyxyx", 5, "xy", 2) == 0);
+    printf("%-28s%d\n", "\"xyxyx\" = ALL \"xy\"",
+           (int)_zorcCmpMultiByteFig("xyxyx", 5, "xy", 2) == 0);
     printf("%-28s%d\n", "\"   \" = SPACES", (int)_zorcCmpToPad("   ", ' ', 3) == 0);
 }
 
