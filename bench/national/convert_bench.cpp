@@ -101,6 +101,15 @@ double throughLoop(const std::string &source) {
     });
 }
 
+// The process chooses its code pages anew.
+void enterLocale(const char *locale) {
+    setenv("LC_ALL", locale, 1);
+    _zorProccom->codepage = -1;
+    if (_zorProccom->convclose != nullptr) {
+        _zorProccom->convclose();
+    }
+}
+
 void direction(const char *name, Service service, const char *to, const char *from,
                const std::string &source) {
     const std::string row = std::string(name) + ", " + std::to_string(source.size()) + " bytes";
@@ -109,8 +118,8 @@ void direction(const char *name, Service service, const char *to, const char *fr
     bench::row(row, throughService(service, source), "table loop", throughLoop(source));
 }
 
-ZOR_BENCH(nativeAndEbcdic) {
-    setenv("LC_ALL", "C", 1); // the native code page is ISO8859-1 then, the EBCDIC one QBX-1140
+ZOR_BENCH(singleByteAndEbcdic) {
+    enterLocale("C"); // ISO8859-1 and QBX-1140
     for (const std::size_t length : {10, 80, 32000}) {
         const std::string native = textOf(length);
         std::string ebcdic = native;
@@ -119,6 +128,15 @@ ZOR_BENCH(nativeAndEbcdic) {
         direction("native to EBCDIC", _zorUniAtoE, kEbcdic, kNative, native);
         direction("EBCDIC to native", _zorUniEtoA, kNative, kEbcdic, ebcdic);
     }
+}
+
+// ASCII, and text with a character of two bytes.
+ZOR_BENCH(utf8AndEbcdic) {
+    enterLocale("C.UTF-8");
+    const std::string ascii = textOf(80);
+    const std::string umlaut = "M\xc3\xbcller" + ascii.substr(7);
+    direction("ASCII to EBCDIC", _zorUniAtoE, kEbcdic, "UTF-8", ascii);
+    direction("UTF-8 to EBCDIC", _zorUniAtoE, kEbcdic, "UTF-8", umlaut);
 }
 
 // A service on items.
@@ -131,7 +149,8 @@ double movingItem(Service service, const std::string &source) {
     });
 }
 
-ZOR_BENCH(mixedItems) {
+ZOR_BENCH(items) {
+    enterLocale("C");
     for (const std::size_t length : {80, 32000}) {
         const std::string native = textOf(length);
         const std::string bytes = std::to_string(length) + " bytes";
@@ -159,6 +178,7 @@ void comparing(const char *name, const std::u16string &left, const std::u16strin
 }
 
 ZOR_BENCH(nationalCompare) {
+    enterLocale("C");
     const std::u16string name = u"Müller-Lüdenscheidt, Bärbel und Söhne, KG";
     std::u16string early = name;
     early[1] = u'u';

@@ -311,7 +311,7 @@ PROGRAM_TEST(Conversions, EndTheRunWithoutStorage, .errHolds = "ZOR907S",
              .status = failure::kAborted) {
     int32_t length = 1;
     char target = 0;
-    _zorUniAtoE("", 0x7FFFFF00, &target, &length);
+    _zorUniAtoE("\xc3\xa4 and not as much as the length says", 0x7FFFFF00, &target, &length);
 }
 #endif
 

@@ -18,12 +18,25 @@ constexpr uint8_t kSubstitution = 0x1A; // SUB: a byte that has no counterpart o
 // is that of the first failure, otherwise 0.
 int32_t fillByteTable(UConverter &from, UConverter &to, ByteTable &table);
 
-// Fills the table if a conversion of any text by it is what the conversion library makes of the
-// text: both code pages have single bytes only, and each byte stands for one.
-bool fillTranslationTable(UConverter &from, UConverter &to, ByteTable &table);
+// A conversion by look-up, for texts of bytes that are whole characters and become one byte each:
+// every text between two code pages of single bytes, and the ASCII part of the others.
+struct Translation {
+    bool known;
+    bool ofAllBytes;
+    ByteTable table;
+    ByteTable excluded; // 1 for a byte that takes the way through the conversion library
+};
+
+Translation translationBetween(UConverter &from, UConverter &to);
+
+// True where a text can be converted by look-up.
+bool hasTranslatableBytes(const void *source, std::size_t bytes, const Translation &translation);
+inline bool isTranslatable(const void *source, std::size_t bytes, const Translation &translation) {
+    return translation.ofAllBytes || hasTranslatableBytes(source, bytes, translation);
+}
 
 // Translates bytes; the two areas may overlap.
-void translateBytes(void *target, const void *source, std::size_t bytes, const uint8_t *table);
+void translateBytes(void *target, const void *source, std::size_t bytes, const ByteTable &table);
 
 } // namespace zor
 

@@ -4,7 +4,6 @@
 
 #include "base/message_list.h"
 #include "national.h"
-#include "national/icu.h"
 #include "national/services.h"
 
 namespace zor {
@@ -30,8 +29,7 @@ Produced convertIn(const char *name, int32_t nameLength, uint32_t flagsOfCut, Co
         made = convert(*page.converter());
     }
     if (made.status != 0) {
-        message::conversionFailed.issue(made.status == U_TRUNCATED_CHAR_FOUND ? flagsOfCut : 0,
-                                        made.status);
+        message::conversionFailed.issue(made.status == kCharacterCut ? flagsOfCut : 0, made.status);
     }
     return made;
 }
@@ -71,7 +69,7 @@ int32_t _zorConvToUnicode(const void *source, int32_t sourceLength, void *target
                           int32_t *targetLength, const char *codepageName, int32_t codepageLength) {
     const Produced made = convertToNational(source, sourceLength, target, *targetLength,
                                             codepageName, codepageLength);
-    if (made.status == 0 || made.status == U_TRUNCATED_CHAR_FOUND) {
+    if (made.status == 0 || made.status == kCharacterCut) {
         *targetLength = made.length;
     }
     return made.status;

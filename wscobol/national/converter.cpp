@@ -7,6 +7,11 @@
 namespace zor {
 namespace {
 
+static_assert(kIllegalArgument == U_ILLEGAL_ARGUMENT_ERROR);
+static_assert(kNoStorage == U_MEMORY_ALLOCATION_ERROR);
+static_assert(kCharacterCut == U_TRUNCATED_CHAR_FOUND);
+static_assert(kTargetTooSmall == U_BUFFER_OVERFLOW_ERROR);
+
 constexpr std::size_t kMore = 64; // of a target that is too small, the part that is only looked at
 
 int32_t withoutWarning(UErrorCode status) {
@@ -45,7 +50,7 @@ template <class Function, class From, class To>
 Produced convert(Function function, UConverter &converter, const From *source, int32_t length,
                  To *target, int32_t capacity) {
     if (length < 0 || capacity < 0) {
-        return {U_ILLEGAL_ARGUMENT_ERROR, 0};
+        return {kIllegalArgument, 0};
     }
     const From *const limit = source + length;
     To *end = target;
@@ -89,20 +94,28 @@ void closeConverter(UConverter *converter) {
     }
 }
 
+// A converter is left as it was opened by a conversion that succeeds, and reset after others.
 Produced toNational(UConverter &converter, const void *source, int32_t bytes, void *target,
                     int32_t units) {
     const IcuConversion &icu = *icuConversion();
-    icu.ucnv_resetToUnicode(&converter);
-    return convert(icu.ucnv_toUnicode, converter, static_cast<const char *>(source), bytes,
-                   static_cast<UChar *>(target), units);
+    const Produced made = convert(icu.ucnv_toUnicode, converter, static_cast<const char *>(source),
+                                  bytes, static_cast<UChar *>(target), units);
+    if (made.status != 0) {
+        icu.ucnv_resetToUnicode(&converter);
+    }
+    return made;
 }
 
 Produced fromNational(UConverter &converter, const void *source, int32_t units, void *target,
                       int32_t bytes) {
     const IcuConversion &icu = *icuConversion();
-    icu.ucnv_resetFromUnicode(&converter);
-    return convert(icu.ucnv_fromUnicode, converter, static_cast<const UChar *>(source), units,
-                   static_cast<char *>(target), bytes);
+    const Produced made =
+        convert(icu.ucnv_fromUnicode, converter, static_cast<const UChar *>(source), units,
+                static_cast<char *>(target), bytes);
+    if (made.status != 0) {
+        icu.ucnv_resetFromUnicode(&converter);
+    }
+    return made;
 }
 
 int32_t ccsidOf(const UConverter &converter) {

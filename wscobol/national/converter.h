@@ -16,6 +16,12 @@ namespace zor {
 UConverter *openConverter(const char *name, int32_t &status);
 void closeConverter(UConverter *converter); // null is ignored
 
+// Statuses that have a meaning of their own here.
+constexpr int32_t kIllegalArgument = 1;
+constexpr int32_t kNoStorage = 7;
+constexpr int32_t kCharacterCut = 11;
+constexpr int32_t kTargetTooSmall = 15;
+
 // What a conversion wrote, also where it failed: 16-bit units of national data, or bytes.
 struct Produced {
     int32_t status;

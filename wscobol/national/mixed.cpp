@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "national.h"
-#include "national/icu.h"
 #include "national/item_bytes.h"
 #include "national/services.h"
 #include "national/work_area.h"
@@ -42,7 +41,7 @@ bool copiedLoneShift(const void *source, int32_t signedLength, void *target, uin
     if (signedLength != 1 || !isShift(*byte)) {
         return false;
     }
-    *targetLength = std::min<int32_t>(1, static_cast<int32_t>(capacity));
+    *targetLength = capacity > 0 ? 1 : 0;
     memcpy(target, byte, static_cast<std::size_t>(*targetLength));
     return true;
 }
@@ -154,7 +153,7 @@ int32_t _zorConvToEBCDIC(const void *source, int32_t signedSourceLength, void *t
     WorkArea<kLocalBytes> area;
     char *const work = area.take(static_cast<std::size_t>(room));
     if (work == nullptr) {
-        return U_MEMORY_ALLOCATION_ERROR;
+        return kNoStorage;
     }
     int32_t left = room;
     const auto sourceLength = static_cast<int32_t>(magnitude(signedSourceLength));
@@ -187,7 +186,7 @@ int32_t _zorConvToASCII(const void *source, int32_t signedSourceLength, void *ta
     if (signedSourceLength < 0) {
         text = prepareDoubleByte(text.data, text.length, area);
         if (text.data == nullptr) {
-            return U_MEMORY_ALLOCATION_ERROR;
+            return kNoStorage;
         }
     }
     auto left = static_cast<int32_t>(capacity);

@@ -1,11 +1,10 @@
-// Conversions between the native and the EBCDIC code page: byte by byte through a table where both
-// have single bytes only, otherwise through national data.
+// Conversions between the native and the EBCDIC code page: by look-up where each byte becomes one,
+// otherwise through national data.
 #include <algorithm>
 
 #include "base/message_list.h"
 #include "base/storage.h"
 #include "national.h"
-#include "national/icu.h"
 #include "national/item_bytes.h"
 #include "national/services.h"
 
@@ -44,17 +43,17 @@ int32_t convertThroughNational(int32_t fromPage, int32_t toPage, const void *sou
                                int32_t sourceLength, void *target, int32_t *targetLength) {
     NationalArea area(lengthOrNone(sourceLength));
     if (area.address() == nullptr) {
-        return U_MEMORY_ALLOCATION_ERROR;
+        return kNoStorage;
     }
     const Produced national =
         convertToNational(source, sourceLength, area.address(), area.bytes(), nullptr, fromPage);
-    const bool cut = national.status == U_TRUNCATED_CHAR_FOUND;
+    const bool cut = national.status == kCharacterCut;
     if (national.status != 0 && !cut) {
         return national.status;
     }
     const Produced made = convertFromNational(area.address(), national.length, target,
                                               *targetLength, nullptr, toPage);
-    if (made.status != 0 && !(cut && made.status == U_TRUNCATED_CHAR_FOUND)) {
+    if (made.status != 0 && !(cut && made.status == kCharacterCut)) {
         return made.status;
     }
     *targetLength -= made.length;
@@ -64,15 +63,16 @@ int32_t convertThroughNational(int32_t fromPage, int32_t toPage, const void *sou
 int32_t convertBetween(int32_t fromPage, int32_t toPage, const void *source, int32_t sourceLength,
                        void *target, int32_t *targetLength) {
     const int32_t capacity = *targetLength;
-    const uint8_t *const table = translationTo(toPage);
-    if (table == nullptr || sourceLength < 0 || capacity < 0) {
+    const Translation &translation = translationTo(toPage);
+    if (sourceLength < 0 || capacity < 0 ||
+        !isTranslatable(source, static_cast<std::size_t>(sourceLength), translation)) {
         return convertThroughNational(fromPage, toPage, source, sourceLength, target, targetLength);
     }
     const int32_t converted = std::min(sourceLength, capacity);
-    translateBytes(target, source, static_cast<std::size_t>(converted), table);
+    translateBytes(target, source, static_cast<std::size_t>(converted), translation.table);
     if (converted < sourceLength) {
-        message::conversionFailed(U_BUFFER_OVERFLOW_ERROR);
-        return U_BUFFER_OVERFLOW_ERROR;
+        message::conversionFailed(kTargetTooSmall);
+        return kTargetTooSmall;
     }
     *targetLength = capacity - converted;
     return 0;

@@ -50,20 +50,6 @@ const char *nameOfPage(const Services &services, int32_t page) {
     return page == kNativePage ? services.nativeName : services.ebcdicName;
 }
 
-// Whatever keeps a table from being made, a converter that cannot be opened among it, is left to
-// the conversion that goes without.
-Translation::Use makeTranslation(Services &services, int32_t page, ByteTable &table) {
-    int32_t status = 0;
-    UConverter *const native = cachedConverter(services, kNativePage, status);
-    UConverter *const ebcdic = cachedConverter(services, kEbcdicPage, status);
-    if (native == nullptr || ebcdic == nullptr) {
-        return Translation::Use::NotKnown;
-    }
-    const bool usable = page == kEbcdicPage ? fillTranslationTable(*native, *ebcdic, table)
-                                            : fillTranslationTable(*ebcdic, *native, table);
-    return usable ? Translation::Use::Always : Translation::Use::Never;
-}
-
 } // namespace
 
 Services &services() {
@@ -81,13 +67,21 @@ UConverter *cachedConverter(Services &services, int32_t page, int32_t &status) {
     return slot;
 }
 
-const uint8_t *translationTo(int32_t page) {
+const Translation &translationTo(int32_t page) {
     Services &services = zor::services();
     Translation &translation = page == kEbcdicPage ? services.toEbcdic : services.toNative;
-    if (translation.use == Translation::Use::NotKnown) {
-        translation.use = makeTranslation(services, page, translation.table);
+    if (!translation.known) {
+        int32_t status = 0;
+        UConverter *const native = cachedConverter(services, kNativePage, status);
+        UConverter *const ebcdic = cachedConverter(services, kEbcdicPage, status);
+        if (native == nullptr || ebcdic == nullptr) {
+            translation.excluded.fill(1);
+        } else {
+            translation = page == kEbcdicPage ? translationBetween(*native, *ebcdic)
+                                              : translationBetween(*ebcdic, *native);
+        }
     }
-    return translation.use == Translation::Use::Always ? translation.table.data() : nullptr;
+    return translation;
 }
 
 OpenPage::OpenPage(const char *name, int32_t length) : named_(length > 0) {

@@ -16,14 +16,6 @@ namespace zor {
 constexpr int32_t kNativePage = 0;
 constexpr int32_t kEbcdicPage = -1;
 
-// A conversion between the native and the EBCDIC code page byte by byte, where that gives what the
-// conversion library gives.
-struct Translation {
-    enum class Use : uint8_t { NotKnown, Never, Always };
-    Use use;
-    ByteTable table;
-};
-
 struct Services {
     bool ready;
     char locale[6]; // "en_US"
@@ -44,9 +36,9 @@ Services &services();
 // fails.
 UConverter *cachedConverter(Services &state, int32_t page, int32_t &status);
 
-// The table by which the bytes of one code page of the process become those of the other; null
-// where there is none.
-const uint8_t *translationTo(int32_t page);
+// The conversion by look-up to one of the two code pages from the other; without any byte where a
+// converter cannot be opened.
+const Translation &translationTo(int32_t page);
 
 // A converter for one call: a cached one, or one by a name of up to 29 bytes that is not
 // terminated. Message 221 tells that it cannot be opened.
