@@ -105,12 +105,9 @@ void localeOrder() {
     racing.join();
     EXPECT_EQ(setlocale(LC_ALL, nullptr), before);
     EXPECT_EQ(pcb.collatingWeights, other.collatingWeights);
-    Table seen{};
     for (unsigned rank = 0; rank < 256; ++rank) {
         EXPECT_EQ(pcb.collatingWeights[pcb.collatingOrder[rank]], rank);
-        seen[pcb.collatingOrder[rank]] = 1;
     }
-    EXPECT_EQ(std::count(seen.begin(), seen.end(), 1), 256);
     const uint8_t *weights = pcb.collatingWeights;
     const auto rises = [=](const std::string &bytes) {
         return std::is_sorted(bytes.begin(), bytes.end(), [=](unsigned char a, unsigned char b) {
@@ -218,15 +215,13 @@ void doubleByteMoves() {
                  {5, 2, "ab\x81\x40\x81"},
                  {4, 4, "abcd"}};
     for (const auto &[target, source, expected] : cases) {
-        std::string area = "abcd######";
-        // To itself, below itself, and apart.
-        _zorcDBCSMoveVarLenOverlap(area.data(), target, area.data(), source);
-        const auto length = static_cast<std::size_t>(std::abs(target));
-        EXPECT_EQ(area, expected + std::string("abcd######").substr(length)) << target;
-        area = "#abcd######";
-        _zorcDBCSMoveVarLenOverlap(area.data(), target, area.data() + 1, source);
-        EXPECT_EQ(area.substr(0, length), expected);
-        area.assign(length + 1, '#');
+        // From the place itself, and from one byte above it.
+        for (const std::size_t distance : {0U, 1U}) {
+            std::string area = std::string(distance, '#') + "abcd#####";
+            _zorcDBCSMoveVarLenOverlap(area.data(), target, area.data() + distance, source);
+            EXPECT_EQ(area.substr(0, static_cast<std::size_t>(std::abs(target))), expected);
+        }
+        std::string area(strlen(expected) + 1, '#');
         _zorcDBCSMoveVarLenOverlap(area.data(), target, "abcd", source);
         EXPECT_EQ(area, expected + std::string("#"));
     }

@@ -42,7 +42,9 @@ bool copiedLoneShift(const void *source, int32_t signedLength, void *target, uin
         return false;
     }
     *targetLength = capacity > 0 ? 1 : 0;
-    memcpy(target, byte, static_cast<std::size_t>(*targetLength));
+    if (capacity > 0) {
+        *static_cast<char *>(target) = *byte;
+    }
     return true;
 }
 
