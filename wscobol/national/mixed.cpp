@@ -129,6 +129,9 @@ Text prepareDoubleByte(const char *source, std::size_t length, WorkArea<kLocalBy
 
 void padWithBlanks(char *target, std::size_t length, std::size_t capacity, bool justifiedRight) {
     const std::size_t blanks = capacity - length;
+    if (blanks == 0) {
+        return;
+    }
     if (justifiedRight) {
         memmove(target + blanks, target, length);
         memset(target, ' ', blanks);

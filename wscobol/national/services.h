@@ -34,7 +34,7 @@ Services &services();
 
 // A converter of the process, opened at its first use; null, and a positive status, when that
 // fails.
-UConverter *cachedConverter(Services &state, int32_t page, int32_t &status);
+UConverter *cachedConverter(Services &services, int32_t page, int32_t &status);
 
 // The conversion by look-up to one of the two code pages from the other; without any byte where a
 // converter cannot be opened.

@@ -1,4 +1,5 @@
-// A work area on the stack, or in the thread's scratch buffer where it is a large one.
+// A work area on the stack, or in the thread's scratch buffer where it is a large one: what a
+// caller hands to a service that has one does not lie in that buffer.
 #ifndef ZOR_NATIONAL_WORK_AREA_H
 #define ZOR_NATIONAL_WORK_AREA_H
 
