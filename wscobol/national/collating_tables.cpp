@@ -15,13 +15,14 @@
 namespace zor {
 namespace {
 
+constexpr std::size_t kByteValues = 256;
+
 // The order and the weights of single bytes in the locale. The comparison of strings reads on
 // behind a byte, up to the zero byte at the end.
 struct LocaleTables {
     pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<bool> ready;
-    ByteTable order;
-    uint8_t end = 0;
+    std::array<uint8_t, kByteValues + 1> order;
     ByteTable weights;
 };
 LocaleTables localeTables;
@@ -50,13 +51,14 @@ void buildLocaleTables(LocaleTables &tables) {
     const locale_t standIn =
         MB_CUR_MAX > 1 ? newlocale(LC_COLLATE_MASK, "en_US", nullptr) : nullptr;
     const locale_t before = uselocale(standIn); // without one it only asks
-    std::iota(tables.order.begin(), tables.order.end(), uint8_t{0});
-    qsort(tables.order.data(), tables.order.size(), 1, compareStrings);
+    std::iota(tables.order.begin(), tables.order.end() - 1, uint8_t{0});
+    tables.order.back() = 0;
+    qsort(tables.order.data(), kByteValues, 1, compareStrings);
     if (standIn != nullptr) {
         uselocale(before);
         freelocale(standIn);
     }
-    for (std::size_t rank = 0; rank < tables.order.size(); ++rank) {
+    for (std::size_t rank = 0; rank < kByteValues; ++rank) {
         tables.weights[tables.order[rank]] = static_cast<uint8_t>(rank);
     }
 }

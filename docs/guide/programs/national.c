@@ -6,7 +6,6 @@
  *     01  NAME-R       PIC N(8) JUSTIFIED RIGHT.
  *     01  HOST-NAME    PIC X(10).                       *> kept in EBCDIC
  *     01  KEY-N        PIC N(4).
- *     01  SHORT-KEY    PIC X(3).
  *     01  HOST-TEXT    PIC X(8).                        *> mixed EBCDIC, QBX-1399 */
 #include "national.h"
 #include "codepage.h"
