@@ -7,6 +7,7 @@
 #include "zor_abi.h"
 
 #include "codepage.h"
+#include "collating.h"
 #include "cpm.h"
 #include "decimal.h"
 #include "decimal_convert.h"
@@ -15,6 +16,7 @@
 #include "edit.h"
 #include "fcb.h"
 #include "messages.h"
+#include "national.h"
 #include "pcb.h"
 #include "proccom.h"
 #include "runcom.h"

@@ -1,5 +1,5 @@
-// A signal at every system call of a run unit's start and end, and at random moments: the run ends with
-// its message each time, and never by a row that was not ready.
+// A signal at every system call of a run unit's start and end, and at random moments: the run ends
+// with its message each time, and never by a row that was not ready.
 
 #include <cstdlib>
 #include <string>
@@ -13,7 +13,8 @@ using namespace kit;
 
 namespace {
 
-// A child of this program that has its standard error in a file of its own, from its first moment on.
+// A child of this program that has its standard error in a file of its own, from its first moment
+// on.
 pid_t forkWithErrors(FILE *errors, void (*body)()) {
     fflush(nullptr);
     const int own = dup(STDERR_FILENO);
