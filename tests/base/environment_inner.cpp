@@ -14,9 +14,9 @@
 
 namespace {
 
-constexpr const char *kChoosing[] = {"SYSOUT", "SYSLST",  "SYSIN",   "CONSOLE",         "SYSPUNCH",
-                                     "COBMSGS", "COBOUTDIR", "COBCORE", "traceback_lines", "COBPATH",
-                                     "NLSPATH", "TMPDIR",  "gdg_home", "__ZORDEBUG"};
+constexpr const char *kChoosing[] = {
+    "SYSOUT",  "SYSLST",          "SYSIN",   "CONSOLE", "SYSPUNCH", "COBMSGS",  "COBOUTDIR",
+    "COBCORE", "traceback_lines", "COBPATH", "NLSPATH", "TMPDIR",   "gdg_home", "__ZORDEBUG"};
 constexpr const char *kOther[] = {"COBRTOPT", "COBOL_BCD_DEBUG", "EBCDIC_CODEPAGE", "LANG"};
 
 void showVariables() {

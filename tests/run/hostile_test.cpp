@@ -14,11 +14,27 @@ using namespace kit;
 namespace {
 
 // Every variable of the run-time's own.
-constexpr const char *kVariables[] = {
-    "COBRTOPT", "__ZORDEBUG", "__COBOL_KOTS_CONTAINER", "__COBOL_MOH_CONTAINER", "CPM_CACHE",
-    "COBOL_CPM_CACHE", "COB_CPM_SIZE_MAX", "COBPATH", "SYSIN", "SYSOUT", "SYSPUNCH", "CONSOLE",
-    "COBMSGS", "COBOUTDIR", "COBOL_DISPLAY_FLUSH", "COBCORE", "NLSPATH", "LANG",
-    "EBCDIC_CODEPAGE", "COBOL_BCD_NOVALIDATE", "COBOL_BCD_DEBUG"};
+constexpr const char *kVariables[] = {"COBRTOPT",
+                                      "__ZORDEBUG",
+                                      "__COBOL_KOTS_CONTAINER",
+                                      "__COBOL_MOH_CONTAINER",
+                                      "CPM_CACHE",
+                                      "COBOL_CPM_CACHE",
+                                      "COB_CPM_SIZE_MAX",
+                                      "COBPATH",
+                                      "SYSIN",
+                                      "SYSOUT",
+                                      "SYSPUNCH",
+                                      "CONSOLE",
+                                      "COBMSGS",
+                                      "COBOUTDIR",
+                                      "COBOL_DISPLAY_FLUSH",
+                                      "COBCORE",
+                                      "NLSPATH",
+                                      "LANG",
+                                      "EBCDIC_CODEPAGE",
+                                      "COBOL_BCD_NOVALIDATE",
+                                      "COBOL_BCD_DEBUG"};
 
 // Uses what they set: files, options, code pages, a message, a traceback with source lines, a core
 // file.
@@ -36,9 +52,15 @@ const auto useEverything = inProgram([] {
 
 TEST(Hostile, ValuesOfVariablesRunNothingAndBreakNothing) {
     const std::string values[] = {"$(touch broken)`touch broken`;touch broken|touch broken",
-                                  "'; touch broken; '", "%s%n%1000000d%s%%", std::string(100000, 'A'),
-                                  std::string(100000, '%'), std::string(50000, '(') + "=,:)",
-                                  "\xFF\xFE\x80\n\r\t", "/", "//////../../%", " "};
+                                  "'; touch broken; '",
+                                  "%s%n%1000000d%s%%",
+                                  std::string(100000, 'A'),
+                                  std::string(100000, '%'),
+                                  std::string(50000, '(') + "=,:)",
+                                  "\xFF\xFE\x80\n\r\t",
+                                  "/",
+                                  "//////../../%",
+                                  " "};
     for (const std::string &value : values) {
         for (const char *variable : kVariables) {
             SCOPED_TRACE(std::string(variable) + "=" + value.substr(0, 20));
