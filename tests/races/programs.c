@@ -1,5 +1,5 @@
-/* Programs on several threads of one run unit, for a detector of races: entries and exits, the first ones
- * at once, DISPLAY, messages, decimal arithmetic, and failures of none of them. */
+/* Programs on several threads of one run unit, for a detector of races: entries and exits, the
+ * first ones at once, DISPLAY, messages, decimal arithmetic, and failures of none of them. */
 #include "lvd4.h"
 
 #include <pthread.h>

@@ -139,6 +139,14 @@ private:
 std::string readFile(const std::string &path);
 void writeFile(const std::string &path, const std::string &text);
 
+// Builds a catalogue of messages for one locale below a directory, LOCALE/cobol2run.cat. Texts
+// stand in quotes.
+void buildCatalog(const TemporaryDirectory &directory, const std::string &locale,
+                  const std::string &source);
+
+// A child reads its catalogue by another path.
+void useCatalogAt(const std::string &path);
+
 } // namespace kit
 
 #endif
