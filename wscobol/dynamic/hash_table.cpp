@@ -292,10 +292,17 @@ HashElement *insertIntoParent(HashTable *table, const HashInsertion &insertion) 
 
 // ---- the ends of a lookup
 
-inline void renew(HashTable *table, HashElement *element, Touch touch) {
+void renew(HashTable *table, HashElement *element, Touch touch) {
     chainMoveToFront(table, element);
-    if (touch == Touch::withParent && table->parent != nullptr) {
-        hashTableLookup(table->parent, element->key, element->keylen, touch, false);
+    if (HashTable *parent = table->parent; touch == Touch::withParent && parent != nullptr) {
+        // A link knows what the lookup would find.
+        if (HashElement *target = element->parent; target != nullptr) {
+            ++parent->searches;
+            parent->cursor = {target->hashcode, target->hashcode & parent->mask, target};
+            renew(parent, target, touch);
+        } else {
+            hashTableLookup(parent, element->key, element->keylen, touch, false);
+        }
     }
     if (hasMruOrder(table) && table->mruhead != element) {
         mruUnlink(table, element);

@@ -16,9 +16,7 @@ class ProgramName {
 public:
     ProgramName(const char *name, int32_t length, const PCB *caller)
         : length_(static_cast<uint32_t>(std::clamp(length, 0, kMostBytes))) {
-        while (length_ > 0 && (name[length_ - 1] == ' ' || name[length_ - 1] == '\0')) {
-            --length_;
-        }
+        trim(name);
         memcpy(text_, name, length_);
         text_[length_] = '\0';
         if (caller != nullptr && has(caller->flags, PCB_UPPER_CASE_NAMES)) {
@@ -34,6 +32,16 @@ public:
 
 private:
     static constexpr int32_t kMostBytes = 160;
+    static constexpr std::size_t kWordBytes = 4; // items are mostly filled up with words of blanks
+
+    void trim(const char *name) {
+        while (length_ >= kWordBytes && memcmp(name + length_ - kWordBytes, "    ", kWordBytes) == 0) {
+            length_ -= kWordBytes;
+        }
+        while (length_ > 0 && (name[length_ - 1] == ' ' || name[length_ - 1] == '\0')) {
+            --length_;
+        }
+    }
 
     uint32_t length_;
     char text_[kMostBytes + 1];
