@@ -41,7 +41,8 @@ int32_t callByName(const char *name, int32_t length) {
 // As many programs as an application may have called by then.
 void callAll() {
     for (int number = 0; number < 64; ++number) {
-        const std::string name = "CALLED" + std::to_string(number / 10) + std::to_string(number % 10);
+        const std::string name =
+            "CALLED" + std::to_string(number / 10) + std::to_string(number % 10);
         callByName(name.data(), kNameBytes);
     }
 }
@@ -87,8 +88,8 @@ void inRunTime(const char *cache, void (*body)()) {
 }
 
 constexpr int kItems = 8;
-alignas(ExternalDataTable) unsigned char
-    itemTable[sizeof(ExternalDataTable) + kItems * sizeof(ExternalDataItem)];
+alignas(ExternalDataTable) unsigned char itemTable[sizeof(ExternalDataTable) +
+                                                   kItems * sizeof(ExternalDataItem)];
 
 } // namespace
 

@@ -41,11 +41,11 @@ inline int32_t cancel(const std::string &name) {
     return _zorCancel(nullptr, static_cast<int32_t>(name.size()), name.data(), &caller.pcb);
 }
 
+using Copies = std::vector<std::pair<const char *, std::string>>; // program and target
+
 // A directory with copies of the test programs; a target's folder is made.
 class Programs {
 public:
-    using Copies = std::vector<std::pair<const char *, std::string>>;
-
     explicit Programs(const Copies &copies = {}) {
         for (const auto &[program, target] : copies) {
             add(program, target);

@@ -38,7 +38,7 @@ std::string loadLines(const std::string &log) {
 
 struct Search {
     const char *path;
-    calls::Programs::Copies files;
+    calls::Copies files;
     const char *found;
     const char *called = "SUB";
     bool inMonitor = false;
@@ -61,7 +61,11 @@ TEST(Search, FollowsThePath) {
         {"a::b:", {{"SUB", "b/SUB"}}, "b/SUB SUB"},
         {":b", {{"SUB", "b/SUB"}, {"SUB", "SUB"}}, "b/SUB SUB"},
         {"a", {{"SUB", "l/SUB"}}, "l/SUB SUB", "SUB", false, "", "l"},
-        {"a", {{"SUB", "a/dir/SUB"}}, "", "dir/SUB", false,
+        {"a",
+         {{"SUB", "a/dir/SUB"}},
+         "",
+         "dir/SUB",
+         false,
          "_zor_cpm: Failed to load dir/SUB  load @  entry (nil)\n"},
         {"a", {{"SUB", "a/SUB.so"}}, "a/SUB.so SUB", "SUB  "},
         {"a", {{"BYMAIN", "a/" + kLongFile}}, longFound.c_str(), kLong.c_str()},
@@ -78,24 +82,33 @@ TEST(Search, FollowsThePath) {
         {"a:b", {{"SUB", "a/SUB.so"}, {"SUB", "b/SUB.qbxcob"}}, "a/SUB.so SUB", "SUB", true},
         {"a:b", {{"SUB", "a/SUB.so"}, {"SUB", "a/SUB.qbxcob"}}, "a/SUB.qbxcob SUB", "SUB", true},
         {"a:b", {{"SUB", "b/SUB"}}, "b/SUB SUB", "SUB", true},
-        {"a", {{"SUB", "l/SUB.qbxcob"}, {"SUB", "l/SUB"}}, "l/SUB.qbxcob SUB", "SUB", true, "",
+        {"a",
+         {{"SUB", "l/SUB.qbxcob"}, {"SUB", "l/SUB"}},
+         "l/SUB.qbxcob SUB",
+         "SUB",
+         true,
+         "",
          "l"},
         // Entries.
         {"a", {{"BYMAIN", "a/SUB"}}, "a/SUB main"},
         {"a", {{"BYSTART", "a/SUB"}}, "a/SUB _start"},
         {"a", {{"INMONITOR", "a/SUB"}}, "a/SUB _zor_cobol_main", "SUB", true},
-        {"a", {{"INMONITOR", "a/SUB"}}, "", "SUB", false,
+        {"a",
+         {{"INMONITOR", "a/SUB"}},
+         "",
+         "SUB",
+         false,
          "_zor_cpm: Failed to load SUB  load @  entry (nil)\n"},
     };
     for (const Search &search : searches) {
         const calls::Programs programs(search.files);
-        const auto child = programs.run(callNamed, {{"COBPATH", search.path},
-                                                    {"CALLED", search.called},
-                                                    {"FOLDED", "0"},
-                                                    {"LD_LIBRARY_PATH", search.libraryPath},
-                                                    {"__COBOL_KOTS_CONTAINER",
-                                                     search.inMonitor ? "1" : ""},
-                                                    {"__ZORDEBUG", "1"}});
+        const auto child =
+            programs.run(callNamed, {{"COBPATH", search.path},
+                                     {"CALLED", search.called},
+                                     {"FOLDED", "0"},
+                                     {"LD_LIBRARY_PATH", search.libraryPath},
+                                     {"__COBOL_KOTS_CONTAINER", search.inMonitor ? "1" : ""},
+                                     {"__ZORDEBUG", "1"}});
         const std::string where = search.called + (" in " + std::string(search.path));
         EXPECT_EQ(child.status, 0) << where;
         EXPECT_EQ(child.out, *search.found == '\0' ? "exception" : search.found) << where;
@@ -108,8 +121,7 @@ TEST(Search, StopsAtAFileThatIsNoGood) {
         void (*spoil)(const std::string &file);
         const char *reason; // null: it is passed over
     } cases[] = {
-        {[](const std::string &file) { kit::writeFile(file, "#!/bin/sh\n"); },
-         "file too short"},
+        {[](const std::string &file) { kit::writeFile(file, "#!/bin/sh\n"); }, "file too short"},
         {[](const std::string &file) { kit::writeFile(file, std::string(5000, 'x')); },
          "invalid ELF header"},
         {[](const std::string &file) {
@@ -118,24 +130,24 @@ TEST(Search, StopsAtAFileThatIsNoGood) {
              kit::writeFile(file, bytes);
          },
          "wrong ELF class: ELFCLASS64"},
-        {[](const std::string &file) { std::filesystem::permissions(
-             file, std::filesystem::perms::owner_read); },
+        {[](const std::string &file) {
+             std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+         },
          nullptr},
         {[](const std::string &file) { std::filesystem::remove(file); }, nullptr},
     };
     for (const auto &[spoil, reason] : cases) {
-        const calls::Programs programs({{"SUB", "a/SUB"}, {"SUB", "b/SUB"}});
+        const calls::Programs programs(calls::Copies{{"SUB", "a/SUB"}, {"SUB", "b/SUB"}});
         spoil(programs.directory().file("a/SUB"));
-        const auto child = programs.run(callNamed, {{"COBPATH", "a:b"},
-                                                    {"CALLED", "sub"},
-                                                    {"FOLDED", "1"},
-                                                    {"__ZORDEBUG", "1"}});
+        const auto child = programs.run(
+            callNamed,
+            {{"COBPATH", "a:b"}, {"CALLED", "sub"}, {"FOLDED", "1"}, {"__ZORDEBUG", "1"}});
         EXPECT_EQ(child.out, reason == nullptr ? "b/SUB SUB" : "exception");
-        EXPECT_EQ(loadLines(child.err),
-                  reason == nullptr ? ""
-                                    : "_zor_cpm: Failed to locate SUB in COBPATH (a:b)\n"
-                                      "CPM: dlopen(a/SUB) error: 0 a/SUB: " +
-                                          std::string(reason) + "\n");
+        EXPECT_EQ(loadLines(child.err), reason == nullptr
+                                            ? ""
+                                            : "_zor_cpm: Failed to locate SUB in COBPATH (a:b)\n"
+                                              "CPM: dlopen(a/SUB) error: 0 a/SUB: " +
+                                                  std::string(reason) + "\n");
     }
 }
 
@@ -153,9 +165,7 @@ TEST(Search, EndsTheRunByMessage96) {
         {"empty",
          {.err = failedCall("a program failed: its name is empty."), .status = failure::kAborted},
          kit::inProgram([] { calls::call(std::string("  \0 ", 4)); })},
-        {"empty, with ON EXCEPTION",
-         {.out = "8"},
-         kit::inProgram([] {
+        {"empty, with ON EXCEPTION", {.out = "8"}, kit::inProgram([] {
              int32_t exception = 7;
              EXPECT_EQ(calls::find("", exception), nullptr);
              printf("%d", exception);
@@ -165,11 +175,11 @@ TEST(Search, EndsTheRunByMessage96) {
 
 // Runs a main program in a process that has room for two large programs.
 template <class Body> kit::ChildResult runInTwoRooms(Body, const char *cache) {
-    const calls::Programs programs({{"LARGE", "PROG001"},
-                                    {"LARGE", "PROG002"},
-                                    {"LARGE", "PROG003"},
-                                    {"LARGE", "PROG004"},
-                                    {"LARGE", "PROG005"}});
+    const calls::Programs programs(calls::Copies{{"LARGE", "PROG001"},
+                                                 {"LARGE", "PROG002"},
+                                                 {"LARGE", "PROG003"},
+                                                 {"LARGE", "PROG004"},
+                                                 {"LARGE", "PROG005"}});
     return programs.run(
         [] {
             const rlimit limit{900'000'000, 900'000'000};

@@ -1,5 +1,5 @@
-// The dynamic linker does the work. It says in words alone why it refused a file, also where storage
-// is short, which is to be told from a file that is no good.
+// The dynamic linker does the work. It says in words alone why it refused a file, also where
+// storage is short, which is to be told from a file that is no good.
 #include "dynamic/program_file.h"
 
 #include <cerrno>
@@ -54,8 +54,8 @@ struct Refusal {
 // It drops it where the room for a file cannot be had.
 Refusal lastRefusal() {
     Refusal refusal{errno, lastReason()};
-    const char *const texts[] = {
-        strerror(ENOMEM), dgettext("libc", "failed to map segment from shared object")};
+    const char *const texts[] = {strerror(ENOMEM),
+                                 dgettext("libc", "failed to map segment from shared object")};
     for (const char *text : texts) {
         if (refusal.error == 0 && strstr(refusal.reason, text) != nullptr) {
             refusal.error = ENOMEM;

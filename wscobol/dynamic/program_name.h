@@ -35,7 +35,8 @@ private:
     static constexpr std::size_t kWordBytes = 4; // items are mostly filled up with words of blanks
 
     void trim(const char *name) {
-        while (length_ >= kWordBytes && memcmp(name + length_ - kWordBytes, "    ", kWordBytes) == 0) {
+        while (length_ >= kWordBytes &&
+               memcmp(name + length_ - kWordBytes, "    ", kWordBytes) == 0) {
             length_ -= kWordBytes;
         }
         while (length_ > 0 && (name[length_ - 1] == ' ' || name[length_ - 1] == '\0')) {

@@ -1,5 +1,5 @@
-// COBPATH is kept as texts one behind the other, an empty one behind the last. An empty directory in
-// it would end the list, and stands for nothing.
+// COBPATH is kept as texts one behind the other, an empty one behind the last. An empty directory
+// in it would end the list, and stands for nothing.
 #include "dynamic/search_path.h"
 
 #include <cstdio>

@@ -1,6 +1,6 @@
-/* Built once for each test program: PROGRAM is the entry's symbol, PROGRAM_NAME the name in its PCB.
- * PROGRAM_PADDING makes it large, PROGRAM_SLOW slow to load, PROGRAM_ALIASES gives its entry the
- * further symbols PROG000 to PROG999. */
+/* Built once for each test program: PROGRAM is the entry's symbol, PROGRAM_NAME the name in its
+ * PCB. PROGRAM_PADDING makes it large, PROGRAM_SLOW slow to load, PROGRAM_ALIASES gives its entry
+ * the further symbols PROG000 to PROG999. */
 #include "program.h"
 
 #include <stdio.h>
@@ -50,9 +50,9 @@ struct ProgramData *enter(void (*inside)(void)) {
 #ifdef PROGRAM_ALIASES
 #define EACH_DIGIT(variable) ".irp " variable ",0,1,2,3,4,5,6,7,8,9\n"
 #define ALIAS "PROG\\h\\t\\u"
-__asm__(EACH_DIGIT("h") EACH_DIGIT("t") EACH_DIGIT("u")
-        ".globl " ALIAS "\n"
-        ".type " ALIAS ", @function\n"
-        ".set " ALIAS ", " TEXT(PROGRAM) "\n"
-        ".endr\n.endr\n.endr");
+__asm__(EACH_DIGIT("h") EACH_DIGIT("t") EACH_DIGIT("u") ".globl " ALIAS "\n"
+                                                        ".type " ALIAS ", @function\n"
+                                                        ".set " ALIAS
+                                                        ", " TEXT(PROGRAM) "\n"
+                                                                           ".endr\n.endr\n.endr");
 #endif

@@ -10,7 +10,7 @@
 
 struct ProgramData {
     PCB pcb;
-    IPCB ipcb[2]; /* of the program and of a nested one */
+    IPCB ipcb[2];  /* of the program and of a nested one */
     int32_t calls; /* since it had its initial values */
 };
 
