@@ -57,9 +57,14 @@ ZOR_EXPORT FunctionDescriptor *_zorDynLd(const NestedProgramTable *nested, int32
 /* CANCEL: puts a program and its nested ones into their initial state and closes their files,
  * EXTERNAL ones excepted; its next entry links it afresh. The file stays loaded. The name is taken
  * as by _zorDynLd. Returns 1 when the program is active, and nothing was done; otherwise 0, also
- * when it is not known. Files close under the lock of program entries. */
+ * when it is not known. */
 ZOR_EXPORT int32_t _zorCancel(const NestedProgramTable *nested, int32_t length, const char *name,
                               const PCB *pcb);
+
+/* The main routine of a program that was linked as a subroutine and must not be executed by itself:
+ * says so on stderr and ends the process with status 1. In an executed file whose name begins with
+ * "lib", "zor" or "xcoff_reader_" it tells what the library is, and ends with status 0. */
+ZOR_EXPORT void _zorSubroutineMain(int32_t argc, char **argv, char **envp);
 
 ZOR_END_C
 
