@@ -75,7 +75,12 @@ TEST(Call, KeepsWhatCancelTakes) {
         });
         printf("%d ", sub->calls);
 
-        static FCB files[] = {kit::openFile([](FCB *, IPCB *) { printf("closed "); }),
+        static kit::Program errorLog("ERRORLOG");
+        static FCB files[] = {kit::openFile([](FCB *, IPCB *) {
+                                  _zorPgmInit(&errorLog.pcb); // of a USE procedure
+                                  _zorPgmTerm(&errorLog.pcb);
+                                  printf("closed ");
+                              }),
                               kit::openFile([](FCB *, IPCB *) { printf("external "); })};
         static FileDescription external{};
         external.assign = FILE_EXTERNAL;
@@ -150,6 +155,21 @@ TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
     EXPECT_EQ(child.err, "");
 }
 
+TEST(Call, LosesNoRecordsToTheCache) {
+    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
+    const auto child = programs.run(
+        [] {
+            static FCB file = kit::openFile([](FCB *closed, IPCB *) {
+                printf("closed %d ", closed->closemode);
+                closed->curmode = 0;
+            });
+            kit::giveFiles({&file}, const_cast<IPCB *>(calls::call("SUB")->ipcb));
+            printf("%d", _zor_cpm_unload("SUB"));
+        },
+        {{"COBOL_CPM_CACHE", "1"}});
+    EXPECT_EQ(child.out, "closed 1 1");
+}
+
 TEST(Call, IsRefusedWithoutARunUnit) {
     kit::expectChild({.out = "0000"}, [] {
         printf("%d%d", cancel("SUB"), callsOf("SUB"));
@@ -217,4 +237,13 @@ TEST(Call, KnowsFiveHundredPrograms) {
         EXPECT_EQ(child.out, "500 1000 1500 500 1000 1500 ") << cache;
         EXPECT_EQ(child.err, "");
     }
+}
+
+CHILD_TEST(Subroutine, CannotBeInvokedDirectly,
+           .err = "\nError: You called/invoked a program (exe) that was linked as a subroutine "
+                  "(-e<entry>).\n"
+                  "       Please adjust your call to use the proper entry point name.\n"
+                  "       This program can not be invoked directly.\n",
+           .status = 1) {
+    _zorSubroutineMain(0, nullptr, nullptr);
 }

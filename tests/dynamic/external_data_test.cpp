@@ -119,12 +119,14 @@ TEST(ExternalData, EndsTheRunByItsMessages) {
              addressesOf({{"RATES", 8}});
              addressesOf({{"RATES", 9}});
          })},
-        {"no room",
-         {.errHolds = "ZOR907S", .status = failure::kAborted},
-         kit::inProgram([] { addressesOf({{"A", 0xFFFFFFF0}}); })},
+        {"no room", {.errHolds = "ZOR907S", .status = failure::kAborted}, kit::inProgram([] {
+             addressesOf({{"A", 0xFFFFFFF0}});
+         })},
         {"no length at all",
          {.errHolds = "ZOR907S", .status = failure::kAborted},
-         kit::inProgram([] { addressesOf({{"A", 0xFFFFFFFF}}); })},
+         kit::inProgram([] {
+             addressesOf({{"A", 0xFFFFFFFF}});
+         })},
     });
 }
 

@@ -3,6 +3,7 @@
 #include "base/locks.h"
 #include "dynamic/program_list.h"
 #include "dynamic/program_name.h"
+#include "dynamic/program_reset.h"
 
 namespace zor {
 namespace {
@@ -34,10 +35,13 @@ int32_t _zorCancel(const NestedProgramTable *nested, int32_t length, const char 
     if (program == nullptr) {
         return 0;
     }
-    const ScopedLock lock(EntryLock);
-    if (program->ent > 0) {
-        return 1;
+    {
+        const ScopedLock lock(EntryLock);
+        if (program->ent > 0) {
+            return 1;
+        }
+        resetPrograms(program, static_cast<uint32_t>(IPCB_STATUS_CANCEL));
     }
-    _zorCloseReset(program);
+    closeOwnFiles(program, 0); // the lock is free: a close may run code that enters programs
     return 0;
 }

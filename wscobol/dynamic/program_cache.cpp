@@ -14,6 +14,7 @@
 #include "cpm.h"
 #include "dynamic/program_file.h"
 #include "dynamic/program_list.h"
+#include "dynamic/program_reset.h"
 
 namespace zor {
 namespace {
@@ -39,8 +40,12 @@ int32_t modeOf(const char *value, int32_t present) {
     return strchr("0dFfNn", *value) != nullptr ? CACHE_OFF : CACHE_UNDECIDED;
 }
 
-// The program's control blocks lie in the file that is about to go.
-void forgetProgram(LLE &program) {
+// The program's control blocks lie in the file that is about to go. At an end all files are closed;
+// a run unit that goes on would lose what its program's files hold back.
+void forgetProgram(const Proccom &process, LLE &program) {
+    if (process.runcom != nullptr && program.ipcb != nullptr) {
+        closeOwnFiles(program.ipcb, FCB_CLOSE_NO_USE);
+    }
     program.entry = nullptr;
     if (program.pcb != nullptr) {
         program.pcb->lle = nullptr;
@@ -90,7 +95,7 @@ bool isInUse(const Proccom &process, const LLE &cached) {
 void forgetProgramsIn(const Proccom &process, void *file) {
     anyListed(process.runcom, [&](const HashElement *element) {
         if (isOwnProgramIn(element, file)) {
-            forgetProgram(*lleOf(element));
+            forgetProgram(process, *lleOf(element));
         }
         return false;
     });
@@ -103,7 +108,7 @@ void unloadElement(Proccom &process, HashElement *element) {
     if (cached.load != nullptr) {
         forgetProgramsIn(process, cached.load);
     }
-    forgetProgram(cached);
+    forgetProgram(process, cached);
     closeProgramFile(cached);
     cached.load = nullptr;
     if (process.runcom == nullptr) {
