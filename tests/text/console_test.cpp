@@ -280,6 +280,7 @@ void displayWhereReadingStopped() {
 const std::map<std::string, void (*)()> kVerbs = {
     {"message", [] { fputs("message", stderr); }},
     {"display", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {"display"}); }},
+    {"display-on-console", [] { kit::displayLine(DISPLAY_ON_CONSOLE, {"display"}); }},
     {"display-much", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {std::string(100000, 'x')}); }},
     {"display-line-ends", displayLineEnds},
     {"display-invalid", displayInvalid},
@@ -317,8 +318,15 @@ TEST(Console, WholeRuns) {
         {"display-on-devices", {}, "A\nA\nA\nA\n", "ZOR168W.*\n+(ZOR169W.*\n+){2}"},
         {"display-quads", {}, "-.3750E 00Infinity\n", ""},
         {"display-where-reading-stopped", {{"COBOL_DISPLAY_FLUSH", "1"}}, "4..ABC.....\n", ""},
-        // On a full disk the items alone are lost.
-        {"display-much display-much message", {{"SYSOUT", "/dev/full"}}, "", "message"},
+        // On a full disk the items alone are lost, and that is told once, by each name of a stream.
+        {"display-much display-much message",
+         {{"SYSOUT", "/dev/full"}},
+         "",
+         "messageSYSOUT: output could not be written: No space left on device\n"},
+        {"display-on-console",
+         {{"CONSOLE", "/dev/full"}},
+         "",
+         "CONSOLE: output could not be written: No space left on device\n"},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "0"}}, "", ""},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "1"}}, "display\n", ""},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "1x"}}, "display\n", ""},

@@ -5,6 +5,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include "base/lost_output.h"
 #include "base/system_calls.h"
 
 namespace zor {
@@ -106,6 +107,9 @@ int flushAndSync(FILE *stream) {
         errno = 0;
         return 0;
     }
+    if (result != 0) {
+        noteLostOutput(stream);
+    }
     return result;
 }
 
@@ -130,7 +134,7 @@ std::size_t writeThrough(FILE *stream, const char *text, std::size_t bytes) {
     }
     const ssize_t written = retryWrite(descriptor, text, bytes);
     if (written != static_cast<ssize_t>(bytes)) {
-        setErrorFlag(stream);
+        failWrite(stream);
     }
     return written > 0 ? static_cast<std::size_t>(written) : 0;
 }

@@ -6,6 +6,7 @@
 #include <stdio_ext.h>
 #include <unistd.h>
 
+#include "base/lost_output.h"
 #include "base/system_calls.h"
 
 namespace zor {
@@ -60,13 +61,14 @@ bool drain(FILE *stream) {
     __fpurge(stream);
     const bool all = written == static_cast<ssize_t>(pending);
     if (!all) {
-        setErrorFlag(stream);
+        failWrite(stream);
     }
     return all;
 }
 
-void setErrorFlag(FILE *stream) {
+void failWrite(FILE *stream) {
     stream->_flags |= _IO_ERR_SEEN;
+    noteLostOutput(stream);
 }
 
 bool holdsStream(FILE *stream) {

@@ -35,8 +35,8 @@ bool provideBuffer(FILE *stream);
 // the stream's error flag then tells. The caller holds the stream's lock.
 bool drain(FILE *stream);
 
-// Sets the stream's error flag, as the C library's own writes do.
-void setErrorFlag(FILE *stream);
+// Sets the stream's error flag, as the C library's own writes do; errno tells why a write failed.
+void failWrite(FILE *stream);
 
 // True when this thread has the stream's lock.
 bool holdsStream(FILE *stream);

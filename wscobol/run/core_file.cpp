@@ -56,6 +56,16 @@ bool toolSucceeded(int status, int error, const char *name, unsigned pid) {
     return (status == 1 || error == ECHILD) && coreExists(name, pid);
 }
 
+// Without an error of the system, the shell's status tells what happened.
+const char *whyItFailed(int status, int error) {
+    constexpr int kCommandNotFound = 127;
+    if (error != 0) {
+        return strerror(error);
+    }
+    return status == kCommandNotFound ? "/usr/bin/gcore was not found"
+                                      : "/usr/bin/gcore made no core file";
+}
+
 // The texts of one attempt: static, as an alternate stack has no room for them.
 struct CoreTexts {
     char name[PATH_MAX];
@@ -82,7 +92,7 @@ bool makeCoreFile() {
     const int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : raw;
     if (!toolSucceeded(status, error, texts.name, pid)) {
         reportPatiently("Create core file failed: %x - %d %s\n", static_cast<unsigned>(status),
-                        error, strerror(error));
+                        error, whyItFailed(status, error));
         return false;
     }
     reportPatiently("Created core file: %s.%u\n", texts.name, pid);

@@ -4,21 +4,49 @@
 
 #include <cfenv>
 #include <cstdint>
+#include <unistd.h>
+#include <utility>
 #include <xmmintrin.h>
 
 namespace zor {
 namespace {
 
-constexpr unsigned kSseMaskShift = 7; // from the flag to the mask of an exception
+constexpr unsigned kMask = FE_DIVBYZERO;
+constexpr unsigned kSseMask = kMask << 7; // behind the flags
+
+// The two mask bits.
+struct DivideMasks {
+    unsigned x87;
+    unsigned sse;
+};
+
+// What was there ahead of the run-time, and whose.
+DivideMasks hostMasks;
+pid_t startingThread = 0;
+
+// Sets the two bits and gives those that were there; all others stay.
+DivideMasks exchangeMasks(const DivideMasks &masks) {
+    uint16_t control = 0;
+    asm volatile("fnstcw %0" : "=m"(control));
+    const unsigned sse = _mm_getcsr();
+    const DivideMasks old{control & kMask, sse & kSseMask};
+    control = static_cast<uint16_t>((control & ~kMask) | masks.x87);
+    asm volatile("fldcw %0" : : "m"(control));
+    _mm_setcsr((sse & ~kSseMask) | masks.sse);
+    return old;
+}
 
 } // namespace
 
 void enableDivideTrap() {
-    uint16_t control = 0;
-    asm volatile("fnstcw %0" : "=m"(control));
-    control = static_cast<uint16_t>(control & ~FE_DIVBYZERO);
-    asm volatile("fldcw %0" : : "m"(control));
-    _mm_setcsr(_mm_getcsr() & ~(static_cast<unsigned>(FE_DIVBYZERO) << kSseMaskShift));
+    hostMasks = exchangeMasks({0, 0});
+    startingThread = gettid();
+}
+
+void restoreDivideTrap() {
+    if (std::exchange(startingThread, 0) == gettid()) {
+        exchangeMasks(hostMasks);
+    }
 }
 
 } // namespace zor

@@ -4,8 +4,12 @@
 
 namespace zor {
 
-// Lets a division by zero of the calling thread raise SIGFPE.
+// Lets a division by zero of the calling thread, and of those that it starts, raise SIGFPE.
 void enableDivideTrap();
+
+// Puts the trap back as the host had it ahead of the call above. Does nothing on another thread,
+// whose floating unit is its own.
+void restoreDivideTrap();
 
 } // namespace zor
 

@@ -14,6 +14,7 @@
 #include "run/init_section.h"
 #include "run/run_unit_end.h"
 #include "run/run_unit_start.h"
+#include "run/signal_stack.h"
 #include "run/start_up.h"
 
 namespace zor {
@@ -133,12 +134,9 @@ void linkProgram(Proccom &process, Runcom &unit, PCB &pcb, LLE &entry) {
     pcb.lle = &entry;
 }
 
-// The run unit's entry for a program that enters it for the first time; null when storage is
+// The list's entry for a program that enters a run unit for the first time; null when storage is
 // exhausted.
 LLE *enterIntoList(HashTable *list, const PCB &pcb) {
-    if (list == nullptr) {
-        return nullptr;
-    }
     IPCB &ipcb = *pcb.ipcb;
     LLE *found = lookupProgram(list, pcb.name, pcb.namelen, Touch::withParent, true);
     if (found == nullptr || (found->entry != nullptr && found->entry != ipcb.entry)) {
@@ -154,23 +152,56 @@ LLE *enterIntoList(HashTable *list, const PCB &pcb) {
     return found;
 }
 
-void firstEntry(Proccom &process, Runcom &unit, PCB &pcb) {
-    bool full = false;
-    {
-        const ScopedLock lock(PlleLock);
-        if (pcb.lle != nullptr) {
-            return; // another thread linked it while this one waited
-        }
-        LLE *entry = enterIntoList(unit.plle, pcb);
-        full = entry == nullptr;
-        // A program that was reset is linked afresh, also where its entry still names it.
-        if (entry != nullptr && (entry->pcb == nullptr || entry->pcb == &pcb)) {
-            linkProgram(process, unit, pcb, *entry);
-        }
+enum class FirstEntry : uint8_t { done, noStorage, runTimeEnded };
+
+FirstEntry firstEntry(Proccom &process, Runcom &unit, PCB &pcb) {
+    const ScopedLock lock(PlleLock);
+    if (pcb.lle != nullptr) {
+        return FirstEntry::done; // another thread linked it while this one waited
     }
-    if (full) {
+    if (currentRunUnit() != &unit && unit.plle == nullptr) {
+        return FirstEntry::runTimeEnded;
+    }
+    LLE *entry = unit.plle == nullptr ? nullptr : enterIntoList(unit.plle, pcb);
+    if (entry == nullptr) {
+        return FirstEntry::noStorage;
+    }
+    // A program that was reset is linked afresh, also where its entry still names it.
+    if (entry->pcb == nullptr || entry->pcb == &pcb) {
+        linkProgram(process, unit, pcb, *entry);
+    }
+    return FirstEntry::done;
+}
+
+// Enters a run unit, and links the program to it. False when another thread ended the run-time
+// under way.
+bool enterRunUnit(PCB &pcb) {
+    Runcom *entered = provideRunUnit(pcb);
+    if (entered == nullptr) {
+        // No storage for the anchors, and message 907 could not end the run: nothing can go on.
+        abort();
+    }
+    Proccom *process = proccom();
+    if (process == nullptr) {
+        return false;
+    }
+    if (!isInMonitor(process)) {
+        process->threadword = 1;
+    }
+    Runcom &unit = *entered;
+    if (has(unit.flags, RUNCOM_SIG)) {
+        provideThreadStack();
+    }
+    debug::pgmInit(*process, unit, &pcb);
+    if (pcb.lle != nullptr) {
+        debug::subsequentUsage(unit, &pcb);
+        return true;
+    }
+    const FirstEntry entry = firstEntry(*process, unit, pcb);
+    if (entry == FirstEntry::noStorage) {
         message::insufficientStorage();
     }
+    return entry != FirstEntry::runTimeEnded;
 }
 
 void countEntry(IPCB &ipcb) {
@@ -195,21 +226,8 @@ void countExit(IPCB &ipcb) {
 using namespace zor;
 
 void _zorPgmInit(PCB *pcb) {
-    Runcom *entered = provideRunUnit(*pcb);
-    Proccom *process = proccom();
-    if (entered == nullptr || process == nullptr) {
-        // No storage for the anchors, and message 907 could not end the run: nothing can go on.
-        abort();
-    }
-    Runcom &unit = *entered;
-    if (!isInMonitor(process)) {
-        process->threadword = 1;
-    }
-    debug::pgmInit(*process, unit, pcb);
-    if (pcb->lle != nullptr) {
-        debug::subsequentUsage(unit, pcb);
-    } else {
-        firstEntry(*process, unit, *pcb);
+    while (!enterRunUnit(*pcb)) {
+        // The run-time starts again for this program.
     }
     if (has(pcb->flags, PCB_ENTRY_LOCKED)) {
         _zorPgmEnterLock(pcb->ipcb);

@@ -2,7 +2,11 @@
 #include "run/run_time_end.h"
 
 #include <initializer_list>
+#include <sys/single_threaded.h>
+#include <utility>
 
+#include "base/locks.h"
+#include "base/lost_output.h"
 #include "base/message_service.h"
 #include "base/patient_streams.h"
 #include "base/storage.h"
@@ -10,6 +14,9 @@
 #include "dynamic/hash_table.h"
 #include "run/attachments.h"
 #include "run/debug_lines.h"
+#include "run/divide_trap.h"
+#include "run/init_section.h"
+#include "run/kept_anchors.h"
 #include "run/run_unit_end.h"
 #include "run/signal_stack.h"
 #include "run/signal_table.h"
@@ -31,21 +38,36 @@ void endThread() {
     }
 }
 
-void freeRunUnits(Proccom &process) {
+void destroy(HashTable *&table) {
+    hashTableDestroy(std::exchange(table, nullptr));
+}
+
+// Another thread may look a name up at this moment.
+void destroyTables(Runcom &unit) {
+    {
+        const EndingLock lock(ExternalLock);
+        destroy(unit.extfiles);
+        destroy(unit.extvars);
+    }
+    const EndingLock lock(PlleLock);
+    destroy(unit.plle);
+}
+
+void endSignalTable(const Proccom &process, Runcom &unit) {
+    if (has(process.state, PROCCOM_SIGNAL)) {
+        unit.sigtable = nullptr; // a handler is still running on it
+    } else if (has(unit.flags, RUNCOM_SIG)) {
+        removeSignalTable(unit.sigtable); // left in force by a signal that ended it
+    }
+}
+
+void keepRunUnits(Proccom &process) {
     while (process.freeru != nullptr) {
-        Runcom *unit = process.freeru;
-        process.freeru = unit->link;
-        hashTableDestroy(unit->extfiles);
-        hashTableDestroy(unit->extvars);
-        hashTableDestroy(unit->plle);
-        // The handler of a signal is still running on its table.
-        if (!has(process.state, PROCCOM_SIGNAL)) {
-            if (has(unit->flags, RUNCOM_SIG)) {
-                removeSignalTable(unit->sigtable); // left in force by a signal that ended it
-            }
-            release(unit->sigtable);
-        }
-        release(unit);
+        Runcom &unit = *process.freeru;
+        process.freeru = unit.link;
+        destroyTables(unit);
+        endSignalTable(process, unit);
+        keep(unit);
     }
 }
 
@@ -53,6 +75,7 @@ void freeRunUnits(Proccom &process) {
 // end would lose it, and a run-time that starts again would write ahead of it.
 void forgetStandardFiles(Proccom &process) {
     writeOutStandardFiles(process);
+    tellLostOutput();
     process.sysin = nullptr;
     process.sysout = nullptr;
     process.cobmsgs = nullptr;
@@ -65,9 +88,47 @@ void forgetStandardFiles(Proccom &process) {
 }
 
 void freePaths(Proccom &process) {
-    for (char **path : {&process.installdir, &process.libdir, &process.cobpath, &process.sortdir}) {
-        release(*path);
-        *path = nullptr;
+    const EndingLock lock(PlleLock); // under which programs are searched for
+    for (char **path : {&process.cobpath, &process.sortdir}) {
+        release(std::exchange(*path, nullptr));
+    }
+}
+
+// Ends run units until there is none; false when the run-time has ended under way.
+bool endRunUnits(Proccom &process, EndReason reason) {
+    while (process.runcom != nullptr) {
+        endRunUnit(process, *process.runcom, reason, kStatusForcedEnd);
+        if (proccom() != &process) {
+            return false; // a program that it called came first
+        }
+    }
+    return true;
+}
+
+// What is left when the last run unit has ended. No other thread starts anything meanwhile.
+void tearDown(Proccom &process, EndReason reason) {
+    // Threads that fail at the same time still tell it by the catalogue's texts.
+    if (reason != EndReason::abnormalEnd) {
+        closeMessageCatalog();
+    }
+    keepRunUnits(process);
+    removeThreadStack();
+    restoreDivideTrap();
+    forgetStandardFiles(process);
+    freePaths(process);
+    if (process.convclose != nullptr) {
+        process.convclose();
+    }
+    tellEndOfRunTime(process);
+    releaseThreadSlot();
+    forgetThreadKey(reason == EndReason::libraryUnload);
+    debug::runTimeEnded();
+    const int32_t debug = process.debug;
+    const int32_t pid = process.pid;
+    __atomic_store_n(&_zorProccom, nullptr, __ATOMIC_RELEASE);
+    keep(process);
+    if (debug == kDebugWithClosingLine) {
+        fprintf(stderr, "RTE Terminated... PID %d Proccom %p\n", pid, debug::address(proccom()));
     }
 }
 
@@ -85,30 +146,16 @@ void TermCobolRte(EndReason reason) {
     clear(process.state, PROCCOM_TRACKED);
     giveBack(WayOut::runTimeEnd);
     process.lockhook = nullptr;
-    while (process.runcom != nullptr) {
-        endRunUnit(process, *process.runcom, reason, kStatusForcedEnd);
+    while (endRunUnits(process, reason)) {
+        const InitSection section;
         if (proccom() != &process) {
-            return; // a program that it called came first
+            return; // another thread's end was first
         }
-    }
-    closeMessageCatalog();
-    freeRunUnits(process);
-    removeAlternateStack();
-    forgetStandardFiles(process);
-    freePaths(process);
-    if (process.convclose != nullptr) {
-        process.convclose();
-    }
-    tellEndOfRunTime(process);
-    releaseThreadSlot();
-    deleteThreadKey();
-    debug::runTimeEnded();
-    const int32_t debug = process.debug;
-    const int32_t pid = process.pid;
-    release(&process);
-    __atomic_store_n(&_zorProccom, nullptr, __ATOMIC_RELEASE);
-    if (debug == kDebugWithClosingLine) {
-        fprintf(stderr, "RTE Terminated... PID %d Proccom %p\n", pid, debug::address(proccom()));
+        if (process.runcom == nullptr) {
+            tearDown(process, reason);
+            return;
+        }
+        // Another thread has begun a run unit just now.
     }
 }
 
@@ -125,6 +172,9 @@ __attribute__((destructor)) void zor_fini() {
         fprintf(stderr, line, pid, debug::address(proccom()));
     }
     TermCobolRte(EndReason::libraryUnload);
+    if (__libc_single_threaded != 0) {
+        releaseKeptAnchors();
+    }
     if (debug) {
         fprintf(stderr, line, pid, debug::address(proccom()));
     }

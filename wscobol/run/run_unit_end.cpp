@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "base/lost_output.h"
 #include "base/patient_streams.h"
 #include "base/storage.h"
 #include "cpm.h"
@@ -26,6 +27,7 @@ void flushStandardStreams(const Proccom &process) {
     if (process.sysout == nullptr && process.consoleout == nullptr) {
         flushPatiently(stdout);
     }
+    tellLostOutput();
 }
 
 // False when the run-time ended on the way.

@@ -5,11 +5,11 @@
 
 #include "base/message_list.h"
 #include "base/output_name.h"
-#include "base/storage.h"
 #include "dynamic/program_cache.h"
 #include "dynamic/program_list.h"
 #include "run/debug_lines.h"
 #include "run/init_section.h"
+#include "run/kept_anchors.h"
 #include "run/signal_table.h"
 #include "run/start_up.h"
 
@@ -47,18 +47,12 @@ Runcom *reuseIdle(Proccom &process) {
     return unit;
 }
 
-Runcom *createNew(Proccom &process) {
-    auto *unit = static_cast<Runcom *>(allocateZeroedOrReport(sizeof(Runcom)));
-    if (unit == nullptr) {
-        return nullptr;
+Runcom *makeNew(Proccom &process) {
+    Runcom *unit = takeRuncom();
+    if (unit != nullptr) {
+        memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
+        unit->id = process.nextid++;
     }
-    unit->sigtable = static_cast<SignalRow *>(allocateZeroedOrReport(kSignalTableBytes));
-    if (unit->sigtable == nullptr) {
-        release(unit);
-        return nullptr;
-    }
-    memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
-    unit->id = process.nextid++;
     return unit;
 }
 
@@ -69,7 +63,7 @@ void RunUnitInit(const void *caller) {
         return;
     }
     Proccom &process = *proccom();
-    Runcom *unit = process.freeru != nullptr ? reuseIdle(process) : createNew(process);
+    Runcom *unit = process.freeru != nullptr ? reuseIdle(process) : makeNew(process);
     if (unit == nullptr) {
         return;
     }

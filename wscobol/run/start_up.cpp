@@ -11,7 +11,6 @@
 
 #include "base/environment.h"
 #include "base/message_service.h"
-#include "base/storage.h"
 #include "base/terminal_size.h"
 #include "dynamic/program_cache.h"
 #include "run/abort.h"
@@ -19,6 +18,7 @@
 #include "run/debug_lines.h"
 #include "run/divide_trap.h"
 #include "run/init_section.h"
+#include "run/kept_anchors.h"
 #include "run/library_paths.h"
 #include "run/options.h"
 #include "run/run_unit_start.h"
@@ -86,7 +86,7 @@ void zor_init() {
     }
     adoptLocale();
     started = false;
-    auto *process = static_cast<Proccom *>(allocateZeroedOrReport(sizeof(Proccom)));
+    Proccom *process = takeProccom();
     if (process == nullptr) {
         return;
     }
@@ -104,10 +104,10 @@ void zor_init() {
     RunUnitInit(nullptr);
     process->freeru = process->runcom;
     process->runcom = nullptr;
-    if (findLibraryPaths(*process)) {
-        prepareCatalogPath(*process);
-    }
+    findLibraryPaths(*process);
+    prepareCatalogPath(*process);
     readTerminalSizes(*process);
+    closeMessageCatalog(); // an abnormal end left it open
     openMessageCatalog();
     debug::zorInit(*process);
 }

@@ -45,9 +45,9 @@ struct Held {
 // wait for, last the claim of the end, after which another thread may begin one.
 constexpr Held kHeld[] = {
     {callLockHook, on(WayOut::abnormalEnd, WayOut::monitorJump)},
-    {giveOwnLocks,
-     on(WayOut::abnormalEnd, WayOut::runTimeEnd, WayOut::stopRun, WayOut::stopRunOutOfCall,
-        WayOut::monitorJump, WayOut::threadLeaves, WayOut::otherThreadEndsRun)},
+    {giveOwnLocks, on(WayOut::abnormalEnd, WayOut::runTimeEnd, WayOut::stopRun,
+                      WayOut::stopRunOutOfCall, WayOut::monitorJump, WayOut::threadLeaves,
+                      WayOut::otherThreadEndsRun, WayOut::hostTakesOver)},
     {giveBackStreamLocks, on(WayOut::signalEndsRun, WayOut::stopRunOutOfCall, WayOut::monitorJump,
                              WayOut::threadLeaves)},
     {giveBackMessageBuffer,
