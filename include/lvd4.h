@@ -6,6 +6,7 @@
 
 #include "zor_abi.h"
 
+#include "call.h"
 #include "codepage.h"
 #include "cpm.h"
 #include "decimal.h"
@@ -13,6 +14,7 @@
 #include "decimal_moves.h"
 #include "display.h"
 #include "edit.h"
+#include "external_data.h"
 #include "fcb.h"
 #include "messages.h"
 #include "pcb.h"

@@ -28,7 +28,10 @@ void TARIFF(const char *customerClass, uint8_t *price) {
     _zorPgmEnterUnlock();
 
     calls += 1;
-    memcpy(price, *customerClass == 'A' ? priceOfA : *customerClass == 'B' ? priceOfB : priceOfOthers,
+    memcpy(price,
+           *customerClass == 'A'   ? priceOfA
+           : *customerClass == 'B' ? priceOfB
+                                   : priceOfOthers,
            PACKED(kPrice));
     if (calls > 3)
         _zorcBCD_SUB_Pckd(price, rebate, price, kPrice, 1, kPrice);

@@ -38,13 +38,16 @@ CallTarget loadAndList(Proccom &process, HashTable *list, const ProgramName &nam
 CallTarget findOrLoad(const ProgramName &name) {
     Proccom *process = proccom();
     const Runcom *unit = currentRunUnit(process);
-    if (unit == nullptr || unit->plle == nullptr) {
+    if (unit == nullptr) {
         return {};
     }
     const ScopedLock lock(PlleLock);
-    const LLE *known =
-        lookupProgram(unit->plle, name.text(), name.length(), Touch::withParent, true);
-    return known != nullptr ? CallTarget{known->entry} : loadAndList(*process, unit->plle, name);
+    HashTable *list = unit->plle;
+    if (list == nullptr) {
+        return {}; // another thread ended the run-time
+    }
+    const LLE *known = lookupProgram(list, name.text(), name.length(), Touch::withParent, true);
+    return known != nullptr ? CallTarget{known->entry} : loadAndList(*process, list, name);
 }
 
 FunctionDescriptor *fail(CallFailure failure, const ProgramName &name, int32_t *exception) {

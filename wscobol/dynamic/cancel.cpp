@@ -10,11 +10,13 @@ namespace {
 
 IPCB *enteredProgram(const ProgramName &name) {
     const Runcom *unit = currentRunUnit();
-    if (unit == nullptr || unit->plle == nullptr) {
+    if (unit == nullptr) {
         return nullptr;
     }
     const ScopedLock lock(PlleLock);
-    const LLE *known = lookupProgram(unit->plle, name.text(), name.length(), Touch::none, true);
+    const LLE *known = unit->plle == nullptr ? nullptr
+                                             : lookupProgram(unit->plle, name.text(), name.length(),
+                                                             Touch::none, true);
     return known != nullptr && known->pcb != nullptr ? known->pcb->ipcb : nullptr;
 }
 

@@ -59,11 +59,14 @@ void freeItem(HashTable *, HashElement *element) {
     release(element);
 }
 
-// The run unit's table, made when there is none; null when storage is exhausted.
-HashTable *provideTable(Runcom &unit) {
-    HashTable *table = __atomic_load_n(&unit.extvars, __ATOMIC_ACQUIRE);
-    if (table != nullptr) {
-        return table;
+HashTable *tableOf(const Runcom &unit) {
+    return __atomic_load_n(&unit.extvars, __ATOMIC_ACQUIRE);
+}
+
+// False when storage is exhausted.
+bool provideTable(Runcom &unit) {
+    if (tableOf(unit) != nullptr) {
+        return true;
     }
     const ScopedLock lock(ExternalLock);
     if (unit.extvars == nullptr) {
@@ -74,7 +77,7 @@ HashTable *provideTable(Runcom &unit) {
         parameters.flags = kHashFixedSize;
         __atomic_store_n(&unit.extvars, hashTableCreate(parameters), __ATOMIC_RELEASE);
     }
-    return unit.extvars;
+    return unit.extvars != nullptr;
 }
 
 ExternalStorage *createStorage(uint32_t length) {
@@ -90,9 +93,14 @@ ExternalStorage *createStorage(uint32_t length) {
 }
 
 // The new item's storage, or that of another thread's item that came first; null when storage is
-// exhausted. The table copies the name: the program that gave it may be unloaded.
-ExternalStorage *createItem(HashTable *table, const ItemName &name, uint32_t length) {
+// exhausted, or another thread ended the run-time. The table copies the name: the program that gave
+// it may be unloaded.
+ExternalStorage *createItem(const Runcom &unit, const ItemName &name, uint32_t length) {
     const ScopedLock lock(ExternalLock);
+    HashTable *table = unit.extvars;
+    if (table == nullptr) {
+        return nullptr;
+    }
     const HashElement *element =
         hashTableLookup(table, name.text(), name.length(), Touch::none, false);
     if (element != nullptr) {
@@ -114,15 +122,17 @@ ExternalStorage *createItem(HashTable *table, const ItemName &name, uint32_t len
     return storage;
 }
 
-ExternalStorage *findOrCreate(HashTable *table, const ItemName &name, uint32_t length) {
-    const HashElement *element = hashTableFind(table, name.text(), name.length());
-    return element != nullptr ? storageOf(element) : createItem(table, name, length);
+ExternalStorage *findOrCreate(const Runcom &unit, const ItemName &name, uint32_t length) {
+    const HashTable *table = tableOf(unit);
+    const HashElement *element =
+        table != nullptr ? hashTableFind(table, name.text(), name.length()) : nullptr;
+    return element != nullptr ? storageOf(element) : createItem(unit, name, length);
 }
 
 // False when a message ended the run-time, and the run unit's storage with it.
-bool provideItem(HashTable *table, const ExternalDataItem &item, void *&address) {
+bool provideItem(const Runcom &unit, const ExternalDataItem &item, void *&address) {
     const ItemName name(item);
-    ExternalStorage *storage = findOrCreate(table, name, item.length);
+    ExternalStorage *storage = findOrCreate(unit, name, item.length);
     if (storage == nullptr) {
         message::insufficientStorage.issue(MESSAGE_SEVERE);
         return false;
@@ -145,13 +155,12 @@ void _zorExtVarInit(const ExternalDataTable *table, void **addresses) {
     if (unit == nullptr) {
         return;
     }
-    HashTable *items = provideTable(*unit);
-    if (items == nullptr) {
+    if (!provideTable(*unit)) {
         message::insufficientStorage.issue(MESSAGE_SEVERE);
         return;
     }
     for (int32_t i = 0; i < table->count; ++i) {
-        if (!provideItem(items, table->items[i], addresses[i])) {
+        if (!provideItem(*unit, table->items[i], addresses[i])) {
             return;
         }
     }

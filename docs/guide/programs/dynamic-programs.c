@@ -1,13 +1,8 @@
 /* CALL by name, ON EXCEPTION, CANCEL and EXTERNAL items, as far as one file can show them: programs
  * of other files stand in examples/billing. */
-#include "call.h"
-#include "cpm.h"
-#include "external_data.h"
-#include "pcb.h"
-#include "proccom.h"
+#include "lvd4.h"
 
 #include <stdio.h>
-#include <string.h>
 
 /* The bit of IPCB.status by which a program knows that WORKING-STORAGE has its initial values. */
 #define INITIALIZED ((uint32_t)IPCB_STATUS_RUN_UNIT)
@@ -81,8 +76,8 @@ static int32_t report(int32_t line) {
     _zorPgmEnterUnlock();
     printf("line %d: balance %d\n", (int)line, (int)*balance);
     /* CANCEL of a program that is active leaves it alone. */
-    printf("CANCEL of REPORT gives %d\n", (int)_zorCancel((const NestedProgramTable *)&nested, 6,
-                                                           "REPORT", &pcb));
+    printf("CANCEL of REPORT gives %d\n",
+           (int)_zorCancel((const NestedProgramTable *)&nested, 6, "REPORT", &pcb));
     _zorPgmExit(ipcb);
     return 0;
 }
@@ -90,13 +85,13 @@ static int32_t report(int32_t line) {
 /* CALL name USING BY VALUE argument ON EXCEPTION: 1 and the result, or 0 for the exception. */
 static int call(const char *name, int32_t length, int32_t argument, int32_t *result) {
     int32_t exception = 1; /* there is an ON EXCEPTION */
-    FunctionDescriptor *target = _zorDynLd((const NestedProgramTable *)&nested, length, name, &pcb,
-                                           entries, &exception);
+    FunctionDescriptor *target =
+        _zorDynLd((const NestedProgramTable *)&nested, length, name, &pcb, entries, &exception);
     if (target == NULL) {
         printf("ON EXCEPTION %.*s, exception is %d\n", (int)length, name, (int)exception);
         return 0;
     }
-    *result = ((int32_t (*)(int32_t))target->entry)(argument);
+    *result = ((int32_t(*)(int32_t))target->entry)(argument);
     return 1;
 }
 
