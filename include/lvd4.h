@@ -8,6 +8,7 @@
 
 #include "call.h"
 #include "codepage.h"
+#include "collating.h"
 #include "cpm.h"
 #include "decimal.h"
 #include "decimal_convert.h"
@@ -17,6 +18,7 @@
 #include "external_data.h"
 #include "fcb.h"
 #include "messages.h"
+#include "national.h"
 #include "pcb.h"
 #include "proccom.h"
 #include "runcom.h"

@@ -12,6 +12,7 @@
 #include "base/message_list.h"
 #include "codepage.h"
 #include "national/locale_table.h"
+#include "national/services.h"
 
 namespace zor {
 namespace {
@@ -46,6 +47,10 @@ void storeLocaleName(Proccom &process) {
         name = kNameOfPlainLocale;
     }
     copyText(process.localename, name);
+    if (strncmp(name, "C.", 2) ==
+        0) { // "C.UTF-8": the plain locale with the code set that it names
+        memcpy(process.localename, kNameOfPlainLocale, kCodeSetDot);
+    }
     if (process.localename[kCodeSetDot] != '.') {
         char *const codeSet = process.localename + kCodeSetDot + 1;
         constexpr std::size_t kRoom = sizeof process.localename - kCodeSetDot - 1;
@@ -114,6 +119,6 @@ void _zorGetLocaleCP(char *localeBuffer, char *ebcdicBuffer) {
 }
 
 int32_t _zorGetMBCurMax() {
-    _zorcSetCodePages(); // it is what sets the locale of characters
+    zor::services(); // their choice of code pages is what sets the locale of characters
     return static_cast<int32_t>(MB_CUR_MAX);
 }
