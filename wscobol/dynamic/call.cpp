@@ -80,7 +80,7 @@ FunctionDescriptor *_zorDynLd(const NestedProgramTable *nested, int32_t length, 
     if (target.entry == nullptr) {
         return fail(target.failure, wanted, exception);
     }
-    auto *descriptor = static_cast<FunctionDescriptor *>(threadScratch(sizeof(FunctionDescriptor)));
+    auto *descriptor = static_cast<FunctionDescriptor *>(threadDescriptor());
     if (descriptor != nullptr) {
         *descriptor = {target.entry, 0};
     }
