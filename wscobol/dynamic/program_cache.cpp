@@ -80,21 +80,23 @@ template <class Test> bool anyListed(const Runcom *unit, Test test) {
     return false;
 }
 
-// True for a program that a run unit knows by itself and whose code lies in the file of a cached
-// one: the file was called by another name than the program in it has.
-bool isOwnProgramIn(const HashElement *element, void *file) {
-    return !isLinkToParent(element) && liesInFile(lleOf(element)->entry, file);
+// True for a program that came with the file of a cached one and entered by itself: the file was
+// called by another name than the program in it has.
+bool isOtherProgramIn(const HashElement *element, void *file) {
+    const LLE &program = *lleOf(element);
+    return program.load == nullptr &&
+           liesInFile(program.entry != nullptr ? program.entry : program.pcb, file);
 }
 
 bool isInUse(const Proccom &process, const LLE &cached) {
     return isActive(cached) || anyListed(process.runcom, [&](const HashElement *element) {
-               return isOwnProgramIn(element, cached.load) && isActive(*lleOf(element));
+               return isOtherProgramIn(element, cached.load) && isActive(*lleOf(element));
            });
 }
 
 void forgetProgramsIn(const Proccom &process, void *file) {
     anyListed(process.runcom, [&](const HashElement *element) {
-        if (isOwnProgramIn(element, file)) {
+        if (isOtherProgramIn(element, file)) {
             forgetProgram(process, *lleOf(element));
         }
         return false;
@@ -162,7 +164,11 @@ void dropUnloadedPrograms(const Proccom &process, const Runcom *remaining) {
     while (HashElement *element = hashTableNext(process.plle, cursor)) {
         const bool isLinked = anyListed(
             remaining, [&](const HashElement *other) { return other->parent == element; });
-        if (lleOf(element)->entry == nullptr && !isLinked) {
+        LLE &program = *lleOf(element);
+        if (program.entry == nullptr && !isLinked) {
+            if (program.pcb != nullptr) { // one of this name was entered since
+                program.pcb->lle = nullptr;
+            }
             hashTableDelete(process.plle, element);
         }
     }

@@ -57,7 +57,7 @@ Refusal lastRefusal() {
     const char *const texts[] = {strerror(ENOMEM),
                                  dgettext("libc", "failed to map segment from shared object")};
     for (const char *text : texts) {
-        if (refusal.error == 0 && strstr(refusal.reason, text) != nullptr) {
+        if (strstr(refusal.reason, text) != nullptr) {
             refusal.error = ENOMEM;
         }
     }
