@@ -50,7 +50,8 @@ std::ptrdiff_t distanceOf(void (*body)()) {
     setrlimit(RLIMIT_CORE, &cores);
     const std::string argument = kChildOption + std::to_string(distanceOf(body));
     alarm(kChildSeconds);
-    execl("/proc/self/exe", "child", argument.c_str(), nullptr);
+    const char *program = options.program.empty() ? "/proc/self/exe" : options.program.c_str();
+    execl(program, "child", argument.c_str(), nullptr);
     _exit(127);
 }
 

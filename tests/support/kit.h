@@ -31,6 +31,7 @@ struct ChildOptions {
     std::string input;       // standard input
     std::string directory;   // working directory, if not empty
     bool coreFiles = false;  // whether core files are allowed
+    std::string program;     // a copy of this test program to run in its place
 };
 
 // Runs the body in a fresh process of this test program, with the library loaded anew under the
