@@ -6,6 +6,7 @@
 
 #include "zor_abi.h"
 
+#include "call.h"
 #include "codepage.h"
 #include "collating.h"
 #include "cpm.h"
@@ -14,6 +15,7 @@
 #include "decimal_moves.h"
 #include "display.h"
 #include "edit.h"
+#include "external_data.h"
 #include "fcb.h"
 #include "messages.h"
 #include "national.h"
