@@ -290,7 +290,7 @@ inline void storeZoned(Word magnitude, bool negative, uint8_t *target, int32_t d
         storeDigits(target + room - 8, spreadFour(word >> 16));
         storeDigits(target + room - 4, spreadFour(word & 0xFFFFU));
         if (magnitude == 0) {
-            memset(target, kZone, static_cast<std::size_t>(room - 8));
+            fillBytes(target, kZone, room - 8);
             word = 0;
             room = 0;
             break;
