@@ -95,6 +95,8 @@ template <SignKind sign, bool leading> struct Zoned {
         }
     }
 
+    static void clearPad(uint8_t *, int32_t) {} // every byte is a digit or a sign
+
     // False only for a separate sign that is neither "+" nor "-".
     static bool hasProperSign(const uint8_t *item, int32_t digits) {
         const uint8_t byte = *signByte(item, digits);

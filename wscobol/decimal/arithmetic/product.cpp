@@ -93,14 +93,12 @@ void multiplyInTarget(const Factor &a, const Factor &b, bool negative, uint8_t *
         }
     }
     Form::storeSign(target, targetDigits, negative);
-    if constexpr (Form::kSign == SignKind::packed) {
-        Form::clearPad(target, targetDigits);
-    }
+    Form::clearPad(target, targetDigits);
 }
 
 template <class Form>
-void multiplyAny(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
-                 int32_t op2Digits, int32_t op1Digits) {
+void multiplyFactors(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t targetDigits,
+                     int32_t op2Digits, int32_t op1Digits) {
     const bool negative = signsDiffer<Form>(op1, op1Digits, op2, op2Digits);
     const Factor a = cutFactor<Form>(op1, op1Digits, targetDigits);
     const Factor b = cutFactor<Form>(op2, op2Digits, targetDigits);
@@ -233,7 +231,7 @@ template <class Form, int32_t N>
 template <class F> struct Product {
     using Form = F;
     static constexpr const char *kVerb = "mpy";
-    static constexpr auto compute = multiplyAny<Form>;
+    static constexpr auto compute = multiplyFactors<Form>;
 
     [[gnu::always_inline]] static bool answer(const uint8_t *op1, const uint8_t *op2,
                                               uint8_t *target, int32_t targetDigits,

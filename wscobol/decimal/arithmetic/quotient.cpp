@@ -150,6 +150,7 @@ bool divide(const uint8_t *dividend, int32_t dividendDigits, const uint8_t *divi
         if (remainder.item != nullptr) {
             copyDigits<Form>(dividend, dividendDigits, remainder.item, remainder.digits);
             Form::storeSign(remainder.item, remainder.digits, dividendNegative);
+            Form::clearPad(remainder.item, remainder.digits);
         }
         storeSmall<Form>(0, false, quotient);
         return false;

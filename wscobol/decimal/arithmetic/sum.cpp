@@ -19,7 +19,6 @@ template <> struct Unit<Packed> {
     static uint8_t digits(uint8_t byte) { return byte; }
     static uint8_t lastDigits(uint8_t byte) { return byte & 0xF0U; }
     static bool isLeadingZero(uint8_t byte) { return byte == 0; }
-    static void finish(uint8_t *target, int32_t digits) { Packed::clearPad(target, digits); }
 
     // With 6 more in a digit a decimal carry is a binary one. A nibble above 9 counts by its value.
     static uint8_t add(uint8_t a, uint8_t b, unsigned &carry) {
@@ -43,7 +42,6 @@ template <> struct Unit<ZonedTrailing> {
     static uint8_t digits(uint8_t byte) { return byte & 0x0FU; }
     static uint8_t lastDigits(uint8_t byte) { return zonedDigitValue(byte); }
     static bool isLeadingZero(uint8_t byte) { return (byte & 0x0FU) == 0; }
-    static void finish(uint8_t *, int32_t) {}
 
     static uint8_t add(uint8_t a, uint8_t b, unsigned &carry) {
         const unsigned sum = a + b + carry;
@@ -133,7 +131,7 @@ void sumByUnits(const uint8_t *op1, const uint8_t *op2, uint8_t *target, int32_t
         combine<Form, true>(a, b, target, targetBytes);
     }
     Form::storeSign(target, targetDigits, negative);
-    Unit<Form>::finish(target, targetDigits);
+    Form::clearPad(target, targetDigits);
 }
 
 // target = op1 + op2 or op1 - op2.
@@ -168,9 +166,9 @@ template <class F, bool subtract> struct Sum {
 // ---- increments by a binary value
 
 // Any length and any data: the value becomes an item. But one of 0 leaves the bytes alone.
-template <class Form>
-[[gnu::noinline]] uint8_t *watchedIncrement(const char *header, uint8_t *accumulator,
-                                            int32_t digits, int64_t value, bool negative) {
+template <class Form, bool subtract>
+[[gnu::noinline, gnu::cold]] void watchedIncrement(const char *header, uint8_t *accumulator,
+                                                   int32_t digits, int64_t value) {
     const WatchedCall call(Behind::colon, header);
     call.item<Form>("op1: ", accumulator, digits);
     call.line("op2: %lld\n", value);
@@ -178,11 +176,10 @@ template <class Form>
     if (value != 0) {
         constexpr int32_t kDigits = 20;
         uint8_t item[kDigits];
-        storeMagnitude<Form>(magnitudeOf(value), negative, item, kDigits);
-        sumByUnits<Form, false>(accumulator, item, accumulator, digits, kDigits, digits);
+        storeMagnitude<Form>(magnitudeOf(value), value < 0, item, kDigits);
+        sumByUnits<Form, subtract>(accumulator, item, accumulator, digits, kDigits, digits);
     }
     call.item<Form>("dst: ", accumulator, digits);
-    return accumulator;
 }
 
 template <class Form, bool subtract, class Value>
@@ -190,17 +187,19 @@ template <class Form, bool subtract, class Value>
                                                  int32_t digits, Value value) {
     const auto magnitude = magnitudeOf(value);
     const bool negative = (value < 0) != subtract;
+    const int32_t bytes = Form::bytes(digits);
     bool done = false;
     if (!mayTrace() && __builtin_expect(magnitude != 0, 1)) {
-        const int32_t bytes = Form::bytes(digits);
         if (bytes <= SumForm<Form>::kWord && magnitude < kUnitsPower<Form>) {
             done = addInteger<Form, Word>(accumulator, digits, magnitude, negative);
         } else if (bytes <= SumForm<Form>::kBlock) {
             done = addInteger<Form, Blocks<1>>(accumulator, digits, magnitude, negative);
         }
     }
-    return done ? accumulator
-                : watchedIncrement<Form>(header, accumulator, digits, value, negative);
+    if (!done) {
+        watchedIncrement<Form, subtract>(header, accumulator, digits, value);
+    }
+    return accumulator;
 }
 
 } // namespace

@@ -55,17 +55,18 @@ template <class Form, class Integer>
     return result;
 }
 
+// Gives nothing, so that nobody ends in a jump to it: arguments that are to be passed on in place
+// would take registers from the common case.
 template <class Form, class Integer>
-[[gnu::noinline]] uint8_t *watchedFromInteger(Integer value, uint8_t *target, int32_t digits) {
+[[gnu::noinline]] void watchedFromInteger(Integer value, uint8_t *target, int32_t digits) {
     if (digits < 1) {
-        return target;
+        return;
     }
     const WatchedCall call(Behind::blank, "%s%d to %s...\n", kPrefix<Integer>, kBits<Integer>,
                            Form::kName);
     traceInteger(call, "in:  ", value);
     storeMagnitude<Form>(magnitudeOf(value), value < 0, target, digits);
     call.item<Form>("out: ", target, digits);
-    return target;
 }
 
 // ---- short packed items
@@ -110,23 +111,23 @@ template <class Integer>
 }
 
 template <class Integer>
-[[gnu::always_inline]] inline uint8_t *toShortPacked(Integer value, uint8_t *target,
-                                                     int32_t digits) {
+[[gnu::always_inline]] inline void toShortPacked(Integer value, uint8_t *target, int32_t digits) {
     if (mayTrace() || !areShort(digits, digits)) {
-        return watchedFromInteger<Packed>(value, target, digits);
+        watchedFromInteger<Packed>(value, target, digits);
+        return;
     }
     const auto magnitude = magnitudeOf(value);
     if constexpr (sizeof magnitude > sizeof(uint32_t)) { // most values do without a division
         if (magnitude >> 32 != 0) {
             if (magnitude >= kTenTo18) {
-                return watchedFromInteger<Packed>(value, target, digits);
+                watchedFromInteger<Packed>(value, target, digits);
+                return;
             }
             storeShortPacked(packedWords(magnitude, value < 0), target, digits);
-            return target;
+            return;
         }
     }
     storeShortPacked(packedWords(static_cast<uint32_t>(magnitude), value < 0), target, digits);
-    return target;
 }
 
 // Digit i of a packed item, counted from the units digit.
@@ -164,7 +165,8 @@ ZOR_ZONED_TO_INTEGER(_zorcBCD_CONV_Znd_To_UInt8, uint64_t)
 
 #define ZOR_INTEGER_TO_PACKED(name, Integer)                                                       \
     uint8_t *name(Integer value, uint8_t *target, int32_t targetDigits) {                          \
-        return toShortPacked(value, target, targetDigits);                                         \
+        toShortPacked(value, target, targetDigits);                                                \
+        return target;                                                                             \
     }
 ZOR_INTEGER_TO_PACKED(_zorcBCD_CONV_Int1_To_Pckd, int8_t)
 ZOR_INTEGER_TO_PACKED(_zorcBCD_CONV_Uns1_To_Pckd, uint8_t)
@@ -177,7 +179,8 @@ ZOR_INTEGER_TO_PACKED(_zorcBCD_CONV_Uns8_To_Pckd, uint64_t)
 
 #define ZOR_INTEGER_TO_ZONED(name, Integer)                                                        \
     uint8_t *name(Integer value, uint8_t *target, int32_t targetDigits) {                          \
-        return watchedFromInteger<ZonedTrailing>(value, target, targetDigits);                     \
+        watchedFromInteger<ZonedTrailing>(value, target, targetDigits);                            \
+        return target;                                                                             \
     }
 ZOR_INTEGER_TO_ZONED(_zorcBCD_CONV_Int4_To_Znd, int32_t)
 ZOR_INTEGER_TO_ZONED(_zorcBCD_CONV_UInt4_To_Znd, uint32_t)
