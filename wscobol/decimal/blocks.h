@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 
 #include "decimal/bytes.h"
+#include "decimal/digits.h"
 #include "decimal/words.h"
 
 namespace zor::decimal {
@@ -179,6 +180,11 @@ inline __m128i pairsOfZoned(__m128i block) {
 }
 inline __m128i packedOfZoned(__m128i high, __m128i low) {
     return _mm_packus_epi16(pairsOfZoned(high), pairsOfZoned(low));
+}
+
+// The bits that make the zone of the last byte negative.
+inline __m128i zonedSign(bool negative) {
+    return _mm_slli_si128(_mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0), 15);
 }
 
 // Masks of bytes, a bit each in the order of storage: those in front of a short string, and the

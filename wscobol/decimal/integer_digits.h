@@ -51,14 +51,6 @@ template <class Word> inline Word packedMagnitude(const uint8_t *item, int32_t d
     return value * scale + rest * 10 + (*last >> 4U);
 }
 
-// The value of eight packed digits. Each step joins neighbours: 16 a + b is 10 a + b with 6 a too
-// much.
-constexpr uint32_t eightDigits(uint32_t word) {
-    word -= (16 - 10) * ((word >> 4) & 0x0F0F0F0FU);
-    word -= (256 - 100) * ((word >> 8) & 0x00FF00FFU);
-    return word - (65'536 - 10'000) * (word >> 16);
-}
-
 // Two ways to read a packed item of proper digits and a proper sign at once. They call nothing and
 // keep to the registers. False is for every other item: one to validate, and to read by
 // packedMagnitude.

@@ -1,3 +1,5 @@
+// What a watched call prints and reports. Lines are written whole, though not calls: those of other
+// threads may stand between them.
 #include "decimal/watched_call.h"
 
 #include <cstdarg>

@@ -1,4 +1,7 @@
-// Products of numbers in base 10^8: of any count of limbs, and of blocks of at most four.
+// Products of numbers in base 10^8: of any count of limbs, and of blocks of at most four. A product
+// is the sums of its columns, each split into a limb and a carry. With limbs of two digits, 12 34 *
+// 56 78 has the columns 34 * 78 = 2652, 12 * 78 + 34 * 56 = 2840 and 12 * 56 = 672; carried from
+// right to left they are 7 00 66 52.
 #ifndef ZOR_DECIMAL_ARITHMETIC_LIMB_PRODUCT_H
 #define ZOR_DECIMAL_ARITHMETIC_LIMB_PRODUCT_H
 

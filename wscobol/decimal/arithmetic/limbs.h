@@ -1,6 +1,6 @@
 // Numbers in base 10^8, for products and quotients: a limb of eight digits is one 32-bit word, and
-// limb 0 holds the units. Digits that are none make limbs out of range and meaningless results, but
-// never a fault.
+// limb 0 holds the units, so that 12345678901 is the limbs 45678901 and 123. Digits that are none
+// make limbs out of range and meaningless results, but never a fault.
 #ifndef ZOR_DECIMAL_ARITHMETIC_LIMBS_H
 #define ZOR_DECIMAL_ARITHMETIC_LIMBS_H
 
@@ -46,70 +46,45 @@ inline __m128i blockOfLimbs(uint32_t limb0, uint32_t limb1, uint32_t limb2, uint
     return _mm_unpacklo_epi64(low, high);
 }
 
-// The limb of eight packed digits without a sign.
-inline uint32_t limbOfDigits(uint32_t digits) {
-    const uint32_t pairs = digits - ((digits >> 4) & 0x0F0F0F0FU) * 6;
-    const uint32_t quads = (pairs & 0x00FF00FFU) + ((pairs >> 8) & 0x00FF00FFU) * 100;
-    return (quads & 0xFFFFU) + (quads >> 16) * 10000;
-}
-
-// How the digits of a form become limbs.
-template <class Form> struct LimbReader;
-
-template <> struct LimbReader<Packed> {
-    // Reads an item's low-order digits, as many as fill the limbs, which are a multiple of four.
-    static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
-        int32_t left = Packed::bytes(digits);
-        int32_t at = 0;
-        for (; left > kBlockBytes && at < count; left -= kBlockBytes, at += kBlockLimbs) {
-            const uint8_t *address = item + left - kBlockBytes;
-            keepLimbs(limbs + at,
-                      limbsOfDigits(shiftDigitRight(loadFull(address), loadFull(address - 1))));
-        }
-        if (left > 0 && at < count) {
-            const __m128i block = loadBlock(item, left);
-            keepLimbs(limbs + at, limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
+// Reads an item's low-order digits, as many as fill the limbs, which are a multiple of four.
+template <class Form>
+void readLimbs(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
+    int32_t left = Form::bytes(digits);
+    int32_t at = 0;
+    // A block, and for packed digits the bytes one place before.
+    const auto keep = [&](__m128i block, __m128i before) {
+        if constexpr (Form::kSign == SignKind::packed) {
+            keepLimbs(limbs + at, limbsOfDigits(shiftDigitRight(block, before)));
             at += kBlockLimbs;
-        }
-        for (; at < count; ++at) {
-            limbs[at] = 0;
-        }
-    }
-};
-
-template <> struct LimbReader<ZonedTrailing> {
-    static void read(uint32_t *limbs, int32_t count, const uint8_t *item, int32_t digits) {
-        int32_t left = digits;
-        int32_t at = 0;
-        for (; left > 0 && at < count; left -= kBlockBytes, at += 2) {
-            const __m128i block =
-                left > kBlockBytes ? loadFull(item + left - kBlockBytes) : loadBlock(item, left);
+        } else {
             _mm_storel_epi64(reinterpret_cast<__m128i *>(limbs + at), limbsOfZoned(block));
+            at += kBlockLimbs / 2;
         }
-        for (; at < count; ++at) {
-            limbs[at] = 0;
-        }
+    };
+    for (; left > kBlockBytes && at < count; left -= kBlockBytes) {
+        const uint8_t *const start = item + left - kBlockBytes;
+        keep(loadFull(start), loadFull(start - 1));
+    }
+    if (left > 0 && at < count) {
+        const __m128i block = loadBlock(item, left);
+        keep(block, _mm_slli_si128(block, 1));
+    }
+    for (; at < count; ++at) {
+        limbs[at] = 0;
+    }
+    if constexpr (Form::kSign != SignKind::packed) {
         const uint8_t last = item[digits - 1];
         limbs[0] += zonedDigitValue(last) - (last & 0x0FU);
     }
-};
+}
 
-// Writes limbs into an item from its last byte on, four at a time, as far as they go and the item
-// has room.
-template <class Form> class LimbWriter;
-
-template <> class LimbWriter<Packed> {
-public:
-    LimbWriter(uint8_t *target, int32_t digits, bool negative)
-        : target_(target), digits_(digits), left_(Packed::bytes(digits)),
-          lower_(_mm_cvtsi32_si128(packedSign(negative) << 4)) {} // the sign follows the units
+// Writes an item from its last byte on, a block at a time.
+class BlockWriter {
+protected:
+    BlockWriter(uint8_t *target, int32_t bytes) : target_(target), left_(bytes) {}
 
     // False when the item is full.
-    [[gnu::always_inline]] bool put(__m128i limbs) {
-        const __m128i block = digitsOfLimbs(limbs);
-        const __m128i behind = _mm_or_si128(_mm_srli_si128(block, 1), _mm_slli_si128(lower_, 15));
-        const __m128i bytes = shiftDigitLeft(block, behind);
-        lower_ = block;
+    [[gnu::always_inline]] bool putBlock(__m128i bytes) {
         left_ -= kBlockBytes;
         if (left_ <= 0) {
             storeBlock(target_, left_ + kBlockBytes, bytes);
@@ -118,28 +93,53 @@ public:
         storeFull(target_ + left_, bytes);
         return true;
     }
+    // Fills what no block reached.
+    void fill(uint8_t byte) {
+        if (left_ > 0) {
+            memset(target_, byte, static_cast<std::size_t>(left_));
+        }
+    }
+
+    uint8_t *target_;
+    int32_t left_; // bytes in front of those written
+};
+
+// Writes limbs into an item from its last byte on, four at a time, as far as they go and the item
+// has room.
+template <class Form> class LimbWriter;
+
+template <> class LimbWriter<Packed> : BlockWriter {
+public:
+    LimbWriter(uint8_t *target, int32_t digits, bool negative)
+        : BlockWriter(target, Packed::bytes(digits)), digits_(digits),
+          lower_(_mm_cvtsi32_si128(packedSign(negative) << 4)) {} // the sign follows the units
+
+    // False when the item is full.
+    [[gnu::always_inline]] bool put(__m128i limbs) {
+        const __m128i block = digitsOfLimbs(limbs);
+        const __m128i behind = _mm_or_si128(_mm_srli_si128(block, 1), _mm_slli_si128(lower_, 15));
+        lower_ = block;
+        return putBlock(shiftDigitLeft(block, behind));
+    }
 
     // Clears what no limb reached.
     void finish() {
+        fill(0);
         if (left_ > 0) {
-            memset(target_, 0, static_cast<std::size_t>(left_));
             target_[left_ - 1] = static_cast<uint8_t>(_mm_cvtsi128_si32(lower_) >> 4 & 0x0F);
         }
         Packed::clearPad(target_, digits_);
     }
 
 private:
-    uint8_t *target_;
     int32_t digits_;
-    int32_t left_; // bytes in front of those written
     __m128i lower_;
 };
 
-template <> class LimbWriter<ZonedTrailing> {
+template <> class LimbWriter<ZonedTrailing> : BlockWriter {
 public:
     LimbWriter(uint8_t *target, int32_t digits, bool negative)
-        : target_(target), left_(digits),
-          sign_(_mm_slli_si128(_mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0), 15)) {}
+        : BlockWriter(target, digits), sign_(zonedSign(negative)) {}
 
     [[gnu::always_inline]] bool put(__m128i limbs) {
         const ZonedBlocks zoned = zonedOfDigits(digitsOfLimbs(limbs));
@@ -148,25 +148,9 @@ public:
         return putBlock(low) && putBlock(zoned.high);
     }
 
-    void finish() {
-        if (left_ > 0) {
-            memset(target_, kZone, static_cast<std::size_t>(left_));
-        }
-    }
+    void finish() { fill(kZone); }
 
 private:
-    bool putBlock(__m128i bytes) {
-        left_ -= kBlockBytes;
-        if (left_ <= 0) {
-            storeBlock(target_, left_ + kBlockBytes, bytes);
-            return false;
-        }
-        storeFull(target_ + left_, bytes);
-        return true;
-    }
-
-    uint8_t *target_;
-    int32_t left_;
     __m128i sign_;
 };
 

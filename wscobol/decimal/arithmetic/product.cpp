@@ -1,10 +1,13 @@
-// MPY of packed and zoned items.
+// MPY of packed and zoned items: factors of up to four limbs each as blocks, longer ones limb by
+// limb, and digit by digit what is longer than 16 limbs. Digits that do not reach the target are
+// left out: of 12345 * 678 in three digits only 345 * 678 = 233910 is computed, for the result 910.
 #include <algorithm>
 #include <cstring>
 
 #include "decimal.h"
 #include "decimal/arithmetic/arithmetic_call.h"
 #include "decimal/arithmetic/limb_product.h"
+#include "decimal/digit_at.h"
 #include "decimal/digit_copy.h"
 
 namespace zor::decimal {
@@ -43,35 +46,14 @@ void multiplyLong(const Factor &a, const Factor &b, bool negative, uint8_t *targ
     uint32_t limbsA[kLongLimbs];
     uint32_t limbsB[kLongLimbs];
     uint32_t product[2 * kLongLimbs] = {};
-    LimbReader<Form>::read(limbsA, kLongLimbs, a.item, a.digits);
-    LimbReader<Form>::read(limbsB, kLongLimbs, b.item, b.digits);
+    readLimbs<Form>(limbsA, kLongLimbs, a.item, a.digits);
+    readLimbs<Form>(limbsB, kLongLimbs, b.item, b.digits);
     multiplyLimbs(limbsA, significantLimbs(limbsA, kLongLimbs), limbsB,
                   significantLimbs(limbsB, kLongLimbs), product);
     storeLimbs<Form>(product, 2 * kLongLimbs, negative, target, targetDigits);
 }
 
 // ---- factors of any length, digit by digit in the target itself; the target is no operand then
-
-template <class Form> unsigned digitAt(const uint8_t *item, int32_t digits, int32_t fromUnits) {
-    if constexpr (Form::kSign == SignKind::packed) {
-        const unsigned byte = item[digits / 2 - (fromUnits + 1) / 2];
-        return fromUnits % 2 == 0 ? byte >> 4 : byte & 0x0FU;
-    } else {
-        const uint8_t byte = item[digits - 1 - fromUnits];
-        return fromUnits == 0 ? zonedDigitValue(byte) : byte & 0x0FU;
-    }
-}
-
-template <class Form>
-void storeDigitAt(uint8_t *item, int32_t digits, int32_t fromUnits, unsigned digit) {
-    if constexpr (Form::kSign == SignKind::packed) {
-        uint8_t &byte = item[digits / 2 - (fromUnits + 1) / 2];
-        byte = static_cast<uint8_t>(fromUnits % 2 == 0 ? (byte & 0x0FU) | digit << 4
-                                                       : (byte & 0xF0U) | digit);
-    } else {
-        item[digits - 1 - fromUnits] = static_cast<uint8_t>(kZone | digit);
-    }
-}
 
 template <class Form>
 void multiplyInTarget(const Factor &a, const Factor &b, bool negative, uint8_t *target,
@@ -126,8 +108,8 @@ template <> struct ShortProduct<Packed> {
         if constexpr (N == 1) {
             const uint32_t word1 = loadShort(op1, bytes1);
             const uint32_t word2 = loadShort(op2, bytes2);
-            a = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word1 >> 4)));
-            b = _mm_cvtsi32_si128(static_cast<int32_t>(limbOfDigits(word2 & ~0x0FU)));
+            a = _mm_cvtsi32_si128(static_cast<int32_t>(eightDigits(word1 >> 4)));
+            b = _mm_cvtsi32_si128(static_cast<int32_t>(eightDigits(word2 & ~0x0FU)));
             return ((nibblesAboveNine(word1) ^ kSignAboveNine) |
                     (nibblesAboveNine(word2) ^ kSignAboveNine)) == 0;
         }

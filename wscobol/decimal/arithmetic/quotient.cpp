@@ -1,4 +1,6 @@
-// DIV, DIVR and MOD of packed and zoned items.
+// DIV, DIVR and MOD of packed and zoned items: long division of limbs. With limbs of two digits, 7
+// 00 66 53 by 56 78 is 70066 / 5678 = 12, which leaves 1930, then 193053 / 5678 = 34, which
+// leaves 1.
 #include <algorithm>
 #include <cstring>
 
@@ -30,7 +32,7 @@ struct Number {
 template <class Form> void loadNumber(Number &number, const uint8_t *item, int32_t digits) {
     const int32_t limbs = (Form::places(digits) + kLimbDigits - 1) / kLimbDigits;
     int32_t count = std::min((limbs + kBlockLimbs - 1) / kBlockLimbs * kBlockLimbs, kOperandLimbs);
-    LimbReader<Form>::read(number.limb, count, item, digits);
+    readLimbs<Form>(number.limb, count, item, digits);
     while (count > 1 && number.limb[count - 1] == 0) {
         --count;
     }

@@ -1,4 +1,6 @@
-// ADD and SUB of packed and zoned items, and the increments in place by a binary value.
+// ADD and SUB of packed and zoned items, and the increments in place by a binary value. The signs
+// decide what is done with the magnitudes: 123 + (-45) and 123 - 45 are both the difference 78, and
+// 45 + (-123) is the same with the sign of the greater magnitude.
 #include <algorithm>
 #include <cstring>
 

@@ -1,5 +1,9 @@
 // Sums of well-formed items by words and blocks: up to 63 packed or 32 zoned digits. A packed
 // item's sign nibble stays behind its units digit, as a zero.
+//
+// Digits are added as hexadecimal ones with 6 more in each, so that a decimal carry is a binary
+// one, and those that did not carry give their 6 back: 12345 + 678 is 12345 + 66666 = 789AB, + 678
+// = 79023, of which 023 have carried, so - 66000 = 13023.
 #ifndef ZOR_DECIMAL_ARITHMETIC_SUM_BLOCKS_H
 #define ZOR_DECIMAL_ARITHMETIC_SUM_BLOCKS_H
 
@@ -140,12 +144,12 @@ template <> struct SumForm<ZonedTrailing> {
                                              bool negative) {
         const auto lane = static_cast<int32_t>(__builtin_bswap32(word));
         const ZonedBlocks zoned = zonedOfDigits(_mm_set_epi32(lane, 0, 0, 0));
-        storeBlock(target, digits, _mm_or_si128(zoned.low, signByte(negative)));
+        storeBlock(target, digits, _mm_or_si128(zoned.low, zonedSign(negative)));
     }
     [[gnu::always_inline]] static void write(const Blocks<1> &number, uint8_t *target,
                                              int32_t digits, bool negative) {
         const ZonedBlocks zoned = zonedOfDigits(reversed(number.blocks[0]));
-        const __m128i low = _mm_or_si128(zoned.low, signByte(negative));
+        const __m128i low = _mm_or_si128(zoned.low, zonedSign(negative));
         const int32_t front = digits - kBlockBytes;
         if (front > 0) {
             storeFull(target + front, low);
@@ -153,13 +157,6 @@ template <> struct SumForm<ZonedTrailing> {
         } else {
             storeBlock(target, digits, low);
         }
-    }
-
-private:
-    // The bits that make the zone of the last byte negative.
-    static __m128i signByte(bool negative) {
-        const __m128i bits = _mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0);
-        return _mm_slli_si128(bits, 15);
     }
 };
 

@@ -8,6 +8,7 @@
 
 #include <type_traits>
 
+#include "decimal/digit_at.h"
 #include "decimal/integer_digits.h"
 #include "decimal/short_items.h"
 #include "decimal/watched_call.h"
@@ -130,12 +131,6 @@ template <class Integer>
     storeShortPacked(packedWords(static_cast<uint32_t>(magnitude), value < 0), target, digits);
 }
 
-// Digit i of a packed item, counted from the units digit.
-unsigned packedDigit(const uint8_t *item, int32_t digits, int32_t i) {
-    const uint8_t byte = item[digits / 2 - (i + 1) / 2];
-    return i % 2 == 0 ? byte >> 4U : byte & 0x0FU;
-}
-
 } // namespace
 } // namespace zor::decimal
 
@@ -196,10 +191,10 @@ uint64_t _zorcBCD_CONV_Pckd_To_Len8(const uint8_t *source, int32_t sourceDigits,
     }
     uint64_t length = 0;
     for (int32_t i = sourceDigits - 1; i >= decs; --i) {
-        length = length * 10 + packedDigit(source, sourceDigits, i);
+        length = length * 10 + digitAt<Packed>(source, sourceDigits, i);
     }
     for (int32_t i = 0; i < decs && i < sourceDigits; ++i) {
-        if (packedDigit(source, sourceDigits, i) != 0) {
+        if (digitAt<Packed>(source, sourceDigits, i) != 0) {
             return length + 1;
         }
     }

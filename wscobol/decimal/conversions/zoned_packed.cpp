@@ -1,3 +1,4 @@
+// Long items by blocks from their end; a source that overlaps its target is copied first.
 #include "decimal/conversions/zoned_packed.h"
 
 namespace zor::decimal {

@@ -1,3 +1,6 @@
+// The way for every value: long division of wide integers. 0.1 as binary32, of 24 bits, is 1 / 5 *
+// 2^-1. Scaled by 2^28 the quotient has two bits more, 53687091 with a rest, at the exponent -29;
+// rounded by these two and the rest it is 13421773 * 2^-27.
 #include "decimal/floating/binary_rounding.h"
 
 namespace zor::decimal {

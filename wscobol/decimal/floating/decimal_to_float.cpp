@@ -13,8 +13,9 @@
 namespace zor::decimal {
 namespace {
 
-constexpr int32_t kBinaryDigits = 36;  // significant digits read for a binary form
-constexpr int32_t kWordDigits = 19;    // digits that always fit 64 bits unsigned
+constexpr int32_t kBinaryDigits = 36; // significant digits read for a binary form
+constexpr int32_t kWordDigits = 19;   // digits that always fit 64 bits unsigned
+constexpr uint64_t kTenToWordDigits = 10'000'000'000'000'000'000U;
 constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
 
 // Digit i of an item, counted from the most significant one. Packed bytes that are no digit pairs
@@ -57,14 +58,6 @@ struct DecimalValue {
     int32_t power; // of ten
 };
 
-constexpr uint64_t powerOfTen64(int32_t power) {
-    uint64_t value = 1;
-    for (; power > 0; --power) {
-        value *= 10;
-    }
-    return value;
-}
-
 // The digits from first to end.
 template <class Form>
 Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_t end) {
@@ -73,8 +66,7 @@ Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_
         return {0, digitsBetween<Form>(item, digits, first, end)};
     }
     const uint64_t low = digitsBetween<Form>(item, digits, split, end);
-    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), powerOfTen64(kWordDigits),
-                       low);
+    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), kTenToWordDigits, low);
 }
 
 template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digits) {

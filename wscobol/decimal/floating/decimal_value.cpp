@@ -1,3 +1,6 @@
+// The digits by wide integers. The binary32 value 13421773 * 2^-27 is exactly
+// 0.100000001490116..., and its neighbours are 2^-27 away; every decimal fraction within half of
+// that reads back as the value, and the shortest is 0.1.
 #include "decimal/floating/decimal_value.h"
 
 #include <bit>

@@ -3,10 +3,10 @@
 #include "decimal_convert.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <type_traits>
 
+#include "decimal/digit_at.h"
 #include "decimal/floating/decimal_value.h"
 #include "decimal/floating/float_trace.h"
 #include "decimal/integer_digits.h"
@@ -30,13 +30,7 @@ constexpr int32_t kSpareDigits = 34;       // what a value may have above the ta
 constexpr int32_t kMostDigits = 1'000'000; // more digits or decs than this make no difference
 
 constexpr int32_t kWordPowers = 20; // of ten, that fit 64 bits
-constexpr auto kPowersOfTen = [] {
-    std::array<uint64_t, kWordPowers> powers{1};
-    for (std::size_t i = 1; i < powers.size(); ++i) {
-        powers[i] = powers[i - 1] * 10;
-    }
-    return powers;
-}();
+constexpr auto kPowersOfTen = powersOfTen<uint64_t, kWordPowers>();
 
 // ---- storing
 
@@ -76,16 +70,6 @@ void shorten(DigitString &digits, int32_t count, Rounding rounding) {
     }
 }
 
-// Puts a digit other than 0 at a place, counted from the units, of an item that holds zero there.
-template <class Form> void putDigit(const Target &target, int32_t place, uint8_t digit) {
-    if constexpr (Form::kSign == SignKind::packed) {
-        uint8_t &byte = target.item[target.digits / 2 - (place + 1) / 2];
-        byte = static_cast<uint8_t>(byte | (place % 2 == 0 ? digit << 4 : digit));
-    } else {
-        target.item[target.digits - 1 - place] = static_cast<uint8_t>(kZone | digit);
-    }
-}
-
 template <class Form> void storeDigits(const Target &target, bool negative, DigitString digits) {
     storeZero<Form>(target);
     int32_t scale = digits.exponent + target.decs; // power of ten of the last digit, scaled
@@ -105,7 +89,7 @@ template <class Form> void storeDigits(const Target &target, bool negative, Digi
     for (int32_t place = scale; place < end; ++place) {
         const uint8_t digit = digits.first[digits.count - 1 - (place - scale)];
         any |= digit;
-        putDigit<Form>(target, place, digit);
+        storeDigitAt<Form>(target.item, target.digits, place, digit);
     }
     Form::storeSign(target.item, target.digits, negative && any != 0);
 }

@@ -1,3 +1,5 @@
+// Arithmetic in base 2^32 as on paper, word 0 the units: 10^20 is the words 63100000, 6BC75E2D and
+// 5, in hexadecimal.
 #include "decimal/floating/wide_integer.h"
 
 #include <bit>

@@ -1,3 +1,4 @@
+// Long packed items by blocks from their end, and the carry of a rounding: 1299 and 1 are 1300.
 #include "decimal/moves/packed_shift.h"
 
 namespace zor::decimal {

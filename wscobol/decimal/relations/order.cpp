@@ -1,3 +1,4 @@
+// Items of any length, byte by byte behind their leading zeros.
 #include "decimal/relations/order.h"
 
 #include "decimal/leading_zeros.h"
