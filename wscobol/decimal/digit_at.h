@@ -21,7 +21,7 @@ inline void storeDigitAt(uint8_t *item, int32_t digits, int32_t place, unsigned 
     if constexpr (Form::kSign == SignKind::packed) {
         uint8_t &byte = item[digits / 2 - (place + 1) / 2];
         byte = static_cast<uint8_t>(place % 2 == 0 ? (byte & 0x0FU) | digit << 4
-                                                       : (byte & 0xF0U) | digit);
+                                                   : (byte & 0xF0U) | digit);
     } else {
         item[digits - 1 - place] = static_cast<uint8_t>(kZone | digit);
     }

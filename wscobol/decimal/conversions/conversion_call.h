@@ -67,6 +67,13 @@ template <class To> void storeLetter(uint8_t *target, int32_t digits) {
     *byte = overpunchLetter(*byte & 0x0F, (*byte & 0xF0U) == kNegativeZone);
 }
 
+// An exported conversion by the template `convert` of its file.
+#define ZOR_CONVERSION(name, ...)                                                                  \
+    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
+                                   int32_t sourceDigits) {                                         \
+        return convert<__VA_ARGS__>(source, target, targetDigits, sourceDigits);                   \
+    }
+
 } // namespace zor::decimal
 
 #endif

@@ -89,11 +89,6 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
 
 using namespace zor::decimal;
 
-#define ZOR_CONVERSION(name, To)                                                                   \
-    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
-                                   int32_t sourceDigits) {                                         \
-        return convert<To>(source, target, targetDigits, sourceDigits);                            \
-    }
 ZOR_CONVERSION(_zorcBCD_CONV_Pckd_To_ZndTO, ZonedTrailing)
 ZOR_CONVERSION(_zorcBCD_CONV_Pckd_To_ZndTS, ZonedTrailingSeparate)
 ZOR_CONVERSION(_zorcBCD_CONV_Pckd_To_ZndLO, ZonedLeading)

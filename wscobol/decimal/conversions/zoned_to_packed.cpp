@@ -187,11 +187,6 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
 
 using namespace zor::decimal;
 
-#define ZOR_CONVERSION(name, From)                                                                 \
-    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
-                                   int32_t sourceDigits) {                                         \
-        return convert<From>(source, target, targetDigits, sourceDigits);                          \
-    }
 ZOR_CONVERSION(_zorcBCD_CONV_ZndTO_To_Pckd, ZonedTrailing)
 ZOR_CONVERSION(_zorcBCD_CONV_ZndTS_To_Pckd, ZonedTrailingSeparate)
 ZOR_CONVERSION(_zorcBCD_CONV_ZndLO_To_Pckd, ZonedLeading)

@@ -81,11 +81,6 @@ inline uint8_t *convert(const uint8_t *source, uint8_t *target, int32_t targetDi
 
 using namespace zor::decimal;
 
-#define ZOR_CONVERSION(name, From, To)                                                             \
-    [[gnu::flatten]] uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,   \
-                                   int32_t sourceDigits) {                                         \
-        return convert<From, To>(source, target, targetDigits, sourceDigits);                      \
-    }
 ZOR_CONVERSION(_zorcBCD_CONV_ZndTO_To_ZndTO, ZonedTrailing, ZonedTrailing)
 ZOR_CONVERSION(_zorcBCD_CONV_ZndTO_To_ZndTS, ZonedTrailing, ZonedTrailingSeparate)
 ZOR_CONVERSION(_zorcBCD_CONV_ZndTO_To_ZndLO, ZonedTrailing, ZonedLeading)
