@@ -132,7 +132,9 @@ TEST(Accept, GoesOnBehindAnEarlierEndOfFile) {
 // A terminal is read by lines in either mode, and waited for although it does not block.
 TEST(Accept, WaitsForWhatIsTyped) {
     const int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_TRUE(keyboard >= 0 && grantpt(keyboard) == 0 && unlockpt(keyboard) == 0);
+    ASSERT_GE(keyboard, 0);
+    ASSERT_EQ(grantpt(keyboard), 0);
+    ASSERT_EQ(unlockpt(keyboard), 0);
     const int terminal = open(ptsname(keyboard), O_RDWR | O_NOCTTY | O_NONBLOCK);
     const StandIn console(_zorProccom->consolein, fdopen(terminal, "r"));
     const StandIn sysin(_zorProccom->sysin, fileOf("not this"));
@@ -177,7 +179,8 @@ TEST(Display, WaitsForASlowReaderAndKeepsLinesWhole) {
     constexpr std::size_t kLines = 40;
     for (const int buffering : {_IOFBF, _IOLBF, _IONBF}) {
         int ends[2];
-        ASSERT_TRUE(pipe(ends) == 0 && fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0);
+        ASSERT_EQ(pipe(ends), 0);
+        ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
         const std::string much(1 << 20, '#');
         const ssize_t filled = write(ends[1], much.data(), much.size());
         std::string text;

@@ -1,3 +1,4 @@
+// The one place that reads the environment, so that a rule for all variables has one place, too.
 #include "base/environment.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// Finds and opens the message catalogue of the user's language, or of the nearest one that has it,
+// and keeps the message buffer.
 #include "base/message_catalog.h"
 
 #include <climits>
@@ -244,7 +246,8 @@ CatalogEntry findEntry(int32_t number, uint32_t variant) {
 }
 
 void giveBackMessageBuffer() {
-    if (__atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED) == gettid()) {
+    const pid_t owner = __atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED);
+    if (owner != 0 && owner == gettid()) {
         giveBuffer();
     }
 }

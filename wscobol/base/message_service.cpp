@@ -7,10 +7,10 @@
 #include "base/anchors.h"
 #include "base/message_catalog.h"
 #include "base/message_delivery.h"
-#include "base/message_text.h"
+#include "base/message_wrap.h"
 #include "base/patient_streams.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "base/traceback.h"
 #include "proccom.h"
 
@@ -51,7 +51,7 @@ Severity severityOf(const Request &request, Severity inCatalog) {
 // Counts a warning; true when it is the one that ERRCOUNT does not allow any more. Warnings of
 // several threads each count.
 bool exceedsErrorCount() {
-    Runcom *unit = proccom() == nullptr ? nullptr : proccom()->runcom;
+    Runcom *unit = currentRunUnit();
     if (unit == nullptr) {
         return false;
     }
@@ -137,7 +137,8 @@ void writeMessage(MessageText &message, const Request &request, RunEnd end, cons
         message.append("\n");
     }
     if (catalogIsSingleByte()) {
-        wrapLines(message, proccom() == nullptr ? 0 : proccom()->stderrsize.ws_col);
+        const Proccom *process = proccom();
+        wrapLines(message, process == nullptr ? 0 : process->stderrsize.ws_col);
     }
     ++message.limit;
     message.append("\n");

@@ -1,3 +1,5 @@
+// The per-thread record is found by a key of the thread library, which frees it when the thread
+// ends.
 #include "base/thread_slot.h"
 
 #include <pthread.h>

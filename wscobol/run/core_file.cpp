@@ -12,13 +12,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "base/debug_log.h"
 #include "base/environment.h"
+#include "base/output_name.h"
 #include "base/patient_streams.h"
 #include "base/shell.h"
-#include "base/standard_files.h"
 #include "messages.h"
-#include "run/run_unit.h"
+#include "run/debug_lines.h"
 
 namespace zor {
 namespace {
@@ -97,21 +96,10 @@ bool coreFilesAllowed() {
 
 } // namespace
 
-EndState::EndState(const Runcom *runUnit)
-    : pid(getpid()), process(_zorProccom), unit(runUnit),
-      signal((_zorProccom->state & PROCCOM_SIGNAL) != 0),
-      abort((_zorProccom->state & PROCCOM_ABORT) != 0),
-      stop(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->stop)),
-      abrt(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->abrt)),
-      jmp(runUnit == nullptr ? nullptr : &runUnit->jmp) {}
-
 bool dumpCore() {
-    const EndState state(endingRunUnit(*_zorProccom));
-    ZOR_DEBUG_LOG("_zorCore: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  "
-                  "stop=@%p  abrt=@%p  jmp=@%p\n",
-                  state.pid, state.process, state.unit, static_cast<int>(EndReason::abnormalEnd),
-                  state.signal, state.abort, state.stop, state.abrt, state.jmp);
-    if (_zorProccom->kots != 0 || !coreFilesAllowed() || textsInUse.test_and_set()) {
+    const Proccom &process = *proccom();
+    debug::core({process, endingRunUnit(&process)});
+    if (isInMonitor(&process) || !coreFilesAllowed() || textsInUse.test_and_set()) {
         return false;
     }
     const bool made = makeCoreFile();
@@ -128,10 +116,13 @@ void suppressSystemCore() {
 
 } // namespace zor
 
+using namespace zor;
+
 int32_t ZORDUMP() {
-    if (_zorProccom == nullptr) {
+    const Proccom *process = proccom();
+    if (process == nullptr) {
         return 0;
     }
-    const bool made = zor::dumpCore();
-    return _zorProccom->kots != 0 ? _zorProccom->kots : made;
+    const bool made = dumpCore();
+    return process->kots != 0 ? process->kots : made;
 }

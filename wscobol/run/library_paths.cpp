@@ -1,3 +1,5 @@
+// The library finds its catalogue and its modules from the place of its own file, so that an
+// installation works wherever it is moved: .../usr/lib gives .../usr/share/locale.
 #include "run/library_paths.h"
 
 #include <climits>

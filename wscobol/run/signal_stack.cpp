@@ -4,11 +4,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "base/patient_streams.h"
-#include "base/storage.h"
-#include "run/signals.h"
 
 namespace zor {
 namespace {
@@ -26,6 +25,19 @@ AlternateStack alternate;
 bool inUse() {
     return alternate.base != nullptr &&
            (tgkill(getpid(), alternate.thread, 0) == 0 || errno != ESRCH);
+}
+
+// Pages of its own, zero without being touched: hardly a run ever stands on them.
+void *allocateStack() {
+    void *base = mmap(nullptr, kStackBytes, PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    return base == MAP_FAILED ? nullptr : base;
+}
+
+void releaseStack(void *base) {
+    if (base != nullptr) {
+        munmap(base, kStackBytes);
+    }
 }
 
 bool install(void *base) {
@@ -48,13 +60,13 @@ bool provideAlternateStack() {
         return true; // the host's
     }
     if (alternate.base == nullptr) {
-        alternate.base = allocateZeroed(kStackBytes);
+        alternate.base = allocateStack();
     }
     if (alternate.base != nullptr && install(alternate.base)) {
         alternate.thread = gettid();
         return true;
     }
-    release(alternate.base);
+    releaseStack(alternate.base);
     alternate = {nullptr, 0, true};
     return false;
 }
@@ -71,7 +83,7 @@ void removeAlternateStack() {
         reportPatiently("Loosing alternate signal stack %p\n", alternate.base);
         return;
     }
-    release(alternate.base);
+    releaseStack(alternate.base);
     alternate = {};
 }
 

@@ -8,6 +8,9 @@ namespace zor {
 // none, so that handlers must run on the common stack.
 bool provideAlternateStack();
 
+// Gives back the alternate stack when it is the run-time's own and not in use.
+void removeAlternateStack();
+
 } // namespace zor
 
 #endif

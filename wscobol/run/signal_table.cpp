@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "base/patient_streams.h"
+#include "run/signal_dispatch.h"
 #include "run/signal_stack.h"
-#include "run/signals.h"
 
 namespace zor {
 namespace {
