@@ -4,6 +4,7 @@
 #include "decimal/float_trace.h"
 #include "decimal/frame.h"
 #include "decimal/integer_digits.h"
+#include "decimal/packed_reading.h"
 #include "decimal/packed_to_double.h"
 #include "decimal_convert.h"
 
@@ -13,7 +14,7 @@ namespace zor::decimal {
 namespace {
 
 constexpr int32_t kBinaryDigits = 36;  // significant digits read for a binary form
-constexpr int32_t kWordDigits = 19;    // digits that always fit 64 bits unsigned
+constexpr int32_t kLongDigits = 19;    // digits that always fit 64 bits unsigned
 constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
 
 // Digit i of an item, counted from the most significant one. Packed bytes that are no digit pairs
@@ -67,12 +68,12 @@ constexpr uint64_t powerOfTen64(int32_t power) {
 // The digits from first to end.
 template <class Form>
 Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_t end) {
-    const int32_t split = end - kWordDigits;
+    const int32_t split = end - kLongDigits;
     if (split <= first) {
         return {0, digitsBetween<Form>(item, digits, first, end)};
     }
     const uint64_t low = digitsBetween<Form>(item, digits, split, end);
-    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), powerOfTen64(kWordDigits),
+    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), powerOfTen64(kLongDigits),
                        low);
 }
 
@@ -86,7 +87,7 @@ template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digi
 
 // The leading digits of an item, as many as a binary form reads.
 template <class Form> DecimalValue leadingDigits(const uint8_t *item, int32_t digits) {
-    if (digits < kWordDigits) {
+    if (digits < kLongDigits) {
         return {{0, magnitudeOf<Form, uint64_t>(item, digits)}, 0};
     }
     const int32_t first = firstSignificant<Form>(item, digits);
@@ -162,7 +163,8 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
     DecimalValue value{{0, 0}, 0};
     bool isRead = false;
     if constexpr (radix == Radix::binary && Form::kSign == SignKind::packed) {
-        isRead = digits < kWordDigits && readPackedBlock(source, digits, value.coefficient.low);
+        isRead = digits < kLongDigits &&
+                 readPackedBlock(source, digits, kPackedConstants, value.coefficient.low);
     }
     if (!isRead && (options & NOVALIDATE_ARITH) == 0) {
         checkOperand<Form>(source, digits);

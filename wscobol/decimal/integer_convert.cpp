@@ -13,46 +13,56 @@
 #include "decimal/integer_digits.h"
 #include "decimal/integer_frame.h"
 #include "decimal/options.h"
+#include "decimal/packed_reading.h"
 
 namespace zor::decimal {
 namespace {
 
-// The sign of an unsigned result is not looked at.
-template <class Result, class Word> inline Result signedAs(Word magnitude, uint32_t lastByte) {
-    if constexpr (std::is_signed_v<Result>) {
-        const auto mask = static_cast<int32_t>(packedSignMask(lastByte));
-        const auto bits = static_cast<Word>(static_cast<Result>(mask)); // extended to the width
-        magnitude = (magnitude ^ bits) - bits;
-    }
-    return static_cast<Result>(magnitude);
-}
-
-// Proper packed items, for which reading is validation, in two steps: those that fit two words, and
-// those that fit a block.
+// Proper packed items, for which reading is validation, in three steps. The sign of an unsigned
+// result is not looked at.
 template <class Result, class Next>
-[[gnu::always_inline]] inline Result fromShortPacked(const uint8_t *source, int32_t digits,
-                                                     Next next) {
-    using Word = std::make_unsigned_t<Result>;
-    ShortPacked read;
-    if (mayTrace() || digits < 1 || !readShortPacked(source, digits, read)) {
+[[gnu::always_inline]] inline Result fromPackedWord(const uint8_t *source, int32_t digits,
+                                                    Next next) {
+    uint32_t word;
+    if (!readPackedWord(source, digits, word)) {
         return next(source, digits);
     }
-    if (read.high == 0) {
-        return signedAs<Result, Word>(read.low, read.units);
+    const uint32_t mask = std::is_signed_v<Result> ? packedSignMask(word) : 0;
+    return static_cast<int32_t>((valueOfPackedWord(word) ^ mask) - mask);
+}
+
+template <class Result, class Next>
+[[gnu::always_inline]] inline Result fromPackedLimbs(const uint8_t *source, int32_t digits,
+                                                     const PackedConstants *constants, Next next) {
+    constexpr int32_t kMostDigits = 19; // longer items are mostly for longer values
+    __m128i limbs;
+    if (digits > kMostDigits || !readPackedLimbs(source, digits, *constants, limbs)) {
+        return next(source, digits, constants);
     }
-    return signedAs<Result>(static_cast<Word>(Word{read.high} * ShortPacked::kLow + read.low),
-                            read.units);
+    __m128i value = pairsOfLimbs(limbs, *constants);
+    if constexpr (std::is_signed_v<Result>) {
+        const __m128i mask = packedSignLane(source, digits, *constants);
+        value = _mm_sub_epi64(_mm_xor_si128(value, mask), mask);
+    }
+    return static_cast<Result>(lowLane(value));
 }
 
 template <class Result, class Next>
 [[gnu::always_inline]] inline Result fromPackedBlock(const uint8_t *source, int32_t digits,
-                                                     Next next) {
-    using Word = std::make_unsigned_t<Result>;
+                                                     const PackedConstants *constants, Next next) {
     uint64_t magnitude;
-    if (mayTrace() || !areShort(digits, digits) || !readPackedBlock(source, digits, magnitude)) {
+    if (digits > kShortDigits || !readPackedBlock(source, digits, *constants, magnitude)) {
         return next(source, digits);
     }
-    return signedAs<Result>(static_cast<Word>(magnitude), *Packed::signByte(source, digits));
+    const bool negative = std::is_signed_v<Result> && Packed::isNegative(source, digits);
+    return static_cast<Result>(negative ? 0 - magnitude : magnitude);
+}
+
+// The address of the constants, which the compiler is not to look for again.
+inline const PackedConstants *packedConstants() {
+    const PackedConstants *constants = &kPackedConstants;
+    asm("" : "+r"(constants));
+    return constants;
 }
 
 template <class Value, class Next>
@@ -86,12 +96,32 @@ unsigned packedDigit(const uint8_t *item, int32_t digits, int32_t i) {
 
 using namespace zor::decimal;
 
+// The usual length goes first, and whatever would need more registers is behind a jump.
 #define ZOR_DEFINE(name, Result, printed, header, format)                                          \
-    [[gnu::noinline]] static Result name##OfBlock(const uint8_t *source, int32_t sourceDigits) {   \
-        return fromPackedBlock<Result>(source, sourceDigits, name##InFrame);                       \
+    [[gnu::noinline]] static Result name##OfBlock(const uint8_t *source, int32_t sourceDigits,     \
+                                                  const PackedConstants *constants) {              \
+        return fromPackedBlock<Result>(source, sourceDigits, constants, name##InFrame);            \
+    }                                                                                              \
+    [[gnu::noinline]] static Result name##OfLimbs(const uint8_t *source, int32_t sourceDigits,     \
+                                                  const PackedConstants *constants) {              \
+        return fromPackedLimbs<Result>(source, sourceDigits, constants, name##OfBlock);            \
+    }                                                                                              \
+    [[gnu::noinline]] static Result name##OfWord(const uint8_t *source, int32_t sourceDigits) {    \
+        return fromPackedWord<Result>(source, sourceDigits, name##InFrame);                        \
     }                                                                                              \
     Result _zorcBCD_CONV_##name(const uint8_t *source, int32_t sourceDigits) {                     \
-        return fromShortPacked<Result>(source, sourceDigits, name##OfBlock);                       \
+        if (mayTrace()) {                                                                          \
+            return name##InFrame(source, sourceDigits);                                            \
+        }                                                                                          \
+        if (sourceDigits != kLongestInWord) {                                                      \
+            return sourceDigits <= kWordDigits                                                     \
+                       ? name##OfWord(source, sourceDigits)                                        \
+                       : name##OfLimbs(source, sourceDigits, packedConstants());                   \
+        }                                                                                          \
+        if (!fitsPackedWord(source, kLongestInWord)) {                                             \
+            return name##OfLimbs(source, kLongestInWord, packedConstants());                       \
+        }                                                                                          \
+        return fromPackedWord<Result>(source, kLongestInWord, name##OfWord);                       \
     }
 ZOR_PACKED_TO_INTEGER(ZOR_DEFINE)
 #undef ZOR_DEFINE

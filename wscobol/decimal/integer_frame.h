@@ -39,7 +39,10 @@
 
 namespace zor::decimal {
 
+// Hidden here too: the way to what another library might define needs a register, and those that
+// convert to integers can spare none.
 #define ZOR_DECLARE(name, Result, printed, header, format)                                         \
+    __attribute__((visibility("hidden")))                                                          \
     Result name##InFrame(const uint8_t *source, int32_t sourceDigits);
 ZOR_PACKED_TO_INTEGER(ZOR_DECLARE)
 ZOR_ZONED_TO_INTEGER(ZOR_DECLARE)
