@@ -5,6 +5,7 @@
 #include "decimal.h"
 #include "decimal/arith_frame.h"
 #include "decimal/sum_blocks.h"
+#include "decimal/zoned_sum.h"
 
 namespace zor::decimal {
 namespace {
@@ -140,6 +141,11 @@ template <class Form, bool subtract>
     return target;
 }
 
+// The longest items that are added in the shortest way.
+template <class Form>
+inline constexpr int32_t kShortSum =
+    Form::kSign == SignKind::packed ? SumForm<Form>::kWord : kBlockBytes;
+
 // target = op1 + op2 or op1 - op2. Well-formed items need no other test than that of their digits;
 // others are told properly ahead of the slow way.
 template <class Form, bool subtract>
@@ -148,13 +154,17 @@ template <class Form, bool subtract>
                                            int32_t op1Digits) {
     using S = SumForm<Form>;
     const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
-    const auto add = [=]<class Number>(Number) {
+    const auto add = [=]<class Number>(Number) __attribute__((always_inline)) {
         return addItems<Form, subtract, Number>(op1, op2, target, targetDigits, op2Digits,
                                                 op1Digits);
     };
     bool done = false;
-    if (longest <= S::kWord) {
-        done = add(Word());
+    if (longest <= kShortSum<Form>) {
+        if constexpr (Form::kSign == SignKind::packed) {
+            done = add(Word());
+        } else {
+            done = addShortZoned<subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
+        }
     } else if (longest <= S::kBlock) {
         done = add(Blocks<1>());
     } else if constexpr (S::kMaxBytes > S::kBlock) {
