@@ -7,6 +7,7 @@
 #include "decimal.h"
 #include "decimal/arithmetic/arithmetic_call.h"
 #include "decimal/arithmetic/sum_blocks.h"
+#include "decimal/arithmetic/zoned_sum.h"
 
 namespace zor::decimal {
 namespace {
@@ -148,12 +149,16 @@ template <class F, bool subtract> struct Sum {
                                               int32_t op2Digits, int32_t op1Digits) {
         using S = SumForm<Form>;
         const int32_t longest = Form::bytes(std::max(std::max(op1Digits, op2Digits), targetDigits));
-        const auto add = [=]<class Number>(Number) {
+        const auto add = [=]<class Number>(Number) __attribute__((always_inline)) {
             return addItems<Form, subtract, Number>(op1, op2, target, targetDigits, op2Digits,
                                                     op1Digits);
         };
-        if (longest <= S::kWord) {
-            return add(Word());
+        if constexpr (Form::kSign == SignKind::packed) {
+            if (longest <= S::kWord) {
+                return add(Word());
+            }
+        } else if (longest <= kBlockBytes) {
+            return addShortZoned<subtract>(op1, op2, target, targetDigits, op2Digits, op1Digits);
         }
         if (longest <= S::kBlock) {
             return add(Blocks<1>());

@@ -10,6 +10,7 @@
 
 #include "decimal/digit_at.h"
 #include "decimal/integer_digits.h"
+#include "decimal/packed_reading.h"
 #include "decimal/short_items.h"
 #include "decimal/watched_call.h"
 
@@ -72,43 +73,74 @@ template <class Form, class Integer>
 
 // ---- short packed items
 
-// The sign of an unsigned result is not looked at.
-template <class Result, class Word> inline Result signedAs(Word magnitude, uint32_t lastByte) {
-    if constexpr (std::is_signed_v<Result>) {
-        const auto mask = static_cast<int32_t>(packedSignMask(lastByte));
-        const auto bits = static_cast<Word>(static_cast<Result>(mask)); // extended to the width
-        magnitude = (magnitude ^ bits) - bits;
-    }
-    return static_cast<Result>(magnitude);
-}
+// Proper packed items, for which reading is validation, in three steps. The sign of an unsigned
+// result is not looked at. The usual length goes first, and whatever would need more registers is
+// behind a jump.
 
-// Proper packed items, for which reading is validation, in two steps: those that fit two words, and
-// those that fit a block.
 template <class Integer>
-[[gnu::noinline]] ResultOf<Integer> fromPackedBlock(const uint8_t *source, int32_t digits) {
-    using Result = ResultOf<Integer>;
+[[gnu::noinline]] ResultOf<Integer> fromPackedBlock(const uint8_t *source, int32_t digits,
+                                                    const PackedConstants *constants) {
     uint64_t magnitude;
-    if (mayTrace() || !areShort(digits, digits) || !readPackedBlock(source, digits, magnitude)) {
+    if (digits > kShortDigits || !readPackedBlock(source, digits, *constants, magnitude)) {
         return watchedToInteger<Packed, Integer>(source, digits);
     }
-    return signedAs<Result>(static_cast<std::make_unsigned_t<Result>>(magnitude),
-                            *Packed::signByte(source, digits));
+    const bool negative = std::is_signed_v<Integer> && Packed::isNegative(source, digits);
+    return static_cast<ResultOf<Integer>>(negative ? 0 - magnitude : magnitude);
+}
+
+template <class Integer>
+[[gnu::noinline]] ResultOf<Integer> fromPackedLimbs(const uint8_t *source, int32_t digits,
+                                                    const PackedConstants *constants) {
+    constexpr int32_t kMostDigits = 19; // longer items are mostly for longer values
+    __m128i limbs;
+    if (digits > kMostDigits || !readPackedLimbs(source, digits, *constants, limbs)) {
+        return fromPackedBlock<Integer>(source, digits, constants);
+    }
+    __m128i value = pairsOfLimbs(limbs, *constants);
+    if constexpr (std::is_signed_v<Integer>) {
+        const __m128i mask = packedSignLane(source, digits, *constants);
+        value = _mm_sub_epi64(_mm_xor_si128(value, mask), mask);
+    }
+    return static_cast<ResultOf<Integer>>(lowLane(value));
+}
+
+template <class Integer, class Next>
+[[gnu::always_inline]] inline ResultOf<Integer> fromWord(const uint8_t *source, int32_t digits,
+                                                         Next next) {
+    uint32_t word;
+    if (!readPackedWord(source, digits, word)) {
+        return next(source, digits);
+    }
+    const uint32_t mask = std::is_signed_v<Integer> ? packedSignMask(word) : 0;
+    return static_cast<int32_t>((valueOfPackedWord(word) ^ mask) - mask);
+}
+
+template <class Integer>
+[[gnu::noinline]] ResultOf<Integer> fromPackedWord(const uint8_t *source, int32_t digits) {
+    return fromWord<Integer>(source, digits, watchedToInteger<Packed, Integer>);
+}
+
+// The address of the constants, which the compiler is not to look for again.
+inline const PackedConstants *packedConstants() {
+    const PackedConstants *constants = &kPackedConstants;
+    asm("" : "+r"(constants));
+    return constants;
 }
 
 template <class Integer>
 [[gnu::always_inline]] inline ResultOf<Integer> fromShortPacked(const uint8_t *source,
                                                                 int32_t digits) {
-    using Result = ResultOf<Integer>;
-    using Word = std::make_unsigned_t<Result>;
-    ShortPacked read;
-    if (mayTrace() || digits < 1 || !readShortPacked(source, digits, read)) {
-        return fromPackedBlock<Integer>(source, digits);
+    if (mayTrace()) {
+        return watchedToInteger<Packed, Integer>(source, digits);
     }
-    if (read.high == 0) {
-        return signedAs<Result, Word>(read.low, read.units);
+    if (digits != kLongestInWord) {
+        return digits <= kWordDigits ? fromPackedWord<Integer>(source, digits)
+                                     : fromPackedLimbs<Integer>(source, digits, packedConstants());
     }
-    return signedAs<Result>(static_cast<Word>(Word{read.high} * ShortPacked::kLow + read.low),
-                            read.units);
+    if (!fitsPackedWord(source, kLongestInWord)) {
+        return fromPackedLimbs<Integer>(source, kLongestInWord, packedConstants());
+    }
+    return fromWord<Integer>(source, kLongestInWord, fromPackedWord<Integer>);
 }
 
 template <class Integer>

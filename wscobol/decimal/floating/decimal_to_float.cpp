@@ -8,14 +8,15 @@
 #include "decimal/floating/float_trace.h"
 #include "decimal/floating/packed_to_double.h"
 #include "decimal/integer_digits.h"
+#include "decimal/packed_reading.h"
 #include "decimal/watched_call.h"
 
 namespace zor::decimal {
 namespace {
 
 constexpr int32_t kBinaryDigits = 36; // significant digits read for a binary form
-constexpr int32_t kWordDigits = 19;   // digits that always fit 64 bits unsigned
-constexpr uint64_t kTenToWordDigits = 10'000'000'000'000'000'000U;
+constexpr int32_t kLongDigits = 19;   // digits that always fit 64 bits unsigned
+constexpr uint64_t kTenToLongDigits = 10'000'000'000'000'000'000U;
 constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to any form
 
 // Digit i of an item, counted from the most significant one. Packed bytes that are no digit pairs
@@ -61,12 +62,12 @@ struct DecimalValue {
 // The digits from first to end.
 template <class Form>
 Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_t end) {
-    const int32_t split = end - kWordDigits;
+    const int32_t split = end - kLongDigits;
     if (split <= first) {
         return {0, digitsBetween<Form>(item, digits, first, end)};
     }
     const uint64_t low = digitsBetween<Form>(item, digits, split, end);
-    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), kTenToWordDigits, low);
+    return multiplyAdd(digitsBetween<Form>(item, digits, first, split), kTenToLongDigits, low);
 }
 
 template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digits) {
@@ -79,7 +80,7 @@ template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digi
 
 // The leading digits of an item, as many as a binary form reads.
 template <class Form> DecimalValue leadingDigits(const uint8_t *item, int32_t digits) {
-    if (digits < kWordDigits) {
+    if (digits < kLongDigits) {
         return {{0, magnitudeOf<Form, uint64_t>(item, digits)}, 0};
     }
     const int32_t first = firstSignificant<Form>(item, digits);
@@ -150,7 +151,8 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
     DecimalValue value{{0, 0}, 0};
     bool isRead = false;
     if constexpr (radix == Radix::binary && Form::kSign == SignKind::packed) {
-        isRead = digits < kWordDigits && readPackedBlock(source, digits, value.coefficient.low);
+        isRead = digits < kLongDigits &&
+                 readPackedBlock(source, digits, kPackedConstants, value.coefficient.low);
     }
     if (!isRead) {
         call.validateArithmetic<Form>(source, digits);
