@@ -1,5 +1,5 @@
-// The x87 and the SSE part of the floating unit each have a mask for the exception. feenableexcept does the
-// same, but a program would load the mathematical library for it.
+// The x87 and the SSE part of the floating unit each have a mask for the exception. feenableexcept
+// does the same, but a program would load the mathematical library for it.
 #include "run/divide_trap.h"
 
 #include <cfenv>

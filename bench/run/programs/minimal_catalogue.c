@@ -1,4 +1,5 @@
-/* The peer of minimal_cobol that has its locale and its messages, too, as every such run-time must. */
+/* The peer of minimal_cobol that has its locale and its messages, too, as every such run-time must.
+ */
 #include <locale.h>
 #include <nl_types.h>
 #include <stdlib.h>
