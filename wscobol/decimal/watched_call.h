@@ -27,7 +27,7 @@ enum class Behind : uint8_t {
 
 // Lines of the trace on stderr: of any format, and of an item with its address, digit count and
 // bytes in hexadecimal.
-void traceLine(const char *format, ...) __attribute__((format(printf, 1, 2)));
+void traceLine(const char *format, ...);
 void traceItem(const char *label, Behind behind, const uint8_t *item, int32_t digits,
                int32_t bytes);
 
