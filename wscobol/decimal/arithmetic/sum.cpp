@@ -174,8 +174,8 @@ template <class F, bool subtract> struct Sum {
 
 // Any length and any data: the value becomes an item. But one of 0 leaves the bytes alone.
 template <class Form, bool subtract>
-[[gnu::noinline, gnu::cold]] void watchedIncrement(const char *header, uint8_t *accumulator,
-                                                   int32_t digits, int64_t value) {
+[[gnu::noinline]] void watchedIncrement(const char *header, uint8_t *accumulator, int32_t digits,
+                                        int64_t value) {
     const WatchedCall call(Behind::colon, header);
     call.item<Form>("op1: ", accumulator, digits);
     call.line("op2: %lld\n", value);
@@ -194,16 +194,16 @@ template <class Form, bool subtract, class Value>
                                                  int32_t digits, Value value) {
     const auto magnitude = magnitudeOf(value);
     const bool negative = (value < 0) != subtract;
-    const int32_t bytes = Form::bytes(digits);
     bool done = false;
-    if (!mayTrace() && __builtin_expect(magnitude != 0, 1)) {
+    if (__builtin_expect(!mayTrace() && magnitude != 0, 1)) {
+        const int32_t bytes = Form::bytes(digits);
         if (bytes <= SumForm<Form>::kWord && magnitude < kUnitsPower<Form>) {
             done = addInteger<Form, Word>(accumulator, digits, magnitude, negative);
         } else if (bytes <= SumForm<Form>::kBlock) {
             done = addInteger<Form, Blocks<1>>(accumulator, digits, magnitude, negative);
         }
     }
-    if (!done) {
+    if (__builtin_expect(!done, 0)) {
         watchedIncrement<Form, subtract>(header, accumulator, digits, value);
     }
     return accumulator;
