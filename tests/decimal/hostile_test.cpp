@@ -1,5 +1,5 @@
-// Any bytes, at the edge of a page, through every exported function of the family under every word of
-// options: none reads or writes a byte that is not the items'.
+// Any bytes, at the edge of a page, through every exported function of the family under every word
+// of options: none reads or writes a byte that is not the items'.
 
 #include <cstring>
 #include <random>
@@ -31,8 +31,8 @@ int32_t below(int32_t limit) {
 // A page between two that cannot be touched.
 struct Page {
     Page() {
-        auto *all = static_cast<uint8_t *>(mmap(nullptr, 3 * kPage, PROT_NONE,
-                                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        auto *all = static_cast<uint8_t *>(
+            mmap(nullptr, 3 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
         start = all + kPage;
         mprotect(start, kPage, PROT_READ | PROT_WRITE);
     }
@@ -45,9 +45,10 @@ enum class Form { packed, zoned, separate };
 struct Items {
     explicit Items(const char *function) : name(function) {}
 
-    // The form of an item by the name: "Pckd_To_ZndTS" has a packed one and one with a sign of its own.
+    // The form of an item by the name: "Pckd_To_ZndTS" has a packed one and one with a sign of its
+    // own.
     static Form formOf(const std::string &word) {
-        return word.find("Pckd") != std::string::npos ? Form::packed
+        return word.find("Pckd") != std::string::npos         ? Form::packed
                : word.ends_with("TS") || word.ends_with("LS") ? Form::separate
                                                               : Form::zoned;
     }
@@ -63,7 +64,7 @@ struct Items {
 
     uint8_t *item(int32_t digits, bool target = false) {
         const Form kind = form(target);
-        const int32_t bytes = kind == Form::packed ? digits / 2 + 1
+        const int32_t bytes = kind == Form::packed     ? digits / 2 + 1
                               : kind == Form::separate ? digits + 1
                                                        : digits;
         static Page pages[kItems];
@@ -71,7 +72,8 @@ struct Items {
         uint8_t *at = below(2) != 0 ? page : page + kPage - bytes;
         const bool wild = below(2) != 0;
         for (int32_t i = 0; i < bytes; ++i) {
-            const int32_t proper = kind == Form::packed ? below(10) * 16 + below(10) : '0' + below(10);
+            const int32_t proper =
+                kind == Form::packed ? below(10) * 16 + below(10) : '0' + below(10);
             at[i] = static_cast<uint8_t>(wild ? below(256) : proper);
         }
         return at;
@@ -106,7 +108,8 @@ void exercise(Items &items, Out (*function)(In, In, Out, int32_t, int32_t, int32
     function(items.item(d1), items.item(d2), items.item(dt), dt, d2, d1);
 }
 template <class Result>
-void exercise(Items &items, Result (*function)(In, In, Out, Out, int32_t, int32_t, int32_t, int32_t)) {
+void exercise(Items &items,
+              Result (*function)(In, In, Out, Out, int32_t, int32_t, int32_t, int32_t)) {
     const int32_t d1 = digitCount();
     const int32_t d2 = digitCount();
     const int32_t dq = digitCount();
@@ -168,8 +171,9 @@ void exerciseAll() {
 
 TEST(HostileDecimals, StayWithinTheirItems) {
     const TemporaryDirectory directory;
-    buildCatalog(directory, "C",
-                 "$set 39\n1 \"0 x\"\n$set 40\n1 \"0 x\"\n$set 902\n1 \"0 x\"\n$set 903\n1 \"0 x\"\n");
+    buildCatalog(
+        directory, "C",
+        "$set 39\n1 \"0 x\"\n$set 40\n1 \"0 x\"\n$set 902\n1 \"0 x\"\n$set 903\n1 \"0 x\"\n");
     const bool isLong = getenv("LONG_TEST_DECIMALS") != nullptr;
     for (int mask = 0; mask < 0x100; mask += isLong ? 1 : 0x33) {
         for (const char *variable : {"COBOL_BCD_EBCDIC", "COBOL_BCD_SAFE", "COBOL_BCD_FAST"}) {
