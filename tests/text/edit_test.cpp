@@ -1,4 +1,7 @@
 // Editing moves through the exported interface.
+#include <algorithm>
+#include <iterator>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -268,6 +271,73 @@ TEST(OverlappingMove, AllLengthsAndDistances) {
                 EXPECT_EQ(storage, expected) << target << " from " << source << " at " << at;
             }
         }
+    }
+}
+
+// ---- pictures at random
+
+struct RandomPicture {
+    std::string text;
+    int code = EDIT_SIGN_NONE;
+    int digits = 0;
+};
+
+// A picture as a compiler accepts it: suppression or a floating string, commas within, a point, and
+// a sign at one of its ends.
+RandomPicture randomPicture(std::mt19937 &random) {
+    const auto below = [&](int limit) {
+        return static_cast<int>(random() % static_cast<unsigned>(limit));
+    };
+    constexpr struct {
+        const char *symbol; // of the part that is suppressed
+        const char *behind; // what stands at the end
+        int code;
+    } kKinds[] = {{"Z", "", EDIT_SIGN_NONE},
+                  {"*", "", EDIT_SIGN_NONE},
+                  {"Z", "-", EDIT_SIGN_IF_MINUS},
+                  {"*", "+", EDIT_SIGN_SHOWN},
+                  {"Z", "CR", EDIT_SIGN_IF_MINUS},
+                  {"+", "", EDIT_FLOAT_SIGN_SHOWN},
+                  {"-", "", EDIT_FLOAT_SIGN_IF_MINUS},
+                  {"$", "", EDIT_FLOAT_CURRENCY},
+                  {"$", "DB", EDIT_FLOAT_CURRENCY_SIGN_IF_MINUS}};
+    const auto &kind = kKinds[below(std::size(kKinds))];
+    const bool floats = kind.symbol[0] != 'Z' && kind.symbol[0] != '*';
+    RandomPicture picture;
+    picture.code = kind.code;
+    const int suppressed = below(12) + (floats ? 2 : 0);
+    for (int n = 0; n < suppressed; ++n) {
+        picture.text += kind.symbol;
+        picture.text += n > 1 && below(4) == 0 ? "," : "";
+    }
+    const int nines = suppressed == 0 ? 1 + below(9) : below(6);
+    picture.text += std::string(static_cast<std::size_t>(nines), '9');
+    const int decimals = below(4);
+    picture.text += decimals > 0 ? "." + std::string(static_cast<std::size_t>(decimals), '9') : "";
+    picture.text += kind.behind;
+    picture.digits = suppressed - (floats ? 1 : 0) + nines + decimals;
+    return picture;
+}
+
+// The digits of a text without leading zeros.
+std::string valueOf(const std::string &text) {
+    std::string digits;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
+                 [](char c) { return c >= '0' && c <= '9'; });
+    return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+}
+
+TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
+    std::mt19937 random(20220714);
+    for (int i = 0; i < 20000; ++i) {
+        const RandomPicture picture = randomPicture(random);
+        std::string digits(1, random() % 2 == 0 ? '+' : '-');
+        for (int n = 0; n < picture.digits; ++n) {
+            digits += random() % 3 == 0 ? static_cast<char>('0' + random() % 10) : '0';
+        }
+        const std::string item = edited({.text = picture.text, .cases = {}}, picture.code, digits);
+        ASSERT_EQ(item.size(), picture.text.size()) << picture.text << " " << digits;
+        ASSERT_EQ(valueOf(item), valueOf(digits)) << picture.text << " " << digits << " " << item;
     }
 }
 
