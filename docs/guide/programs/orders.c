@@ -135,9 +135,22 @@ static void procedureDivision(void) {
     _zorRunUnitTerm(returnCode); /* STOP RUN */
 }
 
+/* The VALUE clauses that another run unit of the process must find again. */
+static void initialValues(void) {
+    memset(total, 0, sizeof total - 1);
+    total[sizeof total - 1] = 0x0C;
+    returnCode = 0;
+}
+
 int main(void) {
+    int status = 0;
     _zorPgmInit(&pcb);
-    int status = sigsetjmp(*_zorGetJmpBuffer(), 1);
+    if (!(ipcb.status & (uint32_t)IPCB_STATUS_RUN_UNIT)) {
+        initialValues();
+        ipcb.status |= (uint32_t)IPCB_STATUS_RUN_UNIT;
+    }
+    if ((pcb.flags & (uint32_t)PCB_IS_MAIN) && ipcb.ent == 1)
+        status = sigsetjmp(*_zorGetJmpBuffer(), 1);
     if (status == 0)
         procedureDivision();
     _zorPgmTerm(&pcb);
