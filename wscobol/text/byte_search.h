@@ -1,0 +1,40 @@
+// Searches in byte strings, for one- and two-byte characters.
+#ifndef ZOR_TEXT_BYTE_SEARCH_H
+#define ZOR_TEXT_BYTE_SEARCH_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace zor {
+
+using Bytes = std::span<const uint8_t>;
+
+inline Bytes bytesAt(const void *address, std::size_t length) {
+    return {static_cast<const uint8_t *>(address), length};
+}
+
+// Whether two strings of one length are equal; most are short.
+inline bool equalBytes(const uint8_t *left, const uint8_t *right, std::size_t length) {
+    constexpr std::size_t kShort = 8;
+    if (length > kShort) {
+        return memcmp(left, right, length) == 0;
+    }
+    for (std::size_t i = 0; i < length; ++i) {
+        if (left[i] != right[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+inline constexpr std::size_t kNowhere = SIZE_MAX;
+
+// The first offset, a multiple of the character size 1 or 2, at which text holds wanted; kNowhere
+// when there is none. An empty string is found nowhere.
+std::size_t findBytes(Bytes text, Bytes wanted, std::size_t characterSize);
+
+} // namespace zor
+
+#endif
