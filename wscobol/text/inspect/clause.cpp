@@ -48,9 +48,12 @@ void copyPlain(WorkArea &area, const uint8_t *operand, const Shape &shape) {
     carrier = static_cast<uint8_t>((carrier & kDigitPart) | kPlainZone);
 }
 
-Bytes operandBytes(uint32_t flags, const void *address, uint32_t length, WorkArea &area) {
-    const Shape shape = shapeOf(flags, length);
+inline Bytes operandBytes(uint32_t flags, const void *address, uint32_t length, WorkArea &area) {
     const auto *const operand = static_cast<const uint8_t *>(address);
+    if (!has(flags, INSPECT_SIGNED_DISPLAY | INSPECT_SIGNED_NATIONAL)) {
+        return {operand, length};
+    }
+    const Shape shape = shapeOf(flags, length);
     if (shape.embeddedSign) {
         copyPlain(area, operand, shape);
         return {area, shape.length};
@@ -118,13 +121,18 @@ Kind kindOf(const InspectClause &record) {
 }
 
 void makeItem(Item &item, const InspectBlock &block) {
-    const Shape shape = shapeOf(block.itemFlags, block.itemLength);
     auto *const address = static_cast<uint8_t *>(block.itemAddress);
-    item.start = address + shape.offset;
-    item.size = shape.length;
+    item.start = address;
+    item.size = block.itemLength;
     item.characterSize = has(block.itemFlags, INSPECT_NATIONAL | INSPECT_DBCS) ? 2 : 1;
     item.replaced = false;
     item.original = nullptr;
+    if (!has(block.itemFlags, INSPECT_SIGNED_DISPLAY | INSPECT_SIGNED_NATIONAL)) {
+        return;
+    }
+    const Shape shape = shapeOf(block.itemFlags, block.itemLength);
+    item.start = address + shape.offset;
+    item.size = shape.length;
     if (shape.embeddedSign) {
         copyPlain(item.copy, address, shape);
         item.original = address;

@@ -21,7 +21,7 @@ std::size_t groupLength(std::span<const InspectClause> records) {
 
 void pass(Item &item, std::span<Clause> clauses, bool generalOnly) {
     if (!generalOnly &&
-        (clauses.size() == 1 ? singlePass(item, clauses.front()) : indexedPass(item, clauses))) {
+        (clauses.size() == 1 ? singlePass(item, clauses.front()) : groupPass(item, clauses))) {
         return;
     }
     generalPass(item, clauses);

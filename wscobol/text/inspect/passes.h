@@ -9,16 +9,29 @@
 
 namespace zor::inspect {
 
+// A scan of the item: the clauses meet its positions in ascending order.
+struct Scan {
+    Item &item;
+    const Clause *leading = nullptr; // the LEADING clause that took the last match, if one did
+
+    bool within(std::size_t offset) const { return item.size - offset >= item.characterSize; }
+
+    // The bytes that the clause takes at this offset: 0 when it passes.
+    std::size_t offer(Clause &clause, std::size_t offset);
+
+private:
+    void convert(const Clause &clause, uint8_t *character) const;
+};
+
 // Offers each character position to the clauses in their order; the first that matches takes it.
 void generalPass(Item &item, std::span<Clause> clauses);
-
-// The same for several clauses, of which a position is offered to those alone that begin with its
-// byte. False, with nothing done, when the clauses do not allow it.
-bool indexedPass(Item &item, std::span<Clause> clauses);
 
 // A pass of one clause, at the speed of memory. False, with nothing done, when the clause does not
 // allow it.
 bool singlePass(Item &item, Clause &clause);
+
+// The same of several clauses.
+bool groupPass(Item &item, std::span<Clause> clauses);
 
 // Fills bytes with the first character of a target.
 void fillWithFirst(const Item &item, Bytes target, uint8_t *place, std::size_t length);

@@ -1,10 +1,10 @@
 // Statements of one clause, the usual ones: what they do to the item is counting, searching,
 // filling or translating.
 #include <algorithm>
-#include <array>
 #include <emmintrin.h>
 
 #include "text/inspect/passes.h"
+#include "text/inspect/translation.h"
 
 namespace zor::inspect {
 namespace {
@@ -43,29 +43,40 @@ std::size_t sumOfBytes(__m128i counts) {
 }
 
 // How often a character stands in the bytes, a whole number of characters. Each byte of an equal
-// character counts 1 in a byte of the vector, which is emptied before it is full.
+// character counts 1 in a byte of the vectors, which are emptied before they are full.
 template <class Character> std::size_t count(const uint8_t *at, std::size_t bytes, Bytes wanted) {
-    constexpr std::size_t kMostBlocks = 255;
+    constexpr std::size_t kUnrolled = 4;
+    constexpr std::size_t kMostRounds = 255 / (kUnrolled / 2);
     const __m128i character = Character::fill(wanted.data());
+    const auto equal = [&](std::size_t block) {
+        return Character::equal(load(at + block * kBlock), character);
+    };
     std::size_t matching = 0;
-    while (bytes >= kBlock) {
-        __m128i counts = _mm_setzero_si128();
-        const std::size_t blocks = std::min(bytes / kBlock, kMostBlocks);
-        for (std::size_t left = blocks; left != 0; --left, at += kBlock) {
-            counts = _mm_sub_epi8(counts, Character::equal(load(at), character));
+    while (bytes >= kUnrolled * kBlock) {
+        __m128i even = _mm_setzero_si128();
+        __m128i odd = _mm_setzero_si128();
+        const std::size_t rounds = std::min(bytes / (kUnrolled * kBlock), kMostRounds);
+        for (std::size_t left = rounds; left != 0; --left, at += kUnrolled * kBlock) {
+            even = _mm_add_epi8(even, _mm_add_epi8(equal(0), equal(2)));
+            odd = _mm_add_epi8(odd, _mm_add_epi8(equal(1), equal(3)));
         }
-        matching += sumOfBytes(counts);
-        bytes -= blocks * kBlock;
+        matching += sumOfBytes(_mm_sub_epi8(_mm_setzero_si128(), even)) +
+                    sumOfBytes(_mm_sub_epi8(_mm_setzero_si128(), odd));
+        bytes -= rounds * kUnrolled * kBlock;
+    }
+    __m128i counts = _mm_setzero_si128();
+    for (; bytes >= kBlock; at += kBlock, bytes -= kBlock) {
+        counts = _mm_sub_epi8(counts, equal(0));
     }
     if (bytes != 0) {
-        uint8_t rest[kBlock] = {};
+        uint8_t rest[kBlock];
         memcpy(rest, at, bytes);
-        const int equal = _mm_movemask_epi8(Character::equal(load(rest), character));
-        const unsigned within = (1U << bytes) - 1;
-        matching +=
-            static_cast<std::size_t>(__builtin_popcount(static_cast<unsigned>(equal) & within));
+        uint8_t counted[kBlock] = {};
+        memset(counted, 1, bytes);
+        counts = _mm_add_epi8(
+            counts, _mm_and_si128(Character::equal(load(rest), character), load(counted)));
     }
-    return matching / Character::kSize;
+    return (matching + sumOfBytes(counts)) / Character::kSize;
 }
 
 // Replaces each character of the bytes that is the wanted one; true when one was.
@@ -121,22 +132,12 @@ void shiftCharacters(uint8_t *at, std::size_t bytes, Bytes from, Bytes to) {
     }
 }
 
-constexpr std::array<uint8_t, 256> kSameBytes = [] {
-    std::array<uint8_t, 256> table{};
-    for (unsigned byte = 0; byte < table.size(); ++byte) {
-        table[byte] = static_cast<uint8_t>(byte);
-    }
-    return table;
-}();
-
 void translate(uint8_t *at, std::size_t bytes, const Clause &clause) {
-    std::array<uint8_t, 256> table = kSameBytes;
+    Translation translation;
     for (std::size_t i = clause.compared.size(); i-- > 0;) { // the first place of a byte decides
-        table[clause.compared[i]] = clause.target.data()[clause.figurative ? 0 : i];
+        translation.table[clause.compared[i]] = clause.target.data()[clause.figurative ? 0 : i];
     }
-    for (uint8_t *const end = at + bytes; at != end; ++at) {
-        *at = table[*at];
-    }
+    translation.apply(at, bytes);
 }
 
 bool convert(Item &item, const Clause &clause) {
@@ -222,8 +223,8 @@ bool singlePass(Item &item, Clause &clause) {
     }
     const std::size_t size = item.characterSize;
     const std::size_t length = clause.compared.size();
-    if (!clause.independent || clause.kind == Kind::other || clause.start % size != 0 ||
-        length % size != 0) {
+    const bool wholeCharacters = ((clause.start | length) & (size - 1)) == 0;
+    if (!clause.independent || clause.kind == Kind::other || !wholeCharacters) {
         return false;
     }
     if (clause.kind == Kind::converting) {
