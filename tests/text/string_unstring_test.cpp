@@ -88,8 +88,7 @@ void model(StringStatement &s) {
     Rules rules;
     rules.size = (s.flags & (STRING_DBCS | STRING_NATIONAL)) != 0 ? 2 : 1;
     rules.byWeights = (s.flags & STRING_COLLATING) != 0 && rules.size == 1;
-    std::size_t written =
-        (s.flags & STRING_WITH_POINTER) != 0 ? (s.pointer - 1) * rules.size : 0;
+    std::size_t written = (s.flags & STRING_WITH_POINTER) != 0 ? (s.pointer - 1) * rules.size : 0;
     bool overflow = false;
     for (const Group &group : s.groups) {
         for (const std::string &sender : group.senders) {
@@ -216,9 +215,8 @@ void moveField(Receiver &receiver, const std::string &field, const std::string &
     if ((receiver.flags & UNSTRING_SIGN_SEPARATE) == 0) {
         sign.clear();
     }
-    const std::string digits =
-        moved(field, receiver.integerPositions, true, zero) +
-        repeated(zero, length - sign.size() - receiver.integerPositions);
+    const std::string digits = moved(field, receiver.integerPositions, true, zero) +
+                               repeated(zero, length - sign.size() - receiver.integerPositions);
     receiver.item = (receiver.flags & UNSTRING_SIGN_LEADING) != 0 ? sign + digits : digits + sign;
 }
 
@@ -244,7 +242,8 @@ void model(UnstringStatement &s) {
             next = end = std::min(end, text.size());
         } else {
             const Delimiter *found = nullptr;
-            for (; found == nullptr && end < text.size(); end += found == nullptr ? rules.size : 0) {
+            for (; found == nullptr && end < text.size();
+                 end += found == nullptr ? rules.size : 0) {
                 for (const Delimiter &delimiter : s.delimiters) {
                     if (rules.matches(text, end, delimiter.text)) {
                         found = &delimiter;
@@ -327,8 +326,8 @@ Receiver receiver(Maker &make, std::size_t size) {
                   make.text(3, size),
                   77};
     if (make.oneIn(3)) {
-        made.flags = (size == 2 ? UNSTRING_NATIONAL_NUMERIC : UNSTRING_NUMERIC) |
-                     kSigns[make.below(3)];
+        made.flags =
+            (size == 2 ? UNSTRING_NATIONAL_NUMERIC : UNSTRING_NUMERIC) | kSigns[make.below(3)];
         const std::size_t sign = (made.flags & UNSTRING_SIGN_SEPARATE) != 0 ? size : 0;
         made.item.resize(made.item.size() + sign + size);
         made.integerPositions = static_cast<uint32_t>(

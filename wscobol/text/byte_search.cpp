@@ -26,10 +26,7 @@ std::size_t findBytes(Bytes text, Bytes wanted, std::size_t characterSize) {
     }
     const uint8_t *const start = text.data();
     if (length == 1 && characterSize == 1) {
-        const void *found = memchr(start, wanted.front(), text.size());
-        return found == nullptr
-                   ? kNowhere
-                   : static_cast<std::size_t>(static_cast<const uint8_t *>(found) - start);
+        return findByte(text, wanted.front());
     }
     const std::size_t places = text.size() - length + 1;
     const unsigned boundaries = characterSize == 1 ? 0xFFFF : 0x5555;

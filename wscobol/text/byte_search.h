@@ -15,21 +15,30 @@ inline Bytes bytesAt(const void *address, std::size_t length) {
     return {static_cast<const uint8_t *>(address), length};
 }
 
-// Whether two strings of one length are equal; most are short.
+// Whether two strings of one length are equal; most are short, and most differ in the first byte.
 inline bool equalBytes(const uint8_t *left, const uint8_t *right, std::size_t length) {
     constexpr std::size_t kShort = 8;
+    if (length < 2) {
+        return length == 0 || *left == *right;
+    }
     if (length > kShort) {
         return memcmp(left, right, length) == 0;
     }
-    for (std::size_t i = 0; i < length; ++i) {
-        if (left[i] != right[i]) {
-            return false;
-        }
+    std::size_t same = 0;
+    while (same < length && left[same] == right[same]) {
+        ++same;
     }
-    return true;
+    return same == length;
 }
 
 inline constexpr std::size_t kNowhere = SIZE_MAX;
+
+inline std::size_t findByte(Bytes text, uint8_t wanted) {
+    const void *const found = memchr(text.data(), wanted, text.size());
+    return found == nullptr
+               ? kNowhere
+               : static_cast<std::size_t>(static_cast<const uint8_t *>(found) - text.data());
+}
 
 // The first offset, a multiple of the character size 1 or 2, at which text holds wanted; kNowhere
 // when there is none. An empty string is found nowhere.

@@ -1,5 +1,8 @@
 // STRING: what the senders hold ahead of their delimiters, put together in the target.
+#include <span>
+
 #include "base/bits.h"
+#include "decimal/bytes.h"
 #include "string_unstring.h"
 #include "text/delimiter.h"
 
@@ -15,28 +18,43 @@ Characters charactersOf(const StringBlock &block, const PCB *pcb) {
             byWeights ? pcb->collatingWeights : nullptr};
 }
 
-// The bytes of a sender ahead of its delimiter; all when it has none.
-std::size_t lengthTaken(Bytes sender, Bytes delimiter, const Characters &characters) {
-    const std::size_t found = characters.find(sender, delimiter);
-    return found == kNowhere ? sender.size() : found;
-}
-
 // What of the target has not been written.
 struct Target {
     uint8_t *next;
     std::size_t room;
     bool overflow;
+};
 
-    void append(const uint8_t *bytes, std::size_t length) {
-        const std::size_t moved = std::min(length, room);
-        if (moved != 0) {
-            memmove(next, bytes, moved);
-        }
+// Appends the senders up to where the delimiter is found, or whole when it is found nowhere.
+template <class Find>
+void append(Target &target, std::span<const StringSender> senders, Find find) {
+    uint8_t *next = target.next;
+    std::size_t room = target.room;
+    for (const StringSender &sender : senders) {
+        const Bytes text = bytesAt(sender.senderAddress, sender.senderLength);
+        const std::size_t taken = std::min(find(text), text.size());
+        const std::size_t moved = std::min(taken, room);
+        decimal::moveBytes(next, text.data(), static_cast<int32_t>(moved));
         next += moved;
         room -= moved;
-        overflow |= moved != length;
+        target.overflow |= moved != taken;
     }
-};
+    target.next = next;
+    target.room = room;
+}
+
+void appendGroup(Target &target, std::span<const StringSender> senders, Bytes delimiter,
+                 const Characters &characters) {
+    if (delimiter.empty()) {
+        append(target, senders, [](Bytes) { return kNowhere; });
+    } else if (delimiter.size() == 1 && characters.size == 1 && characters.weights == nullptr) {
+        const uint8_t byte = delimiter.front();
+        append(target, senders,
+               [byte](Bytes text) { return text.empty() ? kNowhere : findByte(text, byte); });
+    } else {
+        append(target, senders, [&](Bytes text) { return characters.find(text, delimiter); });
+    }
+}
 
 } // namespace
 } // namespace zor
@@ -45,11 +63,10 @@ using namespace zor;
 
 void _zorcString(StringBlock *block, const PCB *pcb, uint32_t *overflowCell) {
     const Characters characters = charactersOf(*block, pcb);
-    const std::size_t size = characters.size;
     const uint32_t pointer = has(block->stringFlags, STRING_WITH_POINTER) ? block->pointerValue : 1;
     Target target{static_cast<uint8_t *>(block->targetAddress), 0, false};
-    if (pointer - 1 <= block->targetLength / size) {
-        const std::size_t offset = (pointer - 1) * size;
+    if (pointer - 1 <= characters.count(block->targetLength)) {
+        const std::size_t offset = (pointer - 1) * characters.size;
         target.next += offset;
         target.room = block->targetLength - offset;
     }
@@ -59,17 +76,13 @@ void _zorcString(StringBlock *block, const PCB *pcb, uint32_t *overflowCell) {
         const Bytes delimiter =
             bytesAt(group->delimiterAddress,
                     group->delimiterAddress == nullptr ? 0 : group->delimiterLength);
-        const auto *sender = reinterpret_cast<const StringSender *>(group + 1);
-        const StringSender *const end = sender + group->senderCount;
-        for (; sender != end; ++sender) {
-            const Bytes text = bytesAt(sender->senderAddress, sender->senderLength);
-            target.append(text.data(), lengthTaken(text, delimiter, characters));
-        }
-        group = reinterpret_cast<const StringGroup *>(end);
+        const auto *senders = reinterpret_cast<const StringSender *>(group + 1);
+        appendGroup(target, {senders, group->senderCount}, delimiter, characters);
+        group = reinterpret_cast<const StringGroup *>(senders + group->senderCount);
     }
     if (target.overflow && *overflowCell != 0) {
         ++*overflowCell;
     }
     const auto written = static_cast<std::size_t>(target.next - first);
-    block->pointerValue = pointer + static_cast<uint32_t>(written / size);
+    block->pointerValue = pointer + characters.count(written);
 }

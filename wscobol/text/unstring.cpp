@@ -3,9 +3,11 @@
 #include <span>
 
 #include "base/bits.h"
+#include "decimal/bytes.h"
 #include "edit.h"
 #include "national/code_page_row.h"
 #include "string_unstring.h"
+#include "text/byte_walk.h"
 #include "text/delimiter.h"
 
 namespace zor {
@@ -21,18 +23,22 @@ struct Character {
     std::size_t size;
 
     void fill(uint8_t *at, std::size_t length) const {
-        _zorcMoveFigConst(at, static_cast<int32_t>(length), bytes, static_cast<int32_t>(size));
+        const auto bytesToFill = static_cast<int32_t>(length);
+        if (size == 1) {
+            decimal::fillBytes(at, bytes[0], bytesToFill);
+        } else {
+            _zorcMoveFigConst(at, bytesToFill, bytes, static_cast<int32_t>(size));
+        }
     }
 };
 
-void copy(uint8_t *to, const uint8_t *from, std::size_t length) {
-    if (length != 0) {
-        memmove(to, from, length);
-    }
+inline void copy(uint8_t *to, const uint8_t *from, std::size_t length) {
+    decimal::moveBytes(to, from, static_cast<int32_t>(length));
 }
 
-void moveText(uint8_t *to, std::size_t length, Bytes text, bool justifiedRight,
-              const Character &blank) {
+// Inline, which a field needs: its arguments would take longer to pass than most fields to move.
+[[gnu::always_inline]] inline void moveText(uint8_t *to, std::size_t length, Bytes text,
+                                            bool justifiedRight, const Character &blank) {
     const std::size_t copied = std::min(length, text.size());
     const std::size_t padded = length - copied;
     if (justifiedRight) {
@@ -76,15 +82,17 @@ Bytes bytesOf(const UnstringDelimiter &delimiter) {
     return bytesAt(delimiter.delimiterAddress, delimiter.delimiterLength);
 }
 
-// The delimiters in their order, with the bytes that one of them may begin with.
+// The delimiters in their order. Where one may begin is found by the first bytes of all: a few by
+// a walk through the text, many by a table.
 class Delimiters {
 public:
-    Delimiters(std::span<const UnstringDelimiter> list, const Characters &characters)
-        : list_(list), characters_(characters) {
-        if (list.size() < 2) {
-            return;
+    Delimiters(std::span<const UnstringDelimiter> list, Bytes text, const Characters &characters)
+        : list_(list), text_(text), characters_(characters), walk_(text),
+          walks_(characters.size == 1 && characters.weights == nullptr &&
+                 list.size() <= ByteWalk::kMostBytes) {
+        if (!walks_) {
+            mayBegin_.fill(false);
         }
-        mayBegin_.fill(false);
         for (const UnstringDelimiter &delimiter : list) {
             if (const Bytes bytes = bytesOf(delimiter); !bytes.empty()) {
                 admit(bytes.front());
@@ -94,19 +102,12 @@ public:
 
     bool none() const { return list_.empty(); }
 
-    // The first match at this offset or behind it.
-    Match find(Bytes text, std::size_t offset) const {
-        if (list_.size() == 1) {
-            const std::size_t found =
-                characters_.find(text.subspan(offset), bytesOf(list_.front()));
-            return {found == kNowhere ? kNowhere : offset + found, &list_.front()};
-        }
-        for (; offset < text.size(); offset += characters_.size) {
-            if (!mayBegin_[text[offset]]) {
-                continue;
-            }
+    // The first match at this offset or behind it. Offsets never go back.
+    Match find(std::size_t offset) {
+        for (offset = nextCandidate(offset); offset != kNowhere;
+             offset = nextCandidate(offset + characters_.size)) {
             for (const UnstringDelimiter &delimiter : list_) {
-                if (characters_.beginsWith(text.subspan(offset), bytesOf(delimiter))) {
+                if (characters_.beginsWith(text_.subspan(offset), bytesOf(delimiter))) {
                     return {offset, &delimiter};
                 }
             }
@@ -115,11 +116,11 @@ public:
     }
 
     // The match that stands for all its copies that follow each other: the last one.
-    std::size_t lastCopy(Bytes text, const Match &match) const {
+    std::size_t lastCopy(const Match &match) const {
         std::size_t offset = match.offset;
         if (has(match.delimiter->delimiterFlags, UNSTRING_DELIMITER_ALL)) {
             const Bytes bytes = bytesOf(*match.delimiter);
-            while (characters_.beginsWith(text.subspan(offset + bytes.size()), bytes)) {
+            while (characters_.beginsWith(text_.subspan(offset + bytes.size()), bytes)) {
                 offset += bytes.size();
             }
         }
@@ -128,6 +129,10 @@ public:
 
 private:
     void admit(uint8_t first) {
+        if (walks_) {
+            walk_.stopAt(first);
+            return;
+        }
         mayBegin_[first] = true;
         if (characters_.weights != nullptr) {
             for (unsigned byte = 0; byte < mayBegin_.size(); ++byte) {
@@ -136,9 +141,22 @@ private:
         }
     }
 
+    std::size_t nextCandidate(std::size_t offset) {
+        if (walks_) {
+            return walk_.next(offset);
+        }
+        while (offset < text_.size() && !mayBegin_[text_[offset]]) {
+            offset += characters_.size;
+        }
+        return offset < text_.size() ? offset : kNowhere;
+    }
+
     std::span<const UnstringDelimiter> list_;
+    Bytes text_;
     Characters characters_;
-    std::array<bool, 256> mayBegin_; // of several delimiters
+    ByteWalk walk_;
+    bool walks_;
+    std::array<bool, 256> mayBegin_; // unless it walks
 };
 
 struct Field {
@@ -147,7 +165,7 @@ struct Field {
     Bytes delimiter;  // as it stands in the sender; empty when the sender's end ends the field
 };
 
-Field fieldAt(Bytes text, std::size_t start, const Delimiters &delimiters,
+Field fieldAt(Bytes text, std::size_t start, Delimiters &delimiters,
               const UnstringReceiver &receiver) {
     if (delimiters.none()) {
         const uint32_t wanted = has(receiver.receiverFlags, kNumericReceiver)
@@ -156,12 +174,12 @@ Field fieldAt(Bytes text, std::size_t start, const Delimiters &delimiters,
         const std::size_t length = std::min<std::size_t>(wanted, text.size() - start);
         return {text.subspan(start, length), start + length, {}};
     }
-    const Match match = delimiters.find(text, start);
+    const Match match = delimiters.find(start);
     if (match.offset == kNowhere) {
         return {text.subspan(start), text.size(), {}};
     }
     const Bytes delimiter =
-        text.subspan(delimiters.lastCopy(text, match), match.delimiter->delimiterLength);
+        text.subspan(delimiters.lastCopy(match), match.delimiter->delimiterLength);
     return {text.subspan(start, match.offset - start),
             static_cast<std::size_t>(delimiter.data() - text.data()) + delimiter.size(), delimiter};
 }
@@ -184,12 +202,12 @@ Character blankOf(const UnstringBlock &block) {
 }
 
 // What there is to be taken apart.
-Bytes textOf(const UnstringBlock &block, std::size_t characterSize) {
+Bytes textOf(const UnstringBlock &block, const Characters &characters) {
     const Bytes sender = bytesAt(block.senderAddress, block.senderLength);
     const uint32_t pointer =
         has(block.unstringFlags, UNSTRING_WITH_POINTER) ? block.pointerValue : 1;
-    return pointer - 1 <= sender.size() / characterSize
-               ? sender.subspan((pointer - 1) * characterSize)
+    return pointer - 1 <= characters.count(sender.size())
+               ? sender.subspan((pointer - 1) * characters.size)
                : Bytes();
 }
 
@@ -202,9 +220,9 @@ void _zorcUnString(UnstringBlock *block, UnstringReceiver *receiverTable, const 
                    uint32_t *overflowCell) {
     const Characters characters = charactersOf(*block, pcb);
     const Character blank = blankOf(*block);
-    const Bytes text = textOf(*block, characters.size);
-    const Delimiters delimiters(
-        {reinterpret_cast<const UnstringDelimiter *>(block + 1), block->delimiterCount},
+    const Bytes text = textOf(*block, characters);
+    Delimiters delimiters(
+        {reinterpret_cast<const UnstringDelimiter *>(block + 1), block->delimiterCount}, text,
         characters);
     uint32_t fields = 0;
     std::size_t next = 0;
@@ -222,14 +240,14 @@ void _zorcUnString(UnstringBlock *block, UnstringReceiver *receiverTable, const 
             moveText(static_cast<uint8_t *>(receiver.receiverAddress), receiver.receiverLength,
                      field.text, has(receiver.receiverFlags, UNSTRING_JUSTIFIED), blank);
         }
-        receiver.fieldCount = static_cast<uint32_t>(field.text.size() / characters.size);
+        receiver.fieldCount = characters.count(field.text.size());
         next = field.next;
     }
     if (next < text.size() && *overflowCell != 0) {
         ++*overflowCell;
     }
     if (has(block->unstringFlags, UNSTRING_WITH_POINTER)) {
-        block->pointerValue += static_cast<uint32_t>(next / characters.size);
+        block->pointerValue += characters.count(next);
     }
     if (has(block->unstringFlags, UNSTRING_TALLYING)) {
         block->tallyValue += fields;
