@@ -7,6 +7,7 @@
 
 #include "base/thread_slot.h"
 #include "text/search/key.h"
+#include "text/search/prefix.h"
 
 namespace zor::search {
 namespace {
@@ -92,53 +93,60 @@ struct Table {
     const uint8_t *start;
     int32_t count;
     int32_t entrySize;
-    int32_t firstKey; // its offset in an entry
-
-    const uint8_t *entry(int32_t index) const { return start + index * entrySize; }
-    void fetch(int32_t index) const { __builtin_prefetch(entry(index) + firstKey); }
 };
 
-// The half to go on with is chosen without a branch, which would be mispredicted at every second
-// probe, and its middle is fetched ahead of the choice.
-template <class Compare> int32_t search(const Table &table, Compare compare) {
-    int32_t low = 0;
-    int32_t high = table.count - 1;
-    while (low <= high) {
-        const int32_t middle = low + ((high - low) >> 1);
-        table.fetch(low + ((middle - low) >> 1));
-        table.fetch(middle + ((high - middle) >> 1));
-        const int32_t order = compare(table.entry(middle));
-        if (order == 0) {
-            return middle * table.entrySize;
+int32_t compareKeys(std::span<const Key> keys, const uint8_t *entry) {
+    for (const Key &key : keys) {
+        if (const int32_t order = key.compare(key, entry + key.offset); order != 0) {
+            return order;
         }
-        const int32_t below = order >> 31; // all bits, or none
-        low += (middle + 1 - low) & below;
-        high -= (high - (middle - 1)) & ~below;
+    }
+    return 0;
+}
+
+// Calls the comparison for the middle one of the entries that are left, until it is equal or none
+// are left. What may be the next middle is fetched ahead, from this offset on.
+template <class Compare>
+int32_t search(const Table &table, std::ptrdiff_t fetched, Compare compare) {
+    const int32_t size = table.entrySize;
+    const uint8_t *first = table.start;
+    for (int32_t left = table.count; left > 0;) {
+        const int32_t half = (left - 1) >> 1; // entries ahead of the middle one
+        const uint8_t *const middle = first + half * size;
+        const int32_t step = ((half + 1) >> 1) * size;
+        __builtin_prefetch(middle + fetched - step);
+        __builtin_prefetch(middle + fetched + step);
+        const int32_t order = compare(middle);
+        if (order == 0) {
+            return static_cast<int32_t>(middle - table.start);
+        }
+        // Without a branch, which would be mispredicted at every second probe.
+        const int32_t below = order >> 31; // all bits when the middle is below the argument
+        first += (middle + size - first) & below;
+        left = half + ((left - 2 * half - 1) & below);
     }
     return kNotFound;
 }
 
-int32_t search(const Table &table, std::span<const Key> keys) {
-    if (keys.size() == 1) {
-        const Key &key = keys.front();
-        if (key.compare == compareText) {
-            return search(
-                table, [&](const uint8_t *entry) { return compareText(key, entry + key.offset); });
+template <class Prefix> int32_t searchByPrefix(const Table &table, std::span<const Key> keys) {
+    const std::ptrdiff_t offset = keys.front().offset;
+    const Prefix prefix(keys.front());
+    return search(table, offset, [=](const uint8_t *entry) {
+        const int32_t order = prefix.order(entry + offset);
+        return __builtin_expect(order == 0, 0) ? compareKeys(keys, entry) : order;
+    });
+}
+
+int32_t searchTable(const Table &table, std::span<const Key> keys) {
+    if (!keys.empty() && keys.front().length >= FirstWords::kShortestKey) {
+        if (keys.front().compare == compareText) {
+            return searchByPrefix<TextPrefix>(table, keys);
         }
-        if (key.compare == comparePacked) {
-            return search(table, [&](const uint8_t *entry) {
-                return comparePacked(key, entry + key.offset);
-            });
+        if (keys.front().compare == comparePacked) {
+            return searchByPrefix<PackedPrefix>(table, keys);
         }
     }
-    return search(table, [=](const uint8_t *entry) {
-        for (const Key &key : keys) {
-            if (const int32_t order = key.compare(key, entry + key.offset); order != 0) {
-                return order;
-            }
-        }
-        return 0;
-    });
+    return search(table, 0, [=](const uint8_t *entry) { return compareKeys(keys, entry); });
 }
 
 } // namespace
@@ -160,6 +168,5 @@ int32_t _zorcSrchAll(const SearchBlock *block, const void *tableAddress, int32_t
     for (uint16_t i = 0; i < block->indexCount; ++i) {
         start += *indexOffsets[i];
     }
-    const int32_t firstKey = keys.all().empty() ? 0 : keys.all().front().offset;
-    return search({start, entryCount, entrySize, firstKey}, keys.all());
+    return searchTable({start, entryCount, entrySize}, keys.all());
 }
