@@ -301,12 +301,18 @@ public:
         made.item.flags |= size_ == 2 ? national[below(2)] : 0;
         const unsigned count = oneIn(2) ? 1 : below(7);
         const unsigned form = below(4);
+        const bool plain = oneIn(4); // ALL of single characters
         for (unsigned i = 0; i < count; ++i) {
-            made.phrases.push_back(phrase(form == 0       ? kTallying
-                                          : form == 1     ? uint32_t{INSPECT_REPLACING}
-                                          : form == 2     ? uint32_t{INSPECT_CONVERTING}
-                                          : i < count / 2 ? kTallying
-                                                          : uint32_t{INSPECT_REPLACING}));
+            const bool tallying = form == 0 || (form == 3 && i < count / 2);
+            made.phrases.push_back(phrase(tallying    ? kTallying
+                                          : form == 2 ? uint32_t{INSPECT_CONVERTING}
+                                                      : uint32_t{INSPECT_REPLACING}));
+            if (plain) {
+                Phrase &last = made.phrases.back();
+                last.flags &= kTallying | INSPECT_REPLACING | INSPECT_CONVERTING;
+                last.compared = {0, text(1)};
+                last.target = {0, text(1)};
+            }
         }
         return made;
     }

@@ -158,8 +158,12 @@ public:
             Field made = field(kind);
             made.bytes = made.text;
             std::string stands = made.text;
+            std::string padding = blankOf(kind);
+            if (kind.weighed && !kind.wideUnits()) {
+                ++padding[0]; // which weighs as much
+            }
             while (stands.size() < kind.length + more) {
-                stands += blankOf(kind);
+                stands += padding;
             }
             if (!fits) {
                 stands.back() = '\x7F';
@@ -284,6 +288,29 @@ TEST(SearchAll, RandomTables) {
             << " with sign flags " << int{search.kinds[0].signFlags};
     }
     EXPECT_GT(found, 1000U);
+}
+
+// What lies beyond a binary key must be copies of the sign that the key's own bytes have.
+TEST(SearchAll, BinaryArgumentBeyondTheKey) {
+    const struct {
+        uint8_t type;
+        std::string stands;
+        int32_t expected;
+    } cases[] = {
+        {SEARCH_BINARY, std::string("\xC8\0", 2), -1},
+        {SEARCH_BINARY, "\xC8\xFF", 0},
+        {SEARCH_BINARY_BIG, std::string("\0\xC8", 2), -1},
+        {SEARCH_BINARY_BIG, "\xFF\xC8", 0},
+    };
+    for (const auto &[type, stands, expected] : cases) {
+        const std::string block = {0, 0, 1, 0, 1, 0, 0, 0, static_cast<char>(type),
+                                   1, 0, 0, 2, 0, 0, 0, 0};
+        const SearchArgument argument{"\xC8", stands.data()};
+        EXPECT_EQ(_zorcSrchAll(reinterpret_cast<const SearchBlock *>(block.data()), "\xC8", 1, 1,
+                               &argument, nullptr, nullptr),
+                  expected)
+            << kit::hex(stands);
+    }
 }
 
 TEST(SearchAll, WithoutKeysTheFirstProbeIsAHit) {
