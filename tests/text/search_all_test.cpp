@@ -1,6 +1,5 @@
 // SEARCH ALL of random tables with keys of all types against a search by the values of the keys.
 #include <algorithm>
-#include <compare>
 #include <random>
 #include <string>
 #include <utility>
@@ -18,12 +17,9 @@ constexpr uint8_t kTypes[] = {
     SEARCH_EBCDIC_TEXT,      SEARCH_ZONED,      SEARCH_EBCDIC_ZONED, SEARCH_PACKED,
     SEARCH_BINARY,           SEARCH_BINARY_BIG, SEARCH_TEXT_96,      SEARCH_EBCDIC_TEXT_97};
 
-// A value's place among the others: a number's with a negative zero below a positive one, a text's.
-struct Rank {
-    int64_t number = 0;
-    std::string text{};
-    auto operator<=>(const Rank &) const = default;
-};
+// A value's place among the others: a number's with a negative zero below a positive one, or a
+// text's.
+using Rank = std::pair<int64_t, std::string>;
 
 struct Field {
     std::string bytes;
@@ -99,7 +95,7 @@ Field numberField(const KeyKind &kind, std::size_t length, unsigned value, bool 
     return {kind.display() ? displayBytes(kind, length, value, negative)
                            : numberBytes(kind, length, value, negative),
             "",
-            {negative ? -int64_t{value} - 1 : int64_t{value}}};
+            {negative ? -int64_t{value} - 1 : int64_t{value}, ""}};
 }
 
 std::string blankOf(const KeyKind &kind) {

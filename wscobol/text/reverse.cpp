@@ -6,15 +6,26 @@
 namespace zor {
 namespace {
 
-inline uint32_t reversed(uint32_t units, uint8_t) {
-    return __builtin_bswap32(units);
-}
-inline uint32_t reversed(uint32_t units, uint16_t) {
-    return units << 16 | units >> 16;
+// The units within a word in reverse order.
+template <class Unit> uint32_t reversed(uint32_t word) {
+    return sizeof(Unit) == 1 ? __builtin_bswap32(word) : word << 16 | word >> 16;
 }
 
-// Goes from both ends to the middle, what lies at one end to be stored at the other, so that an
-// item may be reversed in its place.
+// Stores what lies at one offset at the other, and the other way round; the two may be the same
+// item, in which they do not overlap.
+template <class Word, class Turn>
+void swapEnds(const char *from, char *to, std::size_t low, std::size_t high, Turn turned) {
+    Word first;
+    Word last;
+    memcpy(&first, from + low, sizeof first);
+    memcpy(&last, from + high, sizeof last);
+    first = turned(first);
+    last = turned(last);
+    memcpy(to + high, &first, sizeof first);
+    memcpy(to + low, &last, sizeof last);
+}
+
+// Goes from both ends to the middle.
 template <class Unit> void reverse(int32_t length, const void *source, void *target) {
     using Word = uint32_t;
     const auto *from = static_cast<const char *>(source);
@@ -22,23 +33,11 @@ template <class Unit> void reverse(int32_t length, const void *source, void *tar
     const std::size_t units = length < 1 ? 0 : static_cast<std::size_t>(length) / sizeof(Unit);
     std::size_t low = 0;
     std::size_t high = units * sizeof(Unit);
-    const auto swapEnds = [&](auto first, auto turned) {
-        auto last = first;
-        constexpr std::size_t kBytes = sizeof first;
-        high -= kBytes;
-        memcpy(&first, from + low, kBytes);
-        memcpy(&last, from + high, kBytes);
-        first = turned(first);
-        last = turned(last);
-        memcpy(to + high, &first, kBytes);
-        memcpy(to + low, &last, kBytes);
-        low += kBytes;
-    };
-    while (high - low >= 2 * sizeof(Word)) {
-        swapEnds(Word{}, [](Word word) { return reversed(word, Unit{}); });
+    for (; high - low >= 2 * sizeof(Word); low += sizeof(Word), high -= sizeof(Word)) {
+        swapEnds<Word>(from, to, low, high - sizeof(Word), reversed<Unit>);
     }
-    while (high - low >= 2 * sizeof(Unit)) {
-        swapEnds(Unit{}, [](Unit unit) { return unit; });
+    for (; high - low >= 2 * sizeof(Unit); low += sizeof(Unit), high -= sizeof(Unit)) {
+        swapEnds<Unit>(from, to, low, high - sizeof(Unit), [](Unit unit) { return unit; });
     }
     memmove(to + low, from + low, high - low);
 }

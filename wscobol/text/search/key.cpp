@@ -102,7 +102,8 @@ void normalizeDigits(const Key &key, const uint8_t *item, uint8_t *normal) {
     std::size_t count = 0;
     for (std::size_t at = 0; at < digits.length; at += character) {
         const uint8_t *const digit = digits.start + at;
-        const bool letterMayStand = isNational(key) && digit == digits.sign;
+        const bool letterMayStand =
+            isNational(key) && digits.sign != nullptr && digit == digits.sign;
         normal[count++] = (letterMayStand ? decimal::zonedDigitValue(*digit) : *digit) | kZonePart;
     }
     memset(normal + count, 0, key.length - count);
