@@ -101,10 +101,10 @@ void normalizeDigits(const Key &key, const uint8_t *item, uint8_t *normal) {
     const Digits digits = digitsOf(key, item, character);
     std::size_t count = 0;
     for (std::size_t at = 0; at < digits.length; at += character) {
-        const uint8_t *const digit = digits.start + at;
-        const bool letterMayStand =
-            isNational(key) && digits.sign != nullptr && digit == digits.sign;
-        normal[count++] = (letterMayStand ? decimal::zonedDigitValue(*digit) : *digit) | kZonePart;
+        normal[count++] = digits.start[at] | kZonePart;
+    }
+    if (isNational(key) && digits.sign != nullptr && !key.signSeparate) { // perhaps a letter
+        normal[key.signLeads ? 0 : count - 1] = decimal::zonedDigitValue(*digits.sign) | kZonePart;
     }
     memset(normal + count, 0, key.length - count);
     if (digits.sign != nullptr && isNegative(key, *digits.sign)) {
