@@ -20,7 +20,7 @@ ZOR_EXPORT void _zor_cpm_destroy(void);
 ZOR_EXPORT void _zor_cpm_unload_all(void);
 ZOR_EXPORT void ZOR_CPM_UNLOAD_ALL(void);
 
-/* The same for one program, by its zero-terminated name: 1, or 0 when it is not cached. */
+/* Unload one program likewise, by its zero-terminated name; 1, or 0 when it is not cached. */
 ZOR_EXPORT int32_t _zor_cpm_unload(const char *name);
 ZOR_EXPORT int32_t ZOR_CPM_UNLOAD(const char *name);
 
@@ -33,8 +33,8 @@ ZOR_EXPORT void ZOR_CPM_ENABLE(void);
 ZOR_EXPORT void _zor_cpm_disable(void);
 ZOR_EXPORT void ZOR_CPM_DISABLE(void);
 
-/* Writes to stderr whether a run unit is active, and a report on the cache; the last also writes
- * the cached programs. */
+/* Write to stderr whether a run unit is active, and a report on the cache, _zor_cpm_print also the
+ * cached programs. */
 ZOR_EXPORT void _zor_cpm_stats(void);
 ZOR_EXPORT void ZOR_CPM_STATS(void);
 ZOR_EXPORT void _zor_cpm_print(void);

@@ -2,8 +2,10 @@
  * forms.
  *
  * Items are packed (Pckd) or zoned with a trailing sign (Znd), as told in decimal.h: an address of
- * any alignment and a count of digits, at least 1. decs is the number of fraction digits of the
- * item: its value is its digits divided by 10 to the power decs.
+ * any alignment and a count of digits, at least 1; a count below 1 is outside the contract. decs is
+ * the number of fraction digits of the item: its value is its digits divided by 10 to the power
+ * decs. EBCDIC zones and overpunch letters of zoned items are read too. (Only the move from ZndTO
+ * to packed needs COBOL_BCD_EBCDIC for that: decimal_moves.h.)
  *
  * Decimal sources are validated unless the environment says otherwise (COBOL_BCD_NOVALIDATE):
  * message 903 for a bad one, and the call goes on with the bytes as they stand. Values that do not
@@ -40,7 +42,7 @@ ZOR_BEGIN_C
 
 /* ---- decimal to integer. The value, cut to the width of the result by wrapping; results of 8 and
  * 16 bits come in 32 bits uncut, and the caller uses the low ones. Unsigned results are the
- * magnitude, whatever the sign. A count below 1 gives 0. */
+ * magnitude, whatever the sign. Counts below 1 are outside the contract. */
 ZOR_EXPORT int32_t _zorcBCD_CONV_Pckd_To_Int1(const uint8_t *source, int32_t sourceDigits);
 ZOR_EXPORT uint32_t _zorcBCD_CONV_Pckd_To_Uns1(const uint8_t *source, int32_t sourceDigits);
 ZOR_EXPORT int32_t _zorcBCD_CONV_Pckd_To_Int2(const uint8_t *source, int32_t sourceDigits);
@@ -55,12 +57,13 @@ ZOR_EXPORT int64_t _zorcBCD_CONV_Znd_To_Int8(const uint8_t *source, int32_t sour
 ZOR_EXPORT uint64_t _zorcBCD_CONV_Znd_To_UInt8(const uint8_t *source, int32_t sourceDigits);
 
 /* The whole length that covers a packed value with decs fraction digits: the value rounded up to an
- * integer, 0 for a negative sign. Nothing is validated or traced. */
+ * integer, 0 for a negative sign. Nothing is validated or traced. Counts below 1 are outside the
+ * contract. */
 ZOR_EXPORT uint64_t _zorcBCD_CONV_Pckd_To_Len8(const uint8_t *source, int32_t sourceDigits,
                                                int32_t decs);
 
 /* ---- integer to decimal. Returns target, which holds the low-order digits and the sign of the
- * value; a cut value may leave a negative zero. */
+ * value; a cut value may leave a negative zero. Counts below 1 are outside the contract. */
 ZOR_EXPORT uint8_t *_zorcBCD_CONV_Int1_To_Pckd(int8_t value, uint8_t *target, int32_t targetDigits);
 ZOR_EXPORT uint8_t *_zorcBCD_CONV_Uns1_To_Pckd(uint8_t value, uint8_t *target,
                                                int32_t targetDigits);
@@ -86,7 +89,8 @@ ZOR_EXPORT uint8_t *_zorcBCD_CONV_UInt8_To_Znd(uint64_t value, uint8_t *target,
 /* ---- decimal to floating. The value nearest to digits / 10^decs, ties to even. Binary forms read
  * the 36 leading significant digits, decimal128 34, decimal64 16 and decimal32 7; the digits behind
  * them count as zero. A decimal result has the exponent nearest to 0 that holds the digits. A zero
- * is positive, with exponent 0. Pckd_To_DFlt gives decimal32. */
+ * is positive, with exponent 0. Pckd_To_DFlt gives decimal32. Counts below 1 are outside the
+ * contract. */
 ZOR_EXPORT ZorBinary32 _zorcBCD_CONV_Pckd_To_SFlt(const uint8_t *source, int32_t sourceDigits,
                                                   int32_t decs);
 ZOR_EXPORT ZorBinary64 _zorcBCD_CONV_Pckd_To_LFlt(const uint8_t *source, int32_t sourceDigits,
@@ -123,7 +127,7 @@ ZOR_EXPORT ZorDecimal128 _zorcBCD_CONV_Znd_To_DFlt128(const uint8_t *source, int
  *
  * A scaled value of more than targetDigits + 34 digits stores zero, and so does a binary32 above
  * 10^9 in a target of fewer than 9 digits; NaN and infinity store zero. A target whose digits are
- * all zero is positive. */
+ * all zero is positive. Counts below 1 are outside the contract. */
 ZOR_EXPORT uint8_t *_zorcBCD_CONV_SFlt_To_Pckd(ZorBinary32 value, uint8_t *target,
                                                int32_t targetDigits, int32_t decs);
 ZOR_EXPORT uint8_t *_zorcBCD_CONV_SFlt_To_PckdRnd(ZorBinary32 value, uint8_t *target,

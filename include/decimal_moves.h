@@ -1,12 +1,16 @@
 /* Moves, comparisons, signs and shifts of decimal items, and conversions among their forms.
  *
- * An operand is a byte address of any alignment and a count of digits, at least 1. There is no
- * scale: the caller aligns decimal points by the shifts. The forms, by the names in the functions:
+ * An operand is a byte address of any alignment and a count of digits, at least 1; a count below 1
+ * is outside the contract. There is no scale: the caller aligns decimal points by the shifts.
+ * Arguments run against each other: addresses first to last, counts last to first, the target's
+ * first of all; a shift comes last. The forms, by the names in the functions:
  *
  *   Pckd        packed decimal, digits / 2 + 1 bytes: digits in nibbles, the sign in the low nibble
  *               of the last byte (0xB and 0xD negative, stored as 0xD; others positive, as 0xC)
  *   Znd, ZndTO  zoned, a byte per digit, the sign in the zone of the last byte: 0x30 + digit or,
- *               negative, 0x70 + digit; EBCDIC zones and overpunch letters are read too
+ *               negative, 0x70 + digit. EBCDIC zones and overpunch letters are read too, with one
+ *               exception: _zorcBCD_CONV_ZndTO_To_Pckd reads them only under COBOL_BCD_EBCDIC, and
+ *               takes the low nibble for the digit and a zone of 0x70 alone for negative otherwise
  *   ZndLO       zoned, the sign in the zone of the first byte
  *   ZndTS       zoned, a byte "+" or "-" behind the digits, not in the count of digits
  *   ZndLS       zoned, a byte "+" or "-" before the digits, not in the count of digits
@@ -35,7 +39,7 @@ ZOR_BEGIN_C
 /* ---- comparisons
  * _zorcBCD_EQU_Pckd, _zorcBCD_EQU_Znd and so on: 1 when op1 is equal to, not equal to, greater
  * than, at least, less than or at most op2, else 0. +0 and -0 are equal. Strictly validated when
- * COBOL_BCD_SAFE or bit 0x40 asks for it. */
+ * COBOL_BCD_SAFE or bit 0x40 asks for it. Counts below 1 are outside the contract. */
 #define ZOR_BCD_RELATIONS(X)                                                                       \
     X(EQU)                                                                                         \
     X(NEQ)                                                                                         \
@@ -51,7 +55,8 @@ ZOR_BEGIN_C
                                                  int32_t op2Digits, int32_t op1Digits);
 ZOR_BCD_RELATIONS(ZOR_BCD_DECLARE_RELATION)
 
-/* 1 when the value is zero, else 0. Validated as the comparisons. */
+/* 1 when the value is zero, else 0. Validated as the comparisons. Counts below 1 are outside the
+ * contract. */
 ZOR_EXPORT int32_t _zorcBCD_NOT_Pckd(const uint8_t *operand, int32_t operandDigits);
 ZOR_EXPORT int32_t _zorcBCD_NOT_Znd(const uint8_t *operand, int32_t operandDigits);
 
@@ -59,7 +64,8 @@ ZOR_EXPORT int32_t _zorcBCD_NOT_Znd(const uint8_t *operand, int32_t operandDigit
  * Cpy keeps the value, ABS its magnitude, NEG inverts the sign; NEG of zero is positive zero, or
  * negative when negative zeros are kept. NEG and _zorcBCD_ABS_Pckd validate the source unless
  * COBOL_BCD_NOVALIDATE bit 0x01 forbids it, the others when COBOL_BCD_SAFE or bit 0x10 asks for it;
- * then a Cpy of ZndTS or ZndLS issues message 40 for a bad sign, which it copies as it is. */
+ * then a Cpy of ZndTS or ZndLS issues message 40 for a bad sign, which it copies as it is. Counts
+ * below 1 are outside the contract. */
 #define ZOR_BCD_COPIES(X)                                                                          \
     X(Pckd)                                                                                        \
     X(Znd)                                                                                         \
@@ -82,7 +88,7 @@ ZOR_BCD_MOVE(_zorcBCD_NEG_ZndLO)
  * _zorcBCD_SHFD_Pckd_Left and so on for each form of ZOR_BCD_COPIES: Left multiplies by 10 to the
  * power shift, Right divides and truncates towards zero, RightRnd divides and rounds halves away
  * from zero. shift is at least 0; 0 copies. A carry out of the target is lost. Nothing is
- * validated; a bad separate sign is copied as it is. */
+ * validated; a bad separate sign is copied as it is. Counts below 1 are outside the contract. */
 #define ZOR_BCD_DECLARE_SHIFT(name)                                                                \
     ZOR_EXPORT uint8_t *name(const uint8_t *source, uint8_t *target, int32_t targetDigits,         \
                              int32_t sourceDigits, int32_t shift);
@@ -101,8 +107,9 @@ ZOR_BCD_COPIES(ZOR_BCD_DECLARE_SHIFTS)
  * An unsigned target gets the magnitude. A negative packed value that is cut down to zeros in a
  * zoned target stays negative; a zoned one turns positive. With COBOL_BCD_EBCDIC the overpunch
  * letters are written to ZndTO and ZndLO ("{", "A" to "I"; negative "}", "J" to "R"), except from
- * ZndUS, and read from the last digit of a zoned source to packed. _zorcBCD_CONV_ZndUS_To_Pckd
- * takes a stray "+", "-" or blank before the digits and "+" or "-" behind them. */
+ * ZndUS, and from ZndTO to packed letters and EBCDIC zones are read, only then. ZndUS to Pckd takes
+ * a stray "+", "-" or blank before the digits and "+" or "-" behind them. Counts below 1 are
+ * outside the contract. */
 #define ZOR_BCD_CONVERSIONS_TO_ZONED(X, from)                                                      \
     X(from, ZndTO)                                                                                 \
     X(from, ZndTS)                                                                                 \

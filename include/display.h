@@ -77,16 +77,20 @@ ZOR_BEGIN_C
  * length), the further items are left out, and the newline still goes to the stream. Messages: 168
  * SYSPUNCH cannot be opened, stdout is used; 169 unknown device, SYSOUT is used; 170 invalid type
  * or size, the items ahead of it and the newline are shown. COBOL_DISPLAY_FLUSH, read at the first
- * DISPLAY of the process, flushes the stream at the end of each when it begins with "1". */
+ * DISPLAY of the process, flushes the stream at the end of each when it begins with "1". Text past
+ * a file size limit (ulimit -f) is lost: at each DISPLAY that flushes, otherwise where the stream's
+ * buffer is written out; SIGXFSZ is shown each time, and the run goes on. */
 ZOR_EXPORT void _zorcDisplay(const DisplayControl *control, DisplayItem *items);
 
 /* Reads up to length bytes from a stream, or formats a date register, into target; the rest of it
  * is filled with blanks. length below 1 does nothing; a target for which nothing was read stays as
  * it was. From a terminal or under ACCEPT=NEW one line is read, and what is too long is dropped;
- * otherwise reading goes on over line ends until the target is full. An end of file met earlier
- * does not count: the stream is read anew. With ACCEPT_DBCS an even rest is filled with the
- * double-byte blank of the code page. Message 200 (variant 2) tells of a read error; end of file is
- * none. */
+ * otherwise reading goes on over line ends until the target is full. Nothing is read at the end of
+ * file and, of a line, where it is empty: feof of Proccom.sysin or consolein tells the two apart
+ * behind the call. An end of file met earlier does not count: the stream is read anew. With
+ * ACCEPT_DBCS an even rest is filled with the double-byte blank of the code page. Without a bit of
+ * a stream or a register nothing happens. Message 200 (variant 2) tells of a read error; end of
+ * file is none. */
 ZOR_EXPORT void _zorcAccept(uint32_t flags, int32_t length, void *target);
 
 /* ACCEPT of national data from a stream: *length counts 16-bit characters, read low byte first; the
@@ -94,8 +98,9 @@ ZOR_EXPORT void _zorcAccept(uint32_t flags, int32_t length, void *target);
  * 0x0A, whatever half of a character it is. The rest of the target is not filled. */
 ZOR_EXPORT void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target);
 
-/* Shows a literal of length bytes on SYSOUT and waits for a line from SYSIN, which is dropped.
- * Message 200 (variant 2) tells of a read error. */
+/* Shows a literal of length bytes on SYSOUT and waits for a line from SYSIN, which is dropped. What
+ * _zorcDisplay says of a file size limit holds here. Message 200 (variant 2) tells of a read error.
+ */
 ZOR_EXPORT void _zorcStopLiteral(int32_t length, const void *text);
 
 ZOR_END_C

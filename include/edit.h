@@ -117,29 +117,31 @@ typedef struct NationalEditDescriptor NationalEditDescriptor;
 
 ZOR_BEGIN_C
 
-/* Edits a number. digitStream is a sign byte "+" or "-" and then the decimal digit characters, one
- * for each "9", "Z" and "*" of the picture and each sign or currency sign of a floating string but
- * its first, aligned to the picture's decimal point: a zoned item with a leading separate sign, as
- * the _To_ZndLS conversions of decimal_moves.h give it. Writes one byte for each byte of
- * pictureText but P and V. */
+/* Edits a number by its picture. digitStream is a sign byte "+" or "-" and then the decimal digit
+ * characters, one for each "9", "Z" and "*" of the picture and each sign or currency sign of a
+ * floating string but its first, aligned to the picture's decimal point: a zoned item with a
+ * leading separate sign, as the _To_ZndLS conversions of decimal_moves.h give it. Writes one byte
+ * for each byte of pictureText but P and V. */
 ZOR_EXPORT void _zorcMoveNumToNumEdit(const NumericEditDescriptor *descriptor,
                                       const void *digitStream, void *receiver);
 
-/* The same, and then the first currencyChar in the edited form gives way to currencyString: the
- * receiver is longer by the string's length less 1. */
+/* Edits a number whose currency sign is a string. As _zorcMoveNumToNumEdit, and then the first
+ * currencyChar in the edited form gives way to currencyString: the receiver is longer by the
+ * string's length less 1. */
 ZOR_EXPORT void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor,
                                        const void *digitStream, void *receiver,
                                        const CurrencyString *currencyString);
 
-/* De-edits: result receives the digit characters in their order and one trailing sign byte, "+" or
+/* De-edits an edited item by its picture. result receives the digit characters in their order and
+ * one trailing sign byte, "+" or
  * "-": a zoned item with a trailing separate sign. It is at least 1 and at most pictureLength + 1
  * bytes long. Returns 0, or 1 when the sender does not fit the picture; then result holds nothing
  * of use. */
 ZOR_EXPORT int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const void *sender,
                                          void *result);
 
-/* The same for a sender whose currency sign is currencyString; a sender without that string is
- * read as the other form reads it. */
+/* De-edits a sender whose currency sign is currencyString; a sender without that string is read as
+ * _zorcMoveNumEditToNum reads it. */
 ZOR_EXPORT int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const void *sender,
                                           void *result, const CurrencyString *currencyString);
 

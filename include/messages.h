@@ -22,8 +22,10 @@ enum {
 ZOR_BEGIN_C
 
 /* Issues message msgno with the arguments that its catalogue text wants. Counts warnings, ends the
- * run after a severe or critical message (then it does not return). Returns 0, or -1 for message
- * 995. */
+ * run after a severe or critical message (then it does not return, unless the run-time has ended:
+ * without one there is no catalogue either, every message is severe, and none ends anything).
+ * Returns 0, or -1 for message 995. A file that COBMSGS names is flushed behind each message; text
+ * past its size limit (ulimit -f) is lost, SIGXFSZ is shown each time, and the run goes on. */
 ZOR_EXPORT int32_t _zorWriteERRmsg(int32_t msgno, uint32_t flags, ...);
 
 /* A user's forced abnormal end: message 901. */

@@ -63,7 +63,9 @@ ZOR_LAYOUT(PCB, century, 60);
 ZOR_LAYOUT(PCB, pgmword, 64);
 ZOR_SIZE(PCB, 68);
 
-/* Bits of IPCB.status that the library clears. */
+/* Bits of IPCB.status that the library clears. Generated code sets them, and says by them what it
+ * has done for the program: the lower one what is done anew in each run unit (initial values of
+ * WORKING-STORAGE), the upper one what only CANCEL undoes. The other bits are generated code's. */
 enum {
     IPCB_STATUS_RUN_UNIT = 0x40000000,   /* cleared at the end of a run unit */
     IPCB_STATUS_CANCEL = (int)0xC0000000 /* both bits are cleared by CANCEL */
@@ -123,18 +125,26 @@ typedef struct LLE LLE;
 ZOR_BEGIN_C
 
 /* Entry of a program activation: starts the run-time and the run unit when there is none, links
- * the program at its first entry, counts the entry. Issues messages 240, 241 (century window) and
- * 907 (no storage). */
+ * the program at its first entry, counts the entry. With PCB_ENTRY_LOCKED it comes back with the
+ * entry lock held, as _zorPgmEnterLock. Issues messages 240, 241 (century window) and 907 (no
+ * storage). */
 ZOR_EXPORT void _zorPgmInit(PCB *pcb);
 
-/* Takes the entry lock and counts the entry; the lock stays held until _zorPgmEnterUnlock. */
+/* Takes the entry lock and counts the entry; the lock stays held until _zorPgmEnterUnlock. For a
+ * nested program, which has an IPCB alone, and for others that enter under the lock. There is one
+ * lock for all programs and it does not nest: between the two calls no program may enter or leave.
+ * It is taken inside the transaction monitor too. */
 ZOR_EXPORT void _zorPgmEnterLock(IPCB *ipcb);
+
+/* Gives the entry lock back. */
 ZOR_EXPORT void _zorPgmEnterUnlock(void);
 
-/* Counts an exit; never ends a run unit. */
+/* Counts an exit; never ends a run unit. For nested programs. */
 ZOR_EXPORT void _zorPgmExit(IPCB *ipcb);
 
-/* Counts an exit, and ends the run unit when its main program leaves for the last time. */
+/* Counts an exit, and ends the run unit when its main program leaves for the last time. Does
+ * nothing more when STOP RUN has ended the run unit already, and nothing at all without a run-time.
+ */
 ZOR_EXPORT void _zorPgmTerm(PCB *pcb);
 
 /* The sigjmp_buf of the current run unit, which the owner of the epilogue fills by
@@ -146,14 +156,19 @@ ZOR_EXPORT jmp_buf *_zorGetJmpBuffer(void);
 /* Starts a run unit nested in the current one. */
 ZOR_EXPORT void _zorCOBOLLink(void);
 
-/* STOP RUN: ends the run unit and jumps to the epilogue; does not return. rc is the status. */
+/* STOP RUN with status rc. Ends the run unit, then calls the host's routine Runcom.stop, if there
+ * is one, and exits with rc when that returns; otherwise jumps to the epilogue, with rc or 255 for
+ * 0; without one the process exits with rc, 0 for 255. rc is 0 to 254: the system cuts an exit
+ * status to 8 bits. Belongs to the thread that filled the jump buffer. Does not return, unless the
+ * run-time has ended. */
 ZOR_EXPORT void _zorRunUnitTerm(int32_t rc);
 
 /* Ends the run unit abnormally with status 6 and returns to its caller. */
 ZOR_EXPORT void _zorCleanUp(void);
 
 /* CANCEL: resets the program and its nested programs and closes their files, EXTERNAL files
- * excepted. A negative IPCB.nested does nothing. */
+ * excepted. A negative IPCB.nested does nothing. Takes no lock and does not ask whether one of them
+ * is active: the caller looks at IPCB.ent. */
 ZOR_EXPORT void _zorCloseReset(IPCB *ipcb);
 
 /* Copies length bytes of name into buffer and ends the copy with a zero byte in place of its

@@ -136,8 +136,10 @@ extern ZOR_EXPORT uint32_t _zorDebugBufLen;
 ZOR_EXPORT void _zorCOBOLInit(int32_t code, void *arg, int32_t *rc, void *token);
 ZOR_EXPORT void ZORCOBOLINIT(int32_t code, void *arg, int32_t *rc, void *token);
 
-/* code 1: starts the run-time if needed and stores the five values in the idle run unit that the
- * next start takes; *rc is 0. Other codes: *rc is 1. */
+/* Host start with routines. code 1: starts the run-time if needed and stores the five values in the
+ * idle run unit that the next start takes; *rc is 0. Other codes: *rc is 1. The values stay in
+ * force for later run units when this call started the run-time, and inside a container; otherwise
+ * the next start forgets them. */
 ZOR_EXPORT void _zorCOBOLInit1(int32_t code, HostRoutine stop, int32_t *rc, void *token,
                                MessageRoutine msg, HostRoutine abrt, void *hostword);
 
@@ -150,21 +152,32 @@ ZOR_EXPORT void _zorCOBOLHostInit(int32_t *rc);
 ZOR_EXPORT void _zorCOBOLTerm(int32_t code, int32_t *rc);
 ZOR_EXPORT void ZORCOBOLTERM(int32_t code, int32_t *rc);
 
-/* The transaction monitor begins, ends and cancels a transaction's run unit. */
+/* Begins a run unit of the transaction monitor and raises Proccom.kots, which its end lowers. */
 ZOR_EXPORT void _zor_cpm_init(MessageRoutine msg, void *hostword);
+
+/* Ends a transaction by STOP RUN with status 1, so the stub's buffer gets 1. While a run unit is
+ * ending it comes back. When the transaction's run unit has ended already, it ends the one of the
+ * transaction outside it; when there is none it only jumps to the buffer that was filled last. */
 ZOR_EXPORT void _zor_cpm_exit(void);
+
+/* Breaks a transaction off, ends its run unit, and comes back. */
 ZOR_EXPORT void _zor_cpm_cancel(void);
 
 /* Ends the run abnormally; cored 1 when a core file was made already. Returns only when the
  * run-time has ended. */
 ZOR_EXPORT void _zorAbort(int32_t cored);
 
-/* Storage, 16-byte aligned. _zorMalloc issues message msgno with flags on exhaustion and returns
- * 0. _zorcalloc gives 0 when size and extra are both 0, otherwise size bytes, zeroed for mode 1. */
+/* Storage, 16-byte aligned; on exhaustion issues message msgno with flags and returns 0. */
 ZOR_EXPORT void *_zorMalloc(uint32_t size, int32_t msgno, uint32_t flags);
+
+/* Storage of size bytes, 16-byte aligned, zeroed for mode 1; 0 when size and extra are both 0. */
 ZOR_EXPORT void *_zorcalloc(int32_t mode, uint32_t size, uint32_t extra);
-ZOR_EXPORT void _zorcfree(void *block);
+
+/* Storage of size bytes, 16-byte aligned. */
 ZOR_EXPORT void *_Tvq_mem_alloc(uint32_t size);
+
+/* Frees storage that one of the three above gave. */
+ZOR_EXPORT void _zorcfree(void *block);
 ZOR_EXPORT void _Tvq_mem_free(void *block);
 
 /* Fills count 16-bit units and returns target. */

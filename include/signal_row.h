@@ -46,9 +46,9 @@ typedef struct SignalRow SignalRow;
 ZOR_BEGIN_C
 
 /* The run-time's signal handler: shows the signal; ends the run abnormally, except for SIGWINCH
- * (which renews the terminal sizes) and SIGCONT, SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ. Comes back
- * when the run goes on, when the run-time has ended or is ending, and under TRAP=DUMP. info is not
- * used; context is a ucontext_t or 0. */
+ * (which renews the terminal sizes) and SIGCONT, SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ (a file size
+ * limit, ulimit -f: the text past it is lost). Comes back when the run goes on, when the run-time
+ * has ended or is ending, and under TRAP=DUMP. info is not used; context is a ucontext_t or 0. */
 ZOR_EXPORT void _zorSignal(int signo, siginfo_t *info, void *context);
 
 ZOR_END_C

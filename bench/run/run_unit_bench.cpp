@@ -1,5 +1,5 @@
-// What the frame costs: a run unit from start to end, an activation of a program that is linked
-// already, and a whole process.
+// What the run-time itself costs: a run unit from start to end, an activation of a program that is
+// linked already, and a whole process.
 
 #include <cstdlib>
 #include <cstring>
@@ -67,18 +67,20 @@ ZOR_BENCH(runUnit) {
     bench::row("activation of a linked program", activation, "thread, start to end", thread);
 }
 
-ZOR_BENCH(process) {
-    const double with = bench::nanoseconds([](unsigned times) {
+double process(const char *path) {
+    return bench::nanoseconds([=](unsigned times) {
         while (times-- > 0) {
-            runProcess(MINIMAL_COBOL);
+            runProcess(path);
         }
     });
-    const double without = bench::nanoseconds([](unsigned times) {
-        while (times-- > 0) {
-            runProcess(MINIMAL_PLAIN);
-        }
-    });
-    bench::row("process, minimal program", with, "process without the library", without);
+}
+
+ZOR_BENCH(processes) {
+    const double ours = process(MINIMAL_COBOL);
+    bench::row("process, minimal program", ours, "process without the library",
+               process(MINIMAL_PLAIN));
+    bench::row("process, minimal program", ours, "process with setlocale and catopen",
+               process(MINIMAL_CATALOGUE));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "edit.h"
@@ -20,13 +21,12 @@ std::string numericDescriptor(const std::string &picture, int code) {
 
 // A locale with thousands separators, built for the occasion; false without localedef.
 bool useGroupingLocale() {
-    char directory[] = "/tmp/zorbench.XXXXXX";
-    if (mkdtemp(directory) == nullptr) {
+    std::string path = std::filesystem::temp_directory_path() / "bench.XXXXXX";
+    if (mkdtemp(path.data()) == nullptr) {
         return false;
     }
-    const std::string path(directory);
     const std::string build = "localedef -i en_US -f UTF-8 " + path + "/en_US.UTF-8 2>/dev/null";
-    setenv("LOCPATH", directory, 1);
+    setenv("LOCPATH", path.c_str(), 1);
     const bool usable =
         system(build.c_str()) == 0 && setlocale(LC_NUMERIC, "en_US.UTF-8") != nullptr;
     return system(("rm -r " + path).c_str()) == 0 && usable;

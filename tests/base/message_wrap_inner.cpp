@@ -4,7 +4,7 @@
 #include <random>
 #include <sstream>
 
-#include "base/message_text.h"
+#include "base/message_wrap.h"
 
 #include <gtest/gtest.h>
 
@@ -79,7 +79,8 @@ TEST(Wrap, LosesNothingAndStaysInItsRoom) {
         const std::size_t room = 1 + upTo(static_cast<unsigned>(text.size()) + 200);
         const std::string cramped = wrapped(text, width, room);
         ASSERT_TRUE(squeezed(text).starts_with(squeezed(cramped)));
-        ASSERT_TRUE(cramped.size() < room && cramped.size() >= std::min(text.size(), room - 1));
+        ASSERT_LT(cramped.size(), room);
+        ASSERT_GE(cramped.size(), std::min(text.size(), room - 1));
     }
 }
 

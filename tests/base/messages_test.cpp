@@ -386,7 +386,8 @@ TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
         });
         EXPECT_EQ(value, 4);
         _zorWriteERRmsg(7, MESSAGE_INFORMATIONAL | 1, std::string(9000, 'x').c_str());
-        EXPECT_TRUE(isFreeForOthers(stdout) && isFreeForOthers(stderr));
+        EXPECT_TRUE(isFreeForOthers(stdout));
+        EXPECT_TRUE(isFreeForOthers(stderr));
     });
 }
 

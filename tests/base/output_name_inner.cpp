@@ -2,7 +2,7 @@
 
 #include <regex>
 
-#include "base/standard_files.h"
+#include "base/output_name.h"
 #include "support/kit.h"
 
 using namespace kit;

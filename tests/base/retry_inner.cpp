@@ -6,9 +6,11 @@
 #include <fcntl.h>
 #include <sys/time.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 
-#include "base/retry.h"
+#include "base/stream_calls.h"
+#include "base/system_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -54,7 +56,7 @@ TEST(Retry, WritesLoseNothingToSignalsAndSlowReaders) {
 TEST(Retry, AFullDiskIsTold) {
     FILE *full = zor::retryFopen("/dev/full", "w");
     EXPECT_EQ(zor::retryFwrite("text", 1, 4, full), 4U);
-    EXPECT_TRUE(zor::retryFseek(full, 0, SEEK_SET) == -1 && errno == ENOSPC);
+    EXPECT_EQ(std::tuple(zor::retryFseek(full, 0, SEEK_SET), errno), std::tuple(-1, ENOSPC));
     EXPECT_NE(ferror(full), 0);
     const std::string much(100000, 'x');
     EXPECT_LT(zor::retryFwrite(much.data(), 1, much.size(), full), much.size());

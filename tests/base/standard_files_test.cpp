@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <regex>
+#include <tuple>
 
 #include "display.h"
 #include "messages.h"
@@ -126,7 +127,8 @@ TEST_F(StandardFiles, AFileHasNoTerminalSize) {
         _zorProccom->stderrsize.ws_col = 40;
         _zorProccom->stdoutsize.ws_col = 40;
         useAll();
-        EXPECT_TRUE(_zorProccom->stderrsize.ws_col == 0 && _zorProccom->stdoutsize.ws_col == 0);
+        EXPECT_EQ(std::tuple(_zorProccom->stderrsize.ws_col, _zorProccom->stdoutsize.ws_col),
+                  std::tuple(0, 0));
     });
     EXPECT_EQ(child.out, "to sysout\nto console\n");
 }

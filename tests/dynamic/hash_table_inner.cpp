@@ -218,8 +218,10 @@ TEST(HashTable, AgreesWithAModel) {
                           std::string::npos);
             }
         }
-        EXPECT_TRUE(table->grows > 0 && table->shrinks > 0);
-        EXPECT_TRUE(table->reuses > 0 && table->evicts > 0);
+        EXPECT_GT(table->grows, 0);
+        EXPECT_GT(table->shrinks, 0);
+        EXPECT_GT(table->reuses, 0);
+        EXPECT_GT(table->evicts, 0);
     }
 }
 
@@ -278,7 +280,8 @@ TEST(HashTable, ExhaustedStorageChangesNothing) {
     EXPECT_EQ(get(starved, "A", Touch::none, true), nullptr); // no room for the link
     left = 1;
     EXPECT_EQ(put(starved, "D", "4", false, true), nullptr); // room for the link alone
-    EXPECT_TRUE(hashTableIsEmpty(child.get()) && hashTableIsEmpty(starved.get()));
+    EXPECT_TRUE(hashTableIsEmpty(child.get()));
+    EXPECT_TRUE(hashTableIsEmpty(starved.get()));
 
     // Lengths that do not fit an address space are refused ahead of any copy.
     HashInsertion huge{"K", 1, nullptr};

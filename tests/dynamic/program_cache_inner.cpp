@@ -109,11 +109,14 @@ TEST_F(CachedPrograms, AreEvictedInTheOrderOfTheirCalls) {
     const LLE *c = cache(c_);
     called("A");
     b_.ipcb[2].ent = 1; // least recently called, but its nested program is active
-    EXPECT_TRUE(evictCachedProgram() && isUnloaded(c));
-    EXPECT_TRUE(evictCachedProgram() && isUnloaded(a));
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(c));
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(a));
     EXPECT_FALSE(evictCachedProgram()); // or the loader would try for ever
     b_.ipcb[2].ent = 0;
-    EXPECT_TRUE(evictCachedProgram() && isUnloaded(b));
+    EXPECT_TRUE(evictCachedProgram());
+    EXPECT_TRUE(isUnloaded(b));
 
     endRunUnit();
     _zor_cpm_destroy();

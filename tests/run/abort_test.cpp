@@ -63,7 +63,8 @@ PROGRAM_TEST(Abort, OnASecondThreadEndsThatThread) {
     for (const pthread_t thread : threads) {
         ended += joinsAsEnded(thread);
     }
-    EXPECT_TRUE(ended >= 1 && _zorProccom == nullptr);
+    EXPECT_GE(ended, 1);
+    EXPECT_EQ(_zorProccom, nullptr);
     _zorAbort(0);
 }
 
@@ -74,7 +75,8 @@ PROGRAM_TEST(Abort, InTheChildOfAForkEndsTheChild) {
     }
     int status = 0;
     waitpid(copy, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGABRT);
 }
 
 PROGRAM_TEST(Abort, OfTheEndItselfStillEnds,

@@ -7,6 +7,7 @@
 #include <regex>
 #include <sstream>
 #include <thread>
+#include <tuple>
 
 #include "display.h"
 #include "support/kit.h"
@@ -24,9 +25,9 @@ CHILD_TEST(Entry, LoadLeavesOneIdleRunUnit) {
     const Runcom &idle = *process.freeru;
     EXPECT_STREQ(process.eyecatcher, "PROCCOM");
     EXPECT_STREQ(idle.eyecatcher, "RUNCOM ");
-    EXPECT_TRUE(process.runcom == nullptr && idle.link == nullptr);
-    EXPECT_TRUE(idle.id == 0 && process.nextid == 1 && process.options1 == 0);
-    EXPECT_TRUE(process.codepage == -1 && process.threadkey == -1);
+    EXPECT_EQ(std::tuple(process.runcom, idle.link), std::tuple(nullptr, nullptr));
+    EXPECT_EQ(std::tuple(idle.id, process.nextid, process.options1), std::tuple(0, 1, 0));
+    EXPECT_EQ(std::tuple(process.codepage, process.threadkey), std::tuple(-1, -1));
 }
 
 TEST(Entry, AMinimalMainProgramLogsItsWay) {
@@ -70,19 +71,23 @@ CHILD_TEST(Entry, ActivationsAreCountedAndOnlyTheMainProgramsLastExitEnds) {
     const Runcom *unit = process.runcom;
     _zorPgmInit(&main.pcb);
     _zorPgmInit(&sub.pcb);
-    EXPECT_TRUE(main.ipcb[0].ent == 2 && sub.ipcb[0].ent == 1 && unit->nest == 3);
-    EXPECT_TRUE(unit->main == &main.pcb && isMain(main));
+    EXPECT_EQ(std::tuple(main.ipcb[0].ent, sub.ipcb[0].ent, unit->nest), std::tuple(2, 1, 3));
+    EXPECT_EQ(unit->main, &main.pcb);
+    EXPECT_TRUE(isMain(main));
     _zorPgmTerm(&sub.pcb);
     _zorPgmTerm(&main.pcb);
-    EXPECT_TRUE(main.ipcb[0].ent == 1 && sub.ipcb[0].ent == 0 && unit->nest == 1);
+    EXPECT_EQ(std::tuple(main.ipcb[0].ent, sub.ipcb[0].ent, unit->nest), std::tuple(1, 0, 1));
     _zorPgmExit(sub.ipcb);
     EXPECT_EQ(sub.ipcb[0].ent, 0) << "never below zero";
-    EXPECT_TRUE(process.runcom == unit && isMain(main));
+    EXPECT_EQ(process.runcom, unit);
+    EXPECT_TRUE(isMain(main));
     _zorPgmTerm(&main.pcb);
-    EXPECT_TRUE(process.runcom == nullptr && process.freeru == unit && !isMain(main));
-    EXPECT_TRUE(main.pcb.lle == nullptr && sub.pcb.lle == nullptr);
+    EXPECT_EQ(process.runcom, nullptr);
+    EXPECT_EQ(process.freeru, unit);
+    EXPECT_FALSE(isMain(main));
+    EXPECT_EQ(std::tuple(main.pcb.lle, sub.pcb.lle), std::tuple(nullptr, nullptr));
     _zorPgmInit(&main.pcb); // a second run unit uses the idle one again
-    EXPECT_TRUE(process.runcom == unit && unit->id == 2 && process.cache == CACHE_ON);
+    EXPECT_EQ(std::tuple(process.runcom, unit->id, process.cache), std::tuple(unit, 2, CACHE_ON));
     _zorPgmTerm(&main.pcb);
 }
 
@@ -98,9 +103,10 @@ CHILD_TEST(Entry, AProgramIsLinkedToTheRunUnit,
     _zorPgmInit(&old.pcb);
     EXPECT_EQ(main.pcb.upsi, _zorProccom->runcom->upsi);
     EXPECT_EQ(memcmp(main.pcb.upsi, "01000001", 8), 0);
-    EXPECT_TRUE(main.pcb.pgmword == &_zorProccom->pgmword && old.pcb.pgmword == &word);
+    EXPECT_EQ(std::tuple(main.pcb.pgmword, old.pcb.pgmword),
+              std::tuple(&_zorProccom->pgmword, &word));
     EXPECT_EQ(main.pcb.flags, 0x83000000);
-    EXPECT_TRUE(main.ipcb[0].pcb == &main.pcb && main.pcb.lle->ipcb == main.ipcb);
+    EXPECT_EQ(std::tuple(main.ipcb[0].pcb, main.pcb.lle->ipcb), std::tuple(&main.pcb, main.ipcb));
     EXPECT_EQ(std::string(main.pcb.lle->name, main.pcb.lle->namelen), "MAIN");
 }
 
@@ -109,11 +115,13 @@ CHILD_TEST(Entry, ProgramsOfOneNameAreKeptApartByTheirEntries) {
     static Program second("SAME");
     _zorPgmInit(&first.pcb);
     _zorPgmInit(&second.pcb);
-    EXPECT_TRUE(first.pcb.lle != second.pcb.lle && second.pcb.lle->pcb == &second.pcb);
+    EXPECT_NE(first.pcb.lle, second.pcb.lle);
+    EXPECT_EQ(second.pcb.lle->pcb, &second.pcb);
     _zorCloseReset(second.ipcb);
-    EXPECT_TRUE(second.pcb.lle == nullptr && second.ipcb[0].ent == 0);
+    EXPECT_EQ(std::tuple(second.pcb.lle, second.ipcb[0].ent), std::tuple(nullptr, 0));
     _zorPgmInit(&second.pcb); // linked afresh
-    EXPECT_TRUE(second.pcb.lle != nullptr && second.ipcb[0].ent == 1);
+    EXPECT_NE(second.pcb.lle, nullptr);
+    EXPECT_EQ(second.ipcb[0].ent, 1);
 }
 
 TEST(Entry, CenturyWindows) {
@@ -218,7 +226,7 @@ TEST(Entry, ThreadsLoseNoCountAndMixNoLine) {
             ASSERT_EQ(line, std::string(40, line[0]) + std::to_string(round));
             round += kRoundsPerDisplay;
         }
-        EXPECT_TRUE(next[0] == kRounds && next[1] == kRounds);
+        EXPECT_EQ(std::tuple(next[0], next[1]), std::tuple(kRounds, kRounds));
         const std::regex contention("pthread_mutex_trylock rc 16 .*\n");
         EXPECT_EQ(std::regex_replace(child.err, contention, ""), "");
         EXPECT_EQ(child.status, 0);
@@ -244,13 +252,13 @@ CHILD_TEST(End, ANestedRunUnitGivesWayToThePriorOne) {
     Runcom *first = process.runcom;
     _zorCOBOLLink();
     Runcom *second = process.runcom;
-    EXPECT_TRUE(second->prior == first && first->prior == nullptr && second->id == 2);
+    EXPECT_EQ(std::tuple(second->prior, first->prior, second->id), std::tuple(first, nullptr, 2));
     EXPECT_EQ(runMainProgram(inner, [] { _zorRunUnitTerm(8); }), 8);
-    EXPECT_TRUE(process.runcom == first && process.freeru == second);
-    EXPECT_TRUE((second->flags & RUNCOM_RU_TERM) == 0 && second->prior == nullptr);
+    EXPECT_EQ(std::tuple(process.runcom, process.freeru), std::tuple(first, second));
+    EXPECT_EQ(std::tuple((second->flags & RUNCOM_RU_TERM), second->prior), std::tuple(0, nullptr));
     _zorCOBOLLink();
     _zorCleanUp(); // ends the nested one abnormally; the outer one is not marked so
-    EXPECT_TRUE(process.runcom == first && (process.state & PROCCOM_ABORT) == 0);
+    EXPECT_EQ(std::tuple(process.runcom, (process.state & PROCCOM_ABORT)), std::tuple(first, 0));
     _zorPgmTerm(&outer.pcb);
     EXPECT_EQ(process.runcom, nullptr);
 }
@@ -274,7 +282,7 @@ CHILD_TEST(End, OpenFilesAreClosedWithoutUseProcedures,
     main.ipcb[0].status = 0xC0000001;
     _zorPgmTerm(&main.pcb);
     EXPECT_EQ(main.ipcb[0].status, 0x80000001);
-    EXPECT_TRUE(open.closemode == 0 && nested.closemode == FCB_CLOSE_LOCK);
+    EXPECT_EQ(std::tuple(open.closemode, nested.closemode), std::tuple(0, FCB_CLOSE_LOCK));
 }
 
 CHILD_TEST(End, CancelClosesAllButExternalFiles, .out = "close mode 0000 ent 0|") {
@@ -296,8 +304,8 @@ CHILD_TEST(End, CancelClosesAllButExternalFiles, .out = "close mode 0000 ent 0|"
     EXPECT_EQ(sub.ipcb[0].ent, 1);
     sub.ipcb[0].nested = 0;
     _zorCloseReset(sub.ipcb);
-    EXPECT_TRUE(sub.ipcb[0].ent == 0 && sub.ipcb[0].status == 0x30000000);
-    EXPECT_TRUE(own.curmode == 0 && shared.curmode == FCB_INPUT);
+    EXPECT_EQ(std::tuple(sub.ipcb[0].ent, sub.ipcb[0].status), std::tuple(0, 0x30000000));
+    EXPECT_EQ(std::tuple(own.curmode, shared.curmode), std::tuple(0, FCB_INPUT));
     shared.curmode = 0;
 }
 
@@ -384,7 +392,7 @@ CHILD_TEST(End, RunUnitEndsDoNotWaitOnOtherThreadsThatAreInCobol) {
     _zorPgmInit(&main.pcb);
     std::thread([] { _zorPgmInit(&other.pcb); }).join();
     _zorPgmTerm(&main.pcb);
-    EXPECT_TRUE(other.ipcb[0].ent == 0 && _zorProccom->runcom == nullptr);
+    EXPECT_EQ(std::tuple(other.ipcb[0].ent, _zorProccom->runcom), std::tuple(0, nullptr));
 }
 
 TEST(Utilities, TestBits) {
@@ -413,7 +421,8 @@ TEST(Utilities, NamesStorageAndWideFill) {
     _zorcfree(zeroed);
     for (const uint32_t size : {0U, 1U, 17U, 100000U}) {
         void *block = _Tvq_mem_alloc(size);
-        EXPECT_TRUE(block != nullptr && reinterpret_cast<uintptr_t>(block) % 16 == 0);
+        EXPECT_NE(block, nullptr);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 16, 0);
         _Tvq_mem_free(block);
     }
     EXPECT_EQ(_Tvq_mem_alloc(0xFFFFFFF0U), nullptr);

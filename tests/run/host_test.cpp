@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <dlfcn.h>
+#include <tuple>
 
 #include "messages.h"
 #include "support/kit.h"
@@ -53,16 +54,17 @@ CHILD_TEST(Host, CodeOneMakesARunUnitThatNoProgramIsMainOf) {
     EXPECT_EQ(init(1, kTellStop, theToken), 0);
     const Proccom &process = *_zorProccom;
     const Runcom *unit = process.runcom;
-    EXPECT_TRUE(unit->id == 1 && unit->main == RUNCOM_MAIN_IS_HOST);
-    EXPECT_TRUE(unit->stop == tellStop && unit->token == theToken);
-    EXPECT_TRUE((process.state & PROCCOM_PREINIT) != 0 && process.cache == CACHE_OFF);
+    EXPECT_EQ(std::tuple(unit->id, unit->main), std::tuple(1, RUNCOM_MAIN_IS_HOST));
+    EXPECT_EQ(std::tuple(unit->stop, unit->token), std::tuple(&tellStop, theToken));
+    EXPECT_NE((process.state & PROCCOM_PREINIT), 0);
+    EXPECT_EQ(process.cache, CACHE_OFF);
     _zorPgmInit(&program.pcb);
     _zorPgmTerm(&program.pcb);
-    EXPECT_TRUE(process.runcom == unit && (program.pcb.flags & PCB_IS_MAIN) == 0);
+    EXPECT_EQ(std::tuple(process.runcom, (program.pcb.flags & PCB_IS_MAIN)), std::tuple(unit, 0));
     EXPECT_EQ(term(2), 1);
     EXPECT_EQ(process.runcom, unit);
     EXPECT_EQ(term(9), 0); // ends the run unit, silently, and leaves the run-time
-    EXPECT_TRUE(process.runcom == nullptr && unit->stop == nullptr);
+    EXPECT_EQ(std::tuple(process.runcom, unit->stop), std::tuple(nullptr, nullptr));
     EXPECT_EQ(term(1), 0);
     EXPECT_EQ(_zorProccom, nullptr);
     EXPECT_EQ(term(9), 0);
@@ -78,7 +80,7 @@ CHILD_TEST(Host, UnknownCodesAndANullRoutineAreRefused) {
     int32_t rc = -1;
     _zorCOBOLInit1(2, tellStop, &rc, theToken, nullptr, nullptr, nullptr);
     EXPECT_EQ(rc, 1);
-    EXPECT_TRUE(_zorProccom->nextid == 1 && _zorProccom->runcom == nullptr);
+    EXPECT_EQ(std::tuple(_zorProccom->nextid, _zorProccom->runcom), std::tuple(1, nullptr));
 }
 
 CHILD_TEST(Host, StopRunCallsTheHostAndEndsTheProcessWithTheStatus, .out = "stop token",
@@ -101,7 +103,7 @@ CHILD_TEST(Host, StopRunWithoutARoutineComesBackToTheStub, .out = "returns") {
         _zorCleanUp();
         printf("returns");
     });
-    EXPECT_TRUE(value == 0 && _zorProccom->runcom == nullptr);
+    EXPECT_EQ(std::tuple(value, _zorProccom->runcom), std::tuple(0, nullptr));
     EXPECT_NE(_zorProccom->state & PROCCOM_ABORT, 0);
 }
 
@@ -123,13 +125,14 @@ CHILD_TEST(Host, ContainersKeepWhatAHostStoredAhead,
     static Program program("PGM");
     int32_t rc = -1;
     _zorCOBOLInit1(1, tellStop, &rc, theToken, nullptr, tellStop, &rc);
-    EXPECT_TRUE(rc == 0 && _zorProccom->moh == 1 && _zorProccom->kots == 1);
+    EXPECT_EQ(std::tuple(rc, _zorProccom->moh, _zorProccom->kots), std::tuple(0, 1, 1));
     _zorPgmInit(&program.pcb);
     const Runcom &unit = *_zorProccom->runcom;
-    EXPECT_TRUE(unit.stop == tellStop && unit.abrt == tellStop);
-    EXPECT_TRUE(unit.token == theToken && unit.hostword == &rc);
+    EXPECT_EQ(std::tuple(unit.stop, unit.abrt), std::tuple(&tellStop, &tellStop));
+    EXPECT_EQ(std::tuple(unit.token, unit.hostword), std::tuple(theToken, &rc));
     EXPECT_EQ(hostInit(), 1);
-    EXPECT_TRUE((_zorProccom->state & PROCCOM_TRACKED) != 0 && _zorProccom->threadword == 0);
+    EXPECT_NE((_zorProccom->state & PROCCOM_TRACKED), 0);
+    EXPECT_EQ(_zorProccom->threadword, 0);
 }
 
 CHILD_TEST(Host, AUnitLinkedAheadOfTheStartGetsTheOptions,
@@ -138,8 +141,8 @@ CHILD_TEST(Host, AUnitLinkedAheadOfTheStartGetsTheOptions,
     _zorCOBOLLink();
     _zorPgmInit(&program.pcb);
     const Runcom &unit = *_zorProccom->runcom;
-    EXPECT_TRUE(unit.id == 2 && unit.prior->id == 1);
-    EXPECT_TRUE(unit.errleft == 3 && memcmp(unit.upsi, "10000001", 8) == 0);
+    EXPECT_EQ(std::tuple(unit.id, unit.prior->id), std::tuple(2, 1));
+    EXPECT_EQ(std::tuple(unit.errleft, memcmp(unit.upsi, "10000001", 8)), std::tuple(3, 0));
 }
 
 CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
@@ -147,22 +150,23 @@ CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
     _zor_cpm_init(nullptr, theToken);
     const Proccom &process = *_zorProccom;
     Runcom *first = process.runcom;
-    EXPECT_TRUE(process.kots == 1 && process.plle == nullptr);
-    EXPECT_TRUE(first->id == 1 && first->hostword == theToken);
+    EXPECT_EQ(std::tuple(process.kots, process.plle), std::tuple(1, nullptr));
+    EXPECT_EQ(std::tuple(first->id, first->hostword), std::tuple(1, theToken));
     _zorPgmInit(&program.pcb);
-    EXPECT_TRUE(first->main == &program.pcb && process.threadword == 0);
+    EXPECT_EQ(std::tuple(first->main, process.threadword), std::tuple(&program.pcb, 0));
     _zor_cpm_init(nullptr, nullptr);
-    EXPECT_TRUE(process.kots == 2 && process.runcom->prior == first);
+    EXPECT_EQ(std::tuple(process.kots, process.runcom->prior), std::tuple(2, first));
     EXPECT_EQ(underStub([] { _zor_cpm_exit(); }), 1);
-    EXPECT_TRUE(process.kots == 1 && process.runcom == first);
+    EXPECT_EQ(std::tuple(process.kots, process.runcom), std::tuple(1, first));
     EXPECT_EQ(underStub([] { _zor_cpm_cancel(); }), 0);
-    EXPECT_TRUE(process.kots == 0 && process.runcom == nullptr);
+    EXPECT_EQ(std::tuple(process.kots, process.runcom), std::tuple(0, nullptr));
 }
 
 CHILD_TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker) {
     EXPECT_EQ(init(9, theToken, kTellStop), 0);
     const Runcom &unit = *_zorProccom->runcom;
-    EXPECT_TRUE(reinterpret_cast<void *>(unit.msg) == theToken && unit.abrt == tellStop);
+    EXPECT_EQ(std::tuple(reinterpret_cast<void *>(unit.msg), unit.abrt),
+              std::tuple(theToken, &tellStop));
     EXPECT_EQ(_zorProccom->kots, 1);
     EXPECT_STREQ(getenv("__COBOL_KOTS_CONTAINER"), "1");
 }

@@ -4,7 +4,7 @@
 #include <array>
 #include <csignal>
 
-#include "run/signals.h"
+#include "run/signal_table.h"
 #include "signal_row.h"
 
 #include <gtest/gtest.h>

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <tuple>
 
 #include "display.h"
 #include "signal_row.h"
@@ -192,7 +193,7 @@ PROGRAM_TEST(Signals, OfBrokenPipesAreIgnored) {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
     close(ends[0]);
-    EXPECT_TRUE(write(ends[1], "x", 1) == -1 && errno == EPIPE);
+    EXPECT_EQ(std::tuple(write(ends[1], "x", 1), errno), std::tuple(-1, EPIPE));
     raise(SIGIO);
 }
 
@@ -236,7 +237,7 @@ CHILD_TEST(Signals, ActionsAndStackComeBackAtTheEnd, .err = shown(SIGUSR1, "SIGU
     EXPECT_EQ(differences(before, inside), 24); // of 25 rows one signal has two
     stack_t stack{};
     sigaltstack(nullptr, &stack);
-    EXPECT_TRUE(stack.ss_size == 32768 && stack.ss_flags == 0);
+    EXPECT_EQ(std::tuple(stack.ss_size, stack.ss_flags), std::tuple(32768, 0));
     _zorCOBOLLink();
     runMainProgram(nested, [] { raise(SIGUSR1); });
     EXPECT_EQ(differences(inside, presentActions()), 0);

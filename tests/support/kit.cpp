@@ -73,7 +73,9 @@ ChildResult runChild(void (*body)(), const ChildOptions &options) {
     std::array<int, 2> err{};
     ChildResult result;
     FILE *input = tmpfile();
-    EXPECT_TRUE(input != nullptr && pipe(out.data()) == 0 && pipe(err.data()) == 0);
+    EXPECT_NE(input, nullptr);
+    EXPECT_EQ(pipe(out.data()), 0);
+    EXPECT_EQ(pipe(err.data()), 0);
     fwrite(options.input.data(), 1, options.input.size(), input);
     rewind(input);
     fflush(nullptr);

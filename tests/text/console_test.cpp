@@ -132,7 +132,9 @@ TEST(Accept, GoesOnBehindAnEarlierEndOfFile) {
 // A terminal is read by lines in either mode, and waited for although it does not block.
 TEST(Accept, WaitsForWhatIsTyped) {
     const int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_TRUE(keyboard >= 0 && grantpt(keyboard) == 0 && unlockpt(keyboard) == 0);
+    ASSERT_GE(keyboard, 0);
+    ASSERT_EQ(grantpt(keyboard), 0);
+    ASSERT_EQ(unlockpt(keyboard), 0);
     const int terminal = open(ptsname(keyboard), O_RDWR | O_NOCTTY | O_NONBLOCK);
     const StandIn console(_zorProccom->consolein, fdopen(terminal, "r"));
     const StandIn sysin(_zorProccom->sysin, fileOf("not this"));
@@ -177,7 +179,8 @@ TEST(Display, WaitsForASlowReaderAndKeepsLinesWhole) {
     constexpr std::size_t kLines = 40;
     for (const int buffering : {_IOFBF, _IOLBF, _IONBF}) {
         int ends[2];
-        ASSERT_TRUE(pipe(ends) == 0 && fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0);
+        ASSERT_EQ(pipe(ends), 0);
+        ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
         const std::string much(1 << 20, '#');
         const ssize_t filled = write(ends[1], much.data(), much.size());
         std::string text;
@@ -277,6 +280,7 @@ void displayWhereReadingStopped() {
 const std::map<std::string, void (*)()> kVerbs = {
     {"message", [] { fputs("message", stderr); }},
     {"display", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {"display"}); }},
+    {"display-on-console", [] { kit::displayLine(DISPLAY_ON_CONSOLE, {"display"}); }},
     {"display-much", [] { kit::displayLine(DISPLAY_ON_SYSOUT, {std::string(100000, 'x')}); }},
     {"display-line-ends", displayLineEnds},
     {"display-invalid", displayInvalid},
@@ -314,8 +318,15 @@ TEST(Console, WholeRuns) {
         {"display-on-devices", {}, "A\nA\nA\nA\n", "ZOR168W.*\n+(ZOR169W.*\n+){2}"},
         {"display-quads", {}, "-.3750E 00Infinity\n", ""},
         {"display-where-reading-stopped", {{"COBOL_DISPLAY_FLUSH", "1"}}, "4..ABC.....\n", ""},
-        // On a full disk the items alone are lost.
-        {"display-much display-much message", {{"SYSOUT", "/dev/full"}}, "", "message"},
+        // On a full disk the items alone are lost, and that is told once, by each name of a stream.
+        {"display-much display-much message",
+         {{"SYSOUT", "/dev/full"}},
+         "",
+         "messageSYSOUT: output could not be written: No space left on device\n"},
+        {"display-on-console",
+         {{"CONSOLE", "/dev/full"}},
+         "",
+         "CONSOLE: output could not be written: No space left on device\n"},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "0"}}, "", ""},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "1"}}, "display\n", ""},
         {"display exit", {{"COBOL_DISPLAY_FLUSH", "1x"}}, "display\n", ""},

@@ -1,34 +1,40 @@
+// The clock and the date text of the intrinsic function CURRENT-DATE: 2022-07-14, 20:04:42.12, five
+// hours east of UTC is "2022071420044212+0500".
 #include "base/clock.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <sys/time.h>
 
 namespace zor {
 
-void currentDateText(char *target) {
-    constexpr long kMicrosecondsPerHundredth = 10000;
-    constexpr long kSecondsPerMinute = 60;
-    constexpr long kMinutesPerHour = 60;
+ClockReading readClock() {
+    ClockReading reading{};
     timeval now{};
     gettimeofday(&now, nullptr);
-    tzset();
-    tm local{};
     const time_t seconds = now.tv_sec;
-    localtime_r(&seconds, &local);
+    localtime_r(&seconds, &reading.local);
+    reading.microseconds = static_cast<int>(now.tv_usec);
+    return reading;
+}
+
+void currentDateText(char *target) {
+    constexpr int kMicrosecondsPerHundredth = 10000;
+    constexpr long kSecondsPerMinute = 60;
+    constexpr long kMinutesPerHour = 60;
+    tzset();
+    const ClockReading now = readClock();
     long west = timezone / kSecondsPerMinute;
-    if (local.tm_isdst > 0) {
+    if (now.local.tm_isdst > 0) {
         west -= kMinutesPerHour;
     }
-    std::array<char, 96> text{};
-    const std::size_t length = strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &local);
-    snprintf(text.data() + length, text.size() - length, "%2.2ld%s%2.2ld%2.2ld",
-             static_cast<long>(now.tv_usec) / kMicrosecondsPerHundredth, west <= 0 ? "+" : "-",
+    char text[96];
+    const std::size_t length = strftime(text, sizeof text, "%Y%m%d%H%M%S", &now.local);
+    snprintf(text + length, sizeof text - length, "%2.2d%s%2.2ld%2.2ld",
+             now.microseconds / kMicrosecondsPerHundredth, west <= 0 ? "+" : "-",
              labs(west) / kMinutesPerHour, labs(west) % kMinutesPerHour);
-    memcpy(target, text.data(), kCurrentDateBytes);
+    memcpy(target, text, kCurrentDateBytes);
 }
 
 int32_t yearOf(const char *currentDate) {

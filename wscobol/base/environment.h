@@ -1,4 +1,5 @@
-// Variables of the environment, which most of the run-time's settings come from.
+// Variables of the environment, which most of the run-time's settings come from. In a process with
+// raised privileges those that choose files, programs or commands count as not set.
 #ifndef ZOR_BASE_ENVIRONMENT_H
 #define ZOR_BASE_ENVIRONMENT_H
 

@@ -10,7 +10,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include "run/abort.h"
+#include "base/signal_actions.h"
 
 namespace zor {
 namespace {

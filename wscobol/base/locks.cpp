@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <initializer_list>
 #include <unistd.h>
 
 namespace zor {
@@ -18,8 +17,12 @@ pthread_mutex_t EntryLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t PlleLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t StdFileLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t ExternalLock = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t TrackedLock = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
+
+constexpr pthread_mutex_t *kLocks[] = {&InitLock,    &EntryLock,    &PlleLock,
+                                       &StdFileLock, &ExternalLock, &TrackedLock};
 
 [[noreturn]] void stopOnLockFailure(const char *operation, int code) {
     fprintf(stderr, "%s rc %d\n", operation, code);
@@ -41,13 +44,6 @@ bool takenAtOnce(pthread_mutex_t &lock) {
     return tried == 0;
 }
 
-bool takenWithinASecond(pthread_mutex_t &lock) {
-    timespec limit{};
-    clock_gettime(CLOCK_REALTIME, &limit);
-    ++limit.tv_sec;
-    return pthread_mutex_timedlock(&lock, &limit) == 0;
-}
-
 } // namespace
 
 void takeLock(pthread_mutex_t &lock) {
@@ -58,6 +54,13 @@ void takeLock(pthread_mutex_t &lock) {
     if (code != 0) {
         stopOnLockFailure("pthread_mutex_lock", code);
     }
+}
+
+bool takeLockWithinASecond(pthread_mutex_t &lock) {
+    timespec limit{};
+    clock_gettime(CLOCK_REALTIME, &limit);
+    ++limit.tv_sec;
+    return pthread_mutex_timedlock(&lock, &limit) == 0;
 }
 
 void giveLock(pthread_mutex_t &lock) {
@@ -71,12 +74,14 @@ bool lockIsHeld(const pthread_mutex_t &lock) {
     return ownerOf(lock) != 0;
 }
 
+// Who is this thread is asked of the system only where somebody holds the lock.
 bool holdsLock(const pthread_mutex_t &lock) {
-    return ownerOf(lock) == gettid();
+    const pid_t owner = ownerOf(lock);
+    return owner != 0 && owner == gettid();
 }
 
 void giveHeldLocks() {
-    for (pthread_mutex_t *lock : {&InitLock, &EntryLock, &PlleLock, &StdFileLock, &ExternalLock}) {
+    for (pthread_mutex_t *lock : kLocks) {
         if (holdsLock(*lock)) {
             giveLock(*lock);
         }
@@ -84,7 +89,7 @@ void giveHeldLocks() {
 }
 
 EndingLock::EndingLock(pthread_mutex_t &lock) : lock_(nullptr) {
-    if (locksAreUsed() && !holdsLock(lock) && (takenAtOnce(lock) || takenWithinASecond(lock))) {
+    if (!isInMonitor() && !holdsLock(lock) && (takenAtOnce(lock) || takeLockWithinASecond(lock))) {
         lock_ = &lock;
     }
 }

@@ -14,10 +14,17 @@ extern pthread_mutex_t PlleLock;     // program list lookup and insertion
 extern pthread_mutex_t StdFileLock;  // opening the standard files
 extern pthread_mutex_t ExternalLock; // tables of EXTERNAL data
 
+// Storage is asked for on any thread, also where none of the others is taken; its holders are
+// quick, and contention is not worth a word.
+extern pthread_mutex_t TrackedLock; // lists of tracked storage
+
 // Takes a lock; contention is told on stderr ahead of the wait. A lock that fails stops the
 // process.
 void takeLock(pthread_mutex_t &lock);
 void giveLock(pthread_mutex_t &lock);
+
+// Takes a lock unless another holder keeps it for a second, and tells nothing; false then.
+bool takeLockWithinASecond(pthread_mutex_t &lock);
 
 // True when any thread holds the lock, and when the calling thread does.
 bool lockIsHeld(const pthread_mutex_t &lock);
@@ -27,16 +34,10 @@ bool holdsLock(const pthread_mutex_t &lock);
 // took them, by a long jump or for good.
 void giveHeldLocks();
 
-// Inside the transaction monitor one thread at a time is in COBOL, and no lock is taken.
-inline bool locksAreUsed() {
-    const Proccom *process = proccom();
-    return process == nullptr || process->kots == 0;
-}
-
 // Holds a lock for a scope, except inside the transaction monitor.
 class ScopedLock {
 public:
-    explicit ScopedLock(pthread_mutex_t &lock) : lock_(locksAreUsed() ? &lock : nullptr) {
+    explicit ScopedLock(pthread_mutex_t &lock) : lock_(isInMonitor() ? nullptr : &lock) {
         if (lock_ != nullptr) {
             takeLock(*lock_);
         }

@@ -1,5 +1,8 @@
+// Finds and opens the message catalogue of the user's language, or of the nearest one that has it,
+// and keeps the message buffer.
 #include "base/message_catalog.h"
 
+#include <atomic>
 #include <climits>
 #include <clocale>
 #include <cstdio>
@@ -9,7 +12,6 @@
 #include <nl_types.h>
 #include <unistd.h>
 
-#include "base/environment.h"
 #include "base/storage.h"
 
 namespace zor {
@@ -28,24 +30,31 @@ constexpr const char *kDefaultNoRoomText =
     "1 Insufficient storage. Cannot find space for message %d.";
 
 struct Catalog {
-    nl_catd handle = nullptr; // null: closed
+    std::atomic<nl_catd> handle = nullptr; // null: closed
+    std::atomic<int> readers = 0;          // CatalogReading scopes
     MessageLook look = kDefaultLook;
     std::size_t bytesPerCharacter = 1;
     char noRoomText[kNoRoomTextSize] = "Insufficient storage. Cannot find space for message %d.";
-    char *buffer = nullptr;
-    std::size_t bufferSize = 0; // 0: never opened, or closed since
-    pid_t bufferOwner = 0;      // the thread whose message is in the buffer
+    std::atomic<char *> buffer = nullptr;
+    std::size_t bufferSize = 0;         // 0: never opened, or closed since
+    std::atomic<pid_t> bufferOwner = 0; // the thread whose message is in the buffer
+    char *claimed = nullptr;            // the buffer that it has
 };
 
 constinit Catalog catalog;
 
 bool takeBuffer() {
     pid_t none = 0;
-    return __atomic_compare_exchange_n(&catalog.bufferOwner, &none, gettid(), false,
-                                       __ATOMIC_ACQUIRE, __ATOMIC_RELAXED);
+    return catalog.bufferOwner.compare_exchange_strong(none, gettid());
 }
+
+// A buffer that the catalogue dropped while a message was in it is freed here.
 void giveBuffer() {
-    __atomic_store_n(&catalog.bufferOwner, 0, __ATOMIC_RELEASE);
+    if (catalog.claimed != catalog.buffer) {
+        release(catalog.claimed);
+    }
+    catalog.claimed = nullptr;
+    catalog.bufferOwner = 0;
 }
 
 // A locale category's name, which the next setlocale would overwrite.
@@ -93,7 +102,7 @@ bool expandEntry(const char *entry, std::size_t length, const char *locale, char
 
 // The catalogue of a locale that the system does not know.
 nl_catd openAlongPath(const char *locale) {
-    const char *entry = settingOf("NLSPATH");
+    const char *entry = getenv("NLSPATH"); // as the start of the library left it
     while (entry != nullptr) {
         char path[PATH_MAX];
         const std::size_t length = strcspn(entry, ":");
@@ -143,11 +152,12 @@ void openHandle() {
     const LocaleName characters(LC_CTYPE);
     setlocale(LC_CTYPE, messages.text);
     catalog.bytesPerCharacter = MB_CUR_MAX;
-    catalog.handle = openForCurrentLocale();
-    if (catalog.handle == nullptr) {
-        catalog.handle = openNearest(messages);
+    nl_catd handle = openForCurrentLocale();
+    if (handle == nullptr) {
+        handle = openNearest(messages);
         messages.restore(LC_MESSAGES);
     }
+    catalog.handle = handle;
     characters.restore(LC_CTYPE);
 }
 
@@ -186,10 +196,11 @@ void openCatalog() {
     }
     catalog.look = kDefaultLook;
     openHandle();
-    if (catalog.handle == nullptr) {
+    const nl_catd handle = catalog.handle;
+    if (handle == nullptr) {
         return;
     }
-    const char *noRoom = catgets(catalog.handle, kNoRoomSet, kFirstMessage, kDefaultNoRoomText);
+    const char *noRoom = catgets(handle, kNoRoomSet, kFirstMessage, kDefaultNoRoomText);
     snprintf(catalog.noRoomText, sizeof catalog.noRoomText, "%s", textBehindLead(noRoom));
     catalog.bufferSize = readLook();
     catalog.buffer = static_cast<char *>(allocate(catalog.bufferSize));
@@ -199,23 +210,21 @@ void openCatalog() {
     }
 }
 
+// A thread that reads a text at this moment goes on reading it: the catalogue then stays mapped for
+// the life of the process.
 void closeCatalog() {
-    if (catalog.handle != nullptr) {
-        catclose(catalog.handle);
-        catalog.handle = nullptr;
+    const nl_catd handle = catalog.handle.exchange(nullptr);
+    if (handle != nullptr && catalog.readers == 0) {
+        catclose(handle);
     }
-    // A buffer in use belongs to a message that is still under way; it is not pulled from under it.
+    char *buffer = catalog.buffer.exchange(nullptr);
     if (takeBuffer()) {
-        release(catalog.buffer);
+        catalog.claimed = buffer;
         giveBuffer();
     }
-    catalog.buffer = nullptr;
     catalog.bufferSize = 0;
 }
 
-bool catalogIsOpen() {
-    return catalog.handle != nullptr;
-}
 const MessageLook &messageLook() {
     return catalog.look;
 }
@@ -235,16 +244,26 @@ CatalogEntry parseEntry(const char *entry) {
     return {known ? static_cast<Severity>(digit) : critical, textBehindLead(entry)};
 }
 
-CatalogEntry findEntry(int32_t number, uint32_t variant) {
-    if (catalog.handle == nullptr) {
+CatalogReading::CatalogReading() {
+    ++catalog.readers;
+    handle_ = catalog.handle;
+}
+
+CatalogReading::~CatalogReading() {
+    --catalog.readers;
+}
+
+CatalogEntry CatalogReading::findEntry(int32_t number, uint32_t variant) const {
+    if (handle_ == nullptr) {
         return {critical, nullptr};
     }
-    const char *entry = catgets(catalog.handle, number, static_cast<int>(variant + 1), nullptr);
+    const char *entry = catgets(handle_, number, static_cast<int>(variant + 1), nullptr);
     return entry == nullptr ? CatalogEntry{critical, nullptr} : parseEntry(entry);
 }
 
 void giveBackMessageBuffer() {
-    if (__atomic_load_n(&catalog.bufferOwner, __ATOMIC_RELAXED) == gettid()) {
+    const pid_t owner = catalog.bufferOwner;
+    if (owner != 0 && owner == gettid()) {
         giveBuffer();
     }
 }
@@ -253,7 +272,7 @@ BufferClaim::BufferClaim() : text_(nullptr), size_(0) {
     if (catalog.buffer == nullptr || !takeBuffer()) {
         return;
     }
-    text_ = catalog.buffer;
+    text_ = catalog.claimed = catalog.buffer;
     size_ = catalog.bufferSize;
     if (text_ == nullptr) {
         giveBuffer();

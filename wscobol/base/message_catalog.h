@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <nl_types.h>
 
 namespace zor {
 
@@ -28,14 +29,28 @@ struct MessageLook {
 void openCatalog();
 void closeCatalog();
 
-bool catalogIsOpen();
 const MessageLook &messageLook();
 // Breaking lines anywhere is right only where a character is a byte.
 bool catalogIsSingleByte();
 
 CatalogEntry parseEntry(const char *entry);
-// variant counts from 0.
-CatalogEntry findEntry(int32_t number, uint32_t variant);
+
+// The texts of the catalogue stay where they are while this lives, whatever other threads end. It
+// spans no call that leaves the library.
+class CatalogReading {
+public:
+    CatalogReading();
+    ~CatalogReading();
+    CatalogReading(const CatalogReading &) = delete;
+    CatalogReading &operator=(const CatalogReading &) = delete;
+
+    bool isOpen() const { return handle_ != nullptr; }
+    // variant counts from 0.
+    CatalogEntry findEntry(int32_t number, uint32_t variant) const;
+
+private:
+    nl_catd handle_; // null: there was no catalogue
+};
 
 // The format that tells of a message without room; keeps its text while the catalogue is closed.
 const char *noRoomFormat();

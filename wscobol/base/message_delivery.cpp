@@ -1,3 +1,5 @@
+// A finished message goes to the message stream or to the routine of a host; what the program
+// displayed before goes ahead of it.
 #include "base/message_delivery.h"
 
 #include <atomic>
@@ -8,10 +10,14 @@
 
 #include "base/anchors.h"
 #include "base/debug_log.h"
-#include "base/retry.h"
+#include "base/stream_calls.h"
 
 namespace zor {
 namespace {
+
+ZOR_DEBUG_LINE(callMonitorRoutine, (), "_zorWriteStderr: call KOTS msg routine...\n")
+ZOR_DEBUG_LINE(callHostRoutine, (), "_zorWriteStderr: call msg routine...\n")
+ZOR_DEBUG_LINE(routineCameBack, (), "_zorWriteStderr: back...\n")
 
 constexpr const char *kHostId = "CCBL";
 constexpr const char *kUsualPrefix = "ZOR";
@@ -29,11 +35,9 @@ void flushIfFree(FILE *stream, Flush which) {
 }
 
 // The run unit whose host hears the messages: the current one, or the one that is just ending.
-const Runcom *hostRunUnit() {
-    const Proccom *process = proccom();
-    const Runcom *unit = process == nullptr ? nullptr : endingRunUnit(*process);
-    const bool live =
-        unit != nullptr && (unit == process->runcom || (unit->flags & RUNCOM_RU_TERM) != 0);
+const Runcom *hostRunUnit(const Proccom *process) {
+    const Runcom *unit = endingRunUnit(process);
+    const bool live = unit != nullptr && (unit == currentRunUnit(process) || isEnding(*unit));
     return live && unit->msg != nullptr ? unit : nullptr;
 }
 
@@ -50,10 +54,11 @@ bool hasHeader(const char *line) {
 std::atomic<pid_t> threadInRoutine;
 int32_t firstUnitInside; // run units from this id on began within the call
 
-void callRoutine(const Runcom &unit, int32_t stops, const char *text, std::size_t length) {
+void callRoutine(const Proccom &process, const Runcom &unit, int32_t stops, const char *text,
+                 std::size_t length) {
     const bool isOutermost = threadInRoutine != gettid();
     if (isOutermost) {
-        firstUnitInside = proccom()->nextid;
+        firstUnitInside = process.nextid;
         threadInRoutine = gettid();
     }
     unit.msg(stops, kHostId, text, static_cast<int32_t>(length), unit.token);
@@ -63,15 +68,16 @@ void callRoutine(const Runcom &unit, int32_t stops, const char *text, std::size_
 }
 
 // The transaction monitor takes one line at a time. The closing line alone stops the transaction.
-void deliverLines(const MessageText &message, const Runcom &unit, RunEnd end) {
+void deliverLines(const Proccom &process, const Runcom &unit, const MessageText &message,
+                  RunEnd end) {
     const char *line = message.text;
     while (*line != '\0') {
         const std::size_t length = strcspn(line, "\n");
         if (length > 0) {
             const bool stops = end == RunEnd::severity && line != message.text && hasHeader(line);
-            ZOR_DEBUG_LOG("_zorWriteStderr: call KOTS msg routine...\n");
-            callRoutine(unit, stops ? 1 : 0, line, length);
-            ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
+            callMonitorRoutine();
+            callRoutine(process, unit, stops ? 1 : 0, line, length);
+            routineCameBack();
         }
         line += line[length] == '\n' ? length + 1 : length;
     }
@@ -95,18 +101,17 @@ void flushDisplayStreams(Flush which) {
 }
 
 void deliverMessage(const MessageText &message, FILE *stream, RunEnd end) {
-    const Runcom *unit = hostRunUnit();
+    const Proccom *process = proccom();
+    const Runcom *unit = hostRunUnit(process);
     if (unit == nullptr) {
         writeUnlocked(stream, message.text, message.length);
-        return;
+    } else if (isInMonitor(process) && process->moh == 0) {
+        deliverLines(*process, *unit, message, end);
+    } else {
+        callHostRoutine();
+        callRoutine(*process, *unit, static_cast<int32_t>(end), message.text, message.length);
+        routineCameBack();
     }
-    if (proccom()->kots != 0 && proccom()->moh == 0) {
-        deliverLines(message, *unit, end);
-        return;
-    }
-    ZOR_DEBUG_LOG("_zorWriteStderr: call msg routine...\n");
-    callRoutine(*unit, static_cast<int32_t>(end), message.text, message.length);
-    ZOR_DEBUG_LOG("_zorWriteStderr: back...\n");
 }
 
 bool leaveMessageRoutine(int32_t unitId) {

@@ -7,10 +7,10 @@
 #include "base/anchors.h"
 #include "base/message_catalog.h"
 #include "base/message_delivery.h"
-#include "base/message_text.h"
+#include "base/message_wrap.h"
 #include "base/patient_streams.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "base/traceback.h"
 #include "proccom.h"
 
@@ -24,6 +24,7 @@ constexpr std::size_t kReturnedTextWidth = 255;
 constexpr std::size_t kSmallBuffer = 256; // without a message buffer
 constexpr std::size_t kOwnBuffer = 4096;  // while the message buffer is taken
 constexpr std::size_t kClosingLead = 2;
+constexpr std::size_t kClosingBytes = 512;
 
 constexpr const char *kNoCatalogFormat =
     "Cannot find message catalog %2$s in NLSPATH. Message number is %1$d.";
@@ -51,7 +52,7 @@ Severity severityOf(const Request &request, Severity inCatalog) {
 // Counts a warning; true when it is the one that ERRCOUNT does not allow any more. Warnings of
 // several threads each count.
 bool exceedsErrorCount() {
-    Runcom *unit = proccom() == nullptr ? nullptr : proccom()->runcom;
+    Runcom *unit = currentRunUnit();
     if (unit == nullptr) {
         return false;
     }
@@ -73,14 +74,20 @@ RunEnd runEndOf(const Request &request, Severity severity) {
     return exceedsErrorCount() ? RunEnd::errorCount : RunEnd::none;
 }
 
-const char *closingLine(RunEnd end) {
-    const bool severity = end == RunEnd::severity;
-    const CatalogEntry entry = findEntry(kClosingSet, severity ? 0 : 1);
-    if (entry.format != nullptr) {
-        return entry.format;
+// The line behind a message that ends the run.
+struct ClosingLine {
+    ClosingLine() = default;
+    ClosingLine(const CatalogReading &catalog, RunEnd end) {
+        if (end == RunEnd::none) {
+            return;
+        }
+        const bool severity = end == RunEnd::severity;
+        const CatalogEntry entry = catalog.findEntry(kClosingSet, severity ? 0 : 1);
+        const char *usual = (severity ? kClosingSevere : kClosingErrorCount) + kClosingLead;
+        snprintf(text, sizeof text, "%s", entry.format != nullptr ? entry.format : usual);
     }
-    return (severity ? kClosingSevere : kClosingErrorCount) + kClosingLead;
-}
+    char text[kClosingBytes] = "";
+};
 
 // A closing line carries its own header; issued as a message of its own it must not show two.
 void dropSecondHeader(MessageText &message) {
@@ -95,9 +102,9 @@ void dropSecondHeader(MessageText &message) {
 }
 
 // The two sentences that stand for a text that cannot be had.
-void appendSubstitute(MessageText &message, const Request &request, const CatalogEntry &unknown,
-                      bool room) {
-    if (!catalogIsOpen()) {
+void appendSubstitute(MessageText &message, const Request &request, const CatalogReading &catalog,
+                      const CatalogEntry &unknown, bool room) {
+    if (!catalog.isOpen()) {
         message.appendf(kNoCatalogFormat, request.number, kCatalogName);
         message.append(" ");
     } else if (!room) {
@@ -107,8 +114,8 @@ void appendSubstitute(MessageText &message, const Request &request, const Catalo
     message.appendf(unknown.format, request.number, kCatalogName);
 }
 
-CatalogEntry unknownMessageEntry() {
-    const CatalogEntry entry = findEntry(kUnknownMessageSet, 0);
+CatalogEntry unknownMessageEntry(const CatalogReading &catalog) {
+    const CatalogEntry entry = catalog.findEntry(kUnknownMessageSet, 0);
     return entry.format != nullptr ? entry : parseEntry(kUnknownMessage);
 }
 
@@ -137,7 +144,8 @@ void writeMessage(MessageText &message, const Request &request, RunEnd end, cons
         message.append("\n");
     }
     if (catalogIsSingleByte()) {
-        wrapLines(message, proccom() == nullptr ? 0 : proccom()->stderrsize.ws_col);
+        const Proccom *process = proccom();
+        wrapLines(message, process == nullptr ? 0 : process->stderrsize.ws_col);
     }
     ++message.limit;
     message.append("\n");
@@ -151,6 +159,39 @@ void writeMessage(MessageText &message, const Request &request, RunEnd end, cons
     }
 }
 
+// Puts the text together and tells whether the run ends.
+RunEnd compose(MessageText &message, const Request &request, bool room, va_list arguments,
+               ClosingLine *closing) {
+    const CatalogReading catalog;
+    CatalogEntry entry = catalog.findEntry(request.number, request.flags & MESSAGE_VARIANT_MASK);
+    const bool substitute = entry.format == nullptr || !room;
+    if (substitute) {
+        entry = unknownMessageEntry(catalog);
+    }
+    const Severity severity = severityOf(request, entry.severity);
+    const RunEnd end = runEndOf(request, severity);
+    *closing = ClosingLine(catalog, end);
+
+    // A long text is cut so that the closing line is still there.
+    const std::size_t whole = message.limit;
+    const std::size_t reserved = strlen(closing->text) + kNewlines;
+    message.limit -= reserved < whole / 2 ? reserved : whole / 2;
+    if (!request.returnsText()) {
+        appendHeader(message, request.number, severity);
+    }
+    if (substitute) {
+        appendSubstitute(message, request, catalog, entry, room);
+    } else {
+        message.appendFormat(entry.format, arguments);
+        if (request.number == kClosingSet && !request.returnsText()) {
+            dropSecondHeader(message);
+        }
+    }
+    message.limit = whole - 1; // the last newline has its place whatever wrapping adds
+    message.append("\n");
+    return end;
+}
+
 RunEnd issue(const Request &request, bool room, MessageText message, va_list arguments) {
     char *target = nullptr;
     uint32_t targetSize = 0;
@@ -160,34 +201,10 @@ RunEnd issue(const Request &request, bool room, MessageText message, va_list arg
     } else {
         standardFile(StandardFile::cobmsgs); // opening it settles the width
     }
-    CatalogEntry entry = findEntry(request.number, request.flags & MESSAGE_VARIANT_MASK);
-    const bool substitute = entry.format == nullptr || !room;
-    if (substitute) {
-        entry = unknownMessageEntry();
-    }
-    const Severity severity = severityOf(request, entry.severity);
-    const RunEnd end = runEndOf(request, severity);
-    const char *closing = end == RunEnd::none ? "" : closingLine(end);
-
-    // A long text is cut so that the closing line is still there.
-    const std::size_t whole = message.limit;
-    const std::size_t reserved = strlen(closing) + kNewlines;
-    message.limit -= reserved < whole / 2 ? reserved : whole / 2;
+    ClosingLine closing;
+    const RunEnd end = compose(message, request, room, arguments, &closing);
     if (!request.returnsText()) {
-        appendHeader(message, request.number, severity);
-    }
-    if (substitute) {
-        appendSubstitute(message, request, entry, room);
-    } else {
-        message.appendFormat(entry.format, arguments);
-        if (request.number == kClosingSet && !request.returnsText()) {
-            dropSecondHeader(message);
-        }
-    }
-    message.limit = whole - 1; // the last newline has its place whatever wrapping adds
-    message.append("\n");
-    if (!request.returnsText()) {
-        writeMessage(message, request, end, closing);
+        writeMessage(message, request, end, closing.text);
         return end;
     }
     if (catalogIsSingleByte()) {

@@ -1,3 +1,4 @@
+// Puts a message together in storage of fixed size, so that one can be told when there is no other.
 #include "base/message_text.h"
 
 #include <cstdio>

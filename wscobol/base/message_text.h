@@ -32,9 +32,6 @@ struct MessageText {
 // "ZOR171W  ": prefix, number, severity letter, and blanks up to the text column.
 void appendHeader(MessageText &message, int32_t number, Severity severity);
 
-// Breaks the lines longer than width. A break that finds no room is given up.
-void wrapLines(MessageText &message, std::size_t width);
-
 } // namespace zor
 
 #endif

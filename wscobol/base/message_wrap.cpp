@@ -1,6 +1,6 @@
 // Lines that do not fit the terminal are broken behind a blank or a "=", so that "FILE=/a/path" may
 // start its value on a line of its own.
-#include "base/message_text.h"
+#include "base/message_wrap.h"
 
 #include <cstring>
 

@@ -1,15 +1,15 @@
 // Names of output files. A value that ends in "%" asks for a name that no other run uses: it holds
 // the main program, the time the run unit first asked, the time zone and the process id.
-#include "base/standard_files.h"
+#include "base/output_name.h"
 
 #include <array>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include "base/anchors.h"
+#include "base/clock.h"
 #include "base/environment.h"
 
 namespace zor {
@@ -18,11 +18,6 @@ namespace {
 constexpr std::size_t kNameSize = 4096; // of a generated name, with its end
 constexpr int kSecondsPerMinute = 60;
 constexpr int kSecondsPerHour = 3600;
-
-struct ClockReading {
-    char time[sizeof "20220714.200442"];
-    int microseconds;
-};
 
 // Taken once per run unit, so that all files of one run carry the same stamp.
 struct NameStamp {
@@ -60,21 +55,9 @@ void readOutputDirectory() {
     }
 }
 
-ClockReading readClock() {
-    ClockReading reading{};
-    timeval now{};
-    tm local{};
-    gettimeofday(&now, nullptr);
-    const time_t seconds = now.tv_sec;
-    localtime_r(&seconds, &local);
-    strftime(reading.time, sizeof reading.time, "%Y%m%d.%H%M%S", &local);
-    reading.microseconds = static_cast<int>(now.tv_usec);
-    return reading;
-}
-
 int32_t currentUnit() {
-    const Proccom *process = proccom();
-    return process == nullptr || process->runcom == nullptr ? kNoUnit : process->runcom->id;
+    const Runcom *unit = currentRunUnit();
+    return unit == nullptr ? kNoUnit : unit->id;
 }
 
 const NameStamp &takeNameStamp() {
@@ -87,9 +70,10 @@ const NameStamp &takeNameStamp() {
     NameStamp &stamp = nameStamps[oldestStamp];
     oldestStamp = (oldestStamp + 1) % kKeptStamps;
     tzset();
+    const Proccom *process = proccom();
     stamp = {.taken = true,
              .unit = unit,
-             .pid = proccom() != nullptr ? proccom()->pid : getpid(),
+             .pid = process != nullptr ? process->pid : getpid(),
              .clock = readClock(),
              .zoneHours = static_cast<int>(timezone / kSecondsPerHour),
              .zoneMinutes = static_cast<int>(labs(timezone % kSecondsPerHour) / kSecondsPerMinute)};
@@ -97,9 +81,8 @@ const NameStamp &takeNameStamp() {
 }
 
 const PCB *currentMainProgram() {
-    const Proccom *process = proccom();
-    return process == nullptr || process->runcom == nullptr ? nullptr
-                                                            : mainProgram(*process->runcom);
+    const Runcom *unit = currentRunUnit();
+    return unit == nullptr ? nullptr : mainProgram(*unit);
 }
 
 // What stands ahead of the program in "dir/name.PROG.20220714.200442.123456+0500.4711".
@@ -113,10 +96,12 @@ struct NameHead {
 
 void generateName(const NameHead &head, const NameStamp &stamp, const ClockReading &clock) {
     const PCB *program = currentMainProgram();
+    char time[sizeof "20220714.200442"];
+    strftime(time, sizeof time, "%Y%m%d.%H%M%S", &clock.local);
     snprintf(outputName, sizeof outputName, "%s%.*s%s%s%.*s%s%s.%6.6d%+2.2d%2.2d.%lld",
              head.directory, head.valueLength, head.value, head.base, head.separator,
              program == nullptr ? 0 : static_cast<int>(program->namelen),
-             program == nullptr ? "" : program->name, program == nullptr ? "" : ".", clock.time,
+             program == nullptr ? "" : program->name, program == nullptr ? "" : ".", time,
              clock.microseconds, stamp.zoneHours, stamp.zoneMinutes, stamp.pid);
 }
 

@@ -9,14 +9,11 @@
 #include <climits>
 #include <cstdarg>
 #include <ctime>
-#include <pthread.h>
 #include <sys/single_threaded.h>
 #include <unistd.h>
 
-#include "base/retry.h"
-
-// The C library's chain of open streams: the only view of them that needs none of their locks.
-extern "C" FILE *_IO_list_all __attribute__((weak));
+#include "base/stream_calls.h"
+#include "base/system_calls.h"
 
 namespace zor {
 namespace {
@@ -25,31 +22,8 @@ constexpr int kTries = 50;
 constexpr timespec kPause{0, 10'000'000};
 constexpr std::size_t kReportBytes = PATH_MAX + 128;
 
-// How the C library lays out a stream's lock; it has no call that asks for the owner.
-struct StreamLock {
-    int word;
-    int count;
-    void *owner; // the thread as pthread_self() names it
-};
-
 bool isOnlyThread() {
     return __libc_single_threaded != 0;
-}
-
-// The stream's lock, null for a stream that has none.
-StreamLock *lockOf(FILE *stream) {
-    return static_cast<StreamLock *>(stream->_lock);
-}
-
-bool isOwn(const StreamLock *lock) {
-    return lock != nullptr && lock->owner == reinterpret_cast<void *>(pthread_self());
-}
-
-template <class Action> void forEachStream(Action action) {
-    FILE *stream = &_IO_list_all == nullptr ? nullptr : _IO_list_all;
-    for (; stream != nullptr; stream = stream->_chain) {
-        action(stream);
-    }
 }
 
 void flushIfFree(FILE *stream) {
@@ -60,10 +34,6 @@ void flushIfFree(FILE *stream) {
 }
 
 } // namespace
-
-bool holdsStream(FILE *stream) {
-    return isOwn(lockOf(stream));
-}
 
 bool lockPatiently(FILE *stream) {
     for (int i = 0; i < kTries; ++i) {
@@ -115,11 +85,10 @@ void flushAllIdle() {
 // Without other threads every lock is this one's, as in the child of a fork.
 void giveBackStreamLocks() {
     forEachStream([](FILE *stream) {
-        StreamLock *lock = lockOf(stream);
-        if (lock != nullptr && isOnlyThread()) {
-            *lock = {};
+        if (isOnlyThread()) {
+            seizeStreamLock(stream);
         }
-        while (isOwn(lock)) {
+        while (holdsStream(stream)) {
             funlockfile(stream);
         }
     });

@@ -5,12 +5,10 @@
 
 #include <cstdio>
 
+#include "base/stream_internals.h"
 #include "proccom.h"
 
 namespace zor {
-
-// True when this thread has the stream's lock.
-bool holdsStream(FILE *stream);
 
 // Takes the stream's lock as flockfile does, but gives up after half a second, or at once when
 // there is no other thread that could give it back.

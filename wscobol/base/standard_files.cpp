@@ -8,7 +8,9 @@
 
 #include "base/environment.h"
 #include "base/locks.h"
-#include "base/retry.h"
+#include "base/output_name.h"
+#include "base/stream_calls.h"
+#include "base/terminal_size.h"
 
 namespace zor {
 namespace {
@@ -107,12 +109,6 @@ FILE *openStandardFile(const StandardFileRow &row) {
 }
 
 } // namespace
-
-void readTerminalSize(int descriptor, winsize &size) {
-    if (ioctl(descriptor, TIOCGWINSZ, &size) != 0) {
-        size = {};
-    }
-}
 
 FILE *standardFile(StandardFile file) {
     const StandardFileRow &row = rowOf(file);

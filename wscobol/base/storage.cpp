@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <pthread.h>
 
 #include "base/anchors.h"
+#include "base/locks.h"
 #include "base/message_list.h"
 
 // Head of a tracked block; the storage handed out begins right behind it.
@@ -24,16 +24,11 @@ namespace {
 
 constexpr std::size_t kAlignment = 16;
 
-// Guards the tracked lists: blocks are asked for on any thread, also where no other lock is taken.
-pthread_mutex_t trackedListLock = PTHREAD_MUTEX_INITIALIZER;
-
 // The run unit whose list takes a new block, or null while storage is not tracked.
 Runcom *trackingRunUnit() {
-    Proccom *process = proccom();
-    if (process == nullptr || (process->state & PROCCOM_TRACKED) == 0) {
-        return nullptr;
-    }
-    return currentOrIdleRunUnit(*process);
+    const Proccom *process = proccom();
+    const bool tracks = process != nullptr && has(process->state, PROCCOM_TRACKED);
+    return tracks ? currentOrIdleRunUnit(process) : nullptr;
 }
 
 } // namespace
@@ -84,13 +79,13 @@ void *allocateTracked(std::size_t bytes) {
     Runcom *unit = trackingRunUnit();
     *block = {nullptr, nullptr, unit};
     if (unit != nullptr) {
-        pthread_mutex_lock(&trackedListLock);
+        pthread_mutex_lock(&TrackedLock);
         block->next = unit->tracked;
         if (block->next != nullptr) {
             block->next->previous = block;
         }
         unit->tracked = block;
-        pthread_mutex_unlock(&trackedListLock);
+        pthread_mutex_unlock(&TrackedLock);
     }
     return block + 1;
 }
@@ -109,21 +104,21 @@ void releaseTracked(void *storage) {
     }
     TrackedBlock *block = static_cast<TrackedBlock *>(storage) - 1;
     if (block->owner != nullptr) {
-        pthread_mutex_lock(&trackedListLock);
+        pthread_mutex_lock(&TrackedLock);
         (block->previous != nullptr ? block->previous->next : block->owner->tracked) = block->next;
         if (block->next != nullptr) {
             block->next->previous = block->previous;
         }
-        pthread_mutex_unlock(&trackedListLock);
+        pthread_mutex_unlock(&TrackedLock);
     }
     release(block);
 }
 
 void releaseAllTracked(Runcom &unit) {
-    pthread_mutex_lock(&trackedListLock);
+    pthread_mutex_lock(&TrackedLock);
     TrackedBlock *block = unit.tracked;
     unit.tracked = nullptr;
-    pthread_mutex_unlock(&trackedListLock);
+    pthread_mutex_unlock(&TrackedLock);
     while (block != nullptr) {
         TrackedBlock *next = block->next;
         release(block);

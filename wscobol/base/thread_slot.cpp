@@ -1,3 +1,5 @@
+// The per-thread record is found by a key of the thread library, which frees it when the thread
+// ends.
 #include "base/thread_slot.h"
 
 #include <pthread.h>
@@ -12,7 +14,9 @@ namespace {
 constexpr int32_t kNoKey = -1;
 constexpr std::size_t kScratchStep = 16;
 
+// One key for the life of the library: the slots of other threads outlive the run-time.
 pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
+int32_t keyOfProcess = kNoKey;
 
 void freeSlot(void *value) {
     auto *slot = static_cast<ThreadSlot *>(value);
@@ -23,7 +27,7 @@ void freeSlot(void *value) {
 void createKey() {
     pthread_key_t key = 0;
     if (pthread_key_create(&key, freeSlot) == 0) {
-        proccom()->threadkey = static_cast<int32_t>(key);
+        keyOfProcess = static_cast<int32_t>(key);
     }
 }
 
@@ -47,6 +51,7 @@ ThreadSlot *threadSlot() {
         return nullptr;
     }
     pthread_once(&keyOnce, createKey);
+    __atomic_store_n(&process->threadkey, keyOfProcess, __ATOMIC_RELAXED);
     ThreadSlot *slot = existingThreadSlot();
     if (slot != nullptr) {
         return slot;
@@ -56,10 +61,10 @@ ThreadSlot *threadSlot() {
         return nullptr;
     }
     slot->threadid = gettid();
-    if (process->threadkey == kNoKey) {
+    if (keyOfProcess == kNoKey) {
         process->threadslot = slot;
     } else {
-        pthread_setspecific(static_cast<pthread_key_t>(process->threadkey), slot);
+        pthread_setspecific(static_cast<pthread_key_t>(keyOfProcess), slot);
     }
     return slot;
 }
@@ -95,13 +100,13 @@ void releaseThreadSlot() {
     freeSlot(slot);
 }
 
-void deleteThreadKey() {
-    Proccom *process = proccom();
-    if (process->threadkey != kNoKey) {
-        pthread_key_delete(static_cast<pthread_key_t>(process->threadkey));
-        process->threadkey = kNoKey;
+void forgetThreadKey(bool unloads) {
+    proccom()->threadkey = kNoKey;
+    if (unloads && keyOfProcess != kNoKey) {
+        pthread_key_delete(static_cast<pthread_key_t>(keyOfProcess));
+        keyOfProcess = kNoKey;
+        keyOnce = PTHREAD_ONCE_INIT;
     }
-    keyOnce = PTHREAD_ONCE_INIT;
 }
 
 } // namespace zor

@@ -29,8 +29,9 @@ void *threadScratch(std::size_t bytes);
 // Frees the calling thread's slot.
 void releaseThreadSlot();
 
-// Gives the key back; the next use makes a new one.
-void deleteThreadKey();
+// The process anchor knows the key no more; the next use tells it again. The key itself goes with
+// the library, since its destructor does.
+void forgetThreadKey(bool unloads);
 
 } // namespace zor
 

@@ -15,8 +15,8 @@
 #include "base/environment.h"
 #include "base/frame_walk.h"
 #include "base/patient_streams.h"
-#include "base/retry.h"
 #include "base/shell.h"
+#include "base/system_calls.h"
 
 namespace zor {
 namespace {

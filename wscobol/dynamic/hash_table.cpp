@@ -1,3 +1,5 @@
+// Slots of chained elements, and two free lists. An element keeps its block when it is deleted, so
+// that a table in use allocates nothing once it has seen its largest load.
 #include "dynamic/hash_table.h"
 
 #include <algorithm>

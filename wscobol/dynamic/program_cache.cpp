@@ -12,6 +12,7 @@
 
 #include "base/anchors.h"
 #include "base/environment.h"
+#include "base/message_list.h"
 #include "cpm.h"
 #include "dynamic/program_list.h"
 
@@ -72,24 +73,26 @@ void unloadElement(Proccom &process, HashElement *element) {
     }
 }
 
-HashTable *cachedPrograms() {
-    return _zorProccom != nullptr ? _zorProccom->plle : nullptr;
+// The process when it has cached programs, else null.
+Proccom *cachingProcess() {
+    Proccom *process = proccom();
+    return process != nullptr && process->plle != nullptr ? process : nullptr;
 }
 
 void unloadAll() {
-    HashTable *cache = cachedPrograms();
-    if (cache == nullptr) {
+    Proccom *process = cachingProcess();
+    if (process == nullptr) {
         return;
     }
     HashCursor cursor{};
-    while (HashElement *element = hashTableNext(cache, cursor)) {
-        unloadElement(*_zorProccom, element);
+    while (HashElement *element = hashTableNext(process->plle, cursor)) {
+        unloadElement(*process, element);
     }
 }
 
 void setMode(int32_t mode) {
-    if (_zorProccom != nullptr) {
-        _zorProccom->cache = mode;
+    if (Proccom *process = proccom(); process != nullptr) {
+        process->cache = mode;
     }
     setenv(kModeVariable, mode == CACHE_ON ? "1" : "0", 1);
 }
@@ -110,16 +113,42 @@ bool isActive(const LLE &program) {
 
 // A program that is gone already frees nothing, and one that is active will be returned to.
 bool evictCachedProgram() {
-    HashTable *cache = cachedPrograms();
-    HashElement *element = cache != nullptr ? cache->mrutail : nullptr;
+    Proccom *process = cachingProcess();
+    HashElement *element = process != nullptr ? process->plle->mrutail : nullptr;
     while (element != nullptr && (lleOf(element)->load == nullptr || isActive(*lleOf(element)))) {
         element = element->mruprev;
     }
     if (element == nullptr) {
         return false;
     }
-    unloadElement(*_zorProccom, element);
+    unloadElement(*process, element);
     return true;
+}
+
+void startProgramCache(Proccom &process) {
+    if (process.plle != nullptr) {
+        return;
+    }
+    const bool decided = process.cache == CACHE_ON;
+    _zor_cpm_create();
+    if (process.cache == CACHE_UNDECIDED) {
+        if (!decided && process.kots == 0 && process.moh == 0) {
+            return;
+        }
+        process.cache = CACHE_ON;
+    }
+    if (process.cache == CACHE_ON) {
+        process.plle = createCachedProgramList();
+        if (process.plle == nullptr) {
+            message::insufficientStorage();
+        }
+    }
+}
+
+void endProgramCache(Proccom &process) {
+    unloadAll();
+    hashTableDestroy(process.plle);
+    process.plle = nullptr;
 }
 
 } // namespace zor
@@ -127,13 +156,14 @@ bool evictCachedProgram() {
 using namespace zor;
 
 int32_t _zor_cpm_create(void) {
-    if (_zorProccom == nullptr) {
+    Proccom *process = proccom();
+    if (process == nullptr) {
         return 0;
     }
     if (const char *mode = settingOf(kModeVariable)) {
-        _zorProccom->cache = modeOf(mode, _zorProccom->cache);
+        process->cache = modeOf(mode, process->cache);
     } else if (const char *size = settingOf(kSizeVariable)) {
-        _zorProccom->cache = strtol(size, nullptr, 0) != 0 ? CACHE_ON : CACHE_OFF;
+        process->cache = strtol(size, nullptr, 0) != 0 ? CACHE_ON : CACHE_OFF;
     }
     return 0;
 }
@@ -145,15 +175,15 @@ void _zor_cpm_unload_all(void) __attribute__((alias("_zor_cpm_destroy")));
 void ZOR_CPM_UNLOAD_ALL(void) __attribute__((alias("_zor_cpm_destroy")));
 
 int32_t _zor_cpm_unload(const char *name) {
-    HashTable *cache = cachedPrograms();
+    Proccom *process = cachingProcess();
     HashElement *element =
-        cache == nullptr || name == nullptr
+        process == nullptr || name == nullptr
             ? nullptr
-            : hashTableLookup(cache, name, strlen(name), Touch::withParent, false);
+            : hashTableLookup(process->plle, name, strlen(name), Touch::withParent, false);
     if (element == nullptr) {
         return 0;
     }
-    unloadElement(*_zorProccom, element);
+    unloadElement(*process, element);
     return 1;
 }
 int32_t ZOR_CPM_UNLOAD(const char *name) __attribute__((alias("_zor_cpm_unload")));
@@ -170,20 +200,21 @@ void _zor_cpm_disable(void) {
 void ZOR_CPM_DISABLE(void) __attribute__((alias("_zor_cpm_disable")));
 
 void _zor_cpm_stats(void) {
-    if (_zorProccom == nullptr) {
+    const Proccom *process = proccom();
+    if (process == nullptr) {
         return;
     }
-    fprintf(stderr, "COBOL is %s\n", _zorProccom->runcom != nullptr ? "Active" : "Inactive");
-    if (const HashTable *cache = cachedPrograms()) {
+    fprintf(stderr, "COBOL is %s\n", process->runcom != nullptr ? "Active" : "Inactive");
+    if (process->plle != nullptr) {
         fputs("External Programs - Cache\n", stderr);
-        hashTableStatistics(cache);
+        hashTableStatistics(process->plle);
     }
 }
 void ZOR_CPM_STATS(void) __attribute__((alias("_zor_cpm_stats")));
 
 void _zor_cpm_print(void) {
     _zor_cpm_stats();
-    if (const HashTable *cache = cachedPrograms()) {
-        hashTablePrint(cache);
+    if (const Proccom *process = cachingProcess(); process != nullptr) {
+        hashTablePrint(process->plle);
     }
 }

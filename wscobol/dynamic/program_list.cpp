@@ -1,3 +1,4 @@
+// Program lists are hash tables whose values are LLEs; here is what is particular about them.
 #include "dynamic/program_list.h"
 
 #include <cstdio>

@@ -1,20 +1,20 @@
 // The abnormal end: everything that ends a run because of a failure comes here.
 #include "run/abort.h"
 
+#include <csetjmp>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <pthread.h>
 #include <unistd.h>
 
-#include "base/debug_log.h"
-#include "base/locks.h"
-#include "base/message_catalog.h"
 #include "base/message_list.h"
-#include "base/patient_streams.h"
+#include "base/signal_actions.h"
 #include "run/core_file.h"
+#include "run/debug_lines.h"
 #include "run/end_watch.h"
-#include "run/run_unit.h"
+#include "run/epilogue.h"
+#include "run/run_time_end.h"
+#include "run/way_out.h"
 
 namespace zor {
 namespace {
@@ -31,20 +31,9 @@ bool onMainThread() {
     return self == mainThread || (self == getpid() && self != processOfMainThread);
 }
 
-// Another thread must not wait for a lock of one that is gone.
 [[noreturn]] void leaveThread() {
-    giveHeldLocks();
-    giveBackStreamLocks();
+    giveBack(WayOut::threadLeaves);
     pthread_exit(reinterpret_cast<void *>(-1));
-}
-
-void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
-    const EndState state(unit);
-    ZOR_DEBUG_LOG("_zorAbort: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  "
-                  "stop=@%p  abrt=@%p  jmp=@%p  main %d cored %d\n",
-                  state.pid, state.process, state.unit, static_cast<int>(EndReason::abnormalEnd),
-                  state.signal, state.abort, state.stop, state.abrt, state.jmp,
-                  static_cast<int>(isMain), cored);
 }
 
 [[noreturn]] void dieByAbort(int32_t cored) {
@@ -61,7 +50,7 @@ void logAbort(const Runcom *unit, bool isMain, int32_t cored) {
         leaveThread();
     }
     waitForOtherEnd();
-    giveHeldLocks();
+    giveBack(WayOut::otherThreadEndsRun);
     dieByAbort(cored);
 }
 
@@ -72,74 +61,44 @@ void noteMainThread() {
     processOfMainThread = getpid();
 }
 
-void giveBackLocks(Proccom &process) {
-    void (*hook)() = process.lockhook;
-    process.lockhook = nullptr;
-    if (hook != nullptr) {
-        hook();
-    }
-    giveHeldLocks();
-    giveBackMessageBuffer();
-}
-
-void setDefaultAction(int signo) {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    sigaction(signo, &action, nullptr);
-}
-
-void unblockSignal(int signo) {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, signo);
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-}
-
-void dieBySignal(int signo) {
-    unblockSignal(signo);
-    raise(signo);
-    setDefaultAction(signo); // a host ignores the signal, or its handler came back
-    raise(signo);
-    ::abort();
-}
-
 } // namespace zor
 
+using namespace zor;
+
 void _zorAbort(int32_t cored) {
-    using namespace zor;
-    if (_zorProccom == nullptr) {
+    if (proccom() == nullptr) {
         return;
     }
     const bool isMain = onMainThread();
     if (!claimEnd()) {
         leaveEndToOther(isMain, cored);
     }
-    Proccom *process = _zorProccom;
+    Proccom *process = proccom();
     if (process == nullptr) { // another thread's end was over just before
         leaveEnd();
         return;
     }
-    const Runcom *unit = currentOrIdleRunUnit(*process);
-    const bool inMonitor = process->kots != 0;
+    const Runcom *unit = currentOrIdleRunUnit(process);
+    const bool inMonitor = isInMonitor(process);
     sigjmp_buf epilogue{}; // the run unit is gone when control goes back
     if (unit != nullptr) {
         memcpy(&epilogue, &unit->jmp, sizeof epilogue);
     }
-    logAbort(unit, isMain, cored);
+    debug::abort({*process, unit}, isMain, cored);
 
     __atomic_fetch_or(&process->state, PROCCOM_ABORT, __ATOMIC_ACQ_REL);
     const bool endsRunTime = beginRunTimeEnd();
-    if (endsRunTime && cored == 0 && (process->options2 & kCoreOptions) != 0) {
+    if (endsRunTime && cored == 0 && has(process->options2, kCoreOptions)) {
         cored = static_cast<int32_t>(dumpCore());
     }
-    giveBackLocks(*process);
+    giveBack(WayOut::abnormalEnd);
     if (endsRunTime) {
         TermCobolRte(EndReason::abnormalEnd);
     }
     leaveEnd();
 
     if (inMonitor && epilogueIsKnown(epilogue)) {
-        giveBackStreamLocks();
+        giveBack(WayOut::monitorJump);
         siglongjmp(epilogue, kMonitorAbortValue);
     }
     if (!isMain) {
@@ -149,7 +108,7 @@ void _zorAbort(int32_t cored) {
 }
 
 void ZORABEND() {
-    zor::message::forcedEnd();
+    message::forcedEnd();
 }
 
 void ZORABORT() __attribute__((alias("ZORABEND")));

@@ -1,22 +1,38 @@
-// Where the frame reaches up: addresses that the subsystems above it store here when they have
-// something to set up or to end. Zero means that there is nothing to do.
+// Where the run-time tells the subsystems beside it what happens. It knows none of them: they stand
+// in one table, attachments.cpp, and are told in its order.
 #ifndef ZOR_RUN_ATTACHMENTS_H
 #define ZOR_RUN_ATTACHMENTS_H
 
+#include <span>
+
 #include "fcb.h"
+#include "proccom.h"
 
 namespace zor {
 
-struct Attachments {
-    // A program's file blocks at its first entry: count, blocks, compiled descriptions, program.
-    void (*setUpFileBlocks)(int32_t count, FCB **blocks, FileDescription **descriptions, PCB *pcb);
-    // Ends this thread's sort; true when one was active.
-    bool (*endSort)();
-    // Unloads the file-system modules.
-    void (*unloadFileModules)();
+// What one subsystem wants to be told; null: nothing.
+struct Attachment {
+    const char *subsystem;
+
+    // A program with files enters its run unit for the first time.
+    void (*setUpFiles)(int32_t count, FCB **blocks, FileDescription **descriptions, PCB *pcb);
+
+    // A run unit ends: its files are closed, its programs reset, its tracked storage is freed.
+    void (*endRunUnit)(const Proccom &process, Runcom &unit);
+
+    // The run-time ends on the calling thread, whose slot is still there.
+    void (*endThread)();
+
+    // The run-time ends: all run units are gone, the standard files are written out.
+    void (*endRunTime)(Proccom &process);
 };
 
-extern Attachments attachments;
+extern const std::span<const Attachment> kAttachments;
+
+void tellFirstEntry(PCB &pcb);
+void tellEndOfRunUnit(const Proccom &process, Runcom &unit);
+void tellEndOfThread();
+void tellEndOfRunTime(Proccom &process);
 
 } // namespace zor
 

@@ -12,13 +12,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "base/debug_log.h"
 #include "base/environment.h"
+#include "base/output_name.h"
 #include "base/patient_streams.h"
 #include "base/shell.h"
-#include "base/standard_files.h"
 #include "messages.h"
-#include "run/run_unit.h"
+#include "run/debug_lines.h"
 
 namespace zor {
 namespace {
@@ -57,6 +56,16 @@ bool toolSucceeded(int status, int error, const char *name, unsigned pid) {
     return (status == 1 || error == ECHILD) && coreExists(name, pid);
 }
 
+// Without an error of the system, the shell's status tells what happened.
+const char *whyItFailed(int status, int error) {
+    constexpr int kCommandNotFound = 127;
+    if (error != 0) {
+        return strerror(error);
+    }
+    return status == kCommandNotFound ? "/usr/bin/gcore was not found"
+                                      : "/usr/bin/gcore made no core file";
+}
+
 // The texts of one attempt: static, as an alternate stack has no room for them.
 struct CoreTexts {
     char name[PATH_MAX];
@@ -83,7 +92,7 @@ bool makeCoreFile() {
     const int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : raw;
     if (!toolSucceeded(status, error, texts.name, pid)) {
         reportPatiently("Create core file failed: %x - %d %s\n", static_cast<unsigned>(status),
-                        error, strerror(error));
+                        error, whyItFailed(status, error));
         return false;
     }
     reportPatiently("Created core file: %s.%u\n", texts.name, pid);
@@ -97,21 +106,10 @@ bool coreFilesAllowed() {
 
 } // namespace
 
-EndState::EndState(const Runcom *runUnit)
-    : pid(getpid()), process(_zorProccom), unit(runUnit),
-      signal((_zorProccom->state & PROCCOM_SIGNAL) != 0),
-      abort((_zorProccom->state & PROCCOM_ABORT) != 0),
-      stop(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->stop)),
-      abrt(runUnit == nullptr ? nullptr : reinterpret_cast<const void *>(runUnit->abrt)),
-      jmp(runUnit == nullptr ? nullptr : &runUnit->jmp) {}
-
 bool dumpCore() {
-    const EndState state(endingRunUnit(*_zorProccom));
-    ZOR_DEBUG_LOG("_zorCore: PID %d Proccom @%p Runcom @@%p  reason=%d  signal=%u  abort=%u  "
-                  "stop=@%p  abrt=@%p  jmp=@%p\n",
-                  state.pid, state.process, state.unit, static_cast<int>(EndReason::abnormalEnd),
-                  state.signal, state.abort, state.stop, state.abrt, state.jmp);
-    if (_zorProccom->kots != 0 || !coreFilesAllowed() || textsInUse.test_and_set()) {
+    const Proccom &process = *proccom();
+    debug::core({process, endingRunUnit(&process)});
+    if (isInMonitor(&process) || !coreFilesAllowed() || textsInUse.test_and_set()) {
         return false;
     }
     const bool made = makeCoreFile();
@@ -128,10 +126,13 @@ void suppressSystemCore() {
 
 } // namespace zor
 
+using namespace zor;
+
 int32_t ZORDUMP() {
-    if (_zorProccom == nullptr) {
+    const Proccom *process = proccom();
+    if (process == nullptr) {
         return 0;
     }
-    const bool made = zor::dumpCore();
-    return _zorProccom->kots != 0 ? _zorProccom->kots : made;
+    const bool made = dumpCore();
+    return process->kots != 0 ? process->kots : made;
 }

@@ -2,7 +2,7 @@
 #ifndef ZOR_RUN_CORE_FILE_H
 #define ZOR_RUN_CORE_FILE_H
 
-#include "base/anchors.h"
+#include "proccom.h"
 
 namespace zor {
 
@@ -15,19 +15,6 @@ bool dumpCore();
 
 // Keeps the system from writing a core file of its own.
 void suppressSystemCore();
-
-// The values of a run unit that the debug log shows at an abnormal end; zeros without one.
-struct EndState {
-    explicit EndState(const Runcom *unit);
-    int32_t pid;
-    const void *process;
-    const void *unit;
-    uint32_t signal;
-    uint32_t abort;
-    const void *stop;
-    const void *abrt;
-    const void *jmp;
-};
 
 } // namespace zor
 

@@ -11,8 +11,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "base/patient_streams.h"
-#include "run/abort.h"
+#include "base/signal_actions.h"
 #include "run/signal_context.h"
 
 namespace zor {

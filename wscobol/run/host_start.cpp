@@ -1,8 +1,10 @@
-// Hosts that start run units: C programs, application servers, the transaction monitor.
+// Hosts that start the run-time and run units: C programs and application servers.
 
-#include "base/debug_log.h"
+#include "run/debug_lines.h"
 #include "run/init_section.h"
-#include "run/run_unit.h"
+#include "run/monitor.h"
+#include "run/run_unit_start.h"
+#include "run/start_up.h"
 
 namespace zor {
 namespace {
@@ -19,20 +21,13 @@ void startRunTime() {
     }
 }
 
-void logHostStart(const Runcom &unit) {
-    ZOR_DEBUG_LOG("_zorCOBOLInit: PID %d Proccom @%p  Runcom @%p  stop=@%p  abort=@%p  msg=@%p\n",
-                  _zorProccom->pid, static_cast<void *>(_zorProccom),
-                  static_cast<const void *>(&unit), reinterpret_cast<void *>(unit.stop),
-                  reinterpret_cast<void *>(unit.abrt), reinterpret_cast<void *>(unit.msg));
-}
-
 // Makes a run unit current when there is none; null when storage is exhausted.
 Runcom *readyRunUnit() {
     startRunTime();
-    if (_zorProccom != nullptr && _zorProccom->runcom == nullptr) {
+    if (Proccom *process = proccom(); process != nullptr && process->runcom == nullptr) {
         RunUnitInit(nullptr);
     }
-    return _zorProccom == nullptr ? nullptr : _zorProccom->runcom;
+    return currentRunUnit();
 }
 
 // The run unit that the code asks for; null when storage is exhausted.
@@ -46,13 +41,13 @@ Runcom *runUnitForHost(int32_t code, void *arg, void *token) {
         }
     } else if (code == kCodeMonitor) {
         _zorKotsRunUnit(reinterpret_cast<MessageRoutine>(arg), nullptr);
-        unit = _zorProccom == nullptr ? nullptr : _zorProccom->runcom;
+        unit = currentRunUnit();
         if (unit != nullptr) {
             unit->abrt = reinterpret_cast<HostRoutine>(token);
         }
     } else {
         startRunTime();
-        unit = _zorProccom == nullptr ? nullptr : currentOrIdleRunUnit(*_zorProccom);
+        unit = currentOrIdleRunUnit();
         if (unit != nullptr) {
             unit->hostword = token;
         }
@@ -75,7 +70,7 @@ void _zorCOBOLInit(int32_t code, void *arg, int32_t *rc, void *token) {
     const InitSection section;
     const Runcom *unit = runUnitForHost(code, arg, token);
     if (unit != nullptr) {
-        logHostStart(*unit);
+        debug::hostStart(*proccom(), *unit);
     }
     *rc = unit != nullptr ? kDone : kRefused;
 }
@@ -91,17 +86,18 @@ void _zorCOBOLInit1(int32_t code, HostRoutine stop, int32_t *rc, void *token, Me
     }
     const InitSection section;
     startRunTime();
-    Runcom *unit = _zorProccom == nullptr ? nullptr : _zorProccom->freeru;
-    if (unit != nullptr) {
+    Proccom *process = proccom();
+    if (process == nullptr) {
+        return;
+    }
+    *rc = kDone;
+    if (Runcom *unit = process->freeru; unit != nullptr) {
         unit->stop = stop;
         unit->token = token;
         unit->msg = msg;
         unit->abrt = abrt;
         unit->hostword = hostword;
-        logHostStart(*unit);
-    }
-    if (_zorProccom != nullptr) {
-        *rc = kDone;
+        debug::hostStart(*process, *unit);
     }
 }
 
@@ -110,19 +106,7 @@ void _zorCOBOLHostInit(int32_t *rc) {
         const InitSection section;
         startRunTime();
         *rc = kDone;
-    } else if (_zorProccom->kots != 0 || _zorProccom->moh != 0) {
+    } else if (const Proccom &process = *proccom(); process.kots != 0 || process.moh != 0) {
         *rc = kRefused;
-    }
-}
-
-void _zor_cpm_init(MessageRoutine msg, void *hostword) {
-    logMonitorCall("_zor_cpm_init", MonitorCall::init);
-    const InitSection section;
-    if (!runTimeStarted()) {
-        InitCobolRte(kNoProgram);
-    }
-    if (_zorProccom != nullptr) {
-        _zorProccom->kots += 1;
-        _zorKotsRunUnit(msg, hostword);
     }
 }

@@ -1,3 +1,4 @@
+// InitLock with a hook: an abnormal end on another thread calls the hook in place of waiting.
 #include "run/init_section.h"
 
 #include "base/locks.h"
@@ -19,7 +20,7 @@ void releaseInitLock() {
     }
 }
 
-InitSection::InitSection() : entered_(locksAreUsed() && !holdsLock(InitLock)) {
+InitSection::InitSection() : entered_(!isInMonitor() && !holdsLock(InitLock)) {
     if (entered_) {
         takeLock(InitLock);
     }

@@ -1,3 +1,5 @@
+// The library finds its catalogue and its modules from the place of its own file, so that an
+// installation works wherever it is moved: .../usr/lib gives .../usr/share/locale.
 #include "run/library_paths.h"
 
 #include <climits>
@@ -12,20 +14,10 @@
 namespace zor {
 namespace {
 
-constexpr const char *kInstallDirectory = "/opt/qbx/cobol/rte/usr/lib/";
 constexpr const char *kInstalledCatalog = "/opt/qbx/cobol/rte/usr/share/locale/%L/%N";
 constexpr const char *kCatalogInTree = "/usr/share/locale/%L/%N";
 constexpr const char *kCatalogBeside = "/%L/%N";
 constexpr std::size_t kPathMax = 4096;
-
-char *copyText(const char *text, std::size_t length) {
-    auto *copy = static_cast<char *>(allocateOrReport(length + 1));
-    if (copy != nullptr) {
-        memcpy(copy, text, length);
-        copy[length] = '\0';
-    }
-    return copy;
-}
 
 bool begins(const char *text, const char *prefix) {
     return strncmp(text, prefix, strlen(prefix)) == 0;
@@ -100,18 +92,23 @@ void putInFront(const char *entry) {
 
 } // namespace
 
-bool findLibraryPaths(Proccom &process) {
+// The library stays where it is as long as it is loaded.
+void findLibraryPaths(Proccom &process) {
+    static char installDirectory[] = "/opt/qbx/cobol/rte/usr/lib/";
+    static char libraryDirectory[kPathMax] = "./";
     Dl_info self{};
-    std::size_t length = 0;
     if (dladdr(reinterpret_cast<void *>(&findLibraryPaths), &self) != 0 &&
         self.dli_fname != nullptr) {
         const char *slash = strrchr(self.dli_fname, '/');
-        length = slash == nullptr ? 0 : static_cast<std::size_t>(slash + 1 - self.dli_fname);
-        length = length < kPathMax ? length : 0;
+        const std::size_t length =
+            slash == nullptr ? 0 : static_cast<std::size_t>(slash + 1 - self.dli_fname);
+        if (length > 0 && length < kPathMax) {
+            memcpy(libraryDirectory, self.dli_fname, length);
+            libraryDirectory[length] = '\0';
+        }
     }
-    process.libdir = length > 0 ? copyText(self.dli_fname, length) : copyText("./", 2);
-    process.installdir = copyText(kInstallDirectory, strlen(kInstallDirectory));
-    return process.libdir != nullptr && process.installdir != nullptr;
+    process.libdir = libraryDirectory;
+    process.installdir = installDirectory;
 }
 
 void prepareCatalogPath(const Proccom &process) {

@@ -6,8 +6,8 @@
 
 namespace zor {
 
-// Fills Proccom.libdir and installdir. False when storage is exhausted (message 907 was issued).
-bool findLibraryPaths(Proccom &process);
+// Fills Proccom.libdir and installdir with texts that stay.
+void findLibraryPaths(Proccom &process);
 
 // Puts the library's own catalogue locations at the front of NLSPATH.
 void prepareCatalogPath(const Proccom &process);

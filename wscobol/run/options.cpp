@@ -12,7 +12,6 @@
 #include <iterator>
 #include <string_view>
 
-#include "base/anchors.h"
 #include "base/environment.h"
 #include "base/message_list.h"
 #include "base/storage.h"
@@ -258,8 +257,7 @@ bool applyTokens(Proccom &process, const char *value) {
 
 } // namespace
 
-void readRunTimeOptions() {
-    Proccom &process = *proccom();
+void readRunTimeOptions(Proccom &process) {
     process.options1 = kDefaultOptions1;
     process.errcount = kDefaultErrcount;
     memcpy(process.upsi, kDefaultUpsi, sizeof process.upsi);

@@ -1,18 +1,17 @@
 // Start of a run unit, by a program, by a host, or nested in another one.
+#include "run/run_unit_start.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
-#include "base/debug_log.h"
 #include "base/message_list.h"
-#include "base/standard_files.h"
-#include "base/storage.h"
+#include "base/output_name.h"
+#include "dynamic/program_cache.h"
 #include "dynamic/program_list.h"
+#include "run/debug_lines.h"
 #include "run/init_section.h"
-#include "run/program_cache_start.h"
-#include "run/run_unit.h"
-#include "run/signals.h"
+#include "run/kept_anchors.h"
+#include "run/signal_table.h"
+#include "run/start_up.h"
 
 namespace zor {
 namespace {
@@ -40,64 +39,52 @@ Runcom *reuseIdle(Proccom &process) {
     if (unit->id == kIdOfSecondRunUnit && process.cache >= CACHE_UNDECIDED &&
         process.runcom == nullptr) {
         process.cache = CACHE_ON;
-        startProgramCache();
+        startProgramCache(process);
     }
-    if ((process.state & PROCCOM_PREINIT) == 0 && process.kots == 0 && process.moh == 0) {
+    if (!has(process.state, PROCCOM_PREINIT) && process.kots == 0 && process.moh == 0) {
         forgetHost(*unit);
     }
     return unit;
 }
 
-Runcom *createNew(Proccom &process) {
-    auto *unit = static_cast<Runcom *>(allocateZeroedOrReport(sizeof(Runcom)));
-    if (unit == nullptr) {
-        return nullptr;
+Runcom *makeNew(Proccom &process) {
+    Runcom *unit = takeRuncom();
+    if (unit != nullptr) {
+        memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
+        unit->id = process.nextid++;
     }
-    unit->sigtable = static_cast<SignalRow *>(allocateZeroedOrReport(kSignalTableBytes));
-    if (unit->sigtable == nullptr) {
-        release(unit);
-        return nullptr;
-    }
-    memcpy(unit->eyecatcher, "RUNCOM ", sizeof unit->eyecatcher);
-    unit->id = process.nextid++;
     return unit;
 }
 
 } // namespace
 
 void RunUnitInit(const void *caller) {
-    if (_zorProccom == nullptr) {
+    if (proccom() == nullptr) {
         return;
     }
-    Proccom &process = *_zorProccom;
-    Runcom *unit = process.freeru != nullptr ? reuseIdle(process) : createNew(process);
+    Proccom &process = *proccom();
+    Runcom *unit = process.freeru != nullptr ? reuseIdle(process) : makeNew(process);
     if (unit == nullptr) {
         return;
     }
-    const bool hostIsMain = (process.state & PROCCOM_PREINIT) != 0 && process.runcom == nullptr;
+    const bool hostIsMain = has(process.state, PROCCOM_PREINIT) && process.runcom == nullptr;
     PCB *const main = hostIsMain ? RUNCOM_MAIN_IS_HOST : nullptr;
     unit->main = nullptr; // other threads take a run unit with a main program for ready
-    unit->flags = static_cast<uint8_t>(unit->flags & ~RUNCOM_RU_TERM);
+    clear(unit->flags, RUNCOM_RU_TERM);
     if (process.freeru != nullptr) {
-        process.freeru->flags = static_cast<uint8_t>(process.freeru->flags & ~RUNCOM_RU_TERM);
+        clear(process.freeru->flags, RUNCOM_RU_TERM);
     }
     unit->prior = process.runcom;
     unit->link = process.runcom;
-    process.state = static_cast<uint8_t>(process.state & ~(PROCCOM_ABORT | PROCCOM_SIGNAL));
+    clear(process.state, PROCCOM_ABORT | PROCCOM_SIGNAL);
     process.runcom = unit;
-    ZOR_DEBUG_LOG("RunUnitInit: PID %d Proccom @%p Runcom @%p  PLLE @%p  id=%d  sig=%d  pcb=@%p  "
-                  "main=@%p kots=%d\n",
-                  process.pid, static_cast<void *>(&process), static_cast<void *>(unit),
-                  static_cast<void *>(unit->plle), unit->id,
-                  (unit->flags & RUNCOM_SIG) != 0 ? 1 : 0, caller, static_cast<void *>(main),
-                  process.kots);
+    debug::runUnitInit(process, *unit, caller, main);
     if (unit->id == kIdOfLoad) {
         return;
     }
     forgetNameStamp();
-    if ((process.options2 & static_cast<uint32_t>(OPTION_TRAP)) != 0 &&
-        (unit->flags & RUNCOM_SIG) == 0) {
-        unit->flags |= RUNCOM_SIG;
+    if (has(process.options2, OPTION_TRAP) && !has(unit->flags, RUNCOM_SIG)) {
+        set(unit->flags, RUNCOM_SIG);
         installSignalTable(unit->sigtable);
     }
     unit->errleft = process.errcount;
@@ -120,25 +107,11 @@ void RunUnitInit(const void *caller) {
     __atomic_store_n(&unit->main, main, __ATOMIC_RELEASE);
 }
 
-void _zorKotsRunUnit(MessageRoutine msg, void *hostword) {
-    const bool nested = _zorProccom != nullptr && _zorProccom->runcom != nullptr;
-    if (!runTimeStarted()) {
-        setenv("__COBOL_KOTS_CONTAINER", "1", 1);
-        InitCobolRte(kNoProgram);
-    }
-    RunUnitInit(kNoProgram);
-    if (_zorProccom == nullptr || _zorProccom->runcom == nullptr) {
-        return;
-    }
-    _zorProccom->runcom->hostword = hostword;
-    _zorProccom->runcom->msg = msg;
-    ZOR_DEBUG_LOG("%s\n", nested ? "_zorKotsRunUnit: EXEC KOTS LINK:"
-                                 : "_zorKotsRunUnit: KOTS transaction:");
-}
-
 } // namespace zor
 
+using namespace zor;
+
 void _zorCOBOLLink(void) {
-    const zor::InitSection section;
-    zor::RunUnitInit(zor::kNoProgram);
+    const InitSection section;
+    RunUnitInit(kNoProgram);
 }

@@ -1,5 +1,7 @@
 // The dispatcher: comments on the cause of a signal, calls the row's handler, and does what the row
 // wants afterwards.
+#include "run/signal_dispatch.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -12,7 +14,7 @@
 
 #include "base/frame_walk.h"
 #include "base/patient_streams.h"
-#include "run/abort.h"
+#include "base/signal_actions.h"
 #include "run/signal_context.h"
 #include "run/signal_table.h"
 
@@ -178,9 +180,9 @@ void dispatchSignal(int signo, siginfo_t *info, void *context) {
         setDefaultAction(signo);
         unblockSignal(signo);
         raise(signo);
-        ::abort();
+        abort();
     default: // nothing fills the buffer of SIGNAL_AFTER_JUMP
-        ::abort();
+        abort();
     }
 }
 

@@ -4,9 +4,13 @@
 
 namespace zor {
 
-// Gives this thread an alternate stack unless it or the run-time has one. False when the thread has
-// none, so that handlers must run on the common stack.
-bool provideAlternateStack();
+// Gives this thread an alternate stack unless it has one, of ours or of its host's. False when it
+// has none, so that handlers must run on the common stack. Costs next to nothing once done.
+bool provideThreadStack();
+
+// Takes the stack back from this thread, unless the thread stands on it. A thread that ends does so
+// by itself.
+void removeThreadStack();
 
 } // namespace zor
 

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "base/patient_streams.h"
+#include "run/signal_dispatch.h"
 #include "run/signal_stack.h"
-#include "run/signals.h"
 
 namespace zor {
 namespace {
@@ -71,6 +71,8 @@ void fillFromTemplate(SignalRow *table) {
     }
 }
 
+// Completes a table ahead of its installation, with the actions that are in force: a signal may
+// find it as soon as it is on the stack.
 void prepareActions(SignalRow *table, int unwantedFlags) {
     struct sigaction common {};
     common.sa_sigaction = dispatchSignal;
@@ -85,6 +87,7 @@ void prepareActions(SignalRow *table, int unwantedFlags) {
         }
         row->action.sa_flags = (row->action.sa_flags | row->saflags) & ~unwantedFlags;
         row->handler = reinterpret_cast<void *>(_zorSignal);
+        sigaction(row->signo, nullptr, &row->previous);
     }
 }
 
@@ -100,7 +103,7 @@ void setAction(int signo, const struct sigaction &action, struct sigaction *repl
 } // namespace
 
 int topSignalTable() {
-    return (depth < kMaxTables ? depth : kMaxTables) - 1;
+    return std::min(__atomic_load_n(&depth, __ATOMIC_ACQUIRE), kMaxTables) - 1;
 }
 
 SignalRow *findSignalRow(SignalRow *table, int signo) {
@@ -130,20 +133,26 @@ void installSignalTable(SignalRow *table) {
         ++depth;
         return;
     }
+    prepareActions(table, provideThreadStack() ? 0 : SA_ONSTACK);
     tables[static_cast<std::size_t>(depth)] = table;
-    ++depth;
-    prepareActions(table, provideAlternateStack() ? 0 : SA_ONSTACK);
+    __atomic_store_n(&depth, depth + 1, __ATOMIC_RELEASE);
     for (SignalRow *row = table; row->signo != 0; ++row) {
         setAction(row->signo, row->action, &row->previous);
     }
 }
 
-void removeSignalTable(SignalRow *table) {
-    const int top = topSignalTable();
-    int index = top;
+// Where the table lies on the stack, -1 for none.
+static int indexOfTable(const SignalRow *table) {
+    int index = topSignalTable();
     while (index >= 0 && tables[static_cast<std::size_t>(index)] != table) {
         --index;
     }
+    return index;
+}
+
+void removeSignalTable(SignalRow *table) {
+    const int top = topSignalTable();
+    const int index = indexOfTable(table);
     if (index < 0) {
         depth -= depth > kMaxTables ? 1 : 0; // it found no place on the stack
         return;
@@ -162,7 +171,7 @@ void removeSignalTable(SignalRow *table) {
         }
         std::copy(tables.begin() + index + 1, tables.begin() + top + 1, tables.begin() + index);
     }
-    --depth;
+    __atomic_store_n(&depth, depth - 1, __ATOMIC_RELEASE);
 }
 
 namespace {

@@ -1,10 +1,21 @@
-// The stack of installed signal tables, as the dispatcher sees it.
+// The run-time's signal tables: one per run unit that needs it, on a stack like the run units.
 #ifndef ZOR_RUN_SIGNAL_TABLE_H
 #define ZOR_RUN_SIGNAL_TABLE_H
+
+#include <cstddef>
 
 #include "signal_row.h"
 
 namespace zor {
+
+// Bytes of one run unit's signal table: 25 rows and the row that ends it.
+inline constexpr std::size_t kSignalTableBytes = 7800;
+
+// Fills a run unit's table from the template and puts it in force with _zorSignal as the routine.
+void installSignalTable(SignalRow *table);
+
+// Takes a table out of force and puts the actions back that it replaced.
+void removeSignalTable(SignalRow *table);
 
 // Index of the table on top, -1 when no table is installed.
 int topSignalTable();
@@ -18,9 +29,6 @@ SignalRow *findSignalRow(SignalRow *table, int signo);
 
 // True when the run goes on after the signal.
 bool runGoesOnAfter(int signo);
-
-// The routine that receives the signals of all tables.
-void dispatchSignal(int signo, siginfo_t *info, void *context);
 
 } // namespace zor
 

@@ -1,7 +1,7 @@
 // Start of the run-time: what happens when the library is loaded, and when the first program or a
 // host starts the run-time.
+#include "run/start_up.h"
 
-#include <cfenv>
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
@@ -9,25 +9,19 @@
 #include <initializer_list>
 #include <unistd.h>
 
-#include "base/debug_log.h"
 #include "base/environment.h"
-#include "base/message_list.h"
 #include "base/message_service.h"
-#include "base/standard_files.h"
-#include "base/storage.h"
-#include "cpm.h"
-#include "dynamic/program_list.h"
+#include "base/terminal_size.h"
+#include "dynamic/program_cache.h"
 #include "run/abort.h"
 #include "run/build_identification.h"
+#include "run/debug_lines.h"
+#include "run/divide_trap.h"
 #include "run/init_section.h"
+#include "run/kept_anchors.h"
 #include "run/library_paths.h"
 #include "run/options.h"
-#include "run/program_cache_start.h"
-#include "run/run_unit.h"
-
-Proccom *_zorProccom = nullptr;
-char *_zorDebugBuf = nullptr;
-uint32_t _zorDebugBufLen = 0;
+#include "run/run_unit_start.h"
 
 namespace zor {
 
@@ -51,15 +45,6 @@ void adoptLocale() {
     if (language == nullptr || setlocale(LC_ALL, language) == nullptr) {
         setlocale(LC_ALL, nullptr);
     }
-}
-
-void logStart() {
-    ZOR_DEBUG_LOG("zor_init: PID %d Proccom @%p Runcom @%p freeru @%p moh=%d  kots=%d  preinit=%d  "
-                  "cache=%d\n",
-                  _zorProccom->pid, static_cast<void *>(_zorProccom),
-                  static_cast<void *>(_zorProccom->runcom),
-                  static_cast<void *>(_zorProccom->freeru), _zorProccom->moh, _zorProccom->kots,
-                  (_zorProccom->state & PROCCOM_PREINIT) != 0 ? 1 : 0, _zorProccom->cache);
 }
 
 // Tracebacks and thread exits need the unwinder; it is loaded ahead of any failure. The name that
@@ -91,7 +76,7 @@ __attribute__((constructor)) void onLibraryLoad() {
 } // namespace
 
 bool runTimeStarted() {
-    return _zorProccom != nullptr && started;
+    return proccom() != nullptr && started;
 }
 
 void zor_init() {
@@ -101,7 +86,7 @@ void zor_init() {
     }
     adoptLocale();
     started = false;
-    auto *process = static_cast<Proccom *>(allocateZeroedOrReport(sizeof(Proccom)));
+    Proccom *process = takeProccom();
     if (process == nullptr) {
         return;
     }
@@ -113,82 +98,51 @@ void zor_init() {
     noteMainThread();
     process->threadkey = -1;
     process->debug = debug != nullptr ? atLeastOne(debug) : 0;
-    _zorProccom = process;
-    logStart();
+    __atomic_store_n(&_zorProccom, process, __ATOMIC_RELEASE);
+    debug::zorInit(*process);
 
     RunUnitInit(nullptr);
     process->freeru = process->runcom;
     process->runcom = nullptr;
-    if (findLibraryPaths(*process)) {
-        prepareCatalogPath(*process);
-    }
-    readTerminalSize(STDIN_FILENO, process->stdinsize);
-    readTerminalSize(STDOUT_FILENO, process->stdoutsize);
-    readTerminalSize(STDERR_FILENO, process->stderrsize);
+    findLibraryPaths(*process);
+    prepareCatalogPath(*process);
+    readTerminalSizes(*process);
+    closeMessageCatalog(); // an abnormal end left it open
     openMessageCatalog();
-    logStart();
-}
-
-void startProgramCache() {
-    Proccom &process = *_zorProccom;
-    if (process.plle != nullptr) {
-        return;
-    }
-    const bool decided = process.cache == CACHE_ON;
-    _zor_cpm_create();
-    if (process.cache == CACHE_UNDECIDED) {
-        if (!decided && process.kots == 0 && process.moh == 0) {
-            return;
-        }
-        process.cache = CACHE_ON;
-    }
-    if (process.cache == CACHE_ON) {
-        process.plle = createCachedProgramList();
-        if (process.plle == nullptr) {
-            message::insufficientStorage();
-        }
-    }
+    debug::zorInit(*process);
 }
 
 void InitCobolRte(const void *caller) {
-    if (_zorProccom == nullptr) {
+    if (proccom() == nullptr) {
         fputs("Delayed Init!\n", stderr);
         zor_init();
-        if (_zorProccom == nullptr) {
+        if (proccom() == nullptr) {
             return;
         }
         rearmLockHook();
     }
-    Proccom &process = *_zorProccom;
+    Proccom &process = *proccom();
     loadUnwinder();
     readContainerMarkers(process);
     if (caller != nullptr) {
         process.cache = CACHE_UNDECIDED;
-        startProgramCache();
+        startProgramCache(process);
     } else {
-        process.state |= PROCCOM_PREINIT;
+        set(process.state, PROCCOM_PREINIT);
         process.cache = CACHE_OFF;
     }
-    if (process.debug != 0) {
-        const char *options = valueOf("COBRTOPT");
-        fprintf(stderr,
-                "InitCobolRte: PID %d Proccom @%p Runcom @%p moh=%d  kots=%d  preinit=%d  "
-                "cache=%d\n",
-                process.pid, static_cast<void *>(&process), static_cast<void *>(process.runcom),
-                process.moh, process.kots, (process.state & PROCCOM_PREINIT) != 0 ? 1 : 0,
-                process.cache);
-        fprintf(stderr, "COBRTOPT=%s\n", options != nullptr ? options : "");
-    }
-    readRunTimeOptions();
-    feenableexcept(FE_DIVBYZERO);
-    readTerminalSize(STDIN_FILENO, process.stdoutsize);
-    readTerminalSize(STDOUT_FILENO, process.stdoutsize);
-    readTerminalSize(STDERR_FILENO, process.stderrsize);
+    debug::initCobolRte(process);
+    debug::options(valueOf("COBRTOPT"));
+    readRunTimeOptions(process);
+    enableDivideTrap();
+    // Descriptor 0 is read into the output's size, which descriptor 1 then settles: the input's
+    // stays as it was at load.
+    readTerminalSizes(process, {}, &Proccom::stdoutsize);
     if (valueOf("CPM_CACHE") != nullptr) {
-        startProgramCache();
+        startProgramCache(process);
     }
     if (process.moh != 0 || process.kots != 0) {
-        process.state |= PROCCOM_TRACKED;
+        set(process.state, PROCCOM_TRACKED);
     }
     started = true;
     rearmLockHook();

@@ -8,8 +8,8 @@
 
 #include "base/anchors.h"
 #include "base/message_list.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "display.h"
 #include "national/code_page_row.h"
 #include "text/console_stream.h"
@@ -153,60 +153,61 @@ void acceptRegister(uint32_t flags, std::size_t length, char *target) {
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 void _zorcAccept(uint32_t flags, int32_t length, void *target) {
     if (length < 1) {
         return;
     }
     const auto bytes = static_cast<std::size_t>(length);
     auto *const item = static_cast<char *>(target);
-    if ((flags & zor::kStreamFlags) != 0) {
-        zor::acceptFromStream(flags, bytes, item);
-    } else if ((flags & zor::kRegisterFlags) != 0) {
-        zor::acceptRegister(flags, bytes, item);
+    if ((flags & kStreamFlags) != 0) {
+        acceptFromStream(flags, bytes, item);
+    } else if ((flags & kRegisterFlags) != 0) {
+        acceptRegister(flags, bytes, item);
     }
 }
 
 void _zorAcceptUnicode(uint32_t flags, const int32_t *length, void *target) {
-    if (*length < 1 || (flags & zor::kStreamFlags) == 0) {
+    if (*length < 1 || (flags & kStreamFlags) == 0) {
         return;
     }
-    FILE *const stream = zor::acceptStream(flags);
+    FILE *const stream = acceptStream(flags);
     if (stream == stdin) {
-        zor::flushOutput();
+        flushOutput();
     }
     int error = 0;
     {
-        zor::ScopedStream held(stream);
-        zor::ByteReader reader(stream);
-        zor::acceptCharacters<zor::National>(reader, zor::isLineMode(stream),
-                                             static_cast<std::size_t>(*length),
-                                             static_cast<char *>(target));
+        ScopedStream held(stream);
+        ByteReader reader(stream);
+        acceptCharacters<National>(reader, isLineMode(stream), static_cast<std::size_t>(*length),
+                                   static_cast<char *>(target));
         error = reader.error();
     }
-    zor::reportReadError("ACCEPT", error);
+    reportReadError("ACCEPT", error);
 }
 
 void _zorcStopLiteral(int32_t length, const void *text) {
-    FILE *const input = zor::standardFile(zor::StandardFile::sysin);
-    FILE *const output = zor::standardFile(zor::StandardFile::sysout);
+    FILE *const input = standardFile(StandardFile::sysin);
+    FILE *const output = standardFile(StandardFile::sysout);
     {
-        zor::ScopedStream held(output);
+        ScopedStream held(output);
         if (length > 0) {
-            zor::writeUnlocked(output, static_cast<const char *>(text),
-                               static_cast<std::size_t>(length));
+            writeUnlocked(output, static_cast<const char *>(text),
+                          static_cast<std::size_t>(length));
         }
-        zor::writeUnlocked(output, "\n", 1);
+        writeUnlocked(output, "\n", 1);
     }
     if (input == stdin) {
-        zor::flushMessages();
-        zor::flushOutput();
+        flushMessages();
+        flushOutput();
     }
     int error = 0;
     {
-        zor::ScopedStream held(input);
-        zor::ByteReader reader(input);
+        ScopedStream held(input);
+        ByteReader reader(input);
         reader.dropLine();
         error = reader.error();
     }
-    zor::reportReadError("STOP", error);
+    reportReadError("STOP", error);
 }

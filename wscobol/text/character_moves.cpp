@@ -47,6 +47,8 @@ bool isNationalInsertion(uint16_t c) {
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor, const void *sender,
                            int32_t senderLength, void *receiver) {
     const auto *const first = static_cast<const char *>(sender);
@@ -59,10 +61,10 @@ void _zorcMoveAlphaNumEdit(const AlphanumericEditDescriptor *descriptor, const v
         const char symbol = *picture++;
         if (symbol == ' ' || symbol == '/' || symbol == '0') {
             *out++ = symbol;
-        } else if (symbol == zor::kIdeographicBlank[0] && *picture == zor::kIdeographicBlank[1]) {
+        } else if (symbol == kIdeographicBlank[0] && *picture == kIdeographicBlank[1]) {
             ++picture;
-            *out++ = zor::kIdeographicBlank[0];
-            *out++ = zor::kIdeographicBlank[1];
+            *out++ = kIdeographicBlank[0];
+            *out++ = kIdeographicBlank[1];
         } else {
             if (next == end && repeat) {
                 next = first;
@@ -85,8 +87,8 @@ void _zorcMoveUnicodeEdit(const NationalEditDescriptor *descriptor, const void *
     for (int run = 0; run < runs; ++run) {
         const NationalEditRun &entry = descriptor->runs[run];
         auto left = static_cast<std::size_t>(std::max<int>(entry.runLength, 0));
-        if (zor::isNationalInsertion(entry.editChar)) {
-            out = zor::fillNational(out, entry.editChar, left);
+        if (isNationalInsertion(entry.editChar)) {
+            out = fillNational(out, entry.editChar, left);
             continue;
         }
         while (left > 0) {
@@ -96,7 +98,7 @@ void _zorcMoveUnicodeEdit(const NationalEditDescriptor *descriptor, const void *
             const std::size_t taken =
                 std::min(left * kCharacter, static_cast<std::size_t>(end - next));
             if (taken == 0) {
-                out = zor::fillNational(out, zor::kNationalBlank, left);
+                out = fillNational(out, kNationalBlank, left);
                 break;
             }
             memcpy(out, next, taken);
@@ -112,7 +114,7 @@ void _zorcMoveFigConst(void *receiver, int32_t signedReceiverLength, const void 
     if (literalLength < 1) {
         return;
     }
-    std::size_t bytes = zor::magnitude(signedReceiverLength);
+    std::size_t bytes = magnitude(signedReceiverLength);
     const auto length = static_cast<std::size_t>(literalLength);
     const auto *const pattern = static_cast<const char *>(literal);
     auto *out = static_cast<char *>(receiver);
@@ -122,17 +124,17 @@ void _zorcMoveFigConst(void *receiver, int32_t signedReceiverLength, const void 
         out += rest;
         bytes -= rest;
     }
-    zor::fillWithPattern(out, bytes, pattern, length);
+    fillWithPattern(out, bytes, pattern, length);
 }
 
 void _zorcMoveVarLenOverlap(void *receiver, int32_t signedReceiverLength, const void *sender,
                             int32_t signedSenderLength) {
-    const std::size_t target = zor::magnitude(signedReceiverLength);
-    const std::size_t source = zor::magnitude(signedSenderLength);
+    const std::size_t target = magnitude(signedReceiverLength);
+    const std::size_t source = magnitude(signedSenderLength);
     const std::size_t copied = std::min(target, source);
     const std::size_t padded = target - copied;
     const bool justifiedRight = signedReceiverLength < 0;
-    const char blank = signedSenderLength < 0 ? zor::kEbcdicBlank : ' ';
+    const char blank = signedSenderLength < 0 ? kEbcdicBlank : ' ';
     const auto *const from = static_cast<const char *>(sender);
     auto *const to = static_cast<char *>(receiver);
     memmove(justifiedRight ? to + padded : to, justifiedRight ? from + (source - copied) : from,

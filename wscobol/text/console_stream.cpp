@@ -1,10 +1,11 @@
+// Prompts come ahead of the answers, and an interrupted read goes on.
 #include "text/console_stream.h"
 
-#include <cerrno>
 #include <poll.h>
 
 #include "base/anchors.h"
-#include "base/retry.h"
+#include "base/stream_calls.h"
+#include "base/system_calls.h"
 
 namespace zor {
 
@@ -26,14 +27,11 @@ void flushOutput() {
 
 int ByteReader::nextAfterFailure() {
     while (ferror_unlocked(stream_) != 0) {
-        if (errno != EINTR && errno != EAGAIN) {
+        if (!wasInterrupted()) {
             error_ = errno;
             return EOF;
         }
-        if (errno == EAGAIN) {
-            pollfd input{fileno_unlocked(stream_), POLLIN, 0};
-            poll(&input, 1, -1);
-        }
+        waitUntilReady(fileno_unlocked(stream_), POLLIN, kForever);
         clearerr_unlocked(stream_);
         const int byte = getc_unlocked(stream_);
         if (byte != EOF) {

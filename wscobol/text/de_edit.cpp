@@ -175,16 +175,18 @@ const char *findCurrency(const DeEditDescriptor &descriptor, const char *sender,
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 int32_t _zorcMoveNumEditToNum(const DeEditDescriptor *descriptor, const void *sender,
                               void *result) {
-    const zor::EditedItem item{static_cast<const char *>(sender), nullptr, 0};
-    return zor::deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
+    const EditedItem item{static_cast<const char *>(sender), nullptr, 0};
+    return deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
 }
 
 int32_t _zorcMoveNumEditToNum2(const DeEditDescriptor *descriptor, const void *sender, void *result,
                                const CurrencyString *currencyString) {
     const auto *const first = static_cast<const char *>(sender);
-    const zor::EditedItem item{first, zor::findCurrency(*descriptor, first, *currencyString),
-                               currencyString->length};
-    return zor::deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
+    const EditedItem item{first, findCurrency(*descriptor, first, *currencyString),
+                          currencyString->length};
+    return deEdit(*descriptor, item, static_cast<char *>(result)) ? 0 : 1;
 }

@@ -7,8 +7,8 @@
 
 #include "base/environment.h"
 #include "base/message_list.h"
-#include "base/retry.h"
 #include "base/standard_files.h"
+#include "base/stream_calls.h"
 #include "proccom.h"
 #include "text/console_stream.h"
 #include "text/display_item.h"
@@ -69,23 +69,25 @@ bool writeItems(FILE *stream, const DisplayControl &control, DisplayItem *items)
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 void _zorcDisplay(const DisplayControl *control, DisplayItem *items) {
-    FILE *const stream = zor::displayStream(control->device);
+    FILE *const stream = displayStream(control->device);
     if (stream == stdout) {
-        zor::flushMessages();
+        flushMessages();
     }
     bool valid = false;
     {
-        zor::ScopedStream held(stream);
-        valid = zor::writeItems(stream, *control, items);
+        ScopedStream held(stream);
+        valid = writeItems(stream, *control, items);
         if ((control->flags & DISPLAY_NO_ADVANCING) == 0) {
-            zor::writeUnlocked(stream, "\n", 1);
+            writeUnlocked(stream, "\n", 1);
         }
-        if (zor::flushesEachDisplay()) {
-            zor::retryFlush(stream);
+        if (flushesEachDisplay()) {
+            retryFlush(stream);
         }
     }
     if (!valid) {
-        zor::message::badDisplayItem();
+        message::badDisplayItem();
     }
 }

@@ -98,44 +98,67 @@ uint64_t upperHalfOfProduct(uint64_t a, uint64_t b) {
     return aHigh * bHigh + (middle >> 32) + (middle2 >> 32);
 }
 
-} // namespace
+// A positive value as 64 bits, the highest one set, times 2^exponent.
+struct Scaled {
+    uint64_t fraction;
+    int exponent;
+};
 
-bool doubleDigits(double value, int count, DecimalDigits &result) {
+Scaled scaled(double value) {
     constexpr int kFractionBits = 52;
     constexpr int kExponentBias = 1023 + kFractionBits;
     constexpr uint64_t kHiddenBit = uint64_t{1} << kFractionBits;
-    constexpr uint64_t kError = 2;
-
     const auto bits = std::bit_cast<uint64_t>(value);
     const int biased = static_cast<int>(bits >> kFractionBits);
     uint64_t fraction = bits & (kHiddenBit - 1);
     fraction |= biased != 0 ? kHiddenBit : 0;
     const int shift = std::countl_zero(fraction);
-    fraction <<= shift;
-    const int exponent = (biased != 0 ? biased : 1) - kExponentBias - shift;
+    return {fraction << shift, (biased != 0 ? biased : 1) - kExponentBias - shift};
+}
 
-    const uint64_t limit = kTens[static_cast<std::size_t>(count)];
-    int power = count - 1 - log10OfPowerOf2(exponent + 63);
-    for (;; --power) {
-        const uint64_t product =
-            upperHalfOfProduct(fraction, kPowers[static_cast<std::size_t>(power - kLeastPower)]);
-        const int unitBit = -(exponent + log2OfPowerOf10(power) + 1);
-        const uint64_t half = uint64_t{1} << (unitBit - 1);
-        uint64_t integer = product >> unitBit;
-        if (integer >= limit) {
-            continue; // the value has one digit more than its binary exponent tells
-        }
-        const uint64_t rest = product & (half * 2 - 1);
-        if (rest + kError >= half && rest <= half + kError) {
-            return false;
-        }
-        integer += rest > half ? 1 : 0;
-        result = {integer, count - power};
-        if (integer == limit) {
-            result = {integer / 10, count - power + 1};
-        }
-        return true;
+// An integer and a fraction in one word: the lowest unitBit bits are the fraction.
+struct FixedPoint {
+    uint64_t bits;
+    int unitBit;
+
+    uint64_t half() const { return uint64_t{1} << (unitBit - 1); }
+    uint64_t integer() const { return bits >> unitBit; }
+    uint64_t rest() const { return bits & (half() * 2 - 1); }
+};
+
+// The value times a power of ten, too small by less than two units.
+FixedPoint timesPowerOf10(const Scaled &value, int power) {
+    const uint64_t head = kPowers[static_cast<std::size_t>(power - kLeastPower)];
+    return {upperHalfOfProduct(value.fraction, head),
+            -(value.exponent + log2OfPowerOf10(power) + 1)};
+}
+
+// Rounds the product, whose integer has `count` digits; false when the error decides about it.
+bool roundedDigits(const FixedPoint &product, int count, int power, DecimalDigits &result) {
+    constexpr uint64_t kError = 2;
+    const uint64_t half = product.half();
+    const uint64_t rest = product.rest();
+    if (rest + kError >= half && rest <= half + kError) {
+        return false;
     }
+    const uint64_t integer = product.integer() + (rest > half ? 1 : 0);
+    const bool carries = integer == kTens[static_cast<std::size_t>(count)];
+    result = carries ? DecimalDigits{integer / 10, count - power + 1}
+                     : DecimalDigits{integer, count - power};
+    return true;
+}
+
+} // namespace
+
+bool doubleDigits(double value, int count, DecimalDigits &result) {
+    const Scaled source = scaled(value);
+    int power = count - 1 - log10OfPowerOf2(source.exponent + 63);
+    FixedPoint product = timesPowerOf10(source, power);
+    while (product.integer() >= kTens[static_cast<std::size_t>(count)]) {
+        --power; // the value has one digit more than its binary exponent tells
+        product = timesPowerOf10(source, power);
+    }
+    return roundedDigits(product, count, power, result);
 }
 
 } // namespace zor

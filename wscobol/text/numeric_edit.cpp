@@ -155,93 +155,123 @@ struct NumericEdit {
     }
 };
 
+// What a descriptor settles ahead of the walk.
+struct EditPlan {
+    explicit EditPlan(const NumericEditDescriptor &descriptor, char senderSign)
+        : blankWhenZero(descriptor.signFloatCode > EDIT_LAST_CODE),
+          code(blankWhenZero ? 256 - descriptor.signFloatCode : descriptor.signFloatCode),
+          rule(kRules[code <= EDIT_LAST_CODE ? code : EDIT_SIGN_NONE]),
+          sign(signCharacter(rule.sign, senderSign)),
+          currency(static_cast<char>(descriptor.currencyChar)),
+          point(descriptor.decimalPointChar != '.' ? ',' : '.'), comma(point == '.' ? ',' : '.') {}
+
+    bool blankWhenZero;
+    int code;
+    EditRule rule;
+    char sign;
+    char currency;
+    char point;
+    char comma;
+};
+
+// "CR" or "DB", of which the first byte is c: shown for a negative value, else two blanks. Gives
+// the place behind them.
+const char *editCreditOrDebit(NumericEdit &edit, const EditPlan &plan, char c, const char *next,
+                              const char *end) {
+    const bool shown = plan.sign == '-';
+    edit.emit(shown ? c : ' ');
+    if (next != end) {
+        edit.emit(shown ? *next : ' ');
+        ++next;
+    }
+    return next;
+}
+
+// Edits by the picture's byte c; next is the place behind it, and the result the place to go on.
+const char *editByte(NumericEdit &edit, const EditPlan &plan, char c, const char *next,
+                     const char *end) {
+    switch (c) {
+    case '9':
+        edit.nine();
+        break;
+    case '*':
+        edit.fill = '*';
+        [[fallthrough]];
+    case 'Z':
+        edit.suppressible();
+        break;
+    case '$':
+        if (plan.rule.floating == Floating::currency) {
+            edit.floatingPosition();
+        } else {
+            edit.emit(plan.currency);
+        }
+        break;
+    case '+':
+    case '-':
+        if (plan.rule.floating == Floating::sign) {
+            edit.floatingPosition();
+        } else {
+            edit.emit(plan.sign);
+        }
+        break;
+    case ',':
+        edit.comma(plan.comma);
+        break;
+    case '.':
+        edit.point();
+        edit.emit(plan.point);
+        break;
+    case 'V':
+        edit.point();
+        break;
+    case 'P':
+        break;
+    case ' ':
+    case '/':
+        edit.insertion(c);
+        break;
+    case '0':
+        edit.floatPlaced |= edit.insertion(c);
+        break;
+    default:
+        return editCreditOrDebit(edit, plan, c, next, end);
+    }
+    return next;
+}
+
+// A value of zero under BLANK WHEN ZERO or a picture without "9": blanks, or asterisks around the
+// point.
+void blankZero(const NumericEdit &edit, const EditPlan &plan) {
+    if (!plan.blankWhenZero && edit.fill == '*' && plan.code <= kLastCodeWithAsterisks) {
+        for (char *byte = edit.start; byte != edit.out; ++byte) {
+            *byte = *byte == plan.point ? plan.point : '*';
+        }
+    } else {
+        memset(edit.start, ' ', static_cast<std::size_t>(edit.out - edit.start));
+    }
+}
+
 // Edits into the receiver and gives the end of what was written.
 char *editNumber(const NumericEditDescriptor &descriptor, const char *digitStream, char *receiver) {
-    const int signedLength = descriptor.pictureLength;
-    const bool blankWhenZero = descriptor.signFloatCode > EDIT_LAST_CODE;
-    const int code = blankWhenZero ? 256 - descriptor.signFloatCode : descriptor.signFloatCode;
-    const EditRule rule = kRules[code <= EDIT_LAST_CODE ? code : EDIT_SIGN_NONE];
-    const char signChar = signCharacter(rule.sign, *digitStream);
-    const auto currencyChar = static_cast<char>(descriptor.currencyChar);
-    const bool swapped = descriptor.decimalPointChar != '.';
-    const char pointChar = swapped ? ',' : '.';
-    const char commaChar = swapped ? '.' : ',';
-
+    const EditPlan plan(descriptor, *digitStream);
+    const Floating floating = plan.rule.floating;
     NumericEdit edit{
         .digits = digitStream + 1,
         .start = receiver,
         .out = receiver,
-        .floatChar = rule.floating == Floating::currency ? currencyChar : signChar,
-        .floatState = rule.floating == Floating::nothing ? FloatState::none : FloatState::atStart,
+        .floatChar = floating == Floating::currency ? plan.currency : plan.sign,
+        .floatState = floating == Floating::nothing ? FloatState::none : FloatState::atStart,
     };
+    const int signedLength = descriptor.pictureLength;
     const char *picture = descriptor.pictureText;
     const char *const end = picture + (signedLength < 0 ? -signedLength : signedLength);
     while (picture != end) {
         const char c = *picture++;
-        switch (c) {
-        case '9':
-            edit.nine();
-            break;
-        case '*':
-            edit.fill = '*';
-            [[fallthrough]];
-        case 'Z':
-            edit.suppressible();
-            break;
-        case '$':
-            if (rule.floating == Floating::currency) {
-                edit.floatingPosition();
-            } else {
-                edit.emit(currencyChar);
-            }
-            break;
-        case '+':
-        case '-':
-            if (rule.floating == Floating::sign) {
-                edit.floatingPosition();
-            } else {
-                edit.emit(signChar);
-            }
-            break;
-        case ',':
-            edit.comma(commaChar);
-            break;
-        case '.':
-            edit.point();
-            edit.emit(pointChar);
-            break;
-        case 'V':
-            edit.point();
-            break;
-        case 'P':
-            break;
-        case ' ':
-        case '/':
-            edit.insertion(c);
-            break;
-        case '0':
-            edit.floatPlaced |= edit.insertion(c);
-            break;
-        default: {
-            const bool shown = signChar == '-';
-            edit.emit(shown ? c : ' ');
-            if (picture != end) {
-                edit.emit(shown ? *picture : ' ');
-                ++picture;
-            }
-        }
-        }
+        picture = editByte(edit, plan, c, picture, end);
     }
-
-    if (edit.anyNonZero || (!blankWhenZero && signedLength >= 0)) {
-        return edit.out;
-    }
-    if (!blankWhenZero && edit.fill == '*' && code <= kLastCodeWithAsterisks) {
-        for (char *byte = receiver; byte != edit.out; ++byte) {
-            *byte = *byte == pointChar ? pointChar : '*';
-        }
-    } else {
-        memset(receiver, ' ', static_cast<std::size_t>(edit.out - receiver));
+    if (!edit.anyNonZero && (plan.blankWhenZero || signedLength < 0)) {
+        blankZero(edit, plan);
     }
     return edit.out;
 }
@@ -249,11 +279,13 @@ char *editNumber(const NumericEditDescriptor &descriptor, const char *digitStrea
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 void _zorcMoveNumToNumEdit(const NumericEditDescriptor *descriptor, const void *digitStream,
                            void *receiver) {
     if (descriptor->pictureLength != 0) {
-        zor::editNumber(*descriptor, static_cast<const char *>(digitStream),
-                        static_cast<char *>(receiver));
+        editNumber(*descriptor, static_cast<const char *>(digitStream),
+                   static_cast<char *>(receiver));
     }
 }
 
@@ -267,7 +299,7 @@ void _zorcMoveNumToNumEdit2(const NumericEditDescriptor *descriptor, const void 
     const auto room = static_cast<std::size_t>(signedLength < 0 ? -signedLength : signedLength);
     auto *const work = static_cast<char *>(alloca(room));
     const auto written = static_cast<std::size_t>(
-        zor::editNumber(*descriptor, static_cast<const char *>(digitStream), work) - work);
+        editNumber(*descriptor, static_cast<const char *>(digitStream), work) - work);
     const auto *const found =
         static_cast<const char *>(memchr(work, descriptor->currencyChar, written));
     if (found == nullptr) {

@@ -1,24 +1,25 @@
 // The run-time's signal handler: tells what happened and ends the run in order.
+
 #include <array>
 #include <csetjmp>
 #include <csignal>
-#include <ctime>
 #include <sys/uio.h>
 #include <unistd.h>
 
-#include "base/debug_log.h"
 #include "base/locks.h"
 #include "base/message_list.h"
 #include "base/patient_streams.h"
-#include "base/retry.h"
+#include "base/signal_actions.h"
 #include "base/standard_files.h"
+#include "base/terminal_size.h"
 #include "base/traceback.h"
-#include "run/abort.h"
 #include "run/core_file.h"
+#include "run/debug_lines.h"
 #include "run/end_watch.h"
-#include "run/run_unit.h"
+#include "run/epilogue.h"
 #include "run/signal_context.h"
 #include "run/signal_table.h"
+#include "run/way_out.h"
 
 namespace zor {
 namespace {
@@ -32,11 +33,10 @@ int descriptorOf(FILE *first, FILE *second, int otherwise) {
 }
 
 void renewTerminalSizes(Proccom &process) {
-    readTerminalSize(descriptorOf(process.sysin, process.consolein, STDIN_FILENO),
-                     process.stdinsize);
-    readTerminalSize(descriptorOf(process.sysout, process.consoleout, STDOUT_FILENO),
-                     process.stdoutsize);
-    readTerminalSize(descriptorOf(process.cobmsgs, nullptr, STDERR_FILENO), process.stderrsize);
+    readTerminalSizes(process,
+                      {.input = descriptorOf(process.sysin, process.consolein, STDIN_FILENO),
+                       .output = descriptorOf(process.sysout, process.consoleout, STDOUT_FILENO),
+                       .error = descriptorOf(process.cobmsgs, nullptr, STDERR_FILENO)});
 }
 
 // A fault from here on is a fault of the ending itself and goes its own way; blocked, it would
@@ -48,12 +48,9 @@ void letFaultsThrough() {
 }
 
 // The message stream, or null when its opening is what the signal interrupted.
-FILE *messageStream(Proccom &process) {
-    if (process.cobmsgs == nullptr && locksAreUsed()) {
-        timespec limit{};
-        clock_gettime(CLOCK_REALTIME, &limit);
-        ++limit.tv_sec;
-        if (pthread_mutex_timedlock(&StdFileLock, &limit) != 0) {
+FILE *messageStream(const Proccom &process) {
+    if (process.cobmsgs == nullptr && !isInMonitor(&process)) {
+        if (!takeLockWithinASecond(StdFileLock)) {
             return nullptr;
         }
         giveLock(StdFileLock);
@@ -114,31 +111,25 @@ void tellSignal(Proccom &process, const char *name, void *address) {
     reportPatiently("ZOR995S  %s\n%s\n\n", caught.text, closing.text);
 }
 
-void jumpToEpilogue(Proccom &process, Runcom &unit, int signo) {
-    static const PCB noProgram{};
-    const PCB *main = mainProgram(unit) != nullptr ? mainProgram(unit) : &noProgram;
-    ZOR_DEBUG_LOG("_zorSignal: KOTS - siglongjmp() to COBOL epilogue of %*.*s via @%p  run unit "
-                  "@%p\n",
-                  ZOR_PROGRAM_NAME(main), static_cast<void *>(&unit.jmp),
-                  static_cast<void *>(&unit));
-    giveBackLocks(process);
-    leaveEnd();
+[[noreturn]] void jumpToEpilogue(Runcom &unit, int signo) {
+    debug::signalToEpilogue(unit, mainProgram(unit));
+    giveBack(WayOut::monitorJump);
     siglongjmp(unit.jmp, signo + kMonitorSignalValue);
 }
 
 // Comes back only when the signal's previous action is to end the process.
-void endRun(Proccom &process, Runcom *unit, int signo, bool cored) {
-    if (process.kots != 0 && unit != nullptr && epilogueIsKnown(unit->jmp)) {
-        jumpToEpilogue(process, *unit, signo);
+void endRun(const Proccom &process, Runcom *unit, int signo, bool cored) {
+    if (isInMonitor(&process) && unit != nullptr && epilogueIsKnown(unit->jmp)) {
+        jumpToEpilogue(*unit, signo);
     }
     const uint32_t options = process.options2;
-    if ((options & OPTION_TRAP_DUMP) == 0) {
+    if (!has(options, OPTION_TRAP_DUMP)) {
         _zorAbort(static_cast<int32_t>(cored));
-    } else if ((options & OPTION_TRAP_NEW) == 0) {
-        ZOR_DEBUG_LOG("_zorSignal: Abort_now\n");
+    } else if (!has(options, OPTION_TRAP_NEW)) {
+        debug::abortNow();
         dieBySignal(SIGABRT);
     }
-    leaveEnd();
+    giveBack(WayOut::previousAction);
 }
 
 void flushDisplayedText(const Proccom &process, void (*flush)(FILE *)) {
@@ -161,14 +152,14 @@ void showSignal(Proccom &process, int signo, const char *name) {
 
 // The others.
 void endBySignal(Proccom &process, Runcom *unit, int signo, const char *name, void *context) {
-    process.state |= PROCCOM_SIGNAL;
+    set(process.state, PROCCOM_SIGNAL);
     letFaultsThrough();
     startEndWatch(signo);
-    giveBackStreamLocks();
+    giveBack(WayOut::signalEndsRun);
     flushDisplayedText(process, flushPatiently);
     PatientStreamLock errorLock(stderr);
     bool cored = false;
-    if ((process.options2 & kCoreOptions) != 0) {
+    if (has(process.options2, kCoreOptions)) {
         cored = dumpCore();
         if (cored) {
             suppressSystemCore();
@@ -184,19 +175,15 @@ void endBySignal(Proccom &process, Runcom *unit, int signo, const char *name, vo
 }
 
 void handleSignal(Proccom &process, int signo, void *context) {
-    if ((process.state & PROCCOM_ABORT) != 0) {
-        process.state = static_cast<uint8_t>(process.state & ~PROCCOM_ABORT);
+    if (has(process.state, PROCCOM_ABORT)) {
+        clear(process.state, PROCCOM_ABORT);
         return;
     }
-    Runcom *unit = endingRunUnit(process);
+    Runcom *unit = endingRunUnit(&process);
     const SignalRow *row = findSignalRow(unit == nullptr ? nullptr : unit->sigtable, signo);
     const char *name = row == nullptr ? "unknown signal" : row->name;
-    const EndState state(unit);
-    ZOR_DEBUG_LOG("_zorSignal: PID %d Proccom @%p Runcom @@%p signal=%u (%s) abort=%u  stop=@%p  "
-                  "abrt=@%p  jmp=@%p\n",
-                  state.pid, state.process, state.unit, static_cast<unsigned>(signo), name,
-                  state.abort, state.stop, state.abrt, state.jmp);
-    if ((process.state & PROCCOM_SIGNAL) != 0) {
+    debug::signal({process, unit}, signo, name);
+    if (has(process.state, PROCCOM_SIGNAL)) {
         return;
     }
     if (runGoesOnAfter(signo)) {
@@ -209,13 +196,15 @@ void handleSignal(Proccom &process, int signo, void *context) {
 } // namespace
 } // namespace zor
 
+using namespace zor;
+
 void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
-    using namespace zor;
-    if (_zorProccom == nullptr) {
+    Proccom *process = proccom();
+    if (process == nullptr) {
         return;
     }
     if (runGoesOnAfter(signo)) {
-        handleSignal(*_zorProccom, signo, context);
+        handleSignal(*process, signo, context);
         return;
     }
     // Two threads may fail at once: one tells its signal and takes the anchor away, the other's
@@ -225,8 +214,8 @@ void _zorSignal(int signo, siginfo_t * /*info*/, void *context) {
         waitForOtherEnd();
         return;
     }
-    if (_zorProccom != nullptr) {
-        handleSignal(*_zorProccom, signo, context);
+    if (process = proccom(); process != nullptr) {
+        handleSignal(*process, signo, context);
     }
     if (!endsAlready) {
         leaveEnd();

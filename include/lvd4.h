@@ -1,0 +1,27 @@
+/* The whole interface of the library: this header includes all others of its folder. It comes ahead
+ * of every system header, because strict C hides what the records hold of POSIX unless it is asked
+ * for first. */
+#ifndef ZOR_LVD4_H
+#define ZOR_LVD4_H
+
+#include "zor_abi.h"
+
+#include "codepage.h"
+#include "cpm.h"
+#include "decimal.h"
+#include "decimal_convert.h"
+#include "decimal_moves.h"
+#include "display.h"
+#include "edit.h"
+#include "fcb.h"
+#include "messages.h"
+#include "pcb.h"
+#include "proccom.h"
+#include "runcom.h"
+#include "signal_row.h"
+
+/* The version of these headers, a byte each for major, minor and patch, and as text. */
+#define LVD4_VERSION 0x060100
+#define LVD4_VERSION_TEXT "6.1.0"
+
+#endif
