@@ -49,8 +49,8 @@ ZOR_EXPORT int32_t _zorcClasZonedDec(uint32_t flags, const void *data, int32_t l
 ZOR_EXPORT int32_t _zorcClasKanji(const void *data, int32_t signedLength);
 ZOR_EXPORT int32_t _zorcClasDBCS(const void *data, int32_t signedLength);
 
-/* The same tests of national items. */
-ZOR_EXPORT int32_t _zoruClasNumeric(const void *data, int32_t length); /* unsigned */
+/* The tests of national items; NUMERIC is that of an unsigned one. */
+ZOR_EXPORT int32_t _zoruClasNumeric(const void *data, int32_t length);
 ZOR_EXPORT int32_t _zoruClasAlpha(const void *data, int32_t length);
 ZOR_EXPORT int32_t _zoruClasUpper(const void *data, int32_t length);
 ZOR_EXPORT int32_t _zoruClasLower(const void *data, int32_t length);

@@ -86,10 +86,10 @@ typedef struct InspectClause InspectClause;
 
 ZOR_BEGIN_C
 
-/* Carries out the statement. TALLYING clauses that REPLACING clauses follow make a pass of their
- * own, ahead of theirs. An empty compared item never matches, an empty delimiter is never found.
- * Issues message 76 or 77 when the two operands of a REPLACING or CONVERTING clause differ in
- * length and the target is not figurative, and goes on with the shorter length; message 907 when
+/* Carries out an INSPECT statement. TALLYING clauses that REPLACING clauses follow make a pass of
+ * their own, ahead of theirs. An empty compared item never matches, an empty delimiter is never
+ * found. Issues message 76 or 77 when the two operands of a REPLACING or CONVERTING clause differ
+ * in length and the target is not figurative, and goes on with the shorter length; message 907 when
  * there is no storage for a statement of many clauses, which then does nothing. */
 ZOR_EXPORT void _zorcInspect(const InspectBlock *block);
 

@@ -6,6 +6,7 @@
 
 #include "zor_abi.h"
 
+#include "class_tests.h"
 #include "codepage.h"
 #include "cpm.h"
 #include "decimal.h"
@@ -14,11 +15,16 @@
 #include "display.h"
 #include "edit.h"
 #include "fcb.h"
+#include "inspect.h"
 #include "messages.h"
 #include "pcb.h"
 #include "proccom.h"
 #include "runcom.h"
+#include "search_all.h"
+#include "segments.h"
 #include "signal_row.h"
+#include "string_unstring.h"
+#include "text_functions.h"
 
 /* The version of these headers, a byte each for major, minor and patch, and as text. */
 #define LVD4_VERSION 0x060100

@@ -15,11 +15,11 @@ ZOR_BEGIN_C
 ZOR_EXPORT void _zorcRfshUncond(int32_t segment, int32_t count, uint32_t *current,
                                 const uint32_t *initial, const int8_t *numbers);
 
-/* The same, when segment is an independent one and not oldSegment. */
+/* Puts the branches of a segment back if it is an independent one and not oldSegment. */
 ZOR_EXPORT void _zorcRfshCond(int32_t oldSegment, int32_t count, int32_t segment, uint32_t *current,
                               const uint32_t *initial, const int8_t *numbers);
 
-/* The same for a GO TO DEPENDING ON: the segment is segments[index - 1]. An index below 1 does
+/* Does so ahead of a GO TO DEPENDING ON, for the segment segments[index - 1]. An index below 1 does
  * nothing. */
 ZOR_EXPORT void _zorcRfshGoDepend(const int8_t *segments, int32_t oldSegment, int32_t count,
                                   int32_t index, uint32_t *current, const uint32_t *initial,

@@ -142,9 +142,9 @@ ZOR_BEGIN_C
  * A pointer value outside 1 to the target's length and 1 more leaves no room in the target. */
 ZOR_EXPORT void _zorcString(StringBlock *block, const PCB *pcb, uint32_t *overflowCell);
 
-/* Carries out an UNSTRING statement in the same way. The cell grows when characters are left for
- * which there is no receiver. A pointer value outside 1 to the sender's length and 1 more leaves
- * nothing to be taken apart. */
+/* Carries out an UNSTRING statement; pcb and overflowCell are as for STRING. The cell grows when
+ * characters are left for which there is no receiver. A pointer value outside 1 to the sender's
+ * length and 1 more leaves nothing to be taken apart. */
 ZOR_EXPORT void _zorcUnString(UnstringBlock *block, UnstringReceiver *receiverTable, const PCB *pcb,
                               uint32_t *overflowCell);
 

@@ -1,13 +1,7 @@
 /* INSPECT, STRING, UNSTRING, SEARCH ALL, class conditions and text functions as a compiler emits
  * them: control blocks in static storage, filled at compile time as far as possible, one call for a
  * statement, and moves out of the blocks behind it. */
-#include "class_tests.h"
-#include "display.h"
-#include "inspect.h"
-#include "pcb.h"
-#include "search_all.h"
-#include "string_unstring.h"
-#include "text_functions.h"
+#include "lvd4.h"
 
 #include <stdio.h>
 #include <string.h>
