@@ -28,6 +28,7 @@ TEST(SignalTable, WhatStoodBeforeComesBackInWhicheverOrderTheyAreRemoved) {
         signal(SIGTERM, ownHandler);
         signal(SIGPIPE, SIG_DFL);
         for (Table &table : tables) {
+            zor::fillSignalTable(table.data());
             zor::installSignalTable(table.data());
         }
         const __sighandler_t dispatcher = handlerOf(SIGTERM);

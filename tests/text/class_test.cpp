@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "class_tests.h"
+#include "national/locales.h"
 #include "segments.h"
 #include "support/kit.h"
 #include "text/ended_pages.h"
@@ -183,6 +184,40 @@ TEST(ClassTests, EbcdicPairs) {
         EXPECT_EQ(_zorcClasDBCS(data.data(), -lengthOf(data)), dbcs) << kit::hex(data);
     }
     EXPECT_EQ(_zorcClasDBCS("", 0), 0);
+}
+
+void nativeDoubleBytes() {
+    const struct {
+        std::string data;
+        int32_t kanji, dbcs;
+    } cases[] = {
+        {"漢字", 1, 1},
+        {"　", 1, 1},
+        {"漢a", 0, 0},
+        {"a漢", 0, 0},
+        {"漢a字", 0, 0},
+        {"ab", 0, 0},
+        {"漢\xE5", 1, 1}, // what a cut character leaves is not
+                          // looked at
+        {"", 0, 0},
+    };
+    for (const auto &[data, kanji, dbcs] : cases) {
+        EXPECT_EQ(_zorcClasKanji(data.data(), lengthOf(data)), kanji) << data;
+        EXPECT_EQ(_zorcClasDBCS(data.data(), lengthOf(data)), dbcs) << data;
+    }
+    std::string longer;
+    while (longer.size() < 3000) {
+        longer += "漢字";
+    }
+    EXPECT_EQ(_zorcClasKanji(longer.data(), lengthOf(longer)), 1);
+    longer += "a";
+    EXPECT_EQ(_zorcClasKanji(longer.data(), lengthOf(longer)), 0);
+}
+
+TEST(ClassTests, NativeDoubleBytes) {
+    const std::string cut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
+    kit::expectChild({.environment = locales::in("ja_JP.UTF-8"), .err = cut + cut},
+                     kit::inProgram([] { nativeDoubleBytes(); }));
 }
 
 TEST(TextFunctions, CaseOfEveryByte) {

@@ -12,6 +12,7 @@
 #include "base/message_list.h"
 #include "codepage.h"
 #include "national/locale_table.h"
+#include "national/services.h"
 
 namespace zor {
 namespace {
@@ -114,6 +115,6 @@ void _zorGetLocaleCP(char *localeBuffer, char *ebcdicBuffer) {
 }
 
 int32_t _zorGetMBCurMax() {
-    _zorcSetCodePages(); // it is what sets the locale of characters
+    zor::services(); // their choice of code pages is what sets the locale of characters
     return static_cast<int32_t>(MB_CUR_MAX);
 }

@@ -40,6 +40,7 @@ Runcom *takeRuncom() {
             release(unit);
             return nullptr;
         }
+        fillSignalTable(unit->sigtable);
     }
     return unit;
 }

@@ -58,19 +58,6 @@ std::array<SignalRow *, kMaxTables> tables;
 int depth = 0; // counts the tables that found no room, too
 SignalRow defaultTable[kRows + 1];
 
-void fillFromTemplate(SignalRow *table) {
-    memset(table, 0, kSignalTableBytes);
-    for (std::size_t i = 0; i < kRows; ++i) {
-        const TemplateRow &from = kTemplate[i];
-        SignalRow &row = table[i];
-        row.name = from.name;
-        row.signo = from.signo;
-        row.saflags = from.saflags;
-        row.after = from.after;
-        row.handler = from.ignored ? reinterpret_cast<void *>(SIG_IGN) : nullptr;
-    }
-}
-
 // Completes a table ahead of its installation, with the actions that are in force: a signal may
 // find it as soon as it is on the stack.
 void prepareActions(SignalRow *table, int unwantedFlags) {
@@ -80,14 +67,15 @@ void prepareActions(SignalRow *table, int unwantedFlags) {
     for (const TemplateRow &row : kTemplate) {
         sigaddset(&common.sa_mask, row.signo);
     }
-    for (SignalRow *row = table; row->signo != 0; ++row) {
-        row->action = common;
-        if (row->handler != nullptr) {
-            row->action.sa_handler = reinterpret_cast<__sighandler_t>(row->handler);
+    for (std::size_t i = 0; i < kRows; ++i) {
+        SignalRow &row = table[i];
+        row.action = common;
+        if (kTemplate[i].ignored) {
+            row.action.sa_handler = SIG_IGN;
         }
-        row->action.sa_flags = (row->action.sa_flags | row->saflags) & ~unwantedFlags;
-        row->handler = reinterpret_cast<void *>(_zorSignal);
-        sigaction(row->signo, nullptr, &row->previous);
+        row.action.sa_flags = (row.action.sa_flags | row.saflags) & ~unwantedFlags;
+        row.handler = reinterpret_cast<void *>(_zorSignal);
+        sigaction(row.signo, nullptr, &row.previous);
     }
 }
 
@@ -124,11 +112,23 @@ bool runGoesOnAfter(int signo) {
            signo == SIGXCPU || signo == SIGXFSZ;
 }
 
+void fillSignalTable(SignalRow *table) {
+    memset(table, 0, kSignalTableBytes);
+    for (std::size_t i = 0; i < kRows; ++i) {
+        const TemplateRow &from = kTemplate[i];
+        SignalRow &row = table[i];
+        row.name = from.name;
+        row.signo = from.signo;
+        row.saflags = from.saflags;
+        row.after = from.after;
+        row.handler = from.ignored ? reinterpret_cast<void *>(SIG_IGN) : nullptr;
+    }
+}
+
 void installSignalTable(SignalRow *table) {
     if (defaultTable[0].signo == 0) {
-        fillFromTemplate(defaultTable);
+        fillSignalTable(defaultTable);
     }
-    fillFromTemplate(table);
     if (depth >= kMaxTables) {
         ++depth;
         return;

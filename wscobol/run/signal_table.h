@@ -11,7 +11,11 @@ namespace zor {
 // Bytes of one run unit's signal table: 25 rows and the row that ends it.
 inline constexpr std::size_t kSignalTableBytes = 7800;
 
-// Fills a run unit's table from the template and puts it in force with _zorSignal as the routine.
+// Fills a run unit's new table from the template: a signal must find its name there as soon as the
+// run unit is current.
+void fillSignalTable(SignalRow *table);
+
+// Puts a filled table in force with _zorSignal as the routine.
 void installSignalTable(SignalRow *table);
 
 // Takes a table out of force and puts the actions back that it replaced.

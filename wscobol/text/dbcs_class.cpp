@@ -4,7 +4,7 @@
 
 #include "base/storage.h"
 #include "class_tests.h"
-#include "text/ebcdic_conversion.h"
+#include "national.h"
 
 namespace zor {
 namespace {
@@ -47,9 +47,6 @@ bool isDbcs(const void *data, int32_t signedLength, uint8_t lastRow) {
     if (signedLength < 0) {
         return arePairs(static_cast<const uint8_t *>(data),
                         0U - static_cast<uint32_t>(signedLength), lastRow);
-    }
-    if (_zorConvToEBCDIC == nullptr) {
-        return false;
     }
     // Not the thread's scratch buffer, which the conversion may use itself.
     uint8_t local[kLocalBytes];

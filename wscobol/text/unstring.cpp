@@ -4,8 +4,8 @@
 
 #include "base/bits.h"
 #include "decimal/bytes.h"
-#include "edit.h"
 #include "national/code_page_row.h"
+#include "national/item_bytes.h"
 #include "string_unstring.h"
 #include "text/byte_walk.h"
 #include "text/delimiter.h"
@@ -19,15 +19,14 @@ constexpr int kNumericReceiver = UNSTRING_NUMERIC | UNSTRING_NATIONAL_NUMERIC;
 
 // A blank, a digit zero or a sign: a character of one or two bytes.
 struct Character {
-    uint8_t bytes[2];
+    char bytes[2];
     std::size_t size;
 
     void fill(uint8_t *at, std::size_t length) const {
-        const auto bytesToFill = static_cast<int32_t>(length);
         if (size == 1) {
-            decimal::fillBytes(at, bytes[0], bytesToFill);
+            decimal::fillBytes(at, static_cast<uint8_t>(bytes[0]), static_cast<int32_t>(length));
         } else {
-            _zorcMoveFigConst(at, bytesToFill, bytes, static_cast<int32_t>(size));
+            fillWithPattern(reinterpret_cast<char *>(at), length, bytes, size);
         }
     }
 };
@@ -196,7 +195,7 @@ Characters charactersOf(const UnstringBlock &block, const PCB *pcb) {
 Character blankOf(const UnstringBlock &block) {
     if (has(block.unstringFlags, UNSTRING_DBCS)) {
         const std::array<char, 2> blank = dbcsBlank();
-        return {{static_cast<uint8_t>(blank[0]), static_cast<uint8_t>(blank[1])}, 2};
+        return {{blank[0], blank[1]}, 2};
     }
     return {{' ', 0}, has(block.unstringFlags, UNSTRING_NATIONAL) ? 2U : 1U};
 }

@@ -1,0 +1,329 @@
+// Conversions between national, native and EBCDIC data, each in a process of its own locale.
+#include <cstring>
+#include <random>
+#include <set>
+#include <vector>
+
+#include <sys/resource.h>
+
+#include "codepage.h"
+#include "display.h"
+#include "national.h"
+#include "national/locales.h"
+#include "support/failure_kit.h"
+#include "support/kit.h"
+
+namespace {
+
+constexpr const char *kLatin = "de_DE.ISO-8859-1"; // EBCDIC code page QBX-1141
+constexpr const char *kUtf8 = "en_US.UTF-8";       // QBX-1140
+constexpr const char *kMixed = "ja_JP.UTF-8";      // QBX-1399
+
+// Each in storage of its own size, so that the sanitizer sees what goes beyond.
+using Item = std::vector<char>;
+
+Item untouched(std::size_t bytes) {
+    return Item(bytes, '\xEE');
+}
+
+Item bytesOf(const std::string &hex) {
+    Item bytes(hex.size() / 2);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>(std::stoi(hex.substr(2 * i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+int32_t lengthOf(const Item &item) {
+    return static_cast<int32_t>(item.size());
+}
+
+enum Call { AtoE, EtoA, ToEbcdic, ToAscii, ToUnicode, FromUnicode };
+
+struct Row {
+    const char *locale;
+    Call call;
+    const char *page;   // name, "" the native one, "e" the EBCDIC one; not for the first four calls
+    const char *source; // hexadecimal; with a "-" ahead the length is negative
+    int32_t capacity;
+    const char *expected;     // status, length out, whole target
+    const char *message = ""; // without the line feeds at its end
+};
+
+#define CUT "ZOR222I  A conversion between code pages failed: status 11."
+#define FAILED(status) "ZOR222W  A conversion between code pages failed: status " status "."
+#define UNOPENED(name, status)                                                                     \
+    "ZOR221W  A converter for code page " name " cannot be opened: status " status                 \
+    ". Check that the name is right and the code page is installed."
+
+const Row kRows[] = {
+    {kLatin, ToUnicode, "", "41e4", 8, "0 4 4100e400eeeeeeee"},
+    {kLatin, ToUnicode, "", "", 4, "0 0 eeeeeeee"},
+    {kLatin, ToUnicode, "", "4142", 5, "0 4 41004200ee"},
+    {kLatin, ToUnicode, "", "4142", 2, "15 2 4100", FAILED("15")},
+    {kLatin, ToUnicode, "", "-4142", 2, "1 2 eeee", FAILED("1")},
+    {kLatin, ToUnicode, "e", "c1c0", 4, "0 4 4100e400"},
+    {kLatin, ToUnicode, "QBX-1140", "c19f", 4, "0 4 4100ac20"},
+    {kLatin, ToUnicode, "qbx-01140", "c19f", 4, "0 4 4100ac20"},
+    {kLatin, ToUnicode, "qbx-923_P100-1998", "a4", 2, "0 2 ac20"},
+    {kLatin, ToUnicode, "QBX-1140  ", "c1", 2, "0 2 4100"},
+    {kLatin, ToUnicode, "SHIFT_JIS", "4182a082", 6, "11 4 41004230eeee", CUT},
+    {kUtf8, ToUnicode, "QBX-99999", "c1", 2, "4 2 eeee", UNOPENED("QBX-99999", "4")},
+    {kUtf8, ToUnicode, "QBX-1140-AND-MUCH-MORE-THAN-29-BYTES", "c1", 2, "4 2 eeee",
+     UNOPENED("QBX-1140-AND-MUCH-MORE-THAN-2", "4")},
+    {kLatin, FromUnicode, "", "4100e400", 3, "0 2 41e4ee"},
+    {kLatin, FromUnicode, "", "4230", 2, "0 1 1aee"},
+    {kLatin, FromUnicode, "", "410000d8", 4, "11 4 41eeeeee", FAILED("11")},
+    {kLatin, FromUnicode, "e", "4100e400", 1, "15 1 c1", FAILED("15")},
+    {kLatin, FromUnicode, "e", "", 1, "0 0 ee"},
+    {kLatin, FromUnicode, "UTF-8", "3dd800de", 4, "0 4 f09f9880"},
+    {kLatin, AtoE, "", "41e4", 4, "0 2 c1c0eeee"},
+    {kLatin, AtoE, "", "41", 1, "0 0 c1"},
+    {kLatin, AtoE, "", "", 1, "0 1 ee"},
+    {kLatin, AtoE, "", "414243", 2, "15 2 c1c2", FAILED("15")},
+    {kLatin, AtoE, "", "-41", 2, "1 2 eeee", FAILED("1")},
+    {kLatin, EtoA, "", "c1c29f", 4, "0 1 41421aee"},
+    {kLatin, ToEbcdic, "", "4142", 4, "0 2 c1c2eeee"},
+    {kLatin, ToEbcdic, "", "0e", 2, "0 1 0eee"},
+    {kLatin, ToEbcdic, "", "0f", 0, "0 0 "},
+    {kLatin, ToEbcdic, "", "-0e", 2, "0 0 eeee"},
+    {kLatin, ToEbcdic, "", "0e41", 4, "0 2 0ec1eeee"},
+    {kLatin, ToEbcdic, "", "0e41", -4, "0 3 0ec10fee"},
+    {kLatin, ToEbcdic, "", "0e41", -2, "0 2 0ec1"},
+    {kLatin, ToEbcdic, "", "0e410e41", -6, "0 4 0ec10ec1eeee"},
+    {kLatin, ToEbcdic, "", "-0e410f", -4, "0 1 c1eeeeee"},
+    {kLatin, ToEbcdic, "", "-410f", 4, "0 2 c10feeee"},
+    {kLatin, ToEbcdic, "", "-0e41", 4, "0 1 c1eeeeee"},
+    {kLatin, ToEbcdic, "", "41424344", 2, "0 2 c1c2"},
+    {kLatin, ToEbcdic, "", "4142434445", 2, "15 0 eeee", FAILED("15")},
+    {kLatin, ToAscii, "", "c1c2", 4, "0 2 41422020"},
+    {kLatin, ToAscii, "", "c1c2", -5, "0 2 2020204142"},
+    {kLatin, ToAscii, "", "", 2, "0 0 2020"},
+    {kLatin, ToAscii, "", "0f", 2, "0 1 0fee"},
+    {kLatin, ToAscii, "", "c1c2c3", 2, "15 0 4142", FAILED("15")},
+    {"en_US.UTF-8@x", ToUnicode, "", "c3a4", 4, "0 2 e400eeee"},
+    {"en_US.ISO-8859-16", AtoE, "", "41", 1, "4 1 ee",
+     "ZOR221W  A converter for code page ISO-8859-16 cannot be opened: status 4. Check\n"
+     "         that the name is right and the code page is installed."},
+    {kUtf8, ToUnicode, "", "41e38182e381", 8, "11 4 41004230eeeeeeee", CUT},
+    {kUtf8, ToUnicode, "", "e328", 4, "0 4 fdff2800"},
+    {kUtf8, AtoE, "", "41c3a4e2", 4, "0 2 c143eeee", CUT},
+    {kUtf8, AtoE, "", "4142e2", 1, "15 1 c1", CUT "\n\n" FAILED("15")},
+    {kMixed, ToUnicode, "e", "0e44810f", 2, "0 2 4230"}, // SI is left when the target is full
+    {kMixed, ToUnicode, "e", "0e44810fc1", 2, "15 2 4230", FAILED("15")},
+    {kMixed, ToUnicode, "", "e38182e3", 2, "11 2 4230", CUT},
+    {kMixed, FromUnicode, "e", "423042300e20", 5, "15 5 0e44814481", FAILED("15")},
+    {kLatin, FromUnicode, "", "41000e20", 1, "0 1 41"}, // a mark that only a display heeds
+    {kMixed, AtoE, "", "41e3818242", 9, "0 3 c10e44810fc2eeeeee"},
+    {kMixed, AtoE, "", "e38182e381", 4, "0 0 0e44810f", CUT},
+    {kMixed, EtoA, "", "c10e44810fc2", 6, "0 1 41e3818242ee"},
+    {kMixed, EtoA, "", "0e448144", 3, "0 0 e38182", CUT},
+    {kMixed, ToEbcdic, "", "e38182e38182", 6, "0 6 0e448144810f"},
+    {kMixed, ToEbcdic, "", "-e38182e38182", 4, "0 4 44814481"},
+    {kMixed, ToEbcdic, "", "41e3818242", 3, "0 3 c10e44"},
+    {kMixed, ToAscii, "", "c10e44810fc2", 6, "0 5 41e381824220"},
+    {kMixed, ToAscii, "", "-44814481", 7, "0 6 e38182e3818220"},
+    {kMixed, ToAscii, "", "-c10e44810fc2", 6, "0 5 41e381824220"},
+    {kMixed, ToAscii, "", "-0e4481", 3, "0 3 e38182"},
+    {kMixed, ToAscii, "", "-0e448144", 3, "0 3 e38182"},
+    {kMixed, ToAscii, "", "-0e44810e44810f", -8, "0 6 2020e38182e38182"},
+    {kMixed, ToAscii, "", "-0e44810fc20f", 5, "0 4 e381824220"},
+    {kMixed, ToAscii, "", "-0f", 1, "0 0 20"},
+};
+
+int32_t call(const Row &row, const Item &source, int32_t length, Item &target,
+             int32_t &targetLength) {
+    constexpr decltype(&_zorUniAtoE) kBetween[] = {_zorUniAtoE, _zorUniEtoA, _zorConvToEBCDIC,
+                                                   _zorConvToASCII};
+    if (row.call < ToUnicode) {
+        return kBetween[row.call](source.data(), length, target.data(), &targetLength);
+    }
+    const std::string page = row.page;
+    const auto pageLength = page == "e" ? CODEPAGE_EBCDIC : static_cast<int32_t>(page.size());
+    const auto convert = row.call == ToUnicode ? _zorConvToUnicode : _zorConvFromUnicode;
+    return convert(source.data(), length, target.data(), &targetLength, page.data(), pageLength);
+}
+
+void runRows() {
+    for (const Row &row : kRows) {
+        if (std::string(row.locale) != getenv("LC_ALL")) {
+            continue;
+        }
+        const bool negative = *row.source == '-';
+        const Item source = bytesOf(row.source + (negative ? 1 : 0));
+        Item target = untouched(static_cast<std::size_t>(std::abs(row.capacity)));
+        int32_t length = row.capacity;
+        const int32_t status =
+            call(row, source, lengthOf(source) * (negative ? -1 : 1), target, length);
+        EXPECT_EQ(std::to_string(status) + " " + std::to_string(length) + " " +
+                      kit::hex(target.data(), target.size()),
+                  row.expected)
+            << "call " << row.call << " of " << row.source << " into " << row.capacity;
+    }
+}
+
+TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
+    std::set<std::string> names;
+    for (const Row &row : kRows) {
+        names.insert(row.locale);
+    }
+    for (const std::string &locale : names) {
+        std::string messages;
+        for (const Row &row : kRows) {
+            if (locale == row.locale && *row.message != 0) {
+                messages += std::string(row.message) + "\n\n";
+            }
+        }
+        kit::expectChild({.environment = locales::in(locale), .err = messages}, runRows);
+    }
+}
+
+Item displayOf(const std::u16string &text) {
+    Item native(text.size() * 3);
+    native.resize(static_cast<std::size_t>(
+        _Tvq_display_of(static_cast<int32_t>(text.size() * 2), text.data(), native.data())));
+    native.shrink_to_fit();
+    return native;
+}
+
+// To EBCDIC and back; the sign of the source's length is that of both calls.
+void expectRoundTrip(const Item &native, int32_t sign) {
+    Item ebcdic(native.size() * 5 / 3 + 4);
+    int32_t written = -lengthOf(ebcdic);
+    EXPECT_EQ(_zorConvToEBCDIC(native.data(), sign * lengthOf(native), ebcdic.data(), &written), 0);
+    Item back(native.size());
+    int32_t length = lengthOf(back);
+    EXPECT_EQ(_zorConvToASCII(ebcdic.data(), sign * written, back.data(), &length), 0);
+    EXPECT_EQ(back, native);
+}
+
+// Characters of one, two and three bytes, most of them in the two-byte part of the EBCDIC page.
+void roundTrips() {
+    const std::u16string characters = u"A z9あ漢ｱ、Ж×";
+    std::minstd_rand random(7);
+    for (int trial = 0; trial < 3000; ++trial) {
+        std::u16string text;
+        for (auto count = random() % 40; count > 0; --count) {
+            text += characters[random() % characters.size()];
+        }
+        const Item native = displayOf(text);
+        std::u16string back(text.size(), u'#');
+        EXPECT_EQ(_Tvq_national_of(lengthOf(native), native.data(), back.data()),
+                  static_cast<int32_t>(text.size() * 2));
+        EXPECT_EQ(back, text);
+        expectRoundTrip(native, 1);
+        std::erase_if(text, [](char16_t c) { return c < 0x100 || c == u'ｱ'; });
+        if (!text.empty()) {
+            expectRoundTrip(displayOf(text), -1); // without the shifts
+        }
+    }
+}
+
+TEST(Conversions, OfMixedDataRoundTrip) {
+    kit::expectChild({.environment = locales::in(kMixed)}, roundTrips);
+}
+
+// Past what the stack holds, in place, by look-up and through national data.
+void longTexts() {
+    for (const std::size_t size : {16380U, 16381U, 100000U}) {
+        for (const std::string first : {"x", "\xc3\xa4"}) {
+            const std::string native = first + std::string(size, 'x');
+            std::string area = native;
+            auto left = static_cast<int32_t>(area.size());
+            EXPECT_EQ(_zorUniAtoE(area.data(), left, area.data(), &left), 0);
+            EXPECT_EQ(area.substr(0, size + 1),
+                      (first == "x" ? '\xA7' : '\x43') + std::string(size, '\xA7'));
+            left = static_cast<int32_t>(area.size());
+            EXPECT_EQ(
+                _zorConvToASCII(area.data(), static_cast<int32_t>(size) + 1, area.data(), &left),
+                0);
+            EXPECT_EQ(area, native);
+        }
+    }
+}
+
+TEST(Conversions, TakeLongTextsInPlace) {
+    kit::expectChild({.environment = locales::in(kUtf8)}, longTexts);
+}
+
+bool icuIsLoaded() {
+    return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
+}
+
+CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out = "text\n") {
+    kit::displayLine(DISPLAY_ON_SYSOUT, {"text"});
+    EXPECT_FALSE(icuIsLoaded());
+    EXPECT_EQ(_zorProccom->convclose, nullptr);
+    for (int round = 0; round < 2; ++round) {
+        char target[2] = {};
+        EXPECT_EQ(_Tvq_national_of(1, "A", target), 2);
+        EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), -1);
+        ASSERT_NE(_zorProccom->convclose, nullptr);
+        _zorProccom->convclose();
+    }
+    EXPECT_TRUE(icuIsLoaded());
+}
+
+// Where the conversion library cannot be loaded each service tells so.
+CHILD_TEST(Conversions, FailWithoutTheLibrary,
+           .errHolds = UNOPENED(
+               "UTF-8",
+               "2") "\n\nZOR224W  The collating sequence of locale C.UTF "
+                    "cannot be opened: status 2.\n\nZOR225W  A change between upper and lower "
+                    "case failed: status 2, locale C.UTF.\n") {
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none = {0, files.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    char target[8] = {};
+    EXPECT_EQ(_Tvq_national_of(1, "A", target), 0);
+    EXPECT_EQ(_Tvq_display_of(0, "", target), 0);
+    EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), 2);
+    int32_t length = sizeof target;
+    EXPECT_EQ(_zorUpperCaseUnicode(target, &length, u"a", 2), 2);
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
+#if !ZOR_UNDER_SANITIZER
+PROGRAM_TEST(Conversions, EndTheRunWithoutStorage, .errHolds = "ZOR907S",
+             .status = failure::kAborted) {
+    int32_t length = 1;
+    char target = 0;
+    _zorUniAtoE("\xc3\xa4 and not as much as the length says", 0x7FFFFF00, &target, &length);
+}
+#endif
+
+void queries() {
+    const struct {
+        const char *name;
+        int32_t widest; // 0: not known
+        int32_t ccsid;
+    } cases[] = {{"QBX-1140", 1, 1140},
+                 {"qbx-00037", 1, 37},
+                 {"UTF-8", 3, 1208},
+                 {"ISO8859-1", 1, 819},
+                 {"QBX-1399", 3, 1399},
+                 {"UTF-16LE", 2, 1202},
+                 {"nothing", 0, -1},
+                 {"", 0, -1},
+                 {"QBX-1140-and-a-name-longer-than-any-that-the-library-would-take", 0, -1}};
+    for (const auto &[name, widest, ccsid] : cases) {
+        int32_t got = 0;
+        const bool known = widest != 0;
+        EXPECT_EQ(_zorValidateCPID(name, static_cast<int32_t>(strlen(name))), known ? 0 : 1)
+            << name;
+        EXPECT_EQ(_zorGetMaxCharSize(name), widest) << name;
+        EXPECT_EQ(_zorGetCCSID(name, &got), known ? 0 : 2) << name;
+        EXPECT_EQ(got, ccsid) << name;
+    }
+    EXPECT_EQ(_zorValidateCPID("QBX-1140##", 8), 0);
+}
+
+TEST(CodePages, AnswerQuestions) {
+    const auto child = kit::runChild(queries, locales::in(kUtf8));
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err.substr(0, child.err.find(':')),
+              "ZOR221W  A converter for code page nothing cannot be opened");
+}
+
+} // namespace

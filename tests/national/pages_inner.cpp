@@ -1,0 +1,131 @@
+// Every EBCDIC code page of every locale that the library knows, against the conversion library's
+// own tables.
+#include <cctype>
+#include <cstring>
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "codepage.h"
+#include "national.h"
+#include "national/icu.h"
+#include "national/locale_table.h"
+#include "national/locales.h"
+#include "national/services.h"
+
+namespace {
+
+// Through national data, by converters as the library makes them for anyone.
+std::string byIcu(const std::string &from, const std::string &to, const std::string &bytes) {
+    const zor::IcuConversion &icu = *zor::icuConversion();
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *const in = icu.ucnv_open(from.c_str(), &status);
+    UConverter *const out = icu.ucnv_open(to.c_str(), &status);
+    std::u16string national(bytes.size(), 0);
+    const char *source = bytes.data();
+    char16_t *end = national.data();
+    icu.ucnv_toUnicode(in, &end, end + national.size(), &source, source + bytes.size(), nullptr, 1,
+                       &status);
+    std::string target(bytes.size() * 5 / 2 + 2, 0);
+    const char16_t *unit = national.data();
+    char *byte = target.data();
+    icu.ucnv_fromUnicode(out, &byte, byte + target.size(), &unit, end, nullptr, 1, &status);
+    EXPECT_LE(status, U_ZERO_ERROR) << from << " " << to;
+    icu.ucnv_close(in);
+    icu.ucnv_close(out);
+    target.resize(static_cast<std::size_t>(byte - target.data()));
+    return target;
+}
+
+std::string byService(int32_t (*service)(const void *, int32_t, void *, int32_t *),
+                      const std::string &bytes) {
+    std::string target(bytes.size() * 5 / 2 + 2, 0);
+    auto left = static_cast<int32_t>(target.size());
+    EXPECT_EQ(service(bytes.data(), static_cast<int32_t>(bytes.size()), target.data(), &left), 0);
+    target.resize(target.size() - static_cast<std::size_t>(left));
+    return target;
+}
+
+// Each byte behind each other one.
+std::string allPairs() {
+    std::string pairs;
+    for (int i = 0; i < 256 * 256; ++i) {
+        pairs += static_cast<char>(i);
+        pairs += static_cast<char>(i >> 8);
+    }
+    return pairs;
+}
+
+std::string translatable(std::string text, const zor::Translation &translation) {
+    std::erase_if(text, [&](unsigned char byte) { return translation.excluded[byte] != 0; });
+    return text;
+}
+
+std::string localeOf(const zor::LocaleRow &row) {
+    std::string name = std::string(row.locale) + ".ISO-8859-1";
+    name[0] = static_cast<char>(tolower(name[0]));
+    name[1] = static_cast<char>(tolower(name[1]));
+    return name;
+}
+
+void convertsLikeIcu(const std::string &page) {
+    static const std::string pairs = allPairs();
+    const std::string icuPage = "ibm" + page.substr(3);
+    const bool single = _zorGetMaxCharSize(page.c_str()) == 1;
+    const std::string ebcdic = byIcu("ISO-8859-1", icuPage, pairs);
+    const std::string &source = single ? pairs : ebcdic;
+    EXPECT_TRUE(byService(_zorUniAtoE, pairs) == ebcdic) << page;
+    EXPECT_TRUE(byService(_zorUniEtoA, source) == byIcu(icuPage, "ISO-8859-1", source)) << page;
+    // The parts that go by look-up alone.
+    const std::string natives = translatable(pairs, zor::translationTo(zor::kEbcdicPage));
+    const std::string ebcdics = translatable(pairs, zor::translationTo(zor::kNativePage));
+    EXPECT_TRUE(byService(_zorUniAtoE, natives) == byIcu("ISO-8859-1", icuPage, natives)) << page;
+    EXPECT_TRUE(byService(_zorUniEtoA, ebcdics) == byIcu(icuPage, "ISO-8859-1", ebcdics)) << page;
+    // These have bytes that give two or none of the other code page.
+    const bool uneven =
+        std::set<std::string>{"QBX-420", "QBX-9030", "QBX-12712", "QBX-16804"}.contains(page);
+    EXPECT_EQ(natives == pairs && ebcdics == pairs, single && !uneven) << page;
+    EXPECT_GT(natives.size(), pairs.size() / 5) << page;
+    EXPECT_GT(ebcdics.size(), pairs.size() / 5) << page;
+}
+
+// The process chooses its code pages anew for each.
+void allPages() {
+    for (const zor::LocaleRow &row : zor::kLocaleTable) {
+        setenv("LC_ALL", localeOf(row).c_str(), 1);
+        for (const std::string page : {"", row.ebcdicbase, row.ebcdicdefault}) {
+            setenv("EBCDIC_CODEPAGE", page.c_str(), 1);
+            _zorProccom->codepage = -1;
+            if (_zorProccom->convclose != nullptr) {
+                _zorProccom->convclose();
+            }
+            char locale[sizeof Proccom::localename];
+            char ebcdic[sizeof Proccom::ebcdicname];
+            _zorGetLocaleCP(locale, ebcdic);
+            EXPECT_EQ(locale, localeOf(row));
+            if (!page.empty()) {
+                EXPECT_EQ(ebcdic, page);
+                convertsLikeIcu(page);
+            } else if (strcmp(row.ebcdicdefault, "QBX-1390") != 0) { // of the second row of JA_JP
+                EXPECT_STREQ(ebcdic, row.ebcdicdefault);
+            }
+        }
+    }
+}
+
+TEST(CodePages, OfAllLocalesConvertAsTheConversionLibraryDoes) {
+    const kit::TemporaryDirectory directory;
+    auto environment = locales::in("en_US.ISO-8859-1");
+    std::set<std::string> names = {"nb_NO.ISO-8859-1"}; // what the C library makes of no_NO
+    for (const zor::LocaleRow &row : zor::kLocaleTable) {
+        names.insert(localeOf(row));
+    }
+    for (const std::string &name : names) {
+        std::filesystem::create_directory_symlink(environment[0].second + "/en_US.ISO-8859-1",
+                                                  directory.file(name));
+    }
+    environment[0].second = directory.path();
+    kit::expectChild({.environment = environment}, allPages);
+}
+
+} // namespace
