@@ -138,13 +138,14 @@ template <class Prefix> int32_t searchByPrefix(const Table &table, std::span<con
 }
 
 int32_t searchTable(const Table &table, std::span<const Key> keys) {
-    if (!keys.empty() && keys.front().length >= FirstWords::kShortestKey) {
-        if (keys.front().compare == compareText) {
-            return searchByPrefix<TextPrefix>(table, keys);
-        }
-        if (keys.front().compare == comparePacked) {
-            return searchByPrefix<PackedPrefix>(table, keys);
-        }
+    const auto begins = [&](Comparison compare, int32_t shortest) {
+        return !keys.empty() && keys.front().compare == compare && keys.front().length >= shortest;
+    };
+    if (begins(compareText, TextPrefix::kShortestKey)) {
+        return searchByPrefix<TextPrefix>(table, keys);
+    }
+    if (begins(comparePacked, PackedPrefix::kShortestKey)) {
+        return searchByPrefix<PackedPrefix>(table, keys);
     }
     return search(table, 0, [=](const uint8_t *entry) { return compareKeys(keys, entry); });
 }
