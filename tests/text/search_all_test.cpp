@@ -234,13 +234,16 @@ TEST(SearchAll, RandomTables) {
         for (const Entry &entry : entries) {
             table += entry.second;
         }
-        const uint8_t *block =
-            pages.place(half(2) + half(count) + half(count) + half(0) + keys + lengths + flags);
+        std::string block;
+        for (const std::string &part :
+             {half(2), half(count), half(count), half(0), keys, lengths, flags}) {
+            block += part;
+        }
         const int32_t offsets[] = {1000, -300};
         const int32_t *const indexes[] = {&offsets[0], &offsets[1]};
         const auto entrySize = static_cast<int32_t>(size);
         const int32_t offset = _zorcSrchAll(
-            reinterpret_cast<const SearchBlock *>(block), pages.place(table) - 700,
+            reinterpret_cast<const SearchBlock *>(pages.place(block)), pages.place(table) - 700,
             static_cast<int32_t>(entries.size()), entrySize, arguments.data(), indexes, &pcb);
         EXPECT_EQ(offset, fits ? expected(entries, wanted, entrySize) : -1)
             << "table " << i << ", first key of type " << int{kinds[0].type};

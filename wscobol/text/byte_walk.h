@@ -3,7 +3,6 @@
 #define ZOR_TEXT_BYTE_WALK_H
 
 #include <algorithm>
-#include <emmintrin.h>
 
 #include "text/byte_search.h"
 
@@ -16,7 +15,7 @@ public:
     explicit ByteWalk(Bytes text) : text_(text) {}
 
     // One more byte to stop at, at most kMostBytes.
-    void stopAt(uint8_t byte) { wanted_[count_++] = _mm_set1_epi8(static_cast<char>(byte)); }
+    void stopAt(uint8_t byte) { wanted_[count_++] = repeated(byte); }
 
     // The offset of the first byte wanted at the given offset or behind it, or kNowhere. Offsets
     // never go back.

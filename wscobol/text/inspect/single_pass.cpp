@@ -14,9 +14,7 @@ constexpr std::size_t kBlock = sizeof(__m128i);
 // Vectors of one-byte and of two-byte characters.
 struct OneByte {
     static constexpr std::size_t kSize = 1;
-    static __m128i fill(const uint8_t *character) {
-        return _mm_set1_epi8(static_cast<char>(*character));
-    }
+    static __m128i fill(const uint8_t *character) { return repeated(*character); }
     static __m128i equal(__m128i left, __m128i right) { return _mm_cmpeq_epi8(left, right); }
 };
 struct TwoBytes {
@@ -104,22 +102,26 @@ bool replaceAll(uint8_t *at, std::size_t bytes, Bytes wanted, Bytes target) {
 
 // CONVERTING of successive characters to as many successive ones, such as the lower case letters to
 // the upper case ones.
+bool mayBeSuccessive(Bytes characters) {
+    return !characters.empty() && characters.back() == characters.front() + characters.size() - 1;
+}
+
 bool areSuccessive(Bytes characters) {
     for (std::size_t i = 1; i < characters.size(); ++i) {
         if (characters[i] != characters.front() + i) {
             return false;
         }
     }
-    return !characters.empty();
+    return true;
 }
 
 void shiftCharacters(uint8_t *at, std::size_t bytes, Bytes from, Bytes to) {
     const uint8_t lowest = from.front();
     const auto highest = static_cast<uint8_t>(from.size() - 1); // less the lowest
     const auto shift = static_cast<uint8_t>(to.front() - lowest);
-    const __m128i lowestOnes = _mm_set1_epi8(static_cast<char>(lowest));
-    const __m128i highestOnes = _mm_set1_epi8(static_cast<char>(highest));
-    const __m128i shifts = _mm_set1_epi8(static_cast<char>(shift));
+    const __m128i lowestOnes = repeated(lowest);
+    const __m128i highestOnes = repeated(highest);
+    const __m128i shifts = repeated(shift);
     for (; bytes >= kBlock; at += kBlock, bytes -= kBlock) {
         const __m128i block = load(at);
         const __m128i above = _mm_sub_epi8(block, lowestOnes);
@@ -134,8 +136,11 @@ void shiftCharacters(uint8_t *at, std::size_t bytes, Bytes from, Bytes to) {
 
 void translate(uint8_t *at, std::size_t bytes, const Clause &clause) {
     Translation translation;
+    const uint8_t *const from = clause.compared.data();
+    const uint8_t *const to = clause.target.data();
+    const std::size_t step = clause.figurative ? 0 : 1;
     for (std::size_t i = clause.compared.size(); i-- > 0;) { // the first place of a byte decides
-        translation.table[clause.compared[i]] = clause.target.data()[clause.figurative ? 0 : i];
+        translation.table[from[i]] = to[i * step];
     }
     translation.apply(at, bytes);
 }
@@ -148,7 +153,8 @@ bool convert(Item &item, const Clause &clause) {
     }
     uint8_t *const at = item.start + clause.start;
     const std::size_t bytes = clause.limit - clause.start;
-    if (!clause.figurative && areSuccessive(clause.compared) && areSuccessive(clause.target)) {
+    if (!clause.figurative && mayBeSuccessive(clause.compared) && mayBeSuccessive(clause.target) &&
+        areSuccessive(clause.compared) && areSuccessive(clause.target)) {
         shiftCharacters(at, bytes, clause.compared, clause.target);
     } else {
         translate(at, bytes, clause);
