@@ -13,6 +13,9 @@ install(CODE [[
 ]])
 install(DIRECTORY include/ DESTINATION include/lvd4 FILES_MATCHING PATTERN "*.h")
 target_include_directories(lvd4 INTERFACE $<INSTALL_INTERFACE:include/lvd4>)
+# Who links the library is a 32-bit program, whatever the compiler makes of its own accord.
+target_compile_options(lvd4 INTERFACE $<INSTALL_INTERFACE:-m32>)
+target_link_options(lvd4 INTERFACE $<INSTALL_INTERFACE:-m32>)
 install(EXPORT lvd4 NAMESPACE lvd4:: FILE lvd4-config.cmake DESTINATION lib/cmake/lvd4)
 write_basic_package_version_file(lvd4-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lvd4-config-version.cmake DESTINATION lib/cmake/lvd4)

@@ -225,13 +225,6 @@ PROGRAM_TEST(Messages, TheSignalMessageGivesTheStreamBack,
     EXPECT_TRUE(isFreeForOthers(stderr));
 }
 
-// A child reads its catalogue by another path.
-void useCatalogAt(const std::string &path) {
-    _zorWriteERRmsg(0, MESSAGE_CLOSE_CATALOG);
-    setenv("NLSPATH", path.c_str(), 1);
-    _zorWriteERRmsg(0, MESSAGE_OPEN_CATALOG);
-}
-
 const std::string kNoCatalog =
     "  Cannot find message catalog cobol2run.cat in NLSPATH. Message number is "
     "39. Cannot find message 39 in cobol2run.cat\n";
@@ -273,10 +266,7 @@ class OwnCatalog : public testing::Test {
 protected:
     // Builds a catalogue for one locale and gives the environment that leads to it.
     Environment build(const std::string &locale, const std::string &source) {
-        writeFile(directory_.file("source.msg"), "$quote \"\n" + source);
-        const std::string command = "cd " + directory_.path() + " && mkdir -p " + locale +
-                                    " && gencat " + locale + "/cobol2run.cat source.msg";
-        EXPECT_EQ(system(command.c_str()), 0);
+        buildCatalog(directory_, locale, source);
         return {{"CATALOG", directory_.path()}};
     }
 

@@ -34,21 +34,38 @@ struct Function {
 
 #define MOVES_ENTRY(name, kind, from, to)                                                          \
     {#name, Kind::kind, from, to, reinterpret_cast<void (*)()>(_zorcBCD_##name)},
-#define MOVES_RELATION(r)                                                                          \
-    MOVES_ENTRY(r##_Pckd, relation, Pckd, Pckd) MOVES_ENTRY(r##_Znd, relation, Znd, Znd)
-#define MOVES_COPY(f) MOVES_ENTRY(Cpy_##f, copy, f, f)
-#define MOVES_SIGN(f) MOVES_ENTRY(ABS_##f, abs, f, f) MOVES_ENTRY(NEG_##f, neg, f, f)
-#define MOVES_SHIFTS(f)                                                                            \
+#define MOVES_RELATIONS(f)                                                                         \
+    MOVES_ENTRY(EQU_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(NEQ_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(GRT_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(GEQ_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(LES_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(LEQ_##f, relation, f, f)                                                           \
+    MOVES_ENTRY(NOT_##f, isZero, f, f)
+#define MOVES_SIGNS(f) MOVES_ENTRY(ABS_##f, abs, f, f) MOVES_ENTRY(NEG_##f, neg, f, f)
+#define MOVES_COPIES(f)                                                                            \
+    MOVES_ENTRY(Cpy_##f, copy, f, f)                                                               \
     MOVES_ENTRY(SHFD_##f##_Left, left, f, f)                                                       \
     MOVES_ENTRY(SHFD_##f##_Right, right, f, f)                                                     \
     MOVES_ENTRY(SHFD_##f##_RightRnd, rightRound, f, f)
-#define MOVES_CONVERSION(f, t) MOVES_ENTRY(CONV_##f##_To_##t, convert, f, t)
+#define MOVES_TO_ZONED(f)                                                                          \
+    MOVES_ENTRY(CONV_##f##_To_ZndTO, convert, f, ZndTO)                                            \
+    MOVES_ENTRY(CONV_##f##_To_ZndTS, convert, f, ZndTS)                                            \
+    MOVES_ENTRY(CONV_##f##_To_ZndLO, convert, f, ZndLO)                                            \
+    MOVES_ENTRY(CONV_##f##_To_ZndLS, convert, f, ZndLS)                                            \
+    MOVES_ENTRY(CONV_##f##_To_ZndUS, convert, f, ZndUS)
+#define MOVES_FROM_ZONED(f) MOVES_TO_ZONED(f) MOVES_ENTRY(CONV_##f##_To_Pckd, convert, f, Pckd)
 
+// clang-format off
 inline const Function kMoves[] = {
-    ZOR_BCD_RELATIONS(MOVES_RELATION) MOVES_ENTRY(NOT_Pckd, isZero, Pckd, Pckd)
-        MOVES_ENTRY(NOT_Znd, isZero, Znd, Znd) ZOR_BCD_COPIES(MOVES_COPY) MOVES_SIGN(Pckd)
-            MOVES_SIGN(Znd) MOVES_SIGN(ZndLO) ZOR_BCD_COPIES(MOVES_SHIFTS)
-                ZOR_BCD_CONVERSIONS(MOVES_CONVERSION)};
+    MOVES_RELATIONS(Pckd) MOVES_RELATIONS(Znd)
+    MOVES_SIGNS(Pckd) MOVES_SIGNS(Znd) MOVES_SIGNS(ZndLO)
+    MOVES_COPIES(Pckd) MOVES_COPIES(Znd) MOVES_COPIES(ZndLO)
+    MOVES_COPIES(ZndUS) MOVES_COPIES(ZndTS) MOVES_COPIES(ZndLS)
+    MOVES_TO_ZONED(Pckd)
+    MOVES_FROM_ZONED(ZndTO) MOVES_FROM_ZONED(ZndTS) MOVES_FROM_ZONED(ZndLO)
+    MOVES_FROM_ZONED(ZndLS) MOVES_FROM_ZONED(ZndUS)};
+// clang-format on
 
 inline bool isRelation(const Function &f) {
     return f.kind == Kind::relation || f.kind == Kind::isZero;

@@ -85,24 +85,6 @@ TEST_F(CachedPrograms, AreLinkedCopiedAndShadowed) {
     EXPECT_EQ(process_.plle->entries, 1U);
 }
 
-TEST_F(CachedPrograms, StayListedWhileARunUnitIsActive) {
-    const LLE *a = cache(a_);
-    const LLE *b = cache(b_);
-    EXPECT_EQ(_zor_cpm_unload("A"), 1);
-    EXPECT_TRUE(isUnloaded(a));
-    EXPECT_EQ(a_.pcb.lle, nullptr);
-    EXPECT_FALSE(isUnloaded(b));
-    ZOR_CPM_DISABLE();
-    EXPECT_TRUE(isUnloaded(b));
-    EXPECT_EQ(process_.plle->entries, 2U);
-
-    endRunUnit();
-    EXPECT_EQ(_zor_cpm_unload("A"), 1);
-    EXPECT_EQ(_zor_cpm_unload("A"), 0);
-    _zor_cpm_destroy();
-    EXPECT_TRUE(hashTableIsEmpty(process_.plle));
-}
-
 TEST_F(CachedPrograms, AreEvictedInTheOrderOfTheirCalls) {
     const LLE *a = cache(a_);
     const LLE *b = cache(b_);

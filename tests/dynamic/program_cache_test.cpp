@@ -1,5 +1,5 @@
-// The program cache through its exported names. Until something is CALLed the cache holds what the
-// test lists there itself, as the loader does.
+// The program cache through its exported names: its modes and reports. What it does for programs is
+// tested with their calls.
 #include <cstdio>
 #include <cstdlib>
 #include <string>

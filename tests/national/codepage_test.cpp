@@ -31,6 +31,7 @@ TEST(CodePages, FollowTheEnvironment) {
         const char *text = ""; // of message 230, if any
     } cases[] = {
         {"C", "", "en_US.ISO8859-1 8 QBX-1140 ISO8859-1 1"},
+        {"C.UTF-8", "", "en_US.UTF-8 8 QBX-1140 UTF-8 6"},
         {"no_SUCH", "", "en_US.ISO8859-1 8 QBX-1140 ISO8859-1 1"},
         {"ja_JP.UTF-8", "", "ja_JP.UTF-8 48 QBX-1399 UTF-8 6"},
         {"ja_JP.UTF-8", "QBX-930", "ja_JP.UTF-8 48 QBX-930 UTF-8 6"},

@@ -268,9 +268,9 @@ CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out
 CHILD_TEST(Conversions, FailWithoutTheLibrary,
            .errHolds = UNOPENED(
                "UTF-8",
-               "2") "\n\nZOR224W  The collating sequence of locale C.UTF "
+               "2") "\n\nZOR224W  The collating sequence of locale en_US "
                     "cannot be opened: status 2.\n\nZOR225W  A change between upper and lower "
-                    "case failed: status 2, locale C.UTF.\n") {
+                    "case failed: status 2, locale en_US.\n") {
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none = {0, files.rlim_max};

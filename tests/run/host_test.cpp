@@ -1,8 +1,10 @@
 // Hosts that start and end run units around COBOL programs, and the transaction monitor.
 
+#include <cfenv>
 #include <cstring>
 #include <dlfcn.h>
 #include <tuple>
+#include <xmmintrin.h>
 
 #include "messages.h"
 #include "support/kit.h"
@@ -117,6 +119,19 @@ CHILD_TEST(Host, AnEndedRunTimeStartsAnew, .out = "convertersconvertersconverter
         _zorProccom->convclose = [] { printf("converters"); };
         term(1);
         EXPECT_EQ(_zorProccom, nullptr);
+    }
+}
+
+CHILD_TEST(Host, GetsItsTrapForDivisionByZeroBack, .err = "Delayed Init!\n") {
+    for (const int own : {0, FE_DIVBYZERO | FE_OVERFLOW}) {
+        fedisableexcept(FE_ALL_EXCEPT);
+        feenableexcept(own);
+        const unsigned sse = _mm_getcsr();
+        hostInit();
+        EXPECT_EQ(fegetexcept(), own | FE_DIVBYZERO);
+        EXPECT_EQ(_mm_getcsr() & _MM_MASK_DIV_ZERO, 0U);
+        term(1);
+        EXPECT_EQ(std::tuple(fegetexcept(), _mm_getcsr()), std::tuple(own, sse));
     }
 }
 

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "display.h"
+#include "messages.h"
 
 namespace kit {
 namespace {
@@ -50,7 +51,8 @@ std::ptrdiff_t distanceOf(void (*body)()) {
     setrlimit(RLIMIT_CORE, &cores);
     const std::string argument = kChildOption + std::to_string(distanceOf(body));
     alarm(kChildSeconds);
-    execl("/proc/self/exe", "child", argument.c_str(), nullptr);
+    const char *program = options.program.empty() ? "/proc/self/exe" : options.program.c_str();
+    execl(program, "child", argument.c_str(), nullptr);
     _exit(127);
 }
 
@@ -199,6 +201,20 @@ std::string readFile(const std::string &path) {
 
 void writeFile(const std::string &path, const std::string &text) {
     std::ofstream(path, std::ios::binary) << text;
+}
+
+void buildCatalog(const TemporaryDirectory &directory, const std::string &locale,
+                  const std::string &source) {
+    writeFile(directory.file("source.msg"), "$quote \"\n" + source);
+    const std::string command = "cd " + directory.path() + " && mkdir -p " + locale +
+                                " && gencat " + locale + "/cobol2run.cat source.msg";
+    EXPECT_EQ(system(command.c_str()), 0);
+}
+
+void useCatalogAt(const std::string &path) {
+    _zorWriteERRmsg(0, MESSAGE_CLOSE_CATALOG);
+    setenv("NLSPATH", path.c_str(), 1);
+    _zorWriteERRmsg(0, MESSAGE_OPEN_CATALOG);
 }
 
 } // namespace kit

@@ -31,6 +31,7 @@ struct ChildOptions {
     std::string input;       // standard input
     std::string directory;   // working directory, if not empty
     bool coreFiles = false;  // whether core files are allowed
+    std::string program;     // a copy of this test program to run in its place
 };
 
 // Runs the body in a fresh process of this test program, with the library loaded anew under the
@@ -137,6 +138,14 @@ private:
 
 std::string readFile(const std::string &path);
 void writeFile(const std::string &path, const std::string &text);
+
+// Builds a catalogue of messages for one locale below a directory, LOCALE/cobol2run.cat. Texts
+// stand in quotes.
+void buildCatalog(const TemporaryDirectory &directory, const std::string &locale,
+                  const std::string &source);
+
+// A child reads its catalogue by another path.
+void useCatalogAt(const std::string &path);
 
 } // namespace kit
 

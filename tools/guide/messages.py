@@ -13,6 +13,10 @@ ISSUERS = {
     "sortStillActive": "the end of the run-time",
     "badSeparateSign": "conversions from ZndTS and ZndLS to a signed form; `_zorcBCD_Cpy_ZndTS` "
                        "and `_ZndLS` under `COBOL_BCD_SAFE` or bit 0x10",
+    "externalLengthDiffers": "`_zorExtVarInit`",
+    "callNoStorage": "`_zorDynLd` without ON EXCEPTION",
+    "callEmptyName": "`_zorDynLd` without ON EXCEPTION",
+    "callNotFound": "`_zorDynLd` without ON EXCEPTION",
     "syspunchNotOpen": "`_zorcDisplay` on SYSPUNCH",
     "badDisplayDevice": "`_zorcDisplay`",
     "badDisplayItem": "`_zorcDisplay`, behind the items ahead of the bad one",

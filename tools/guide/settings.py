@@ -41,7 +41,10 @@ VARIABLES = {
         "COBOL_BCD_EBCDIC": ("not empty: sets bit 0x80", "off"),
         "COBOL_BCD_DEBUG": ("not empty: each call is traced on standard error", "off"),
     },
-    "Program cache": {
+    "Called programs": {
+        "COBPATH": ("directories that CALL searches for programs, divided by colons; empty ones are "
+                    "skipped. See [dynamic-programs.md](dynamic-programs.md)",
+                    "the current directory"),
         "COBOL_CPM_CACHE": ("begins with `ON`, `1`, `A`, `e`, `S`, `T` or `Y`: on; with `OF`, `0`, "
                             "`d`, `F` or `N`: off; anything else: undecided, which turns on at the "
                             "second run unit of a process and in containers", "undecided"),

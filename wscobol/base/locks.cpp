@@ -17,12 +17,14 @@ pthread_mutex_t EntryLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t PlleLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t StdFileLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t ExternalLock = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t CollatingLock = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t EbcdicLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_mutex_t TrackedLock = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
 
-constexpr pthread_mutex_t *kLocks[] = {&InitLock,    &EntryLock,    &PlleLock,
-                                       &StdFileLock, &ExternalLock, &TrackedLock};
+constexpr pthread_mutex_t *kLocks[] = {&InitLock,     &EntryLock,     &PlleLock,   &StdFileLock,
+                                       &ExternalLock, &CollatingLock, &EbcdicLock, &TrackedLock};
 
 [[noreturn]] void stopOnLockFailure(const char *operation, int code) {
     fprintf(stderr, "%s rc %d\n", operation, code);

@@ -8,11 +8,13 @@
 
 namespace zor {
 
-extern pthread_mutex_t InitLock;     // creation and end of run units, choice of the main program
-extern pthread_mutex_t EntryLock;    // IPCB.ent and Runcom.nest
-extern pthread_mutex_t PlleLock;     // program list lookup and insertion
-extern pthread_mutex_t StdFileLock;  // opening the standard files
-extern pthread_mutex_t ExternalLock; // tables of EXTERNAL data
+extern pthread_mutex_t InitLock;      // creation and end of run units, choice of the main program
+extern pthread_mutex_t EntryLock;     // IPCB.ent and Runcom.nest
+extern pthread_mutex_t PlleLock;      // program list lookup and insertion
+extern pthread_mutex_t StdFileLock;   // opening the standard files
+extern pthread_mutex_t ExternalLock;  // tables of EXTERNAL data
+extern pthread_mutex_t CollatingLock; // tables of the locale's order
+extern pthread_mutex_t EbcdicLock;    // tables of the EBCDIC order
 
 // Storage is asked for on any thread, also where none of the others is taken; its holders are
 // quick, and contention is not worth a word.

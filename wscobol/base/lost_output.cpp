@@ -8,6 +8,7 @@
 
 #include "base/anchors.h"
 #include "base/patient_streams.h"
+#include "base/standard_files.h"
 
 namespace zor {
 namespace {
@@ -30,7 +31,7 @@ std::atomic<int> losses[kFiles]; // errno of the first one, 0 for none
 void noteLostOutput(const FILE *stream) {
     const Proccom *process = proccom();
     for (std::size_t i = 0; process != nullptr && i < kFiles; ++i) {
-        if (process->*kOutputFiles[i].field == stream) {
+        if (openedFile(process->*kOutputFiles[i].field) == stream) {
             int none = 0;
             losses[i].compare_exchange_strong(none, errno);
             return; // two names of one stream are told as one

@@ -10,6 +10,7 @@
 
 #include "base/anchors.h"
 #include "base/debug_log.h"
+#include "base/standard_files.h"
 #include "base/stream_calls.h"
 
 namespace zor {
@@ -87,13 +88,13 @@ void deliverLines(const Proccom &process, const Runcom &unit, const MessageText 
 
 void flushDisplayStreams(Flush which) {
     const Proccom *process = proccom();
-    const FILE *messages = process == nullptr ? stderr : process->cobmsgs;
+    const FILE *messages = process == nullptr ? stderr : openedFile(process->cobmsgs);
     flushIfFree(stderr, messages == stderr ? Flush::pending : which); // it is yet to be written
     flushIfFree(stdout, which);
     if (process == nullptr) {
         return;
     }
-    for (FILE *stream : {process->sysout, process->consoleout}) {
+    for (FILE *stream : {openedFile(process->sysout), openedFile(process->consoleout)}) {
         if (stream != stdout && stream != stderr) {
             flushIfFree(stream, which);
         }

@@ -118,7 +118,7 @@ FILE *standardFile(StandardFile file) {
     }
     FILE *&field = process->*row.field;
     // A stream once there never changes, so the usual case needs no lock.
-    FILE *stream = __atomic_load_n(&field, __ATOMIC_ACQUIRE);
+    FILE *stream = openedFile(field);
     if (stream != nullptr) {
         return stream;
     }

@@ -19,6 +19,12 @@ enum class StandardFile : char {
 // SYSPUNCH that is unset or cannot be opened.
 FILE *standardFile(StandardFile file);
 
+// The stream of an open standard file, null for one that is not open yet: the field's value, which
+// another thread may be setting.
+inline FILE *openedFile(FILE *const &field) {
+    return __atomic_load_n(&field, __ATOMIC_ACQUIRE);
+}
+
 } // namespace zor
 
 #endif

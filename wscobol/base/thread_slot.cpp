@@ -14,6 +14,12 @@ namespace {
 constexpr int32_t kNoKey = -1;
 constexpr std::size_t kScratchStep = 16;
 
+// What is allocated for a slot; programs know the slot alone.
+struct ThreadRecord {
+    ThreadSlot slot;
+    uint32_t descriptor[2];
+};
+
 // One key for the life of the library: the slots of other threads outlive the run-time.
 pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
 int32_t keyOfProcess = kNoKey;
@@ -56,7 +62,7 @@ ThreadSlot *threadSlot() {
     if (slot != nullptr) {
         return slot;
     }
-    slot = static_cast<ThreadSlot *>(allocateZeroedOrReport(sizeof(ThreadSlot)));
+    slot = static_cast<ThreadSlot *>(allocateZeroedOrReport(sizeof(ThreadRecord)));
     if (slot == nullptr) {
         return nullptr;
     }
@@ -67,6 +73,11 @@ ThreadSlot *threadSlot() {
         pthread_setspecific(static_cast<pthread_key_t>(keyOfProcess), slot);
     }
     return slot;
+}
+
+void *threadDescriptor() {
+    ThreadSlot *slot = threadSlot();
+    return slot == nullptr ? nullptr : reinterpret_cast<ThreadRecord *>(slot)->descriptor;
 }
 
 void *threadScratch(std::size_t bytes) {

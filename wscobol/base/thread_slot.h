@@ -22,6 +22,10 @@ ThreadSlot *threadSlot();
 // The calling thread's slot, or null when it has none.
 ThreadSlot *existingThreadSlot();
 
+// 8 bytes for the descriptor that a CALL gives, apart from the scratch buffer: they are the
+// thread's own until its next CALL, whatever services it uses in between. Null like threadScratch.
+void *threadDescriptor();
+
 // At least this many bytes that stay the thread's own until its next call. Null when storage is
 // exhausted (message 907 was issued).
 void *threadScratch(std::size_t bytes);

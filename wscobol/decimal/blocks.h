@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 
 #include "decimal/bytes.h"
+#include "decimal/digits.h"
 #include "decimal/words.h"
 
 namespace zor::decimal {
@@ -103,24 +104,6 @@ inline __m128i limbsOfDigits(__m128i digits) {
     return _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 2, 3));
 }
 
-// The value of four limbs, wrapped to 64 bits.
-inline uint64_t wordOfLimbs(__m128i limbs) {
-    constexpr uint64_t kTenTo16 = 10'000'000'000'000'000;
-    const __m128i even = _mm_and_si128(limbs, _mm_set1_epi64x(0xFFFFFFFF));
-    const __m128i odd = _mm_mul_epu32(_mm_srli_epi64(limbs, 32), _mm_set1_epi64x(100'000'000));
-    const __m128i halves = _mm_add_epi64(even, odd); // of 16 digits
-    const __m128i high = _mm_unpackhi_epi64(halves, halves);
-    const __m128i low = _mm_set1_epi64x(static_cast<int64_t>(kTenTo16 & 0xFFFFFFFF));
-    const __m128i cross =
-        _mm_add_epi64(_mm_mul_epu32(high, _mm_set1_epi64x(static_cast<int64_t>(kTenTo16 >> 32))),
-                      _mm_mul_epu32(_mm_srli_epi64(high, 32), low));
-    const __m128i product = _mm_add_epi64(_mm_mul_epu32(high, low), _mm_slli_epi64(cross, 32));
-    const __m128i word = _mm_add_epi64(halves, product);
-    return static_cast<uint64_t>(static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_srli_epi64(word, 32))))
-               << 32 |
-           static_cast<uint32_t>(_mm_cvtsi128_si32(word));
-}
-
 // Four limbs as 32 packed digits. Each step splits the lanes in two: by 10000, 100 and 10.
 inline __m128i digitsOfLimbs(__m128i limbs) {
     limbs = _mm_shuffle_epi32(limbs, _MM_SHUFFLE(0, 1, 2, 3));
@@ -179,6 +162,11 @@ inline __m128i pairsOfZoned(__m128i block) {
 }
 inline __m128i packedOfZoned(__m128i high, __m128i low) {
     return _mm_packus_epi16(pairsOfZoned(high), pairsOfZoned(low));
+}
+
+// The bits that make the zone of the last byte negative.
+inline __m128i zonedSign(bool negative) {
+    return _mm_slli_si128(_mm_cvtsi32_si128(negative ? kNegativeZone - kZone : 0), 15);
 }
 
 // Masks of bytes, a bit each in the order of storage: those in front of a short string, and the

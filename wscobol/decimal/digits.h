@@ -29,8 +29,9 @@ constexpr uint32_t packedSignsAreNegative(uint32_t lastBytes) {
 
 // The same as a mask of all bits.
 constexpr uint32_t packedSignMask(uint32_t lastByte) {
-    constexpr uint32_t kNegative = 1U << 0xB | 1U << 0xD;
-    return 0 - ((kNegative << 16 | kNegative) >> (lastByte & 0x1FU) & 1);
+    constexpr uint32_t kNegative = 1U << (15 - 0xB) | 1U << (15 - 0xD); // the table's last is bit 0
+    return static_cast<uint32_t>(
+        static_cast<int32_t>((kNegative << 16 | kNegative) << (lastByte & 0x1FU)) >> 31);
 }
 
 constexpr uint8_t packedSign(bool negative) {

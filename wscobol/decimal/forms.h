@@ -20,8 +20,8 @@ enum class SignKind : uint8_t {
 // Packed decimal: two digits a byte, the sign behind the units digit.
 struct Packed {
     static constexpr SignKind kSign = SignKind::packed;
-    static constexpr const char *kConversionName = "packed";
-    static constexpr const char *kShiftName = "packed";
+    static constexpr const char *kName = "packed"; // in the trace, and that of copies
+    static constexpr const char *kCopyName = "packed ";
 
     // Counts are positive; a shift spares the correction that a division of negative ones needs.
     static constexpr int32_t bytes(int32_t digits) { return (digits >> 1) + 1; }
@@ -95,6 +95,8 @@ template <SignKind sign, bool leading> struct Zoned {
         }
     }
 
+    static void clearPad(uint8_t *, int32_t) {} // every byte is a digit or a sign
+
     // False only for a separate sign that is neither "+" nor "-".
     static bool hasProperSign(const uint8_t *item, int32_t digits) {
         const uint8_t byte = *signByte(item, digits);
@@ -110,24 +112,24 @@ template <SignKind sign, bool leading> struct Zoned {
 };
 
 struct ZonedTrailing : Zoned<SignKind::overpunch, false> { // Znd, ZndTO
-    static constexpr const char *kConversionName = "zonedto";
-    static constexpr const char *kShiftName = "zoned";
+    static constexpr const char *kName = "zoned";
+    static constexpr const char *kCopyName = "zoned ";
 };
 struct ZonedLeading : Zoned<SignKind::overpunch, true> { // ZndLO
-    static constexpr const char *kConversionName = "zonedlo";
-    static constexpr const char *kShiftName = "zonedlo";
+    static constexpr const char *kName = "zonedlo";
+    static constexpr const char *kCopyName = "zoned lo";
 };
 struct ZonedTrailingSeparate : Zoned<SignKind::separate, false> { // ZndTS
-    static constexpr const char *kConversionName = "zonedts";
-    static constexpr const char *kShiftName = "zonedts";
+    static constexpr const char *kName = "zonedts";
+    static constexpr const char *kCopyName = "zoned ts";
 };
 struct ZonedLeadingSeparate : Zoned<SignKind::separate, true> { // ZndLS
-    static constexpr const char *kConversionName = "zonedls";
-    static constexpr const char *kShiftName = "zonedls";
+    static constexpr const char *kName = "zonedls";
+    static constexpr const char *kCopyName = "zoned ls";
 };
 struct ZonedUnsigned : Zoned<SignKind::none, false> { // ZndUS
-    static constexpr const char *kConversionName = "zonedus";
-    static constexpr const char *kShiftName = "zonedus";
+    static constexpr const char *kName = "zonedus";
+    static constexpr const char *kCopyName = "zoned us";
 };
 
 } // namespace zor::decimal

@@ -51,82 +51,6 @@ template <class Word> inline Word packedMagnitude(const uint8_t *item, int32_t d
     return value * scale + rest * 10 + (*last >> 4U);
 }
 
-// The value of eight packed digits. Each step joins neighbours: 16 a + b is 10 a + b with 6 a too
-// much.
-constexpr uint32_t eightDigits(uint32_t word) {
-    word -= (16 - 10) * ((word >> 4) & 0x0F0F0F0FU);
-    word -= (256 - 100) * ((word >> 8) & 0x00FF00FFU);
-    return word - (65'536 - 10'000) * (word >> 16);
-}
-
-// Two ways to read a packed item of proper digits and a proper sign at once. They call nothing and
-// keep to the registers. False is for every other item: one to validate, and to read by
-// packedMagnitude.
-
-// Whether the nibble that an even count of digits leaves unused is clear.
-inline bool padIsClear(const uint8_t *item, int32_t digits) {
-    return (digits & 1) != 0 || item[0] <= 9;
-}
-
-// An item of at most 15 digits without the leading zeros: high * 10^7 + low.
-struct ShortPacked {
-    static constexpr uint32_t kLow = 10'000'000;
-    uint32_t high;
-    uint32_t low;
-    uint32_t units; // its last byte holds the sign
-};
-
-[[gnu::always_inline]] inline bool readShortPacked(const uint8_t *item, int32_t digits,
-                                                   ShortPacked &read) {
-    if (!padIsClear(item, digits)) {
-        return false;
-    }
-    const uint8_t *const end = item + Packed::bytes(digits);
-    uint32_t units;
-    uint32_t front = 0;
-    if (digits < 8) {
-        units = loadShort(item, Packed::bytes(digits));
-    } else {
-        // The 1 to 4 bytes in front of the words that end at the units, shifted free of these.
-        for (;;) {
-            front = loadDigits(item) >> (4 * (~digits & 6));
-            if (digits < 16) {
-                break;
-            }
-            if (front != 0) {
-                return false;
-            }
-            digits = (digits & ~7) - 1;
-            item = end - Packed::bytes(digits);
-        }
-        units = loadDigits(end - 4);
-    }
-    if (nibblesAboveNine(units) != kSignAboveNine) {
-        return false;
-    }
-    read.units = units;
-    read.low = eightDigits(units >> 4);
-    read.high = 0;
-    if (front != 0) {
-        if (nibblesAboveNine(front) != 0) {
-            return false;
-        }
-        read.high = eightDigits(front);
-    }
-    return true;
-}
-
-// An item of at most 31 digits; the value of one of more than 19 wraps.
-[[gnu::always_inline]] inline bool readPackedBlock(const uint8_t *item, int32_t digits,
-                                                   uint64_t &magnitude) {
-    const __m128i block = loadBlock(item, Packed::bytes(digits));
-    if (!padIsClear(item, digits) || !isPackedBlock(block, true)) {
-        return false;
-    }
-    magnitude = wordOfLimbs(limbsOfDigits(shiftDigitRight(block, _mm_slli_si128(block, 1))));
-    return true;
-}
-
 // The value of four digit bytes, each taken by its low nibble.
 inline uint32_t fourDigits(const uint8_t *at) {
     uint32_t word = loadWord<uint32_t>(at) & 0x0F0F0F0FU;
@@ -290,7 +214,7 @@ inline void storeZoned(Word magnitude, bool negative, uint8_t *target, int32_t d
         storeDigits(target + room - 8, spreadFour(word >> 16));
         storeDigits(target + room - 4, spreadFour(word & 0xFFFFU));
         if (magnitude == 0) {
-            memset(target, kZone, static_cast<std::size_t>(room - 8));
+            fillBytes(target, kZone, room - 8);
             word = 0;
             room = 0;
             break;

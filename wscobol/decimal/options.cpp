@@ -1,3 +1,4 @@
+// The variables of the environment, and which switches each sets and clears.
 #include "decimal/options.h"
 
 #include <cstdlib>

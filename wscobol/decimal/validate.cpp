@@ -1,3 +1,4 @@
+// Validation from the last byte on, in words as far as the bytes allow.
 #include "decimal/validate.h"
 
 #include <cstddef>

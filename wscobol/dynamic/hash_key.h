@@ -55,6 +55,18 @@ inline uint32_t hashOf(const HashTable *table, const void *key, uint32_t keylen)
                                     : table->hash(table, key, keylen);
 }
 
+// The element with this key, or null, and nothing is counted or moved. In a table of fixed size it
+// needs no lock against insertions: an element comes into its chain whole.
+inline const HashElement *hashTableFind(const HashTable *table, const void *key, uint32_t keylen) {
+    const uint32_t hash = hashOf(table, key, keylen);
+    const HashElement *element =
+        __atomic_load_n(&table->slots[hash & table->mask], __ATOMIC_ACQUIRE);
+    while (element != nullptr && !hasKey(element, hash, key, keylen)) {
+        element = element->next;
+    }
+    return element;
+}
+
 } // namespace zor
 
 #endif

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/bits.h"
 #include "base/storage.h"
 #include "dynamic/hash_key.h"
 
@@ -48,7 +49,7 @@ constexpr uint64_t roundUp(uint64_t bytes) {
 }
 
 inline bool hasMruOrder(const HashTable *table) {
-    return (table->flags & HASH_TABLE_MRU) != 0;
+    return has(table->flags, HASH_TABLE_MRU);
 }
 
 void setSize(HashTable *table, HashElement **slots, uint32_t size, uint32_t loadpercent) {
@@ -84,7 +85,7 @@ void chainPushFront(HashTable *table, HashElement *element) {
     }
     element->prev = nullptr;
     element->next = head;
-    head = element;
+    __atomic_store_n(&head, element, __ATOMIC_RELEASE); // for hashTableFind
     ++table->entries;
 }
 
@@ -242,7 +243,7 @@ void releaseList(HashElement *element) {
 // ---- insertion
 
 void growWhenFull(HashTable *table) {
-    if ((table->flags & HASH_TABLE_RESIZING) != 0) {
+    if (has(table->flags, HASH_TABLE_RESIZING | HASH_TABLE_FIXED_SIZE)) {
         return;
     }
     const bool crowded = table->entries >= kCrowdedSlot * table->usedslots &&
@@ -291,10 +292,17 @@ HashElement *insertIntoParent(HashTable *table, const HashInsertion &insertion) 
 
 // ---- the ends of a lookup
 
-inline void renew(HashTable *table, HashElement *element, Touch touch) {
+void renew(HashTable *table, HashElement *element, Touch touch) {
     chainMoveToFront(table, element);
-    if (touch == Touch::withParent && table->parent != nullptr) {
-        hashTableLookup(table->parent, element->key, element->keylen, touch, false);
+    if (HashTable *parent = table->parent; touch == Touch::withParent && parent != nullptr) {
+        // A link knows what the lookup would find.
+        if (HashElement *target = element->parent; target != nullptr) {
+            ++parent->searches;
+            parent->cursor = {target->hashcode, target->hashcode & parent->mask, target};
+            renew(parent, target, touch);
+        } else {
+            hashTableLookup(parent, element->key, element->keylen, touch, false);
+        }
     }
     if (hasMruOrder(table) && table->mruhead != element) {
         mruUnlink(table, element);
@@ -330,14 +338,15 @@ HashTable *hashTableCreate(const HashTableParameters &parameters) {
     setSize(table, slots, size,
             parameters.loadpercent != 0 ? parameters.loadpercent : kDefaultLoadPercent);
     table->flags = HASH_TABLE_OWNS_STORAGE |
-                   ((parameters.flags & kHashMruOrder) != 0 ? HASH_TABLE_MRU : 0U) |
-                   ((parameters.flags & kHashIsChild) != 0 ? HASH_TABLE_CHILD : 0U);
+                   (has(parameters.flags, kHashMruOrder) ? HASH_TABLE_MRU : 0U) |
+                   (has(parameters.flags, kHashIsChild) ? HASH_TABLE_CHILD : 0U) |
+                   (has(parameters.flags, kHashFixedSize) ? HASH_TABLE_FIXED_SIZE : 0U);
     table->parent = parameters.parent;
     table->userdata = parameters.userdata;
-    table->hash = parameters.hash != nullptr                     ? parameters.hash
-                  : (parameters.flags & kHashInteger32Keys) != 0 ? hashInteger32
-                  : (parameters.flags & kHashInteger64Keys) != 0 ? hashInteger64
-                                                                 : hashBytes;
+    table->hash = parameters.hash != nullptr                  ? parameters.hash
+                  : has(parameters.flags, kHashInteger32Keys) ? hashInteger32
+                  : has(parameters.flags, kHashInteger64Keys) ? hashInteger64
+                                                              : hashBytes;
     table->compare = parameters.compare;
     table->print = parameters.print != nullptr ? parameters.print : hashElementPrint;
     table->alloc = parameters.alloc;
@@ -356,7 +365,7 @@ void hashTableDestroy(HashTable *table) {
         releaseList(table->freelinks);
     }
     release(table->slots);
-    if ((table->flags & HASH_TABLE_OWNS_STORAGE) != 0) {
+    if (has(table->flags, HASH_TABLE_OWNS_STORAGE)) {
         release(table);
     }
 }

@@ -93,6 +93,7 @@ enum : uint32_t {
     HASH_TABLE_RESIZING = 0x04,
     HASH_TABLE_MRU = 0x08,
     HASH_TABLE_CHILD = 0x10,
+    HASH_TABLE_FIXED_SIZE = 0x20,
 };
 
 ZOR_LAYOUT(HashElement, key, 12);
@@ -128,6 +129,7 @@ enum : uint32_t {
     kHashIsChild = 2,
     kHashInteger32Keys = 4,
     kHashInteger64Keys = 8,
+    kHashFixedSize = 16, // never grows by itself, so that hashTableFind needs no lock
 };
 
 struct HashTableParameters {

@@ -4,17 +4,17 @@
 #include "dynamic/program_cache.h"
 
 #include <cctype>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 
 #include "base/anchors.h"
 #include "base/environment.h"
 #include "base/message_list.h"
 #include "cpm.h"
+#include "dynamic/program_file.h"
 #include "dynamic/program_list.h"
+#include "dynamic/program_reset.h"
 
 namespace zor {
 namespace {
@@ -40,34 +40,79 @@ int32_t modeOf(const char *value, int32_t present) {
     return strchr("0dFfNn", *value) != nullptr ? CACHE_OFF : CACHE_UNDECIDED;
 }
 
-void closeFile(const LLE &program) {
-    if (dlclose(program.load) == 0) {
-        return;
+// The program's control blocks lie in the file that is about to go. At an end all files are closed;
+// a run unit that goes on would lose what its program's files hold back.
+void forgetProgram(const Proccom &process, LLE &program) {
+    if (process.runcom != nullptr && program.ipcb != nullptr) {
+        closeOwnFiles(program.ipcb, FCB_CLOSE_NO_USE);
     }
-    const int error = errno;
-    const char *reason = dlerror();
-    fprintf(stderr, "CPM: dlclose(%p) for %.*s error: %d %s\n", program.load,
-            static_cast<int>(program.namelen), program.name, error,
-            reason != nullptr ? reason : "");
-}
-
-void unloadProgram(LLE &program) {
     program.entry = nullptr;
     if (program.pcb != nullptr) {
-        program.pcb->lle = nullptr; // the PCB may lie in the file that is about to go
+        program.pcb->lle = nullptr;
     }
     program.pcb = nullptr;
     program.ipcb = nullptr;
-    if (program.load != nullptr && (program.flags & LLE_OPENED_HERE) != 0) {
-        closeFile(program);
+}
+
+bool isActive(const LLE &program) {
+    if (program.ipcb == nullptr) {
+        return false;
     }
-    program.load = nullptr;
+    for (int32_t i = 0; i <= program.ipcb->nested; ++i) {
+        if (program.ipcb[i].ent > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// True when the test holds for an element of the run unit's list, or of one that it interrupted.
+template <class Test> bool anyListed(const Runcom *unit, Test test) {
+    for (; unit != nullptr; unit = unit->prior) {
+        HashCursor cursor{};
+        while (const HashElement *element =
+                   unit->plle != nullptr ? hashTableNext(unit->plle, cursor) : nullptr) {
+            if (test(element)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+// True for a program that came with the file of a cached one and entered by itself: the file was
+// called by another name than the program in it has.
+bool isOtherProgramIn(const HashElement *element, void *file) {
+    const LLE &program = *lleOf(element);
+    return program.load == nullptr &&
+           liesInFile(program.entry != nullptr ? program.entry : program.pcb, file);
+}
+
+bool isInUse(const Proccom &process, const LLE &cached) {
+    return isActive(cached) || anyListed(process.runcom, [&](const HashElement *element) {
+               return isOtherProgramIn(element, cached.load) && isActive(*lleOf(element));
+           });
+}
+
+void forgetProgramsIn(const Proccom &process, void *file) {
+    anyListed(process.runcom, [&](const HashElement *element) {
+        if (isOtherProgramIn(element, file)) {
+            forgetProgram(process, *lleOf(element));
+        }
+        return false;
+    });
 }
 
 // An active run unit may have a link to the element, which therefore stays until the run unit is
 // over; the program is gone all the same.
 void unloadElement(Proccom &process, HashElement *element) {
-    unloadProgram(*lleOf(element));
+    LLE &cached = *lleOf(element);
+    if (cached.load != nullptr) {
+        forgetProgramsIn(process, cached.load);
+    }
+    forgetProgram(process, cached);
+    closeProgramFile(cached);
+    cached.load = nullptr;
     if (process.runcom == nullptr) {
         hashTableDelete(process.plle, element);
     }
@@ -97,25 +142,14 @@ void setMode(int32_t mode) {
     setenv(kModeVariable, mode == CACHE_ON ? "1" : "0", 1);
 }
 
-bool isActive(const LLE &program) {
-    if (program.ipcb == nullptr) {
-        return false;
-    }
-    for (int32_t i = 0; i <= program.ipcb->nested; ++i) {
-        if (program.ipcb[i].ent > 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 // A program that is gone already frees nothing, and one that is active will be returned to.
 bool evictCachedProgram() {
     Proccom *process = cachingProcess();
     HashElement *element = process != nullptr ? process->plle->mrutail : nullptr;
-    while (element != nullptr && (lleOf(element)->load == nullptr || isActive(*lleOf(element)))) {
+    while (element != nullptr &&
+           (lleOf(element)->load == nullptr || isInUse(*process, *lleOf(element)))) {
         element = element->mruprev;
     }
     if (element == nullptr) {
@@ -123,6 +157,21 @@ bool evictCachedProgram() {
     }
     unloadElement(*process, element);
     return true;
+}
+
+void dropUnloadedPrograms(const Proccom &process, const Runcom *remaining) {
+    HashCursor cursor{};
+    while (HashElement *element = hashTableNext(process.plle, cursor)) {
+        const bool isLinked = anyListed(
+            remaining, [&](const HashElement *other) { return other->parent == element; });
+        LLE &program = *lleOf(element);
+        if (program.entry == nullptr && !isLinked) {
+            if (program.pcb != nullptr) { // one of this name was entered since
+                program.pcb->lle = nullptr;
+            }
+            hashTableDelete(process.plle, element);
+        }
+    }
 }
 
 void startProgramCache(Proccom &process) {

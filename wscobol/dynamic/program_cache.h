@@ -10,6 +10,10 @@ namespace zor {
 // of storage. False when there is none, and nothing was freed.
 bool evictCachedProgram();
 
+// A program that was unloaded while run units had links to it stays listed, without an entry, for
+// as long as one of them goes on; when one has ended the others remain.
+void dropUnloadedPrograms(const Proccom &process, const Runcom *remaining);
+
 // Reads the cache's variables and builds the list of cached programs when the cache is on. A cache
 // that is already on when this is called can be switched off by the environment, not made
 // undecided.

@@ -3,6 +3,7 @@
 
 #include "base/debug_log.h"
 #include "base/locks.h"
+#include "dynamic/program_cache.h"
 #include "dynamic/program_list.h"
 
 namespace zor {
@@ -47,6 +48,7 @@ void forgetPrograms(const Proccom &process, const Runcom &unit) {
     }
     if (process.plle != nullptr) {
         printTable("External Programs - Global PLLE\n", process.plle);
+        dropUnloadedPrograms(process, unit.prior);
     }
 }
 

@@ -47,6 +47,10 @@ void storeLocaleName(Proccom &process) {
         name = kNameOfPlainLocale;
     }
     copyText(process.localename, name);
+    if (strncmp(name, "C.", 2) ==
+        0) { // "C.UTF-8": the plain locale with the code set that it names
+        memcpy(process.localename, kNameOfPlainLocale, kCodeSetDot);
+    }
     if (process.localename[kCodeSetDot] != '.') {
         char *const codeSet = process.localename + kCodeSetDot + 1;
         constexpr std::size_t kRoom = sizeof process.localename - kCodeSetDot - 1;

@@ -20,7 +20,6 @@ constexpr std::size_t kByteValues = 256;
 // The order and the weights of single bytes in the locale. The comparison of strings reads on
 // behind a byte, up to the zero byte at the end.
 struct LocaleTables {
-    pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<bool> ready;
     std::array<uint8_t, kByteValues + 1> order;
     ByteTable weights;
@@ -28,7 +27,6 @@ struct LocaleTables {
 LocaleTables localeTables;
 
 struct EbcdicTables {
-    pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
     std::atomic<bool> ready;
     ByteTable first;
     ByteTable second;
@@ -81,7 +79,7 @@ Failure fillFromEbcdic(ByteTable &table) {
 // Builds the tables unless another thread has. Messages are left to the caller, who holds no lock:
 // one may end the run.
 Failure buildEbcdicTables(EbcdicTables &tables) {
-    const ScopedLock lock(tables.lock);
+    const ScopedLock lock(EbcdicLock);
     if (tables.ready.load(std::memory_order_relaxed)) {
         return {};
     }
@@ -110,7 +108,7 @@ using namespace zor;
 
 void _zorcCollSeq(PCB *pcb) {
     if (!localeTables.ready.load(std::memory_order_acquire)) {
-        const ScopedLock lock(localeTables.lock);
+        const ScopedLock lock(CollatingLock);
         if (!localeTables.ready.load(std::memory_order_relaxed)) {
             buildLocaleTables(localeTables);
             localeTables.ready.store(true, std::memory_order_release);

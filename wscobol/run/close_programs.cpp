@@ -8,46 +8,10 @@
 #include "base/anchors.h"
 #include "base/locks.h"
 #include "dynamic/program_list.h"
-#include "fcb.h"
+#include "dynamic/program_reset.h"
 
 namespace zor {
 namespace {
-
-// Forgets one program's activations, so that its next entry links it afresh.
-void resetProgram(IPCB &ipcb, uint32_t statusBits) {
-    clear(ipcb.status, statusBits);
-    ipcb.ent = 0;
-    if (ipcb.pcb != nullptr) {
-        clear(ipcb.pcb->flags, PCB_IS_MAIN);
-        ipcb.pcb->lle = nullptr;
-    }
-}
-
-// Resets all programs of a compilation unit.
-void resetPrograms(IPCB *programs, uint32_t statusBits) {
-    const int32_t last = programs->nested; // the first one may lie in what a close unloads
-    for (int32_t i = 0; i <= last; ++i) {
-        resetProgram(programs[i], statusBits);
-    }
-}
-
-bool isExternal(const FCB &file) {
-    return file.desc != nullptr && has(file.desc->assign, FILE_EXTERNAL);
-}
-
-// Calls an action for each open file of a compilation unit's programs, and its program.
-template <class Action> void forEachOpenFile(IPCB *programs, Action action) {
-    const int32_t last = programs->nested;
-    for (int32_t i = 0; i <= last; ++i) {
-        IPCB &ipcb = programs[i];
-        for (int32_t n = 0; ipcb.fcbs != nullptr && n < ipcb.nfcbs; ++n) {
-            FCB *file = ipcb.fcbs[n];
-            if (file != nullptr && file->curmode != 0 && file->close != nullptr) {
-                action(*file, ipcb);
-            }
-        }
-    }
-}
 
 // The file whose close runs now, or left the end by a STOP RUN of its own. A close that ends the
 // run-time or the process must not be called once more for it.
@@ -148,14 +112,3 @@ void forgetFileBeingClosed() {
 }
 
 } // namespace zor
-
-using namespace zor;
-
-void _zorCloseReset(IPCB *ipcb) {
-    resetPrograms(ipcb, static_cast<uint32_t>(IPCB_STATUS_CANCEL));
-    forEachOpenFile(ipcb, [](FCB &file, IPCB &program) {
-        if (!isExternal(file)) {
-            file.close(&file, &program);
-        }
-    });
-}

@@ -186,7 +186,7 @@ bool enterRunUnit(PCB &pcb) {
         return false;
     }
     if (!isInMonitor(process)) {
-        process->threadword = 1;
+        __atomic_store_n(&process->threadword, 1, __ATOMIC_RELAXED);
     }
     Runcom &unit = *entered;
     if (has(unit.flags, RUNCOM_SIG)) {

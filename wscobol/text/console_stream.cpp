@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include "base/anchors.h"
+#include "base/standard_files.h"
 #include "base/stream_calls.h"
 #include "base/system_calls.h"
 
@@ -11,7 +12,7 @@ namespace zor {
 
 void flushMessages() {
     const Proccom *process = proccom();
-    if (process != nullptr && process->cobmsgs == stderr) {
+    if (process != nullptr && openedFile(process->cobmsgs) == stderr) {
         ScopedStream held(stderr);
         retryFlush(stderr);
     }
@@ -19,7 +20,8 @@ void flushMessages() {
 
 void flushOutput() {
     const Proccom *process = proccom();
-    if (process != nullptr && (process->sysout == stdout || process->consoleout == stdout)) {
+    if (process != nullptr &&
+        (openedFile(process->sysout) == stdout || openedFile(process->consoleout) == stdout)) {
         ScopedStream held(stdout);
         retryFlush(stdout);
     }

@@ -1,0 +1,249 @@
+// Programs that are called by name: what they keep between their calls, and what CANCEL, the end of
+// a run unit and the cache take from them.
+#include <cstdlib>
+#include <numeric>
+#include <pthread.h>
+
+#include "calls.h"
+#include "cpm.h"
+#include "support/failure_kit.h"
+
+namespace {
+
+using calls::callsOf;
+using calls::cancel;
+
+// Further main programs of the process, each with a run unit of its own.
+void runUnit(void (*body)()) {
+    kit::Program main("FURTHER");
+    kit::runMainProgram(main, body);
+}
+
+void showCalls(const std::vector<const char *> &names) {
+    for (const char *name : names) {
+        printf("%d", callsOf(name));
+    }
+    printf(" ");
+}
+
+void showThreeCalls() {
+    showCalls({"SUB", "SUB", "SUB"});
+}
+
+} // namespace
+
+TEST(NestedPrograms, AreFoundWithoutTheList) {
+    struct {
+        uint32_t count = 3;
+        NestedProgram programs[3] = {{3, 5, 0}, {2, 3, 2}, {1, 5, 5}};
+        char names[10] = {'I', 'N', 'N', 'E', 'R', 'O', 'U', 'T', 'E', 'R'};
+    } layout;
+    auto *table = reinterpret_cast<NestedProgramTable *>(&layout);
+    FunctionDescriptor entries[3] = {};
+    kit::Program caller("OUTER");
+    caller.ipcb[1].ent = 1;
+    caller.ipcb[1].status = caller.ipcb[2].status = 0xF0000000;
+    const struct {
+        const char *name;
+        FunctionDescriptor *entry;
+        int32_t cancelled;
+    } cases[] = {
+        {"INNER  ", &entries[0], 0}, {"NER", &entries[1], 1}, {"OUTER", &entries[2], 0},
+        {"inner", nullptr, 0},       {"INNE", nullptr, 0},
+    };
+    for (const auto &[name, entry, cancelled] : cases) {
+        const auto length = static_cast<int32_t>(strlen(name));
+        int32_t exception = 1;
+        EXPECT_EQ(_zorDynLd(table, length, name, &caller.pcb, entries, &exception), entry) << name;
+        EXPECT_EQ(exception, entry != nullptr ? 1 : 2) << name;
+        EXPECT_EQ(_zorCancel(table, length, name, &caller.pcb), cancelled) << name;
+    }
+    EXPECT_EQ(caller.ipcb[1].status, 0xF0000000);
+    EXPECT_EQ(caller.ipcb[2].status, 0x30000000U);
+    EXPECT_EQ(_zorProccom->runcom, nullptr); // so that no list was there to look at
+}
+
+TEST(Call, KeepsWhatCancelTakes) {
+    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
+    const auto child = programs.run([] {
+        showThreeCalls();
+        printf("%d%d%d ", cancel("SUB  "), cancel("NOSUCH"), cancel("  "));
+        showThreeCalls();
+        const ProgramData *sub = calls::call("SUB", [] {
+            printf("%d", cancel("SUB"));
+            showCalls({"SUB"});
+        });
+        printf("%d ", sub->calls);
+
+        static kit::Program errorLog("ERRORLOG");
+        static FCB files[] = {kit::openFile([](FCB *, IPCB *) {
+                                  _zorPgmInit(&errorLog.pcb); // of a USE procedure
+                                  _zorPgmTerm(&errorLog.pcb);
+                                  printf("closed ");
+                              }),
+                              kit::openFile([](FCB *, IPCB *) { printf("external "); })};
+        static FileDescription external{};
+        external.assign = FILE_EXTERNAL;
+        files[1].desc = &external;
+        PCB &pcb = const_cast<PCB &>(sub->pcb);
+        kit::giveFiles({&files[0], nullptr, &files[1]}, pcb.ipcb);
+        pcb.upsi = nullptr;
+        pcb.century = -20;
+        pcb.flags = 0;
+        printf("%d", cancel("SUB"));
+        files[0].curmode = 0;
+        callsOf("SUB"); // links afresh
+        printf("%d%d%d ", pcb.upsi == _zorProccom->runcom->upsi, pcb.century > 1900,
+               pcb.flags == _zorProccom->options1);
+    });
+    EXPECT_EQ(child.out, "123 000 123 15 5 closed 0111 external ");
+    EXPECT_EQ(child.err, "");
+}
+
+// Each run unit begins with initial values; only the cache knows a file that is gone.
+TEST(Call, OutlivesTheRunUnitInTheCache) {
+    const struct {
+        const char *cache, *removed, *out;
+    } cases[] = {
+        {"0", "", "123 123 123 "},
+        {"0", "SUB.so", "123 000 000 "},
+        {"1", "SUB.so", "123 123 123 "},
+        {"", "SUB.so", "123 000 000 "}, // the first run unit did not know that there would be more
+    };
+    for (const auto &[cache, removed, out] : cases) {
+        const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
+        const auto child = programs.run(
+            [] {
+                showThreeCalls();
+                remove(getenv("REMOVED"));
+                _zorPgmTerm(_zorProccom->runcom->main);
+                runUnit(showThreeCalls);
+                runUnit(showThreeCalls);
+                fflush(stdout);
+                _exit(0); // the first main program has left already
+            },
+            {{"COBOL_CPM_CACHE", cache}, {"REMOVED", removed}});
+        EXPECT_EQ(child.out, out) << cache << removed;
+        EXPECT_EQ(child.err, "");
+    }
+}
+
+TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
+    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}, {"BYMAIN", "RUNPAY.so"}});
+    const auto child = programs.run(
+        [] {
+            showCalls({"SUB"});
+            printf("%d ", _zor_cpm_unload("SUB"));
+            showCalls({"SUB"});
+            _zorCOBOLLink();
+            runUnit([] {
+                showCalls({"SUB", "RUNPAY"});
+                ZOR_CPM_UNLOAD_ALL();
+                showCalls({"RUNPAY", "OTHER"});
+            });
+            showCalls({"SUB", "RUNPAY"}); // the second one was known to the nested run unit alone
+            _zor_cpm_disable();
+            showCalls({"RUNPAY", "OTHER"});
+            _zor_cpm_enable();
+            _zorPgmTerm(_zorProccom->runcom->main);
+            runUnit([] { showCalls({"SUB", "RUNPAY"}); });
+            fflush(stdout);
+            _exit(0);
+        },
+        {{"COBOL_CPM_CACHE", "1"}});
+    EXPECT_EQ(child.out, "1 1 0 01 00 01 00 11 ");
+    EXPECT_EQ(child.err, "");
+}
+
+TEST(Call, LosesNoRecordsToTheCache) {
+    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
+    const auto child = programs.run(
+        [] {
+            static FCB file = kit::openFile([](FCB *closed, IPCB *) {
+                printf("closed %d ", closed->closemode);
+                closed->curmode = 0;
+            });
+            kit::giveFiles({&file}, const_cast<IPCB *>(calls::call("SUB")->ipcb));
+            printf("%d", _zor_cpm_unload("SUB"));
+        },
+        {{"COBOL_CPM_CACHE", "1"}});
+    EXPECT_EQ(child.out, "closed 1 1");
+}
+
+TEST(Call, IsRefusedWithoutARunUnit) {
+    kit::expectChild({.out = "0000"}, [] {
+        printf("%d%d", cancel("SUB"), callsOf("SUB"));
+        runUnit([] {});
+        int32_t rc = 0;
+        _zorCOBOLTerm(1, &rc);
+        printf("%d%d", callsOf("SUB"), cancel("SUB"));
+    });
+}
+
+TEST(Call, LoadsOnceForTwoThreads) {
+    const calls::Programs programs(calls::Copies{{"SLOW", "SLOW.so"}});
+    const auto child = programs.run([] {
+        static pthread_barrier_t start;
+        pthread_barrier_init(&start, nullptr, 2);
+        const auto body = [] {
+            pthread_barrier_wait(&start);
+            calls::call("SLOW");
+        };
+        const pthread_t threads[] = {failure::startThread(body), failure::startThread(body)};
+        for (const pthread_t thread : threads) {
+            pthread_join(thread, nullptr);
+        }
+        printf("%d", callsOf("SLOW"));
+    });
+    EXPECT_EQ(child.out, "loading\n3");
+    EXPECT_EQ(child.status, 0);
+}
+
+// A file has the entries of all, and the name of one.
+TEST(Call, KnowsFiveHundredPrograms) {
+    const calls::Programs programs;
+    const std::string file = kit::readFile(TEST_PROGRAMS "/MANY.so");
+    const std::string marker = "NAME000";
+    const std::size_t place = file.find(marker);
+    ASSERT_NE(place, std::string::npos);
+    for (int i = 0; i < 500; ++i) {
+        const std::string name = "PROG" + std::to_string(1000 + i).substr(1);
+        std::string copy = file;
+        copy.replace(place, marker.size(), name);
+        const std::string path = programs.directory().file(name + ".so");
+        kit::writeFile(path, copy);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    }
+    const auto callAll = [] {
+        for (int round = 0; round < 3; ++round) {
+            int32_t sum = 0;
+            for (int i = 0; i < 500; ++i) {
+                sum += callsOf("PROG" + std::to_string(1000 + i).substr(1));
+            }
+            printf("%d ", sum);
+        }
+    };
+    for (const char *cache : {"0", "1"}) {
+        const auto child = programs.run(
+            [] {
+                decltype(callAll) body;
+                body();
+                _zorPgmTerm(_zorProccom->runcom->main);
+                runUnit(body);
+                fflush(stdout);
+                _exit(0);
+            },
+            {{"COBOL_CPM_CACHE", cache}});
+        EXPECT_EQ(child.out, "500 1000 1500 500 1000 1500 ") << cache;
+        EXPECT_EQ(child.err, "");
+    }
+}
+
+CHILD_TEST(Subroutine, CannotBeInvokedDirectly,
+           .err = "\nError: You called/invoked a program (exe) that was linked as a subroutine "
+                  "(-e<entry>).\n"
+                  "       Please adjust your call to use the proper entry point name.\n"
+                  "       This program can not be invoked directly.\n",
+           .status = 1) {
+    _zorSubroutineMain(0, nullptr, nullptr);
+}

@@ -1,0 +1,23 @@
+# Shared objects that the tests call: one source, built with a different symbol each.
+set(ZOR_TEST_PROGRAMS ${CMAKE_CURRENT_BINARY_DIR}/programs)
+function(zor_add_test_program file symbol)
+  add_library(program_${file} MODULE dynamic/programs/program.c)
+  target_compile_options(program_${file} PRIVATE ${ZOR_WARNINGS})
+  target_link_options(program_${file} PRIVATE -Wl,-Bsymbolic)
+  target_compile_definitions(program_${file} PRIVATE PROGRAM=${symbol} ${ARGN})
+  target_link_libraries(program_${file} PRIVATE lvd4)
+  set_target_properties(program_${file} PROPERTIES PREFIX "" OUTPUT_NAME ${file} C_CLANG_TIDY ""
+                                                   LIBRARY_OUTPUT_DIRECTORY ${ZOR_TEST_PROGRAMS})
+  add_dependencies(dynamic_test program_${file})
+endfunction()
+zor_add_test_program(SUB SUB)
+zor_add_test_program(BYMAIN main PROGRAM_NAME="OTHER")
+zor_add_test_program(BYSTART _start)
+zor_add_test_program(INMONITOR _zor_cobol_main)
+zor_add_test_program(NOENTRY nobody)
+zor_add_test_program(SLOW SLOW PROGRAM_SLOW)
+zor_add_test_program(LARGE LARGE PROGRAM_PADDING=300000000 PROGRAM_ALIASES)
+zor_add_test_program(MANY MANY PROGRAM_NAME="NAME000" PROGRAM_ALIASES)
+target_compile_definitions(dynamic_test PRIVATE TEST_PROGRAMS="${ZOR_TEST_PROGRAMS}"
+                           FAILING_ALLOCATOR="$<TARGET_FILE:failing_allocator>")
+add_dependencies(dynamic_test failing_allocator)

@@ -1,0 +1,389 @@
+// Floating forms to packed and zoned items: the value as decimal digits with a power of ten, scaled
+// and cut or rounded once, of which the item takes the low-order ones.
+#include "decimal_convert.h"
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+#include "decimal/digit_at.h"
+#include "decimal/floating/decimal_value.h"
+#include "decimal/floating/float_trace.h"
+#include "decimal/integer_digits.h"
+#include "decimal/watched_call.h"
+
+namespace zor::decimal {
+namespace {
+
+enum class Rounding : uint8_t { cut, halfUp };
+
+// A target item, and the scale at which it takes a value.
+struct Target {
+    uint8_t *item;
+    int32_t digits;
+    int32_t decs;
+    int32_t limit; // a scaled value of more digits than this stores zero
+    Rounding rounding;
+};
+
+constexpr int32_t kSpareDigits = 34;       // what a value may have above the target's digits
+constexpr int32_t kMostDigits = 1'000'000; // more digits or decs than this make no difference
+
+constexpr int32_t kWordPowers = 20; // of ten, that fit 64 bits
+constexpr auto kPowersOfTen = powersOfTen<uint64_t, kWordPowers>();
+
+// ---- storing
+
+// The low-order digits of a whole number, positive when they are all zero.
+template <class Form> void storeWhole(const Target &target, bool negative, uint64_t magnitude) {
+    if (target.limit < kWordPowers && magnitude >= kPowersOfTen[target.limit]) {
+        magnitude = 0;
+    }
+    negative = negative && magnitude != 0;
+    storeMagnitude<Form>(magnitude, negative, target.item, target.digits);
+    if (negative && Form::isZero(target.item, target.digits)) {
+        Form::storeSign(target.item, target.digits, false);
+    }
+}
+
+template <class Form> void storeZero(const Target &target) {
+    storeMagnitude<Form>(uint32_t{0}, false, target.item, target.digits);
+}
+
+// Cuts the string to count leading digits, rounding by the first one that goes; count may be 0.
+void shorten(DigitString &digits, int32_t count, Rounding rounding) {
+    const bool up = rounding == Rounding::halfUp && digits.first[count] >= 5;
+    digits.exponent += digits.count - count;
+    digits.count = count;
+    if (!up) {
+        return;
+    }
+    int32_t at = count;
+    while (at > 0 && digits.first[at - 1] == 9) {
+        digits.first[--at] = 0;
+    }
+    if (at > 0) {
+        ++digits.first[at - 1];
+    } else {
+        *--digits.first = 1;
+        ++digits.count;
+    }
+}
+
+template <class Form> void storeDigits(const Target &target, bool negative, DigitString digits) {
+    storeZero<Form>(target);
+    int32_t scale = digits.exponent + target.decs; // power of ten of the last digit, scaled
+    if (scale < 0) {
+        const int32_t count = digits.count + scale;
+        if (count < 0) {
+            return;
+        }
+        shorten(digits, count, target.rounding);
+        scale = 0;
+    }
+    if (digits.count + scale > target.limit) {
+        return;
+    }
+    uint8_t any = 0;
+    const int32_t end = std::min(target.digits, scale + digits.count);
+    for (int32_t place = scale; place < end; ++place) {
+        const uint8_t digit = digits.first[digits.count - 1 - (place - scale)];
+        any |= digit;
+        storeDigitAt<Form>(target.item, target.digits, place, digit);
+    }
+    Form::storeSign(target.item, target.digits, negative && any != 0);
+}
+
+// Scales by a power of ten, cutting or rounding. False when the result does not fit.
+bool scaleWord(uint64_t &value, int32_t power, Rounding rounding) {
+    if (power == 0 || value == 0) {
+        return true;
+    }
+    if (power > 0) {
+        if (power >= kWordPowers || value > UINT64_MAX / kPowersOfTen[power]) {
+            return false;
+        }
+        value *= kPowersOfTen[power];
+        return true;
+    }
+    if (-power >= kWordPowers) {
+        value = 0; // below a fifth
+        return true;
+    }
+    const uint64_t divisor = kPowersOfTen[-power];
+    const uint64_t whole = value / divisor;
+    const uint64_t remainder = value - whole * divisor;
+    value = whole + (rounding == Rounding::halfUp && remainder >= divisor / 2 ? 1 : 0);
+    return true;
+}
+
+// A coefficient and a power of ten.
+template <class Form>
+void storeCoefficient(const Target &target, bool negative, Wide128 coefficient, int32_t power) {
+    if (coefficient.high == 0) {
+        uint64_t whole = coefficient.low;
+        if (scaleWord(whole, power + target.decs, target.rounding)) {
+            storeWhole<Form>(target, negative, whole);
+            return;
+        }
+    }
+    uint8_t room[kDigitRoom];
+    storeDigits<Form>(target, negative, integerDigits(WideInteger(coefficient), power, room));
+}
+
+// ---- binary values
+
+// The form in which a binary form's value is scaled: its products with powers of ten are rounded at
+// most once.
+template <class T> struct WorkOf { using Type = T; };
+template <> struct WorkOf<ZorBinary32> { using Type = ZorBinary64; };
+
+// The nearest integer of a value from 0 to below kWholeLimit.
+int64_t nearestWhole(ZorBinary64 value) {
+    constexpr ZorBinary64 kUnit = 1ULL << 52; // where the last bit is that of the units
+    return static_cast<int64_t>(bitsOf(value + kUnit).high - bitsOf(kUnit).high);
+}
+int64_t nearestWhole(ZorBinary128 value) {
+    return static_cast<int64_t>(value + static_cast<ZorBinary128>(0.5));
+}
+template <class Work>
+constexpr auto kWholeLimit = static_cast<Work>(sizeof(Work) == sizeof(ZorBinary64) ? 1LL << 50
+                                                                                   : 1LL << 60);
+
+// By how much a scaled value may differ from the decimal value scaled, in proportion: half a unit
+// in the last place of the binary form, and as much for the product; twice that.
+template <class T>
+constexpr auto kMargin = [] {
+    typename WorkOf<T>::Type margin = 1;
+    for (int32_t i = 0; i < BinaryForm<T>::kPrecision - 2; ++i) {
+        margin /= 2;
+    }
+    return margin;
+}();
+
+// The greatest count of digits in use below: those that identify a value and fit 64 bits.
+template <class T> constexpr int32_t kSureDigits = std::min(BinaryForm<T>::kDecimals, 18);
+
+// The conversion of one positive finite value.
+template <class T> class BinaryToDecimal {
+    using Work = typename WorkOf<T>::Type;
+    static constexpr const auto &kPowers = BinaryForm<Work>::kPowers;
+
+public:
+    explicit BinaryToDecimal(T value) : value_(value), work_(value) {}
+
+    template <class Form> void store(const Target &target, bool negative) const {
+        if (work_ < kPowers[BinaryForm<T>::kDecimals]) {
+            uint64_t whole;
+            if (wholeAt(target.decs, target.rounding, whole)) {
+                storeWhole<Form>(target, negative, whole);
+                return;
+            }
+            int32_t decs;
+            if (shortDecimal(whole, decs)) {
+                storeCoefficient<Form>(target, negative, {0, whole}, -decs);
+                return;
+            }
+        } else if constexpr (std::is_same_v<Work, ZorBinary64>) {
+            if (work_ < kWordLimit) {
+                storeNearlyWhole<Form>(target, negative);
+                return;
+            }
+        }
+        storeSlowly<Form>(target, negative);
+    }
+
+private:
+    // Whether whole / 10^decs reads as the value: with so few digits it is then the decimal value.
+    bool reads(int64_t whole, int32_t decs) const {
+        return decs <= BinaryForm<T>::kExactPower &&
+               static_cast<Work>(whole) < kPowers[kSureDigits<T>] &&
+               static_cast<T>(static_cast<Work>(whole) / kPowers[decs]) == value_;
+    }
+
+    // The value scaled to an integer, where the product leaves no doubt about it.
+    bool wholeAt(int32_t decs, Rounding rounding, uint64_t &whole) const {
+        if (decs < 0 || decs > BinaryForm<Work>::kExactPower) {
+            return false;
+        }
+        const Work scaled = work_ * kPowers[decs];
+        if (!(scaled < kWholeLimit<Work>)) {
+            return false;
+        }
+        int64_t nearest = nearestWhole(scaled);
+        const Work above = scaled - static_cast<Work>(nearest);
+        const Work distance = above < 0 ? -above : above;
+        const Work margin = scaled * kMargin<T>;
+        if (rounding == Rounding::halfUp) {
+            if (!(distance + margin < static_cast<Work>(0.5))) {
+                return false;
+            }
+        } else if (distance > margin) {
+            nearest -= above < 0 ? 1 : 0;
+        } else if (!reads(nearest, decs)) {
+            return false;
+        }
+        whole = static_cast<uint64_t>(nearest);
+        return true;
+    }
+
+    // The decimal value if it has few digits: value = digits / 10^decs.
+    bool shortDecimal(uint64_t &digits, int32_t &decs) const {
+        const int32_t log = logOfPowerOfTwo(biasedExponent(value_) - kLargestExponent<T> / 2);
+        decs = std::clamp(kSureDigits<T> - log, 0, BinaryForm<T>::kExactPower);
+        Work scaled = work_ * kPowers[decs];
+        while (scaled >= kPowers[kSureDigits<T>] && decs > 0) {
+            scaled = work_ * kPowers[--decs];
+        }
+        if (!(scaled < kWholeLimit<Work>)) {
+            return false;
+        }
+        const int64_t nearest = nearestWhole(scaled);
+        digits = static_cast<uint64_t>(nearest);
+        return reads(nearest, decs);
+    }
+
+    // From 10^kDecimals on the exact value counts: a whole number, below 2^kPrecision with a few
+    // bits of fraction.
+    static constexpr Work kWordLimit = 1ULL << 63;
+
+    template <class Form> void storeNearlyWhole(const Target &target, bool negative) const {
+        constexpr int32_t kBits = std::is_same_v<T, ZorBinary32> ? 4 : 3;
+        constexpr uint64_t kFive = kBits == 4 ? 625 : 125; // 5^kBits
+        static_assert(kPowers[BinaryForm<T>::kDecimals] >=
+                      static_cast<Work>(1ULL << (BinaryForm<T>::kPrecision - 1 - kBits)));
+        const bool isWhole = work_ >= static_cast<Work>(1ULL << BinaryForm<T>::kPrecision);
+        const auto value =
+            static_cast<int64_t>(isWhole ? work_ : work_ * static_cast<Work>(1 << kBits));
+        const auto bits = static_cast<uint64_t>(value);
+        storeCoefficient<Form>(target, negative, {0, isWhole ? bits : bits * kFive},
+                               isWhole ? 0 : -kBits);
+    }
+
+    // Kept out of the way of the common path, for its room on the stack.
+    template <class Form>
+    [[gnu::noinline]] void storeSlowly(const Target &target, bool negative) const {
+        const BinaryParts parts = binaryParts(value_);
+        // 10^log <= value < 10^(log + 2)
+        const int32_t log =
+            logOfPowerOfTwo(WideInteger(parts.significand).bits() - 1 + parts.exponent);
+        if (log + 2 + target.decs < 0 || log + target.decs > target.limit) {
+            storeZero<Form>(target);
+            return;
+        }
+        uint8_t room[kDigitRoom];
+        const bool isWhole = work_ >= kPowers[BinaryForm<T>::kDecimals];
+        storeDigits<Form>(target, negative,
+                          isWhole ? exactDigits(parts, room)
+                                  : readableDigits(parts, BinaryForm<T>::kDigits, room));
+    }
+
+    // log10(2^power), cut downwards; not above it.
+    static int32_t logOfPowerOfTwo(int32_t power) {
+        constexpr int64_t kLogOfTwo = 1'292'913'986; // log10(2) * 2^32, cut
+        return static_cast<int32_t>((power * kLogOfTwo) >> 32);
+    }
+
+    T value_;
+    Work work_;
+};
+
+template <class T, class Form> void storeBinary(const Target &target, T value) {
+    if (biasedExponent(value) == kLargestExponent<T> || value == 0) {
+        storeZero<Form>(target);
+        return;
+    }
+    const bool negative = value < 0;
+    BinaryToDecimal<T>(negative ? -value : value).template store<Form>(target, negative);
+}
+
+template <class T, class Form> void storeDecimal(const Target &target, T value) {
+    const DecimalParts parts = decimalParts(value);
+    if (!parts.isFinite || isZero(parts.coefficient)) {
+        storeZero<Form>(target);
+        return;
+    }
+    storeCoefficient<Form>(target, signBitOf(value), parts.coefficient, parts.exponent);
+}
+
+template <class T, Radix radix, class Form>
+uint8_t *fromFloat(T value, uint8_t *item, int32_t digits, int32_t decs, Rounding rounding,
+                   const char *header) {
+    if (digits < 1) {
+        return item;
+    }
+    const WatchedCall call(Behind::blank, header, digits, decs);
+    if (call.isTraced()) {
+        traceSource<radix>(value);
+    }
+    // The shortest binary form has a limit of its own for narrow targets.
+    constexpr bool kIsShortest = radix == Radix::binary && sizeof(T) == sizeof(ZorBinary32);
+    constexpr int32_t kNarrow = 9;
+    const int32_t limit =
+        kIsShortest && digits < kNarrow ? kNarrow : std::min(digits, kMostDigits) + kSpareDigits;
+    const Target target{item, digits, std::clamp(decs, -kMostDigits, kMostDigits), limit, rounding};
+    if constexpr (radix == Radix::binary) {
+        storeBinary<T, Form>(target, value);
+    } else {
+        storeDecimal<T, Form>(target, value);
+    }
+    call.item<Form>("out: ", item, digits);
+    return item;
+}
+
+} // namespace
+} // namespace zor::decimal
+
+using namespace zor::decimal;
+
+#define ZOR_FROM_FLOAT(name, Source, radix, Form, rounding, words)                                 \
+    uint8_t *name(Source value, uint8_t *target, int32_t targetDigits, int32_t decs) {             \
+        return fromFloat<Source, Radix::radix, Form>(value, target, targetDigits, decs,            \
+                                                     Rounding::rounding,                           \
+                                                     words "... prec %d  decs %d\n");              \
+    }
+ZOR_FROM_FLOAT(_zorcBCD_CONV_SFlt_To_Pckd, ZorBinary32, binary, Packed, cut, "float to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_SFlt_To_PckdRnd, ZorBinary32, binary, Packed, halfUp,
+               "float to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_LFlt_To_Pckd, ZorBinary64, binary, Packed, cut, "double to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_LFlt_To_PckdRnd, ZorBinary64, binary, Packed, halfUp,
+               "double to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_EFlt_To_Pckd, ZorBinary128, binary, Packed, cut, "quad to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_EFlt_To_PckdRnd, ZorBinary128, binary, Packed, halfUp,
+               "quad to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt_To_Pckd, ZorDecimal128, decimal, Packed, cut,
+               "Decimal128 to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt_To_PckdRnd, ZorDecimal128, decimal, Packed, halfUp,
+               "Decimal128 to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt64_To_Pckd, ZorDecimal64, decimal, Packed, cut,
+               "Decimal64 to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt64_To_PckdRnd, ZorDecimal64, decimal, Packed, halfUp,
+               "Decimal64_to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt32_To_Pckd, ZorDecimal32, decimal, Packed, cut,
+               "Decimal32 to packed")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt32_To_PckdRnd, ZorDecimal32, decimal, Packed, halfUp,
+               "Decimal32_to packed rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt32_To_Znd, ZorBinary32, binary, ZonedTrailing, cut,
+               "float to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt32_To_ZndRnd, ZorBinary32, binary, ZonedTrailing, halfUp,
+               "float to zoned rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt64_To_Znd, ZorBinary64, binary, ZonedTrailing, cut,
+               "double to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt64_To_ZndRnd, ZorBinary64, binary, ZonedTrailing, halfUp,
+               "double to zoned rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt128_To_Znd, ZorBinary128, binary, ZonedTrailing, cut,
+               "quad to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_BFlt128_To_ZndRnd, ZorBinary128, binary, ZonedTrailing, halfUp,
+               "quad to zoned rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt128_To_Znd, ZorDecimal128, decimal, ZonedTrailing, cut,
+               "Decimal128 to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt128_To_ZndRnd, ZorDecimal128, decimal, ZonedTrailing, halfUp,
+               "Decimal128 to zoned rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt64_To_Znd, ZorDecimal64, decimal, ZonedTrailing, cut,
+               "Decimal64 to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt64_To_ZndRnd, ZorDecimal64, decimal, ZonedTrailing, halfUp,
+               "Decimal64 to zoned rounded")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt32_To_Znd, ZorDecimal32, decimal, ZonedTrailing, cut,
+               "Decimal32 to zoned")
+ZOR_FROM_FLOAT(_zorcBCD_CONV_DFlt32_To_ZndRnd, ZorDecimal32, decimal, ZonedTrailing, halfUp,
+               "Decimal32 to zoned rounded")

@@ -1,0 +1,47 @@
+// Of the programs of a compilation unit the outermost one alone has a PCB, unless the compiler says
+// otherwise.
+#include "dynamic/program_reset.h"
+
+namespace zor {
+namespace {
+
+void resetProgram(IPCB &ipcb, uint32_t statusBits) {
+    clear(ipcb.status, statusBits);
+    ipcb.ent = 0;
+    if (ipcb.pcb != nullptr) {
+        clear(ipcb.pcb->flags, PCB_IS_MAIN);
+        ipcb.pcb->lle = nullptr;
+    }
+}
+
+bool isExternal(const FCB &file) {
+    return file.desc != nullptr && has(file.desc->assign, FILE_EXTERNAL);
+}
+
+} // namespace
+
+void resetPrograms(IPCB *programs, uint32_t statusBits) {
+    const int32_t last = programs->nested;
+    for (int32_t i = 0; i <= last; ++i) {
+        resetProgram(programs[i], statusBits);
+    }
+}
+
+void closeOwnFiles(IPCB *programs, uint16_t closemode) {
+    forEachOpenFile(programs, [=](FCB &file, IPCB &ipcb) {
+        if (!isExternal(file)) {
+            set(file.closemode, closemode);
+            file.close(&file, &ipcb);
+            clear(file.closemode, closemode);
+        }
+    });
+}
+
+} // namespace zor
+
+using namespace zor;
+
+void _zorCloseReset(IPCB *ipcb) {
+    resetPrograms(ipcb, static_cast<uint32_t>(IPCB_STATUS_CANCEL));
+    closeOwnFiles(ipcb, 0);
+}
