@@ -7,6 +7,7 @@
 #include "zor_abi.h"
 
 #include "call.h"
+#include "class_tests.h"
 #include "codepage.h"
 #include "collating.h"
 #include "cpm.h"
@@ -17,12 +18,17 @@
 #include "edit.h"
 #include "external_data.h"
 #include "fcb.h"
+#include "inspect.h"
 #include "messages.h"
 #include "national.h"
 #include "pcb.h"
 #include "proccom.h"
 #include "runcom.h"
+#include "search_all.h"
+#include "segments.h"
 #include "signal_row.h"
+#include "string_unstring.h"
+#include "text_functions.h"
 
 /* The version of these headers, a byte each for major, minor and patch, and as text. */
 #define LVD4_VERSION 0x060100

@@ -1,0 +1,261 @@
+// SEARCH ALL of random tables with keys of all types against a search by the values of the keys.
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "search_all.h"
+#include "support/kit.h"
+#include "text/statement_kit.h"
+#include "text/wide.h"
+
+namespace {
+
+struct KeyKind {
+    uint8_t type, signFlags;
+    bool ascending, weighed; // by halves of the bytes
+    std::size_t length;
+
+    bool is(std::initializer_list<int> types) const {
+        return std::find(types.begin(), types.end(), type) != types.end();
+    }
+    bool ebcdic() const { return is({9, 17, 97}); }
+    bool display() const { return is({2, 16, 17}); }
+    bool number() const { return display() || is({32, 64, 65}); }
+    bool hasSign() const { return (signFlags & 0xC0) == SEARCH_SIGNED; }
+    bool separate() const { return hasSign() && (signFlags & SEARCH_SIGN_SEPARATE) != 0; }
+    bool leading() const { return (signFlags & SEARCH_SIGN_LEADING) != 0; }
+    std::size_t unit() const { return is({2, 4, 6}) ? 2 : 1; }
+    std::string characters(const std::string &text) const {
+        return unit() == 2 ? wide(std::u16string(text.begin(), text.end())) : text;
+    }
+    std::string blank() const { return characters(ebcdic() ? "\x40" : " "); }
+};
+
+// A value's place among the others: a number's with a negative zero below a positive one, or a
+// text's.
+using Rank = std::pair<int64_t, std::string>;
+
+Rank numberRank(const KeyKind &kind, int64_t value, bool negative) {
+    const int64_t rank = negative ? -value - 1 : value;
+    return {kind.ascending ? rank : -rank, ""};
+}
+
+Rank textRank(const KeyKind &kind, std::string text) {
+    for (char &byte : text) {
+        const int weight = kind.weighed && kind.is({8, 96}) ? byte / 2 : byte;
+        byte = static_cast<char>(kind.ascending ? weight : ~weight);
+    }
+    return {0, text};
+}
+
+// A display number of so many bytes.
+std::string displayBytes(const KeyKind &kind, std::size_t length, unsigned value, bool negative,
+                         bool withSign) {
+    const std::size_t count = length / kind.unit() - (withSign && kind.separate() ? 1 : 0);
+    std::string digits = std::to_string(value);
+    digits.insert(0, count - digits.size(), '0');
+    for (char &digit : digits) {
+        digit = static_cast<char>(digit | (kind.ebcdic() ? 0xF0 : 0));
+    }
+    if (withSign && kind.separate()) {
+        const char sign = kind.ebcdic() ? (negative ? '\x60' : '\x4E') : (negative ? '-' : '+');
+        digits.insert(kind.leading() ? 0 : count, 1, sign);
+    } else if (withSign && kind.hasSign() && (negative || kind.ebcdic())) {
+        char &carrier = kind.leading() ? digits.front() : digits.back();
+        const int zone = !kind.ebcdic() ? 0x70 : negative ? 0xD0 : 0xC0;
+        carrier = static_cast<char>((carrier & 0x0F) | zone);
+    }
+    return kind.characters(digits);
+}
+
+std::string numberBytes(const KeyKind &kind, std::size_t length, unsigned value, bool negative) {
+    if (kind.display()) {
+        return displayBytes(kind, length, value, negative, true);
+    }
+    std::string bytes(length, '\0'); // the low-order byte first
+    if (kind.type == SEARCH_PACKED) {
+        bytes[0] = static_cast<char>((value % 10) << 4 | (negative ? 0xD : 0xC));
+        bytes[1] = static_cast<char>(value / 10);
+        return {bytes.rbegin(), bytes.rend()};
+    }
+    const int64_t binary = negative ? -int64_t{value} : int64_t{value};
+    for (std::size_t i = 0; i < length; ++i) {
+        bytes[i] = static_cast<char>(binary >> std::min<std::size_t>(8 * i, 63));
+    }
+    return kind.type == SEARCH_BINARY ? bytes : std::string(bytes.rbegin(), bytes.rend());
+}
+
+// What a search looks for: laid out as a key, as it stands in the program, its rank.
+struct Argument {
+    std::string laidOut, stands;
+    Rank rank;
+};
+
+class Maker : public Random {
+public:
+    using Random::Random;
+
+    KeyKind kind(bool weighed) {
+        constexpr uint8_t kTypes[] = {2, 4, 6, 8, 9, 16, 17, 32, 64, 65, 96, 97};
+        KeyKind made{kTypes[below(12)], 0, oneIn(2), weighed, 0};
+        if (made.display() || made.is({6, 96, 97})) {
+            made.signFlags = static_cast<uint8_t>(below(16) << 4);
+        }
+        made.length = made.unit() * (made.number() ? 3 + below(4)
+                                     : oneIn(10)   ? 127
+                                                   : 4 + below(20));
+        return made;
+    }
+
+    // A value as a key of a table, and its rank.
+    std::pair<std::string, Rank> key(const KeyKind &kind) {
+        const unsigned value = below(oneIn(2) ? 8 : 99);
+        const bool negative = oneIn(2) && (kind.hasSign() || (kind.number() && !kind.display())) &&
+                              (value != 0 || !kind.is({64, 65}));
+        if (kind.number()) {
+            std::string bytes = numberBytes(kind, kind.length, value, negative);
+            if (kind.type == SEARCH_PACKED && oneIn(2)) { // 0xF and 0xB are signs as well
+                bytes.back() = static_cast<char>(bytes.back() ^ (negative ? 6 : 3));
+            }
+            return {bytes, numberRank(kind, value, negative)};
+        }
+        const std::string plain = text(kind, value);
+        return {kind.hasSign() ? displayBytes(kind, kind.length, value, negative, true) : plain,
+                textRank(kind, plain)};
+    }
+
+    // The argument is longer than the key by padding or, when it is not to fit, by something else.
+    Argument argument(const KeyKind &kind, bool fits) {
+        const std::size_t more = kind.unit() * (below(4) + (fits ? 0 : 1));
+        const unsigned value = below(oneIn(2) ? 8 : 99);
+        if (!kind.number()) {
+            const std::string plain = text(kind, value);
+            std::string padding = kind.blank();
+            if (kind.weighed && kind.unit() == 1) {
+                ++padding[0]; // which weighs as much
+            }
+            std::string stands = plain;
+            while (stands.size() < kind.length + more) {
+                stands += padding;
+            }
+            if (!fits) {
+                stands.back() = '\x7F';
+            }
+            return {plain, stands, textRank(kind, plain)};
+        }
+        const bool negative = (kind.hasSign() || !kind.display()) && value != 0 && oneIn(2);
+        std::string stands = numberBytes(kind, kind.length + more, value, negative);
+        const bool signAhead = kind.separate() && kind.leading();
+        std::size_t at = kind.type == SEARCH_BINARY ? kind.length : signAhead ? kind.unit() : 0;
+        for (std::size_t left = fits ? 0 : more; left != 0; --left, ++at) {
+            stands[at] = static_cast<char>(~stands[at]);
+        }
+        return {numberBytes(kind, kind.length, value, negative), stands,
+                numberRank(kind, value, negative)};
+    }
+
+private:
+    // The text that a text type compares: letters, or the digits of a number without its sign.
+    std::string text(const KeyKind &kind, unsigned value) {
+        if (kind.hasSign()) {
+            const std::string blank = kind.separate() ? kind.blank() : "";
+            return displayBytes(kind, kind.length - blank.size(), value, false, false) + blank;
+        }
+        std::string letters(kind.length, 'M');
+        letters.front() = static_cast<char>('A' + value % 5);
+        letters.back() = static_cast<char>('A' + below(5));
+        return letters;
+    }
+};
+
+using Entry = std::pair<std::vector<Rank>, std::string>;
+
+int32_t expected(const std::vector<Entry> &entries, const std::vector<Rank> &wanted,
+                 int32_t entrySize) {
+    int32_t low = 0, high = static_cast<int32_t>(entries.size()) - 1;
+    while (low <= high) {
+        const int32_t middle = low + (high - low) / 2;
+        const std::vector<Rank> &ranks = entries[static_cast<std::size_t>(middle)].first;
+        if (ranks == wanted) {
+            return middle * entrySize;
+        }
+        (ranks < wanted ? low : high) = ranks < wanted ? middle + 1 : middle - 1;
+    }
+    return -1;
+}
+
+std::string half(std::size_t value) {
+    return {static_cast<char>(value), static_cast<char>(value >> 8)};
+}
+
+TEST(SearchAll, RandomTables) {
+    uint8_t halves[256];
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        halves[byte] = static_cast<uint8_t>(byte / 2);
+    }
+    EndedPages pages;
+    Maker make(75);
+    unsigned found = 0;
+    for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
+        pages.nextStatement();
+        PCB pcb{};
+        pcb.collatingWeights = make.oneIn(2) ? halves : nullptr;
+        const unsigned count = make.oneIn(20) ? 6 : 1 + make.below(3);
+        std::vector<KeyKind> kinds;
+        std::vector<SearchArgument> arguments;
+        std::vector<Rank> wanted;
+        std::string keys, lengths, flags;
+        std::size_t size = 0;
+        bool fits = true;
+        for (unsigned k = 0; k < count; ++k) {
+            const KeyKind kind = make.kind(pcb.collatingWeights != nullptr);
+            fits = fits && !make.oneIn(20);
+            const Argument argument = make.argument(kind, fits);
+            kinds.push_back(kind);
+            wanted.push_back(argument.rank);
+            arguments.push_back({pages.place(argument.laidOut), pages.place(argument.stands)});
+            keys += static_cast<char>(kind.type | (kind.ascending ? SEARCH_ASCENDING : 0));
+            keys += static_cast<char>(kind.length) + half(size);
+            lengths += half(argument.stands.size()) + half(0);
+            flags += static_cast<char>(kind.signFlags);
+            size += kind.length;
+        }
+        std::vector<Entry> entries(std::min<std::size_t>(make.below(40), 8000 / size));
+        for (Entry &entry : entries) {
+            for (const KeyKind &kind : kinds) {
+                const auto [bytes, rank] = make.key(kind);
+                entry.first.push_back(rank);
+                entry.second += bytes;
+            }
+        }
+        std::sort(entries.begin(), entries.end());
+        std::string table;
+        for (const Entry &entry : entries) {
+            table += entry.second;
+        }
+        std::string block;
+        for (const std::string &part :
+             {half(2), half(count), half(count), half(0), keys, lengths, flags}) {
+            block += part;
+        }
+        const int32_t offsets[] = {1000, -300};
+        const int32_t *const indexes[] = {&offsets[0], &offsets[1]};
+        const auto entrySize = static_cast<int32_t>(size);
+        const int32_t offset = _zorcSrchAll(
+            reinterpret_cast<const SearchBlock *>(pages.place(block)), pages.place(table) - 700,
+            static_cast<int32_t>(entries.size()), entrySize, arguments.data(), indexes, &pcb);
+        EXPECT_EQ(offset, fits ? expected(entries, wanted, entrySize) : -1)
+            << "table " << i << ", first key of type " << int{kinds[0].type};
+        found += offset >= 0 ? 1 : 0;
+    }
+    EXPECT_GT(found, 1000U);
+}
+
+TEST(SearchAll, WithoutKeysTheFirstProbeIsAHit) {
+    const SearchBlock block{0, 0, 0, 0};
+    EXPECT_EQ(_zorcSrchAll(&block, "", 0, 4, nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(_zorcSrchAll(&block, "", 7, 4, nullptr, nullptr, nullptr), 12);
+}
+
+} // namespace
