@@ -50,10 +50,11 @@ template <class Result, class Next>
 template <class Result, class Next>
 [[gnu::always_inline]] inline Result fromPackedBlock(const uint8_t *source, int32_t digits,
                                                      const PackedConstants *constants, Next next) {
-    uint64_t magnitude;
-    if (digits > kShortDigits || !readPackedBlock(source, digits, *constants, magnitude)) {
+    __m128i pairs;
+    if (digits > kShortDigits || !readPackedPairs(source, digits, *constants, pairs)) {
         return next(source, digits);
     }
+    const uint64_t magnitude = wordOfPairs(pairs);
     const bool negative = std::is_signed_v<Result> && Packed::isNegative(source, digits);
     return static_cast<Result>(negative ? 0 - magnitude : magnitude);
 }
