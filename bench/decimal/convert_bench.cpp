@@ -20,22 +20,33 @@ struct Data {
     std::vector<std::string> fractions;
 };
 
+using Packed = std::array<uint8_t, 16>;
+
+Packed packed(const std::string &digits, bool negative, int32_t itemDigits) {
+    Packed item{};
+    for (std::size_t i = 0; i < digits.size(); ++i) { // from the units
+        const auto digit = static_cast<unsigned>(digits[digits.size() - 1 - i] - '0');
+        uint8_t &byte = item[static_cast<std::size_t>(itemDigits) / 2 - (i + 1) / 2];
+        byte = static_cast<uint8_t>(byte | (i % 2 == 0 ? digit << 4 : digit));
+    }
+    item[static_cast<std::size_t>(itemDigits) / 2] |= negative ? 0x0D : 0x0C;
+    return item;
+}
+
 // Numbers of exactly the given digits.
 Data makeData(int digits, int32_t itemDigits) {
     Data data;
     uint64_t seed = 12345;
     for (unsigned i = 0; i < kItems; ++i) {
-        int64_t value = 1 + static_cast<int64_t>(i % 9);
+        std::string text(1, static_cast<char>('1' + i % 9));
         for (int d = 1; d < digits; ++d) {
             seed = seed * 6364136223846793005U + 1442695040888963407U;
-            value = value * 10 + static_cast<int64_t>((seed >> 33) % 10);
+            text += static_cast<char>('0' + (seed >> 33) % 10);
         }
-        value = i % 2 == 0 ? value : -value;
-        data.integers.push_back(value);
-        std::array<uint8_t, 16> item{};
-        _zorcBCD_CONV_Int8_To_Pckd(value, item.data(), itemDigits);
-        data.items.push_back(item);
-        data.texts.push_back(std::to_string(value));
+        const bool negative = i % 2 != 0;
+        data.items.push_back(packed(text, negative, itemDigits));
+        data.texts.push_back((negative ? "-" : "") + text);
+        data.integers.push_back(strtoll(data.texts.back().c_str(), nullptr, 10));
         data.fractions.push_back(data.texts.back().substr(0, data.texts.back().size() - 2) + "." +
                                  data.texts.back().substr(data.texts.back().size() - 2));
         data.doubles.push_back(std::strtod(data.fractions.back().c_str(), nullptr));
@@ -157,4 +168,5 @@ ZOR_BENCH(decimalDoubles) {
 ZOR_BENCH(decimalWideForms) {
     wideRows(9, 18);
     wideRows(18, 31);
+    wideRows(31, 31);
 }

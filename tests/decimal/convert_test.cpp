@@ -285,12 +285,13 @@ TYPED_TEST(BinaryConvert, ValuesAreReadByTheirDecimalValue) {
     using T = typename TypeParam::Type;
     Random random(6);
     const int rounds = std::is_same_v<TypeParam, Quad> ? kRounds / 6 : kRounds;
+    const int mostDigits = std::is_same_v<TypeParam, Quad> ? 36 : 20;
     for (int i = 0; i < rounds && !this->HasFatalFailure(); ++i) {
         const int decs = random.below(random.oneIn(4) ? 41 : 10);
         T value;
         if (random.oneIn(2)) {
             const std::string scale = "5e-" + std::to_string(decs + random.below(4));
-            value = TypeParam::read((random.digits(1 + random.below(20)) + scale).c_str());
+            value = TypeParam::read((random.digits(1 + random.below(mostDigits)) + scale).c_str());
             auto &lowest = reinterpret_cast<unsigned char &>(value);
             lowest = static_cast<unsigned char>(lowest + random.below(5) - 2); // some values beside
         } else {

@@ -189,22 +189,10 @@ inline uint64_t lowLane(__m128i lanes) {
     return static_cast<uint64_t>(half(_mm_srli_epi64(lanes, 32))) << 32 | half(lanes);
 }
 
-// The value of two pairs of limbs, wrapped to 64 bits.
-inline uint64_t wordOfPairs(__m128i pairs) {
-    constexpr uint64_t kTenTo15 = 1'000'000'000'000'000;
-    const __m128i front = _mm_unpackhi_epi64(pairs, pairs);
-    const __m128i low = _mm_set1_epi64x(static_cast<int64_t>(kTenTo15 & 0xFFFFFFFF));
-    const __m128i cross =
-        _mm_add_epi64(_mm_mul_epu32(front, _mm_set1_epi64x(static_cast<int64_t>(kTenTo15 >> 32))),
-                      _mm_mul_epu32(_mm_srli_epi64(front, 32), low));
-    const __m128i product = _mm_add_epi64(_mm_mul_epu32(front, low), _mm_slli_epi64(cross, 32));
-    return lowLane(_mm_add_epi64(pairs, product));
-}
-
-// An item of at most 31 digits; the value of one of more than 19 wraps.
-[[gnu::always_inline]] inline bool readPackedBlock(const uint8_t *item, int32_t digits,
+// The last fifteen digits of an item of at most 31, in the low lane, and those in front of them.
+[[gnu::always_inline]] inline bool readPackedPairs(const uint8_t *item, int32_t digits,
                                                    const PackedConstants &constants,
-                                                   uint64_t &magnitude) {
+                                                   __m128i &pairs) {
     PackedNibbles nibbles;
     if (!padIsClear(item, digits) || !takeNibbles(loadBlock(item, Packed::bytes(digits)),
                                                   constants.inBlock, constants, nibbles)) {
@@ -215,9 +203,21 @@ inline uint64_t wordOfPairs(__m128i pairs) {
                                        _mm_unpacklo_epi8(nibbles.ones, zero), constants.ones);
     const __m128i fours = foursOf(_mm_unpackhi_epi8(nibbles.tens, zero), constants.lastTens,
                                   _mm_unpackhi_epi8(nibbles.ones, zero), constants.lastOnes);
-    const __m128i limbs = limbsOfFours(fours, frontFours, constants);
-    magnitude = wordOfPairs(pairsOfLimbs(limbs, constants));
+    pairs = pairsOfLimbs(limbsOfFours(fours, frontFours, constants), constants);
     return true;
+}
+
+inline constexpr uint64_t kTenTo15 = 1'000'000'000'000'000; // the unit of the pair in front
+
+// The value of pairs, wrapped to 64 bits.
+inline uint64_t wordOfPairs(__m128i pairs) {
+    const __m128i front = _mm_unpackhi_epi64(pairs, pairs);
+    const __m128i low = _mm_set1_epi64x(static_cast<int64_t>(kTenTo15 & 0xFFFFFFFF));
+    const __m128i cross =
+        _mm_add_epi64(_mm_mul_epu32(front, _mm_set1_epi64x(static_cast<int64_t>(kTenTo15 >> 32))),
+                      _mm_mul_epu32(_mm_srli_epi64(front, 32), low));
+    const __m128i product = _mm_add_epi64(_mm_mul_epu32(front, low), _mm_slli_epi64(cross, 32));
+    return lowLane(_mm_add_epi64(pairs, product));
 }
 
 } // namespace zor::decimal

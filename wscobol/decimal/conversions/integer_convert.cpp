@@ -80,10 +80,11 @@ template <class Form, class Integer>
 template <class Integer>
 [[gnu::noinline]] ResultOf<Integer> fromPackedBlock(const uint8_t *source, int32_t digits,
                                                     const PackedConstants *constants) {
-    uint64_t magnitude;
-    if (digits > kShortDigits || !readPackedBlock(source, digits, *constants, magnitude)) {
+    __m128i pairs;
+    if (digits > kShortDigits || !readPackedPairs(source, digits, *constants, pairs)) {
         return watchedToInteger<Packed, Integer>(source, digits);
     }
+    const uint64_t magnitude = wordOfPairs(pairs);
     const bool negative = std::is_signed_v<Integer> && Packed::isNegative(source, digits);
     return static_cast<ResultOf<Integer>>(negative ? 0 - magnitude : magnitude);
 }

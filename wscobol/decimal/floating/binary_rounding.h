@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "decimal/floating/float_forms.h"
+#include "decimal/floating/quad_scaling.h"
 
 namespace zor::decimal {
 
@@ -45,25 +46,13 @@ template <class T, class Wider> inline bool isRiskyToNarrow(Wider value, T narro
            biasedExponent(narrowed) == kLargestExponent<T>;
 }
 
-// The same, by the processor or by 128-bit arithmetic where these are exact up to their one
-// rounding.
+// The same, by the processor or in few words where these are exact up to their one rounding.
 template <class T> T nearestBinary(Wide128 coefficient, int32_t power);
 
 template <> inline ZorBinary128 nearestBinary<ZorBinary128>(Wide128 coefficient, int32_t power) {
-    using Form = BinaryForm<ZorBinary128>;
-    const bool isExact = isZero(shiftedRight(coefficient, Form::kPrecision));
-    if (!isExact || power > Form::kExactPower || power < -Form::kExactPower) {
-        return nearestBinarySlowly<ZorBinary128>(coefficient, power);
-    }
-    auto value = static_cast<ZorBinary128>(coefficient.low);
-    if (coefficient.high != 0) {
-        constexpr auto kTwoTo64 = static_cast<ZorBinary128>(18'446'744'073'709'551'616.0);
-        value += static_cast<ZorBinary128>(coefficient.high) * kTwoTo64;
-    }
-    if (power == 0) {
-        return value;
-    }
-    return power > 0 ? value * Form::kPowers[power] : value / Form::kPowers[-power];
+    return power <= kQuadPower && power >= -kQuadPower
+               ? nearestQuad(coefficient, power, false)
+               : nearestBinarySlowly<ZorBinary128>(coefficient, power);
 }
 
 template <> inline ZorBinary64 nearestBinary<ZorBinary64>(Wide128 coefficient, int32_t power) {

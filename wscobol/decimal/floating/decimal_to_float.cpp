@@ -3,12 +3,14 @@
 #include "decimal_convert.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "decimal/floating/binary_rounding.h"
 #include "decimal/floating/float_trace.h"
 #include "decimal/floating/packed_to_double.h"
 #include "decimal/integer_digits.h"
 #include "decimal/packed_reading.h"
+#include "decimal/short_items.h"
 #include "decimal/watched_call.h"
 
 namespace zor::decimal {
@@ -88,11 +90,35 @@ template <class Form> DecimalValue leadingDigits(const uint8_t *item, int32_t di
     return {coefficientOf<Form>(item, digits, first, end), digits - end};
 }
 
+// Reads a proper packed item of 31 digits at most.
+inline bool readShortItem(const uint8_t *item, int32_t digits, Wide128 &coefficient) {
+    __m128i lanes;
+    if (digits > kWordDigits && digits <= kLongDigits &&
+        readPackedLimbs(item, digits, kPackedConstants, lanes)) {
+        coefficient = {0, lowLane(pairsOfLimbs(lanes, kPackedConstants))};
+        return true;
+    }
+    if (digits > kShortDigits || !readPackedPairs(item, digits, kPackedConstants, lanes)) {
+        return false;
+    }
+    constexpr uint64_t kWordFront = UINT64_MAX / kTenTo15; // from there on more than 64 bits
+    const uint64_t front = lowLane(_mm_unpackhi_epi64(lanes, lanes));
+    coefficient = front < kWordFront ? Wide128{0, wordOfPairs(lanes)}
+                                     : multiplyAdd(front, kTenTo15, lowLane(lanes));
+    return true;
+}
+
 template <class T> T binaryOf(const DecimalValue &digits, int32_t decs, bool negative) {
     if (isZero(digits.coefficient)) {
         return 0;
     }
-    const T value = nearestBinary<T>(digits.coefficient, digits.power - decs);
+    const int32_t power = digits.power - decs;
+    if constexpr (std::is_same_v<T, ZorBinary128>) { // without operations of the form
+        if (power <= kQuadPower && power >= -kQuadPower) {
+            return nearestQuad(digits.coefficient, power, negative);
+        }
+    }
+    const T value = nearestBinary<T>(digits.coefficient, power);
     return negative && value != 0 ? -value : value;
 }
 
@@ -147,12 +173,11 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
     }
     const WatchedCall call(Behind::blank, header, digits, decs);
     call.item<Form>("in:  ", source, digits);
-    // A short packed item of proper digits is validated by reading it.
+    // A packed item of proper digits and a usual length is validated by reading it.
     DecimalValue value{{0, 0}, 0};
     bool isRead = false;
     if constexpr (radix == Radix::binary && Form::kSign == SignKind::packed) {
-        isRead = digits < kLongDigits &&
-                 readPackedBlock(source, digits, kPackedConstants, value.coefficient.low);
+        isRead = readShortItem(source, digits, value.coefficient);
     }
     if (!isRead) {
         call.validateArithmetic<Form>(source, digits);

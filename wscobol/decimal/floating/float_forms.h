@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <emmintrin.h>
+#include <type_traits>
 
 #include "decimal/floating/wide_integer.h"
 #include "decimal_convert.h"
@@ -37,9 +39,17 @@ template <class T> inline T fromBits(Wide128 bits) {
         memcpy(&value, &word, sizeof word);
     } else if constexpr (sizeof(T) == sizeof(uint64_t)) {
         memcpy(&value, &bits.high, sizeof value);
-    } else {
+    } else if constexpr (!std::is_same_v<T, ZorBinary128>) {
         const uint64_t halves[2] = {bits.low, bits.high};
         memcpy(&value, halves, sizeof value);
+    } else {
+        // By registers: a load of the whole would have to wait for stores of its parts.
+        const auto half = [](uint64_t word) {
+            return _mm_unpacklo_epi32(_mm_cvtsi32_si128(static_cast<int32_t>(word)),
+                                      _mm_cvtsi32_si128(static_cast<int32_t>(word >> 32)));
+        };
+        const __m128i whole = _mm_unpacklo_epi64(half(bits.low), half(bits.high));
+        memcpy(&value, &whole, sizeof value);
     }
     return value;
 }

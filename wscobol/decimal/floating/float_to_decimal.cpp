@@ -6,9 +6,11 @@
 #include <cstring>
 #include <type_traits>
 
+#include "decimal/arithmetic/limbs.h"
 #include "decimal/digit_at.h"
 #include "decimal/floating/decimal_value.h"
 #include "decimal/floating/float_trace.h"
+#include "decimal/floating/quad_scaling.h"
 #include "decimal/integer_digits.h"
 #include "decimal/watched_call.h"
 
@@ -41,6 +43,31 @@ template <class Form> void storeWhole(const Target &target, bool negative, uint6
     }
     negative = negative && magnitude != 0;
     storeMagnitude<Form>(magnitude, negative, target.item, target.digits);
+    if (negative && Form::isZero(target.item, target.digits)) {
+        Form::storeSign(target.item, target.digits, false);
+    }
+}
+
+// The same of one below 10^32, which no limit is below.
+constexpr uint64_t kWideLimit = 5'421'010'862'427; // 10^32 / 2^64
+static_assert(kSpareDigits > 32);
+template <class Form> void storeWide(const Target &target, bool negative, Wide128 whole) {
+    if (whole.high == 0) {
+        storeWhole<Form>(target, negative, whole.low);
+        return;
+    }
+    uint64_t upper = whole.high;
+    uint64_t lower = whole.low;
+    uint32_t limbs[kBlockLimbs];
+    for (uint32_t &limb : limbs) {
+        const auto rest = takeLow<kLimbBase>(upper);
+        const auto middle = divideWords(rest, static_cast<uint32_t>(lower >> 32), kLimbBase);
+        const auto last = divideWords(middle.remainder, static_cast<uint32_t>(lower), kLimbBase);
+        lower = uint64_t{middle.quotient} << 32 | last.quotient;
+        limb = last.remainder;
+    }
+    storeBlockOfLimbs<Form>(blockOfLimbs(limbs[0], limbs[1], limbs[2], limbs[3]), negative,
+                            target.item, target.digits);
     if (negative && Form::isZero(target.item, target.digits)) {
         Form::storeSign(target.item, target.digits, false);
     }
@@ -126,6 +153,9 @@ void storeCoefficient(const Target &target, bool negative, Wide128 coefficient, 
             storeWhole<Form>(target, negative, whole);
             return;
         }
+    } else if (power + target.decs == 0 && coefficient.high < kWideLimit) {
+        storeWide<Form>(target, negative, coefficient);
+        return;
     }
     uint8_t room[kDigitRoom];
     storeDigits<Form>(target, negative, integerDigits(WideInteger(coefficient), power, room));
@@ -139,16 +169,11 @@ template <class T> struct WorkOf { using Type = T; };
 template <> struct WorkOf<ZorBinary32> { using Type = ZorBinary64; };
 
 // The nearest integer of a value from 0 to below kWholeLimit.
+constexpr ZorBinary64 kWholeLimit = 1ULL << 50;
 int64_t nearestWhole(ZorBinary64 value) {
     constexpr ZorBinary64 kUnit = 1ULL << 52; // where the last bit is that of the units
     return static_cast<int64_t>(bitsOf(value + kUnit).high - bitsOf(kUnit).high);
 }
-int64_t nearestWhole(ZorBinary128 value) {
-    return static_cast<int64_t>(value + static_cast<ZorBinary128>(0.5));
-}
-template <class Work>
-constexpr auto kWholeLimit = static_cast<Work>(sizeof(Work) == sizeof(ZorBinary64) ? 1LL << 50
-                                                                                   : 1LL << 60);
 
 // By how much a scaled value may differ from the decimal value scaled, in proportion: half a unit
 // in the last place of the binary form, and as much for the product; twice that.
@@ -173,6 +198,39 @@ public:
     explicit BinaryToDecimal(T value) : value_(value), work_(value) {}
 
     template <class Form> void store(const Target &target, bool negative) const {
+        if constexpr (std::is_same_v<T, ZorBinary128>) {
+            if (!storeQuad<Form>(target, negative)) {
+                storeSlowly<Form>(target, negative);
+            }
+        } else {
+            storeNarrow<Form>(target, negative);
+        }
+    }
+
+private:
+    template <class Form> bool storeQuad(const Target &target, bool negative) const {
+        const BinaryParts parts = binaryParts(value_);
+        const int32_t power = BinaryForm<T>::kPrecision + parts.exponent; // the value is below 2^it
+        if (power > kQuadBits) {
+            return false;
+        }
+        ScaledQuad scaled;
+        if (target.decs >= 0 && target.decs <= kQuadPower &&
+            scaleQuad(parts, target.decs, target.rounding == Rounding::halfUp, scaled)) {
+            storeWide<Form>(target, negative, scaled.whole);
+            return true;
+        }
+        // The decimal value if it has few digits.
+        constexpr int32_t kFewDigits = 31;
+        const int32_t decs = std::clamp(kFewDigits - 1 - logOfPowerOfTwo(power), 0, kQuadPower);
+        if (!scaleQuad(parts, decs, false, scaled) || !scaled.isExact) {
+            return false;
+        }
+        storeCoefficient<Form>(target, negative, scaled.whole, -decs);
+        return true;
+    }
+
+    template <class Form> void storeNarrow(const Target &target, bool negative) const {
         if (work_ < kPowers[BinaryForm<T>::kDecimals]) {
             uint64_t whole;
             if (wholeAt(target.decs, target.rounding, whole)) {
@@ -184,16 +242,13 @@ public:
                 storeCoefficient<Form>(target, negative, {0, whole}, -decs);
                 return;
             }
-        } else if constexpr (std::is_same_v<Work, ZorBinary64>) {
-            if (work_ < kWordLimit) {
-                storeNearlyWhole<Form>(target, negative);
-                return;
-            }
+        } else if (work_ < kWordLimit) {
+            storeNearlyWhole<Form>(target, negative);
+            return;
         }
         storeSlowly<Form>(target, negative);
     }
 
-private:
     // Whether whole / 10^decs reads as the value: with so few digits it is then the decimal value.
     bool reads(int64_t whole, int32_t decs) const {
         return decs <= BinaryForm<T>::kExactPower &&
@@ -207,7 +262,7 @@ private:
             return false;
         }
         const Work scaled = work_ * kPowers[decs];
-        if (!(scaled < kWholeLimit<Work>)) {
+        if (!(scaled < kWholeLimit)) {
             return false;
         }
         int64_t nearest = nearestWhole(scaled);
@@ -235,7 +290,7 @@ private:
         while (scaled >= kPowers[kSureDigits<T>] && decs > 0) {
             scaled = work_ * kPowers[--decs];
         }
-        if (!(scaled < kWholeLimit<Work>)) {
+        if (!(scaled < kWholeLimit)) {
             return false;
         }
         const int64_t nearest = nearestWhole(scaled);
@@ -289,12 +344,22 @@ private:
 };
 
 template <class T, class Form> void storeBinary(const Target &target, T value) {
-    if (biasedExponent(value) == kLargestExponent<T> || value == 0) {
-        storeZero<Form>(target);
-        return;
+    if constexpr (std::is_same_v<T, ZorBinary128>) { // without a call
+        const Wide128 bits = bitsOf(value);
+        const Wide128 magnitude{bits.high & ~(1ULL << 63), bits.low};
+        if (biasedExponent(value) == kLargestExponent<T> || isZero(magnitude)) {
+            storeZero<Form>(target);
+            return;
+        }
+        BinaryToDecimal<T>(fromBits<T>(magnitude)).template store<Form>(target, signBitOf(value));
+    } else {
+        if (biasedExponent(value) == kLargestExponent<T> || value == 0) {
+            storeZero<Form>(target);
+            return;
+        }
+        const bool negative = value < 0;
+        BinaryToDecimal<T>(negative ? -value : value).template store<Form>(target, negative);
     }
-    const bool negative = value < 0;
-    BinaryToDecimal<T>(negative ? -value : value).template store<Form>(target, negative);
 }
 
 template <class T, class Form> void storeDecimal(const Target &target, T value) {
