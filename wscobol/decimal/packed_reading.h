@@ -41,7 +41,8 @@ inline bool fitsPackedWord(const uint8_t *item, int32_t digits) {
     }
     // The compiler would take the sign from the bytes as they were loaded, and so keep both orders.
     asm("" : "+r"(word));
-    return nibblesAboveNine(word) == kSignAboveNine;
+    // As nibblesAboveNine, a step longer but with a register less.
+    return ((word << 1 | word) << 1 & word & 0x88888888U) == kSignAboveNine;
 }
 
 // The magnitude in a packed word.

@@ -36,7 +36,7 @@ constexpr uint32_t eightDigits(uint32_t word) {
 // Bit 3 of each nibble that is above 9: those with bit 3 and bit 2 or bit 1.
 template <class Word> constexpr Word nibblesAboveNine(Word word) {
     constexpr Word kTopBits = static_cast<Word>(0x8888888888888888U);
-    return static_cast<Word>(word & ((word << 1 | word) << 1) & kTopBits);
+    return static_cast<Word>(word & ((word << 1) | (word << 2)) & kTopBits);
 }
 
 // That of a packed word with digits and a proper sign: the sign alone.
