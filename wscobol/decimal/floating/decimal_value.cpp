@@ -4,6 +4,7 @@
 #include "decimal/floating/decimal_value.h"
 
 #include <bit>
+#include <initializer_list>
 
 namespace zor::decimal {
 
@@ -33,82 +34,111 @@ DigitString exactDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]) {
 
 namespace {
 
-// Free-format generation: the value is remainder / divisor, its neighbours half a gap away, and the
-// digits end as soon as what has been written can mean no other value.
-DigitString shortestDigits(const BinaryParts &value, uint8_t (&room)[kDigitRoom]) {
-    const int32_t narrow = value.isLowestOfBinade ? 1 : 0;
-    const int32_t up = value.exponent > 0 ? value.exponent : 0;
-    WideInteger remainder(value.significand);
-    remainder.shiftLeft(up + 1 + narrow);
-    WideInteger divisor(1U);
-    divisor.shiftLeft(up - value.exponent + 1 + narrow);
-    WideInteger gapBelow(1U); // half of it, in the same unit
-    gapBelow.shiftLeft(up);
-    WideInteger gapAbove(1U);
-    gapAbove.shiftLeft(up + narrow);
+// Free-format generation: the value is remainder / divisor * 10^power, its neighbours half a gap
+// away, and the digits end as soon as what has been written can mean no other value.
+class ShortestDigits {
+public:
+    explicit ShortestDigits(const BinaryParts &value);
+    DigitString write(uint8_t (&room)[kDigitRoom]);
 
-    // 10^power is about the value, never more than one power too low.
-    const int64_t magnitude = WideInteger(value.significand).bits() + value.exponent - 1;
-    constexpr int64_t kLogOfTwo = 1'292'913'986; // log10(2) * 2^32, cut
-    auto power = static_cast<int32_t>((magnitude * kLogOfTwo) >> 32);
-    if (power >= 0) {
-        divisor.multiplyByPowerOfTen(power);
-    } else {
-        remainder.multiplyByPowerOfTen(-power);
-        gapBelow.multiplyByPowerOfTen(-power);
-        gapAbove.multiplyByPowerOfTen(-power);
-    }
+private:
+    void scale(const BinaryParts &value);
+    bool reachesAbove(const WideInteger &limit) const;
+    uint8_t takeDigit();
+    uint8_t lastDigit(uint8_t digit, bool lowEnough, bool highEnough);
+    void nextPlace();
+
+    WideInteger remainder_;
+    WideInteger divisor_{1U};
+    WideInteger gapBelow_{1U}; // half of it, in the unit of the remainder
+    WideInteger gapAbove_{1U};
+    int32_t power_ = 0;
     // A boundary itself reads as the value when the significand is even.
-    const bool closed = (value.significand.low & 1) == 0;
-    const int32_t reached = closed ? 0 : 1;
-    const auto exceeds = [&] { // the boundary above lies at or beyond the divisor
-        WideInteger sum(remainder);
-        sum.add(gapAbove);
-        return WideInteger::compare(sum, divisor) >= reached;
-    };
-    const auto timesTen = [&] {
-        remainder.multiplyAdd(10);
-        gapBelow.multiplyAdd(10);
-        gapAbove.multiplyAdd(10);
-    };
-    // The first digit is that of 10^power unless the value is below or at ten times that.
-    for (;;) {
-        WideInteger sum(remainder);
-        sum.add(gapAbove);
-        WideInteger ten(divisor);
-        ten.multiplyAdd(10);
-        if (WideInteger::compare(sum, ten) < reached) {
-            break;
-        }
-        divisor.multiplyAdd(10);
-        ++power;
-    }
+    int32_t reached_;
+};
 
+ShortestDigits::ShortestDigits(const BinaryParts &value)
+    : remainder_(value.significand), reached_((value.significand.low & 1) == 0 ? 0 : 1) {
+    const int32_t narrow = value.isLowestOfBinade ? 1 : 0; // the gap below is half as wide
+    const int32_t up = value.exponent > 0 ? value.exponent : 0;
+    remainder_.shiftLeft(up + 1 + narrow);
+    divisor_.shiftLeft(up - value.exponent + 1 + narrow);
+    gapBelow_.shiftLeft(up);
+    gapAbove_.shiftLeft(up + narrow);
+    scale(value);
+}
+
+// Brings the quotient to its first digit: 10^power is about the value, and at first never more than
+// one power too low.
+void ShortestDigits::scale(const BinaryParts &value) {
+    constexpr int64_t kLogOfTwo = 1'292'913'986; // log10(2) * 2^32, cut
+    const int64_t magnitude = WideInteger(value.significand).bits() + value.exponent - 1;
+    power_ = static_cast<int32_t>((magnitude * kLogOfTwo) >> 32);
+    if (power_ >= 0) {
+        divisor_.multiplyByPowerOfTen(power_);
+    } else {
+        for (WideInteger *number : {&remainder_, &gapBelow_, &gapAbove_}) {
+            number->multiplyByPowerOfTen(-power_);
+        }
+    }
+    for (;;) {
+        WideInteger ten(divisor_);
+        ten.multiplyAdd(10);
+        if (!reachesAbove(ten)) {
+            return;
+        }
+        divisor_.multiplyAdd(10);
+        ++power_;
+    }
+}
+
+// Whether the boundary above lies at or beyond a limit.
+bool ShortestDigits::reachesAbove(const WideInteger &limit) const {
+    WideInteger sum(remainder_);
+    sum.add(gapAbove_);
+    return WideInteger::compare(sum, limit) >= reached_;
+}
+
+uint8_t ShortestDigits::takeDigit() {
+    uint8_t digit = 0;
+    while (WideInteger::compare(remainder_, divisor_) >= 0) {
+        remainder_.subtract(divisor_);
+        ++digit;
+    }
+    return digit;
+}
+
+// Where both neighbours are far enough the nearer digit counts, of two alike the even one.
+uint8_t ShortestDigits::lastDigit(uint8_t digit, bool lowEnough, bool highEnough) {
+    bool roundUp = highEnough;
+    if (lowEnough && highEnough) {
+        remainder_.multiplyAdd(2);
+        const int32_t half = WideInteger::compare(remainder_, divisor_);
+        roundUp = half > 0 || (half == 0 && digit % 2 != 0);
+    }
+    return static_cast<uint8_t>(digit + (roundUp ? 1 : 0));
+}
+
+void ShortestDigits::nextPlace() {
+    for (WideInteger *number : {&remainder_, &gapBelow_, &gapAbove_}) {
+        number->multiplyAdd(10);
+    }
+    --power_;
+}
+
+DigitString ShortestDigits::write(uint8_t (&room)[kDigitRoom]) {
     uint8_t *const first = room + 1;
     uint8_t *at = first;
-    for (;;) {
-        uint8_t digit = 0;
-        while (WideInteger::compare(remainder, divisor) >= 0) {
-            remainder.subtract(divisor);
-            ++digit;
-        }
-        const bool lowEnough = WideInteger::compare(remainder, gapBelow) < 1 - reached;
-        const bool highEnough = exceeds();
+    for (;; nextPlace()) {
+        const uint8_t digit = takeDigit();
+        const bool lowEnough = WideInteger::compare(remainder_, gapBelow_) < 1 - reached_;
+        const bool highEnough = reachesAbove(divisor_);
         if (lowEnough || highEnough) {
-            bool roundUp = highEnough;
-            if (lowEnough && highEnough) {
-                remainder.multiplyAdd(2);
-                const int32_t half = WideInteger::compare(remainder, divisor);
-                roundUp = half > 0 || (half == 0 && digit % 2 != 0);
-            }
-            *at++ = static_cast<uint8_t>(digit + (roundUp ? 1 : 0));
-            break;
+            *at++ = lastDigit(digit, lowEnough, highEnough);
+            return {first, static_cast<int32_t>(at - first), power_};
         }
         *at++ = digit;
-        timesTen();
-        --power;
     }
-    return {first, static_cast<int32_t>(at - first), power};
 }
 
 // The value with its significand odd.
@@ -133,7 +163,7 @@ DigitString readableDigits(const BinaryParts &value, int32_t mostDigits,
             return exact;
         }
     }
-    return shortestDigits(value, room);
+    return ShortestDigits(value).write(room);
 }
 
 } // namespace zor::decimal
