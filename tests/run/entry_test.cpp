@@ -52,8 +52,11 @@ TEST(Entry, AMinimalMainProgramLogsItsWay) {
 CHILD_TEST(Entry, ActivationsAreCountedAndOnlyTheMainProgramsLastExitEnds) {
     Program main("MAIN"), sub("SUB");
     const Proccom &process = *_zorProccom;
-    EXPECT_EQ(std::tuple(process.nextid, process.codepage, process.threadkey),
-              std::tuple(1, -1, -1));
+    EXPECT_STREQ(process.eyecatcher, "PROCCOM");
+    EXPECT_STREQ(process.freeru->eyecatcher, "RUNCOM ");
+    EXPECT_EQ(std::tuple(process.freeru->id, process.freeru->link), std::tuple(0, nullptr));
+    EXPECT_EQ(std::tuple(process.nextid, process.options1, process.codepage, process.threadkey),
+              std::tuple(1, 0, -1, -1));
     enter(main);
     const Runcom *unit = process.runcom;
     const auto expectCounts = [&](int ofMain, int ofSub) {
@@ -158,44 +161,53 @@ constexpr int kRounds = 20000;
 constexpr int kRoundsPerDisplay = 8;
 
 // One thread's part: enters programs, displays lines of two items and leaves. The program that the
-// threads share is left in every second round only.
-void displayOften(char name, Program &shared) {
+// threads share is left in every second round only. Without a main program, each thread's own is
+// that of one run unit after the other, and nothing is shared.
+void displayOften(char name, Program *shared) {
     auto &own = *new Program("OWN"); // the run unit goes on knowing it
     for (int round = 0; round < kRounds; ++round) {
-        enter(own, shared);
+        enter(own, shared != nullptr ? *shared : own);
         if (round % kRoundsPerDisplay == 0) {
             displayLine(DISPLAY_ON_SYSOUT, {std::string(40, name), std::to_string(round)});
         }
-        if (round % 2 == 0) {
-            leave(shared);
+        if (shared == nullptr || round % 2 == 0) {
+            leave(shared != nullptr ? *shared : own);
         }
         leave(own);
     }
     EXPECT_EQ(own.ipcb->ent, 0);
 }
 
-void displayOnThreads() {
-    static Program shared("SHARED");
-    std::thread thread(displayOften, 'a', std::ref(shared));
+void displayOnThreads(Program *shared) {
+    std::thread thread(displayOften, 'a', shared);
     displayOften('b', shared);
     thread.join();
+    EXPECT_EQ(_zorProccom->runcom == nullptr, shared == nullptr);
+}
+
+void displayUnderMain() {
+    static Program shared("SHARED");
+    displayOnThreads(&shared);
     EXPECT_EQ(shared.ipcb->ent, kRounds);
     EXPECT_EQ(_zorProccom->runcom->nest, 1 + kRounds);
 }
 
 TEST(Entry, ThreadsLoseNoCountAndMixNoLine) {
-    const ChildResult child = runProgram({}, [] { displayOnThreads(); });
-    std::array<int, 2> next{};
-    std::istringstream out(child.out);
-    for (std::string line; std::getline(out, line);) {
-        int &round = next[line[0] == 'a' ? 0 : 1];
-        ASSERT_EQ(line, std::string(40, line[0]) + std::to_string(round));
-        round += kRoundsPerDisplay;
+    for (const auto body :
+         {inProgram([] { displayUnderMain(); }), +[] { displayOnThreads(nullptr); }}) {
+        const ChildResult child = runChild(body);
+        std::array<int, 2> next{};
+        std::istringstream out(child.out);
+        for (std::string line; std::getline(out, line);) {
+            int &round = next[line[0] == 'a' ? 0 : 1];
+            ASSERT_EQ(line, std::string(40, line[0]) + std::to_string(round));
+            round += kRoundsPerDisplay;
+        }
+        EXPECT_EQ(std::tuple(next[0], next[1]), std::tuple(kRounds, kRounds));
+        const std::regex contention("pthread_mutex_trylock rc 16 .*\n");
+        EXPECT_EQ(std::regex_replace(child.err, contention, ""), "");
+        EXPECT_EQ(child.status, 0);
     }
-    EXPECT_EQ(std::tuple(next[0], next[1]), std::tuple(kRounds, kRounds));
-    const std::regex contention("pthread_mutex_trylock rc 16 .*\n");
-    EXPECT_EQ(std::regex_replace(child.err, contention, ""), "");
-    EXPECT_EQ(child.status, 0);
 }
 
 // Also out of entry code that holds the lock.

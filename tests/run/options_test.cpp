@@ -27,6 +27,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         const char *messages = "";
     } cases[] = {
         {"", defaults},
+        {" ,:),\t\n", defaults},
         {"trap(off), upsi=10000001", "0a000000 00000000 0 [] 10000001"},
         {"t r a p ( o f f\t)\n", "0a000000 00000000 0 [] 00000000"},
         {"TRAP=DUMP", "0a000000 e0000000 0 [] 00000000"},
@@ -40,6 +41,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         {"FILEMODE=LARGE,fm(s),FILESYS,FS", defaults},
         {"FILESYS=NAT", "0a000000 c0000000 0 [lsq] 00000000"},
         {"FS=PSX,FILESYS=RAW", "0a000000 c0000000 0 [jdu] 00000000"},
+        {"FS=WKAT", "0a000000 c0000000 0 [wka] 00000000"},
         {"FS=XYZ", defaults, "172 "},
         {"UPSI=11111111,UPSI", defaults},
         {"UPSI=11111111,UPSI=", defaults, "173 "},
