@@ -45,9 +45,6 @@ std::string search(const calls::Programs &programs, const char *path, const std:
 
 TEST(Search, FollowsThePath) {
     const std::string longName(160, 'N');
-    const std::string longFile = "BYMAIN=a/" + longName + ".so";
-    const std::string longFound = "a/" + longName + ".so main";
-    const std::string longCall = longName + "N";
     const struct {
         const char *path;
         std::string files, found, called = "SUB";
@@ -64,22 +61,19 @@ TEST(Search, FollowsThePath) {
         {"a", "a/dir/SUB", "exception _zor_cpm: Failed to load dir/SUB  load @  entry (nil)\n",
          "dir/SUB"},
         {"a", "a/SUB.so", "a/SUB.so SUB", "SUB  "},
-        {"a", longFile, longFound, longCall},
+        {"a", "BYMAIN=a/" + longName, "a/" + longName + " main", longName + "N"},
         {"a:b", "a/SUB.qbxcob",
          "exception _zor_cpm: Failed to locate SUB in default search\nCPM: dlopen(SUB) error: 0 "
          "SUB: cannot open shared object file: No such file or directory\n"},
-        // The monitor's own endings come first, in all directories.
         {"a:b", "a/SUB b/SUB.qbxcob", "b/SUB.qbxcob SUB", "SUB", inMonitor},
         {"a:b", "a/SUB.so b/SUB.qbxcob", "a/SUB.so SUB", "SUB", inMonitor},
         {"a:b", "a/SUB.so a/SUB.qbxcob", "a/SUB.qbxcob SUB", "SUB", inMonitor},
         {"a:b", "b/SUB", "b/SUB SUB", "SUB", inMonitor},
         {"a", "l/SUB.qbxcob l/SUB", "l/SUB.qbxcob SUB", "SUB", inMonitor, "l"},
-        // Entries.
         {"a", "BYMAIN=a/SUB", "a/SUB main"},
         {"a", "BYSTART=a/SUB", "a/SUB _start"},
         {"a", "INMONITOR=a/SUB", "a/SUB _zor_cobol_main", "SUB", inMonitor},
-        {"a", "INMONITOR=a/SUB", "exception _zor_cpm: Failed to load SUB  load @  entry (nil)\n"},
-    };
+        {"a", "INMONITOR=a/SUB", "exception _zor_cpm: Failed to load SUB  load @  entry (nil)\n"}};
     for (const auto &[path, files, found, called, place, libraryPath] : rows) {
         EXPECT_EQ(search(calls::Programs(files), path, called, place, libraryPath), found)
             << path << " has " << files;
