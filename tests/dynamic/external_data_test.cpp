@@ -91,8 +91,8 @@ TEST(ExternalData, IsOneForAllThreads) {
         printf("%zu", std::set<char *>(seen[0].begin(), seen[0].end()).size());
     });
     EXPECT_EQ(child.out, "5000");
-    const std::regex contention("pthread_mutex_trylock rc 16 .*\n");
-    EXPECT_EQ(std::regex_replace(child.err, contention, ""), "");
+    EXPECT_EQ(std::regex_replace(child.err, std::regex("pthread_mutex_trylock rc 16 .*\n"), ""),
+              "");
 }
 
 TEST(ExternalData, EndsTheRunByItsMessages) {

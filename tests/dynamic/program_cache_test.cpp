@@ -5,56 +5,45 @@
 #include "calls.h"
 #include "cpm.h"
 
-namespace {
-
-void switchOnAndOff() {
-    for (void (*turn)() : {_zor_cpm_enable, ZOR_CPM_DISABLE, ZOR_CPM_ENABLE, _zor_cpm_disable}) {
-        turn();
-        printf("%d%s ", _zorProccom->cache, getenv("COBOL_CPM_CACHE"));
-    }
-    _zor_cpm_enable();
-    int32_t rc = -1;
-    _zorCOBOLTerm(1, &rc); // the run-time is not started: there is nothing to end, and no Proccom
-    ZOR_CPM_DISABLE();
-    printf("%d %d%d%s", rc, _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
-           getenv("COBOL_CPM_CACHE"));
-    _zor_cpm_print();
-    ZOR_CPM_UNLOAD_ALL();
-}
-
-void reportCache() {
-    _zor_cpm_stats();
-    kit::Program program("REPORT");
-    kit::runMainProgram(program, [] { _zor_cpm_print(); });
-    printf("%d%d", _zor_cpm_unload("REPORT"), _zor_cpm_unload(""));
-}
-
-// One after the other: the second decides what is undecided.
-void showTwoRunUnits() {
-    for (const char *name : {"FIRST", "SECOND"}) {
-        kit::Program program(name);
-        kit::runMainProgram(program, [] {
-            printf("%d%s ", _zorProccom->cache, _zorProccom->plle != nullptr ? "+" : "-");
-        });
-    }
-}
-
-} // namespace
-
 TEST(ProgramCache, WholeRuns) {
+    const auto switchOnAndOff = [] {
+        for (void (*turn)() :
+             {_zor_cpm_enable, ZOR_CPM_DISABLE, ZOR_CPM_ENABLE, _zor_cpm_disable}) {
+            turn();
+            printf("%d%s ", _zorProccom->cache, getenv("COBOL_CPM_CACHE"));
+        }
+        _zor_cpm_enable();
+        int32_t rc = -1;
+        _zorCOBOLTerm(1, &rc); // the run-time is not started: there is nothing to end
+        ZOR_CPM_DISABLE();
+        printf("%d %d%d%s", rc, _zorProccom == nullptr ? 1 : 0, _zor_cpm_unload("P"),
+               getenv("COBOL_CPM_CACHE"));
+        _zor_cpm_print();
+        ZOR_CPM_UNLOAD_ALL();
+    };
+    const auto reportCache = [] {
+        _zor_cpm_stats();
+        kit::inProgram([] { _zor_cpm_print(); })();
+        printf("%d%d", _zor_cpm_unload("PROG"), _zor_cpm_unload(""));
+    };
+    const auto showTwoRunUnits = [] { // the second decides what is undecided
+        for (const char *name : {"FIRST", "SECOND"}) {
+            kit::Program program(name);
+            kit::runMainProgram(program, [] {
+                printf("%d%s ", _zorProccom->cache, _zorProccom->plle != nullptr ? "+" : "-");
+            });
+        }
+    };
     const struct {
         void (*body)();
-        const char *mode, *out;
-        const char *err = ""; // up to the first address
-    } cases[] = {
-        {showTwoRunUnits, "", "2- 1+ "},
-        {showTwoRunUnits, "1", "1+ 1+ "},
-        {showTwoRunUnits, "0", "0- 0- "},
-        {switchOnAndOff, "", "11 00 11 00 0 100"},
-        {reportCache, "1", "00",
-         "COBOL is Inactive\nCOBOL is Active\nExternal Programs - Cache\n"
-         "Largest hash chain: \nHash table at: "},
-    };
+        const char *mode, *out, *err; // up to the first address
+    } cases[] = {{showTwoRunUnits, "", "2- 1+ ", ""},
+                 {showTwoRunUnits, "1", "1+ 1+ ", ""},
+                 {showTwoRunUnits, "0", "0- 0- ", ""},
+                 {switchOnAndOff, "", "11 00 11 00 0 100", ""},
+                 {reportCache, "1", "00",
+                  "COBOL is Inactive\nCOBOL is Active\nExternal Programs - Cache\n"
+                  "Largest hash chain: \nHash table at: "}};
     for (const auto &[body, mode, out, err] : cases) {
         const auto child = kit::runChild(body, kit::Environment{{"COBOL_CPM_CACHE", mode}});
         EXPECT_EQ(child.status, 0) << mode;
