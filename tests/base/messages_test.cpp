@@ -263,12 +263,13 @@ protected:
         buildCatalog(directory_, locale, source);
         return {{"CATALOG", directory_.path()}};
     }
-    // Runs a program that reads this one.
-    template <class Body> ChildResult run(const std::string &source, Body) {
-        return runProgram(build("C", source), [] {
-            useOwnCatalog();
-            Body{}();
-        });
+    // Expects this of a program that reads such a catalogue.
+    template <class Body> void expectRun(const std::string &source, Expected expected, Body) {
+        expected.environment = build("C", source);
+        expectChild(expected, inProgram([] {
+                        useOwnCatalog();
+                        Body{}();
+                    }));
     }
 
 private:
@@ -281,18 +282,16 @@ const std::string kOwnClosing = "$set 901\n1 \"2 XYZ901 The end.\"\n";
 TEST_F(OwnCatalog, TellsHowMessagesLook) {
     const char *entries = "$set 7\n1 \"3 %2$s before %1$d\"\n2 \"7 odd digit\"\n"
                           "3 \"1\"\n4 \"1 %s\"\n";
-    const ChildResult child = run(entries + kOwnClosing + kOwnLook, [] {
+    const std::string err = "XYZ007w  \n\nXYZ007w  " + std::string(9000, 'x') +
+                            "\n\nXYZ008i  Cannot find message 8 in cobol2run.cat\n\n"
+                            "XYZ007i  odd digit\n\nXYZ007c  two before 5\nXYZ901 The end.\n\n";
+    expectRun(entries + kOwnClosing + kOwnLook, {.err = err, .status = kAborted}, [] {
         _zorWriteERRmsg(7, 2);
         _zorWriteERRmsg(7, 3, std::string(9000, 'x').c_str());
         _zorWriteERRmsg(8, kInformational);
         _zorWriteERRmsg(7, kInformational | 1);
         _zorWriteERRmsg(7, MESSAGE_NO_TRACEBACK, 5, "two");
     });
-    std::string seen = child.err;
-    EXPECT_EQ(std::erase(seen, 'x'), 9000U);
-    EXPECT_EQ(seen, "XYZ007w  \n\nXYZ007w  \n\nXYZ008i  Cannot find message 8 in cobol2run.cat\n\n"
-                    "XYZ007i  odd digit\n\nXYZ007c  two before 5\nXYZ901 The end.\n\n");
-    EXPECT_EQ(child.status, kAborted);
 }
 
 TEST_F(OwnCatalog, ABufferThatCannotBeHadClosesTheCatalogue) {
@@ -300,13 +299,12 @@ TEST_F(OwnCatalog, ABufferThatCannotBeHadClosesTheCatalogue) {
         "Insufficient storage, Cannot allocate message buffer.\n"
         "XYZ007i  Cannot find message catalog cobol2run.cat in NLSPATH. Message number is "
         "7. Cannot find message 7 in cobol2run.cat\n\n";
-    const ChildResult child = run("$set 7\n1 \"1 seven\"\n$set 9999\n1 \"0 XYZ iwsc 0xF0000000\"\n",
-                                  [] { _zorWriteERRmsg(7, kInformational); });
-    EXPECT_NE(child.err.find(told), std::string::npos) << child.err;
+    expectRun("$set 7\n1 \"1 seven\"\n$set 9999\n1 \"0 XYZ iwsc 0xF0000000\"\n", {.errHolds = told},
+              [] { _zorWriteERRmsg(7, kInformational); });
 }
 
 TEST_F(OwnCatalog, TheLocalesOfTheProcessStayAsTheyAre) {
-    const ChildResult child = run("$set 7\n1 \"1 seven\"\n", [] {
+    expectRun("$set 7\n1 \"1 seven\"\n", {.out = "seven, C.UTF-8 C;seven, C.UTF-8 C.UTF-8;"}, [] {
         setlocale(LC_CTYPE, "C.UTF-8");
         for (const char *messages : {"C", "C.UTF-8"}) {
             setlocale(LC_MESSAGES, messages);
@@ -314,7 +312,6 @@ TEST_F(OwnCatalog, TheLocalesOfTheProcessStayAsTheyAre) {
             showMessage7();
         }
     });
-    EXPECT_EQ(child.out, "seven, C.UTF-8 C;seven, C.UTF-8 C.UTF-8;");
 }
 
 // Catalogues lie under de_DE or de, while the system knows other names.
@@ -338,10 +335,9 @@ TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
 
 // The monitor is stopped by the closing line, whatever prefix that has.
 TEST_F(OwnCatalog, AClosingLineOfItsOwnStopsTheTransaction) {
-    const ChildResult child =
-        run("$set 7\n1 \"2 seven\"\n" + kOwnClosing + kOwnLook, [] { issueInHost(1, 0, 7, 0); });
-    EXPECT_EQ(child.out, "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]");
-    EXPECT_EQ(child.status, 3);
+    const char *out = "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]";
+    expectRun("$set 7\n1 \"2 seven\"\n" + kOwnClosing + kOwnLook, {.out = out, .status = 3},
+              [] { issueInHost(1, 0, 7, 0); });
 }
 
 // The message's buffer, and the locks that it and the DISPLAY in need of it hold, are given back.
@@ -371,7 +367,8 @@ TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
 
 // What does not fit the buffer is cut, and the closing line is still there.
 TEST_F(OwnCatalog, ALongTextKeepsItsClosingLine) {
-    const ChildResult result = run("$set 7\n1 \"2 %s\"\n", [] {
+    const ChildResult result = runProgram(build("C", "$set 7\n1 \"2 %s\"\n"), [] {
+        useOwnCatalog();
         _zorWriteERRmsg(7, MESSAGE_NO_TRACEBACK, std::string(10000, 'x').c_str());
     });
     EXPECT_LT(result.err.size(), 4096U);

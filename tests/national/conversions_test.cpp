@@ -232,13 +232,13 @@ CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out
     EXPECT_TRUE(icuIsLoaded());
 }
 
+const std::string kAllFail =
+    UNOPENED("UTF-8", "2") "\n\nZOR224W  The collating sequence of locale en_US cannot be opened: "
+                           "status 2.\n\nZOR225W  A change between upper and lower case failed: "
+                           "status 2, locale en_US.\n";
+
 // Where the conversion library cannot be loaded each service tells so.
-CHILD_TEST(Conversions, FailWithoutTheLibrary,
-           .errHolds = UNOPENED(
-               "UTF-8",
-               "2") "\n\nZOR224W  The collating sequence of locale en_US "
-                    "cannot be opened: status 2.\n\nZOR225W  A change between upper and lower "
-                    "case failed: status 2, locale en_US.\n") {
+CHILD_TEST(Conversions, FailWithoutTheLibrary, .errHolds = kAllFail) {
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none = {0, files.rlim_max};
@@ -261,37 +261,26 @@ PROGRAM_TEST(Conversions, EndTheRunWithoutStorage, .errHolds = "ZOR907S",
 }
 #endif
 
-TEST(CodePages, AnswerQuestions) {
-    const auto child = kit::runChild(
-        [] {
-            const struct {
-                std::string name;
-                int32_t widest; // 0: not known
-                int32_t ccsid;
-            } cases[] = {{"QBX-1140", 1, 1140},
-                         {"qbx-00037", 1, 37},
-                         {"UTF-8", 3, 1208},
-                         {"ISO8859-1", 1, 819},
-                         {"QBX-1399", 3, 1399},
-                         {"UTF-16LE", 2, 1202},
-                         {"nothing", 0, -1},
-                         {"", 0, -1},
-                         {"QBX-1140" + std::string(60, 'x'), 0, -1}};
-            for (const auto &[name, widest, ccsid] : cases) {
-                int32_t got = 0;
-                const bool known = widest != 0;
-                const auto length = static_cast<int32_t>(name.size());
-                EXPECT_EQ(_zorValidateCPID(name.data(), length), known ? 0 : 1) << name;
-                EXPECT_EQ(_zorGetMaxCharSize(name.data()), widest) << name;
-                EXPECT_EQ(_zorGetCCSID(name.data(), &got), known ? 0 : 2) << name;
-                EXPECT_EQ(got, ccsid) << name;
-            }
-            EXPECT_EQ(_zorValidateCPID("QBX-1140##", 8), 0);
-        },
-        locales::in(kUtf8));
-    EXPECT_EQ(child.out, "");
-    EXPECT_EQ(child.err.substr(0, child.err.find(':')),
-              "ZOR221W  A converter for code page nothing cannot be opened");
+CHILD_TEST(CodePages, AnswerQuestions, .environment = locales::in(kUtf8),
+           .errHolds = "ZOR221W  A converter for code page nothing cannot be opened: ") {
+    const std::string tooLong = "QBX-1140" + std::string(60, 'x');
+    const struct {
+        std::string name;
+        int32_t widest; // 0: not known
+        int32_t ccsid;
+    } cases[] = {{"QBX-1140", 1, 1140}, {"qbx-00037", 1, 37},  {"UTF-8", 3, 1208},
+                 {"ISO8859-1", 1, 819}, {"QBX-1399", 3, 1399}, {"UTF-16LE", 2, 1202},
+                 {"nothing", 0, -1},    {"", 0, -1},           {tooLong, 0, -1}};
+    for (const auto &[name, widest, ccsid] : cases) {
+        int32_t got = 0;
+        const bool known = widest != 0;
+        const auto length = static_cast<int32_t>(name.size());
+        EXPECT_EQ(_zorValidateCPID(name.data(), length), known ? 0 : 1) << name;
+        EXPECT_EQ(_zorGetMaxCharSize(name.data()), widest) << name;
+        EXPECT_EQ(_zorGetCCSID(name.data(), &got), known ? 0 : 2) << name;
+        EXPECT_EQ(got, ccsid) << name;
+    }
+    EXPECT_EQ(_zorValidateCPID("QBX-1140##", 8), 0);
 }
 
 } // namespace
