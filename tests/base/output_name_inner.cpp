@@ -44,24 +44,30 @@ TEST(OutputName, IsGeneratedForAPercentSign) {
     EXPECT_EQ(std::regex_replace(east, std::regex(stamp + R"(-0530\.\d+)"), "@"), alone);
 }
 
+std::string generated(bool fresh = false) {
+    return zor::expandOutputName("%", fresh, "b");
+}
+
 CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
-    const std::string first = zor::expandOutputName("%", false, "b");
-    EXPECT_NE(zor::expandOutputName("%", true, "b"), first);
-    EXPECT_EQ(zor::expandOutputName("%", false, "b"), first);
+    const std::string first = generated();
+    EXPECT_NE(generated(true), first);
+    EXPECT_EQ(generated(), first);
     zor::forgetNameStamp();
-    EXPECT_NE(zor::expandOutputName("%", false, "b"), first);
+    EXPECT_NE(generated(), first);
 }
 
 PROGRAM_TEST(OutputName, HasAStampOfItsOwnInANestedRunUnit) {
-    static const std::string outer = zor::expandOutputName("%", false, "b");
+    static const std::string outer = generated();
     Program nested("PROG");
     _zorCOBOLLink();
     runMainProgram(nested, [] {
-        const std::string inner = zor::expandOutputName("%", false, "b");
+        const std::string inner = generated();
         EXPECT_NE(inner, outer);
-        EXPECT_EQ(zor::expandOutputName("%", false, "b"), inner);
+        EXPECT_EQ(generated(), inner);
     });
-    EXPECT_EQ(zor::expandOutputName("%", false, "b"), outer);
+    EXPECT_EQ(generated(), outer);
+    zor::forgetNameStamp();
+    EXPECT_NE(generated(), outer);
 }
 
 } // namespace

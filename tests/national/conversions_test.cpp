@@ -157,10 +157,9 @@ TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
 
 Item displayOf(const std::u16string &text) {
     Item native(text.size() * 3);
-    native.resize(static_cast<std::size_t>(
-        _Tvq_display_of(static_cast<int32_t>(text.size() * 2), text.data(), native.data())));
-    native.shrink_to_fit();
-    return native;
+    const auto bytes = static_cast<int32_t>(text.size() * 2);
+    const int32_t length = _Tvq_display_of(bytes, text.data(), native.data());
+    return {native.begin(), native.begin() + length};
 }
 
 // To EBCDIC and back; the sign of the source's length is that of both calls.
@@ -214,11 +213,10 @@ CHILD_TEST(Conversions, TakeLongTextsInPlace, locales::in(kUtf8)) {
     }
 }
 
-bool icuIsLoaded() {
-    return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
-}
-
 CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out = "text\n") {
+    const auto icuIsLoaded = [] {
+        return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
+    };
     kit::displayLine(DISPLAY_ON_SYSOUT, {"text"});
     EXPECT_FALSE(icuIsLoaded());
     EXPECT_EQ(_zorProccom->convclose, nullptr);
