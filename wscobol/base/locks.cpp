@@ -65,6 +65,10 @@ bool takeLockWithinASecond(pthread_mutex_t &lock) {
     return pthread_mutex_timedlock(&lock, &limit) == 0;
 }
 
+bool takeLockToEnd(pthread_mutex_t &lock) {
+    return takenAtOnce(lock) || takeLockWithinASecond(lock);
+}
+
 void giveLock(pthread_mutex_t &lock) {
     const int code = pthread_mutex_unlock(&lock);
     if (code != 0) {
@@ -91,7 +95,7 @@ void giveHeldLocks() {
 }
 
 EndingLock::EndingLock(pthread_mutex_t &lock) : lock_(nullptr) {
-    if (!isInMonitor() && !holdsLock(lock) && (takenAtOnce(lock) || takeLockWithinASecond(lock))) {
+    if (!isInMonitor() && !holdsLock(lock) && takeLockToEnd(lock)) {
         lock_ = &lock;
     }
 }

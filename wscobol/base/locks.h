@@ -28,6 +28,10 @@ void giveLock(pthread_mutex_t &lock);
 // Takes a lock unless another holder keeps it for a second, and tells nothing; false then.
 bool takeLockWithinASecond(pthread_mutex_t &lock);
 
+// Takes a lock for an ending, which must come through: contention is told, and after a second the
+// ending goes on without it; false then.
+bool takeLockToEnd(pthread_mutex_t &lock);
+
 // True when any thread holds the lock, and when the calling thread does.
 bool lockIsHeld(const pthread_mutex_t &lock);
 bool holdsLock(const pthread_mutex_t &lock);

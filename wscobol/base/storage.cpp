@@ -115,10 +115,12 @@ void releaseTracked(void *storage) {
 }
 
 void releaseAllTracked(Runcom &unit) {
-    pthread_mutex_lock(&TrackedLock);
+    const bool locked = takeLockWithinASecond(TrackedLock); // an ending must come through
     TrackedBlock *block = unit.tracked;
     unit.tracked = nullptr;
-    pthread_mutex_unlock(&TrackedLock);
+    if (locked) {
+        giveLock(TrackedLock);
+    }
     while (block != nullptr) {
         TrackedBlock *next = block->next;
         release(block);

@@ -2,6 +2,7 @@
 #include "run/init_section.h"
 
 #include "base/locks.h"
+#include "run/end_watch.h"
 
 namespace zor {
 
@@ -20,8 +21,12 @@ void releaseInitLock() {
     }
 }
 
+// An end must come through: a signal may have stopped its thread within the C library's unlock,
+// where the lock has no owner any more and is still taken.
 InitSection::InitSection() : entered_(!isInMonitor() && !holdsLock(InitLock)) {
-    if (entered_) {
+    if (entered_ && endIsMine()) {
+        entered_ = takeLockToEnd(InitLock);
+    } else if (entered_) {
         takeLock(InitLock);
     }
     rearmLockHook();

@@ -50,11 +50,15 @@ void becomeMain(Runcom &unit, PCB &pcb) {
     __atomic_store_n(&unit.main, &pcb, __ATOMIC_RELEASE);
 }
 
+// A run unit gets its main program last: with one it is ready.
+bool hasMain(const Runcom &unit) {
+    return __atomic_load_n(&unit.main, __ATOMIC_ACQUIRE) != nullptr;
+}
+
 // The current run unit when it has a main program, else null.
 Runcom *runUnitWithMain() {
     Runcom *unit = runTimeStarted() ? currentRunUnit() : nullptr;
-    const bool ready = unit != nullptr && __atomic_load_n(&unit->main, __ATOMIC_ACQUIRE) != nullptr;
-    return ready ? unit : nullptr;
+    return unit != nullptr && hasMain(*unit) ? unit : nullptr;
 }
 
 // The run unit that a program enters: makes the run-time, a run unit and its main program exist,
@@ -159,8 +163,9 @@ FirstEntry firstEntry(Proccom &process, Runcom &unit, PCB &pcb) {
     if (pcb.lle != nullptr) {
         return FirstEntry::done; // another thread linked it while this one waited
     }
-    if (currentRunUnit() != &unit && unit.plle == nullptr) {
-        return FirstEntry::runTimeEnded;
+    if (unit.plle == nullptr && (currentRunUnit() != &unit || !hasMain(unit))) {
+        return FirstEntry::runTimeEnded; // the record is kept, or is just beginning another run
+                                         // unit
     }
     LLE *entry = unit.plle == nullptr ? nullptr : enterIntoList(unit.plle, pcb);
     if (entry == nullptr) {
