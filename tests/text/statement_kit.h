@@ -10,6 +10,24 @@
 #include <sys/mman.h>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "pcb.h"
+
+// Weights that make pairs of successive bytes equal.
+inline uint8_t weightOf(uint8_t byte) {
+    return byte / 2;
+}
+inline PCB programWithWeights() {
+    static uint8_t weights[256];
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        weights[byte] = weightOf(static_cast<uint8_t>(byte));
+    }
+    PCB pcb{};
+    pcb.collatingWeights = weights;
+    return pcb;
+}
+
 class Random {
 public:
     explicit Random(unsigned seed) : engine_(seed) {}
