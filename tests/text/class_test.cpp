@@ -61,11 +61,12 @@ constexpr uint32_t kTestSign = 0x0100;
 
 std::string wrongOnes(int32_t (*test)(uint32_t, const void *, int32_t),
                       const std::vector<ClassCase> &cases) {
+    EndedPages pages;
     std::string wrong;
     for (const ClassCase &c : cases) {
         for (const int32_t expected : {1, 0}) {
             for (const std::string &item : expected == 1 ? c.members : c.others) {
-                if (test(c.flags, item.data(), lengthOf(item)) != expected) {
+                if (test(c.flags, pages.place(item), lengthOf(item)) != expected) {
                     wrong += std::to_string(c.flags) + " " + kit::hex(item) + "\n";
                 }
             }
@@ -161,24 +162,22 @@ TEST(TextFunctions, Case) {
 
 TEST(TextFunctions, ReverseOfEachLength) {
     EndedPages pages;
-    for (std::size_t length = 0; length < 40; ++length) {
+    std::string text, reversed, units; // units: the pairs in reverse order
+    for (char letter = 'A'; letter < 'A' + 40; ++letter) {
         pages.nextStatement();
-        const std::string text =
-            std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmn").substr(0, length);
-        std::string units; // the pairs in reverse order
-        for (std::size_t at = 0; at + 2 <= length; at += 2) {
-            units.insert(0, text, at, 2);
-        }
+        const std::size_t length = text.size();
         const uint8_t *source = pages.place(text);
         uint8_t *target = pages.place(std::string(length, '~'));
         uint8_t *both = pages.place(text);
         _zorcReverse(lengthOf(text), source, target);
         _Tvq_reverse(lengthOf(text), both, both);
-        const std::string reversed(text.rbegin(), text.rend());
         EXPECT_EQ(bytesOf(target, length), reversed);
         EXPECT_EQ(bytesOf(both, length), reversed);
         _zorcReverseUnicode(target, source, lengthOf(units));
         EXPECT_EQ(bytesOf(target, units.size()), units);
+        text += letter;
+        reversed.insert(0, 1, letter);
+        units.insert(0, length % 2 != 0 ? text.substr(length - 1) : "");
     }
 }
 
