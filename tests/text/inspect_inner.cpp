@@ -256,12 +256,7 @@ void quickly(const InspectBlock &block) {
 }
 
 TEST(Inspect, RandomStatements) {
-    EndedPages pages;
-    for (unsigned seed = 0; seed < 40000 && !testing::Test::HasFailure(); ++seed) {
-        const std::string expected = outcome(seed, pages, model);
-        EXPECT_EQ(outcome(seed, pages, generally), expected) << seed;
-        EXPECT_EQ(outcome(seed, pages, quickly), expected) << seed;
-    }
+    expectSame(40000, outcome, {model, generally, quickly});
 }
 
 } // namespace

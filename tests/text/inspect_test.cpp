@@ -50,7 +50,7 @@ const std::string kCharacters =
     "ZOR076W  The replacement in an INSPECT ... REPLACING CHARACTERS is not one character long. "
     "The shorter length is used.\n\n";
 
-PROGRAM_TEST(Inspect, LengthsThatDiffer, .out = "AxCAxC AxCAxC xyzxyz ABCABC xxxxxx ABCABC ",
+PROGRAM_TEST(Inspect, LengthsThatDiffer, .out = "AxCAxD AxCAxD xyzABD ABCABD xxxxxx ABCABD ",
              .err = kReplacing + kConverting + kReplacing + kReplacing + kCharacters +
                     kCharacters) {
     const struct {
@@ -63,7 +63,7 @@ PROGRAM_TEST(Inspect, LengthsThatDiffer, .out = "AxCAxC AxCAxC xyzxyz ABCABC xxx
                  {INSPECT_REPLACING | INSPECT_CHARACTERS, "", "xy"},
                  {INSPECT_REPLACING | INSPECT_CHARACTERS, "", ""}};
     for (const auto &[flags, compared, target] : cases) {
-        std::string item = "ABCABC";
+        std::string item = "ABCABD";
         inspectOne(flags, item, compared, target.data(), target.size());
         printf("%s ", item.c_str());
     }

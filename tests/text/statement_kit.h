@@ -82,6 +82,19 @@ private:
     bool atEnd_ = true;
 };
 
+// Carries out random statements, one for each seed, in each of the ways: all leave the same.
+template <class Way>
+void expectSame(unsigned statements, std::string (*outcome)(unsigned, EndedPages &, Way),
+                const std::vector<Way> &ways) {
+    EndedPages pages;
+    for (unsigned seed = 0; seed < statements && !testing::Test::HasFailure(); ++seed) {
+        const std::string expected = outcome(seed, pages, ways.front());
+        for (std::size_t i = 1; i < ways.size(); ++i) {
+            EXPECT_EQ(outcome(seed, pages, ways[i]), expected) << seed;
+        }
+    }
+}
+
 inline std::string bytesOf(const void *address, std::size_t length) {
     return {static_cast<const char *>(address), length};
 }
