@@ -3,7 +3,6 @@
 
 #include <nl_types.h>
 #include <regex>
-#include <type_traits>
 
 #include "base/message_list.h"
 #include "support/kit.h"
@@ -34,14 +33,11 @@ Row rowOf(const char *helper, const zor::message::Message<Arguments...> &message
     return {helper, message.number, message.flags, {kindOf<Arguments>()...}};
 }
 
-std::vector<Row> allRows() {
-    using namespace zor::message;
-    return {
-#define ZOR_MESSAGE(name, ...) rowOf(#name, name),
+const Row kRows[] = {
+#define ZOR_MESSAGE(name, ...) rowOf(#name, zor::message::name),
 #include "base/message_list.def"
 #undef ZOR_MESSAGE
-    };
-}
+};
 
 // The kinds that a printf format asks for, in the order of the arguments; "?" for one that a
 // positional format leaves out ahead of its last one, which is an error of the format.
@@ -61,37 +57,26 @@ std::string kindsAskedBy(const std::string &format) {
     return kinds;
 }
 
-class Catalog : public testing::Test {
-protected:
-    void SetUp() override {
-        const std::string path =
-            std::string(_zorProccom->libdir) + "../share/locale/en_US/cobol2run.cat";
-        catalog_ = catopen(path.c_str(), 0);
-        ASSERT_NE(catalog_, reinterpret_cast<nl_catd>(-1)) << path;
-    }
-    void TearDown() override { catclose(catalog_); }
+// A text that may be issued: a severity, a blank, one line that is not empty.
+std::string entry(int set, int message) {
+    const std::string path =
+        std::string(_zorProccom->libdir) + "../share/locale/en_US/cobol2run.cat";
+    static nl_catd catalog = catopen(path.c_str(), 0);
+    const std::string text = catgets(catalog, set, message, "");
+    EXPECT_TRUE(std::regex_match(text, std::regex("[0-3] [!-~].*")))
+        << set << ", message " << message << ": " << text;
+    return text;
+}
 
-    // A text that may be issued: a severity, a blank, one line that is not empty.
-    std::string entry(int set, int message) const {
-        const std::string text = catgets(catalog_, set, message, "");
-        EXPECT_TRUE(std::regex_match(text, std::regex("[0-3] [!-~].*")))
-            << set << ", message " << message << ": " << text;
-        return text;
-    }
-
-private:
-    nl_catd catalog_ = nullptr;
-};
-
-TEST_F(Catalog, HasATextForEveryMessageThatTakesItsArguments) {
-    for (const Row &row : allRows()) {
+TEST(Catalog, HasATextForEveryMessageThatTakesItsArguments) {
+    for (const Row &row : kRows) {
         const std::string text =
             entry(row.number, static_cast<int>(row.flags & MESSAGE_VARIANT_MASK) + 1);
         EXPECT_TRUE(row.arguments.starts_with(kindsAskedBy(text))) << row.helper << ": " << text;
     }
 }
 
-TEST_F(Catalog, HasTheTextsThatNoHelperIssues) {
+TEST(Catalog, HasTheTextsThatNoHelperIssues) {
     for (const auto &[set, message] : {std::pair{96, 1}, {202, 1}, {230, 1}, {901, 2}, {995, 1}}) {
         entry(set, message);
     }

@@ -2,9 +2,7 @@
 
 #include <clocale>
 #include <cstring>
-#include <string_view>
 #include <thread>
-#include <utility>
 
 #include "base/message_list.h"
 #include "support/failure_kit.h"
@@ -48,10 +46,8 @@ TEST(Messages, WidthIsThatOfTheTerminalAndOfSingleBytesOnly) {
         }
     };
     const std::string broken =
-        "ZOR171I  FILE=/a/very/long/path/that/go\n"
-        "         es/on is not a run-time option.\n"
-        "         It is ignored. Check the \n"
-        "         environment variable COBRTOPT.\n\n"
+        "ZOR171I  FILE=/a/very/long/path/that/go\n         es/on is not a run-time option.\n"
+        "         It is ignored. Check the \n         environment variable COBRTOPT.\n\n"
         "ZOR171I  FILE=/a/very/long/path/that/goes/on is not a run-time option. It is \n"
         "         ignored. Check the environment variable COBRTOPT.\n\n";
     const std::string whole = "ZOR171I  FILE=/a/very/long/path/that/goes/on" + kUnknownOption;
@@ -187,14 +183,12 @@ TEST(Messages, ThoseOfSeveralThreadsStayApart) {
         a.join();
         b.join();
     });
-    std::string_view rest = child.err;
-    for (int count = 0; count < 6000; ++count) {
-        ASSERT_GT(rest.size(), 9U);
-        const std::string message = "ZOR171I  " + std::string(40, rest[9]) + kUnknownOption;
-        ASSERT_EQ(rest.substr(0, message.size()), message);
-        rest.remove_prefix(message.size());
+    const std::size_t size = 9 + 40 + kUnknownOption.size();
+    ASSERT_EQ(child.err.size(), 6000 * size);
+    for (std::size_t at = 0; at < child.err.size(); at += size) {
+        ASSERT_EQ(child.err.substr(at, size),
+                  "ZOR171I  " + std::string(40, child.err[at + 9]) + kUnknownOption);
     }
-    EXPECT_EQ(rest, "");
 }
 
 // A thread that is displaying, and needs a message for it, holds its stream; a message that is
@@ -269,51 +263,48 @@ protected:
         buildCatalog(directory_, locale, source);
         return {{"CATALOG", directory_.path()}};
     }
+    // Expects this of a program that reads such a catalogue.
+    template <class Body> void expectRun(const std::string &source, Expected expected, Body) {
+        expected.environment = build("C", source);
+        expectChild(expected, inProgram([] {
+                        useOwnCatalog();
+                        Body{}();
+                    }));
+    }
 
 private:
     TemporaryDirectory directory_;
 };
 
+const std::string kOwnLook = "$set 9999\n1 \"0   XYZ  iwsc   0x4000\"\n"; // a larger buffer too
+const std::string kOwnClosing = "$set 901\n1 \"2 XYZ901 The end.\"\n";
+
 TEST_F(OwnCatalog, TellsHowMessagesLook) {
-    const Environment environment = build("C", "$set 7\n"
-                                               "1 \"3 %2$s before %1$d\"\n"
-                                               "2 \"7 odd digit\"\n"
-                                               "3 \"1\"\n"
-                                               "4 \"1 %s\"\n"
-                                               "$set 901\n1 \"2 XYZ901 The end.\"\n"
-                                               "$set 9999\n1 \"0   XYZ  iwsc   0x4000\"\n");
-    const ChildResult child = runProgram(environment, [] {
-        useOwnCatalog();
+    const char *entries = "$set 7\n1 \"3 %2$s before %1$d\"\n2 \"7 odd digit\"\n"
+                          "3 \"1\"\n4 \"1 %s\"\n";
+    const std::string err = "XYZ007w  \n\nXYZ007w  " + std::string(9000, 'x') +
+                            "\n\nXYZ008i  Cannot find message 8 in cobol2run.cat\n\n"
+                            "XYZ007i  odd digit\n\nXYZ007c  two before 5\nXYZ901 The end.\n\n";
+    expectRun(entries + kOwnClosing + kOwnLook, {.err = err, .status = kAborted}, [] {
         _zorWriteERRmsg(7, 2);
         _zorWriteERRmsg(7, 3, std::string(9000, 'x').c_str());
         _zorWriteERRmsg(8, kInformational);
         _zorWriteERRmsg(7, kInformational | 1);
         _zorWriteERRmsg(7, MESSAGE_NO_TRACEBACK, 5, "two");
     });
-    std::string seen = child.err;
-    EXPECT_EQ(std::erase(seen, 'x'), 9000U); // the buffer is larger than usual
-    EXPECT_EQ(seen, "XYZ007w  \n\nXYZ007w  \n\nXYZ008i  Cannot find message 8 in cobol2run.cat\n\n"
-                    "XYZ007i  odd digit\n\nXYZ007c  two before 5\nXYZ901 The end.\n\n");
-    EXPECT_EQ(child.status, kAborted);
 }
 
 TEST_F(OwnCatalog, ABufferThatCannotBeHadClosesTheCatalogue) {
-    const Environment environment =
-        build("C", "$set 7\n1 \"1 seven\"\n$set 9999\n1 \"0 XYZ iwsc 0xF0000000\"\n");
     const char *told =
         "Insufficient storage, Cannot allocate message buffer.\n"
         "XYZ007i  Cannot find message catalog cobol2run.cat in NLSPATH. Message number is "
         "7. Cannot find message 7 in cobol2run.cat\n\n";
-    expectChild({.environment = environment, .errHolds = told}, [] {
-        useOwnCatalog();
-        _zorWriteERRmsg(7, kInformational);
-    });
+    expectRun("$set 7\n1 \"1 seven\"\n$set 9999\n1 \"0 XYZ iwsc 0xF0000000\"\n", {.errHolds = told},
+              [] { _zorWriteERRmsg(7, kInformational); });
 }
 
 TEST_F(OwnCatalog, TheLocalesOfTheProcessStayAsTheyAre) {
-    const Environment environment = build("C", "$set 7\n1 \"1 seven\"\n");
-    const char *out = "seven, C.UTF-8 C;seven, C.UTF-8 C.UTF-8;";
-    expectChild({.environment = environment, .out = out}, [] {
+    expectRun("$set 7\n1 \"1 seven\"\n", {.out = "seven, C.UTF-8 C;seven, C.UTF-8 C.UTF-8;"}, [] {
         setlocale(LC_CTYPE, "C.UTF-8");
         for (const char *messages : {"C", "C.UTF-8"}) {
             setlocale(LC_MESSAGES, messages);
@@ -344,21 +335,14 @@ TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
 
 // The monitor is stopped by the closing line, whatever prefix that has.
 TEST_F(OwnCatalog, AClosingLineOfItsOwnStopsTheTransaction) {
-    const Environment environment = build("C", "$set 7\n1 \"2 seven\"\n"
-                                               "$set 901\n1 \"2 XYZ901 The end.\"\n"
-                                               "$set 9999\n1 \"0 XYZ iwsc 0x4000\"\n");
-    const ChildResult child = runProgram(environment, [] {
-        useOwnCatalog();
-        issueInHost(1, 0, 7, 0);
-    });
-    EXPECT_EQ(child.out, "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]");
-    EXPECT_EQ(child.status, 3);
+    const char *out = "0 CCBL 1 token[XYZ007s  seven]1 CCBL 1 token[XYZ901 The end.]";
+    expectRun("$set 7\n1 \"2 seven\"\n" + kOwnClosing + kOwnLook, {.out = out, .status = 3},
+              [] { issueInHost(1, 0, 7, 0); });
 }
 
 // The message's buffer, and the locks that it and the DISPLAY in need of it hold, are given back.
 TEST_F(OwnCatalog, StopRunOutOfTheHostsRoutineLeavesNothingHeld) {
-    const Environment environment = build("C", "$set 7\n1 \"2 severe\"\n2 \"1 %s\"\n"
-                                               "$set 9999\n1 \"0 XYZ iwsc 0x4000\"\n");
+    const Environment environment = build("C", "$set 7\n1 \"2 severe\"\n2 \"1 %s\"\n" + kOwnLook);
     const std::string large(9000, 'x');
     expectChild({.environment = environment, .err = "XYZ007i  " + large + "\n\n"}, [] {
         static Program program("PROG");

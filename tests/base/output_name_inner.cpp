@@ -36,32 +36,38 @@ TEST(OutputName, IsGeneratedForAPercentSign) {
         inProgram += each.inProgram + std::string("\n");
         alone += each.alone + std::string("\n");
     }
-    ChildResult child = runProgram({{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}, [] { expandAll(); });
-    const std::regex west(R"(\d{8}\.\d{6}\.\d{6}\+0530\.\d+)");
-    EXPECT_EQ(std::regex_replace(child.out, west, "@"), inProgram);
-    child = runChild(expandAll, Environment{{"TZ", "XXX-5:30"}});
-    const std::regex east(R"(\d{8}\.\d{6}\.\d{6}-0530\.\d+)");
-    EXPECT_EQ(std::regex_replace(child.out, east, "@"), alone);
+    const std::string stamp = R"(\d{8}\.\d{6}\.\d{6})";
+    const std::string west =
+        runProgram({{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}, [] { expandAll(); }).out;
+    EXPECT_EQ(std::regex_replace(west, std::regex(stamp + R"(\+0530\.\d+)"), "@"), inProgram);
+    const std::string east = runChild(expandAll, Environment{{"TZ", "XXX-5:30"}}).out;
+    EXPECT_EQ(std::regex_replace(east, std::regex(stamp + R"(-0530\.\d+)"), "@"), alone);
+}
+
+std::string generated(bool fresh = false) {
+    return zor::expandOutputName("%", fresh, "b");
 }
 
 CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
-    const std::string first = zor::expandOutputName("%", false, "b");
-    EXPECT_NE(zor::expandOutputName("%", true, "b"), first);
-    EXPECT_EQ(zor::expandOutputName("%", false, "b"), first);
+    const std::string first = generated();
+    EXPECT_NE(generated(true), first);
+    EXPECT_EQ(generated(), first);
     zor::forgetNameStamp();
-    EXPECT_NE(zor::expandOutputName("%", false, "b"), first);
+    EXPECT_NE(generated(), first);
 }
 
 PROGRAM_TEST(OutputName, HasAStampOfItsOwnInANestedRunUnit) {
-    static const std::string outer = zor::expandOutputName("%", false, "b");
+    static const std::string outer = generated();
     Program nested("PROG");
     _zorCOBOLLink();
     runMainProgram(nested, [] {
-        const std::string inner = zor::expandOutputName("%", false, "b");
+        const std::string inner = generated();
         EXPECT_NE(inner, outer);
-        EXPECT_EQ(zor::expandOutputName("%", false, "b"), inner);
+        EXPECT_EQ(generated(), inner);
     });
-    EXPECT_EQ(zor::expandOutputName("%", false, "b"), outer);
+    EXPECT_EQ(generated(), outer);
+    zor::forgetNameStamp();
+    EXPECT_NE(generated(), outer);
 }
 
 } // namespace

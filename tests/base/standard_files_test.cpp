@@ -42,14 +42,11 @@ protected:
 };
 
 TEST_F(StandardFiles, UnsetEmptyOrUnopenedOnesAreThoseOfTheProcess) {
-    for (const Environment &environment : std::vector<Environment>{
-             {},
-             {{"SYSOUT", ""}, {"SYSLIST", "list"}, {"CONSOLE", ""}, {"COBMSGS", ""}},
-             {{"SYSOUT", "no/a"},
-              {"CONSOLE", "no/b"},
-              {"COBMSGS", "@/no/c"},
-              {"COBOUTDIR", "@/no"}},
-         }) {
+    const Environment environments[] = {
+        {},
+        {{"SYSOUT", ""}, {"SYSLIST", "list"}, {"CONSOLE", ""}, {"COBMSGS", ""}},
+        {{"SYSOUT", "a"}, {"CONSOLE", "b"}, {"COBMSGS", "@/no/c"}, {"COBOUTDIR", "@/no"}}};
+    for (const Environment &environment : environments) {
         const ChildResult child = run(environment);
         EXPECT_EQ(child.out, "to sysout\nto console\n");
         EXPECT_EQ(child.err, kMessage);
@@ -135,15 +132,14 @@ TEST_F(StandardFiles, AFileHasNoTerminalSize) {
 
 TEST_F(StandardFiles, InputNamesAreTakenAsTheyStand) {
     writeFile(directory_.file("in%"), "from in%\n");
-    writeFile(directory_.file("in"), "from in\n");
+    writeFile(directory_.file("in"), "console\n");
     const ChildResult child = run({{"SYSIPT", "in%"}, {"CONSOLE", "in%"}, {"COBOUTDIR", "no"}}, [] {
-        char sysin[12];
-        char console[12];
-        _zorcAccept(ACCEPT_FROM_SYSIN, 8, sysin);
-        _zorcAccept(ACCEPT_FROM_CONSOLE, 7, console);
-        printf("%.8s|%.7s", sysin, console);
+        char text[] = "########|#######";
+        _zorcAccept(ACCEPT_FROM_SYSIN, 8, text);
+        _zorcAccept(ACCEPT_FROM_CONSOLE, 7, text + 9);
+        fputs(text, stdout);
     });
-    EXPECT_EQ(child.out, "from in%|from in");
+    EXPECT_EQ(child.out, "from in%|console");
 }
 
 } // namespace

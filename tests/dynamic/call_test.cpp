@@ -1,17 +1,17 @@
 // Programs that are called by name: what they keep between their calls, and what CANCEL, the end of
 // a run unit and the cache take from them.
-#include <cstdlib>
-#include <numeric>
-#include <pthread.h>
-
 #include "calls.h"
 #include "cpm.h"
-#include "support/failure_kit.h"
 
 namespace {
 
 using calls::callsOf;
-using calls::cancel;
+using calls::showCalls;
+
+int32_t cancel(const std::string &name) {
+    kit::Program caller("CALLER");
+    return _zorCancel(nullptr, static_cast<int32_t>(name.size()), name.data(), &caller.pcb);
+}
 
 // Further main programs of the process, each with a run unit of its own.
 void runUnit(void (*body)()) {
@@ -19,15 +19,30 @@ void runUnit(void (*body)()) {
     kit::runMainProgram(main, body);
 }
 
-void showCalls(const std::vector<const char *> &names) {
-    for (const char *name : names) {
-        printf("%d", callsOf(name));
+// Ends the run unit and runs others in its place; then the first main program has left already.
+void goOnWith(std::initializer_list<void (*)()> units) {
+    _zorPgmTerm(_zorProccom->runcom->main);
+    for (void (*unit)() : units) {
+        runUnit(unit);
     }
-    printf(" ");
+    for (int i = 0; i < 2; ++i) { // what no run unit knows does not stay listed
+        printf("%d", _zor_cpm_unload("SUB"));
+    }
+    fflush(stdout);
+    _exit(0);
 }
 
 void showThreeCalls() {
     showCalls({"SUB", "SUB", "SUB"});
+}
+
+template <class Body>
+void expectRun(const std::string &out, const calls::Programs &programs,
+               const kit::Environment &environment, Body body) {
+    const auto child = programs.run(body, environment);
+    EXPECT_EQ(child.out, out);
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, 0);
 }
 
 } // namespace
@@ -47,10 +62,11 @@ TEST(NestedPrograms, AreFoundWithoutTheList) {
         const char *name;
         FunctionDescriptor *entry;
         int32_t cancelled;
-    } cases[] = {
-        {"INNER  ", &entries[0], 0}, {"NER", &entries[1], 1}, {"OUTER", &entries[2], 0},
-        {"inner", nullptr, 0},       {"INNE", nullptr, 0},
-    };
+    } cases[] = {{"INNER  ", &entries[0], 0},
+                 {"NER", &entries[1], 1},
+                 {"OUTER", &entries[2], 0},
+                 {"inner", nullptr, 0},
+                 {"INNE", nullptr, 0}};
     for (const auto &[name, entry, cancelled] : cases) {
         const auto length = static_cast<int32_t>(strlen(name));
         int32_t exception = 1;
@@ -64,10 +80,10 @@ TEST(NestedPrograms, AreFoundWithoutTheList) {
 }
 
 TEST(Call, KeepsWhatCancelTakes) {
-    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
-    const auto child = programs.run([] {
+    const char *out = "123 000123 15 5 closed 0111 external ";
+    expectRun(out, calls::Programs("SUB.so"), {}, [] {
         showThreeCalls();
-        printf("%d%d%d ", cancel("SUB  "), cancel("NOSUCH"), cancel("  "));
+        printf("%d%d%d", cancel("SUB  "), cancel("NOSUCH"), cancel("  "));
         showThreeCalls();
         const ProgramData *sub = calls::call("SUB", [] {
             printf("%d", cancel("SUB"));
@@ -96,8 +112,6 @@ TEST(Call, KeepsWhatCancelTakes) {
         printf("%d%d%d ", pcb.upsi == _zorProccom->runcom->upsi, pcb.century > 1900,
                pcb.flags == _zorProccom->options1);
     });
-    EXPECT_EQ(child.out, "123 000 123 15 5 closed 0111 external ");
-    EXPECT_EQ(child.err, "");
 }
 
 // Each run unit begins with initial values; only the cache knows a file that is gone.
@@ -105,33 +119,26 @@ TEST(Call, OutlivesTheRunUnitInTheCache) {
     const struct {
         const char *cache, *removed, *out;
     } cases[] = {
-        {"0", "", "123 123 123 "},
-        {"0", "SUB.so", "123 000 000 "},
-        {"1", "SUB.so", "123 123 123 "},
-        {"", "SUB.so", "123 000 000 "}, // the first run unit did not know that there would be more
+        {"0", "", "123 123 123 00"},
+        {"0", "SUB.so", "123 000 000 00"},
+        {"1", "SUB.so", "123 123 123 10"},
+        {"", "SUB.so",
+         "123 000 000 00"}, // the first run unit did not know that there would be more
     };
     for (const auto &[cache, removed, out] : cases) {
-        const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
-        const auto child = programs.run(
-            [] {
-                showThreeCalls();
-                remove(getenv("REMOVED"));
-                _zorPgmTerm(_zorProccom->runcom->main);
-                runUnit(showThreeCalls);
-                runUnit(showThreeCalls);
-                fflush(stdout);
-                _exit(0); // the first main program has left already
-            },
-            {{"COBOL_CPM_CACHE", cache}, {"REMOVED", removed}});
-        EXPECT_EQ(child.out, out) << cache << removed;
-        EXPECT_EQ(child.err, "");
+        expectRun(out, calls::Programs("SUB.so"),
+                  {{"COBOL_CPM_CACHE", cache}, {"REMOVED", removed}}, [] {
+                      showThreeCalls();
+                      remove(getenv("REMOVED"));
+                      goOnWith({showThreeCalls, showThreeCalls});
+                  });
     }
 }
 
 TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
-    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}, {"BYMAIN", "RUNPAY.so"}});
-    const auto child = programs.run(
-        [] {
+    expectRun(
+        "1 1 0 01 00 01 00 11 closed 1 100", calls::Programs("SUB.so BYMAIN=RUNPAY.so"),
+        {{"COBOL_CPM_CACHE", "1"}}, [] {
             showCalls({"SUB"});
             printf("%d ", _zor_cpm_unload("SUB"));
             showCalls({"SUB"});
@@ -145,29 +152,17 @@ TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
             _zor_cpm_disable();
             showCalls({"RUNPAY", "OTHER"});
             _zor_cpm_enable();
-            _zorPgmTerm(_zorProccom->runcom->main);
-            runUnit([] { showCalls({"SUB", "RUNPAY"}); });
-            fflush(stdout);
-            _exit(0);
-        },
-        {{"COBOL_CPM_CACHE", "1"}});
-    EXPECT_EQ(child.out, "1 1 0 01 00 01 00 11 ");
-    EXPECT_EQ(child.err, "");
-}
-
-TEST(Call, LosesNoRecordsToTheCache) {
-    const calls::Programs programs(calls::Copies{{"SUB", "SUB.so"}});
-    const auto child = programs.run(
-        [] {
-            static FCB file = kit::openFile([](FCB *closed, IPCB *) {
-                printf("closed %d ", closed->closemode);
-                closed->curmode = 0;
-            });
-            kit::giveFiles({&file}, const_cast<IPCB *>(calls::call("SUB")->ipcb));
-            printf("%d", _zor_cpm_unload("SUB"));
-        },
-        {{"COBOL_CPM_CACHE", "1"}});
-    EXPECT_EQ(child.out, "closed 1 1");
+            const auto unloadAtTheEnd = [] { // no record that a file holds back is lost
+                showCalls({"SUB", "RUNPAY"});
+                static FCB file = kit::openFile([](FCB *closed, IPCB *) {
+                    printf("closed %d ", closed->closemode);
+                    closed->curmode = 0;
+                });
+                kit::giveFiles({&file}, const_cast<IPCB *>(calls::call("SUB")->ipcb));
+                printf("%d", _zor_cpm_unload("SUB"));
+            };
+            goOnWith({unloadAtTheEnd});
+        });
 }
 
 TEST(Call, IsRefusedWithoutARunUnit) {
@@ -181,62 +176,20 @@ TEST(Call, IsRefusedWithoutARunUnit) {
 }
 
 TEST(Call, LoadsOnceForTwoThreads) {
-    const calls::Programs programs(calls::Copies{{"SLOW", "SLOW.so"}});
-    const auto child = programs.run([] {
+    const auto child = calls::Programs("SLOW=SLOW.so").run([] {
         static pthread_barrier_t start;
         pthread_barrier_init(&start, nullptr, 2);
         const auto body = [] {
             pthread_barrier_wait(&start);
             calls::call("SLOW");
         };
-        const pthread_t threads[] = {failure::startThread(body), failure::startThread(body)};
-        for (const pthread_t thread : threads) {
+        for (const pthread_t thread : {failure::startThread(body), failure::startThread(body)}) {
             pthread_join(thread, nullptr);
         }
         printf("%d", callsOf("SLOW"));
     });
     EXPECT_EQ(child.out, "loading\n3");
     EXPECT_EQ(child.status, 0);
-}
-
-// A file has the entries of all, and the name of one.
-TEST(Call, KnowsFiveHundredPrograms) {
-    const calls::Programs programs;
-    const std::string file = kit::readFile(TEST_PROGRAMS "/MANY.so");
-    const std::string marker = "NAME000";
-    const std::size_t place = file.find(marker);
-    ASSERT_NE(place, std::string::npos);
-    for (int i = 0; i < 500; ++i) {
-        const std::string name = "PROG" + std::to_string(1000 + i).substr(1);
-        std::string copy = file;
-        copy.replace(place, marker.size(), name);
-        const std::string path = programs.directory().file(name + ".so");
-        kit::writeFile(path, copy);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    }
-    const auto callAll = [] {
-        for (int round = 0; round < 3; ++round) {
-            int32_t sum = 0;
-            for (int i = 0; i < 500; ++i) {
-                sum += callsOf("PROG" + std::to_string(1000 + i).substr(1));
-            }
-            printf("%d ", sum);
-        }
-    };
-    for (const char *cache : {"0", "1"}) {
-        const auto child = programs.run(
-            [] {
-                decltype(callAll) body;
-                body();
-                _zorPgmTerm(_zorProccom->runcom->main);
-                runUnit(body);
-                fflush(stdout);
-                _exit(0);
-            },
-            {{"COBOL_CPM_CACHE", cache}});
-        EXPECT_EQ(child.out, "500 1000 1500 500 1000 1500 ") << cache;
-        EXPECT_EQ(child.err, "");
-    }
 }
 
 CHILD_TEST(Subroutine, CannotBeInvokedDirectly,

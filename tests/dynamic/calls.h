@@ -4,13 +4,11 @@
 
 #include <cstring>
 #include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
+#include <sstream>
 
 #include "call.h"
 #include "programs/program.h"
-#include "support/kit.h"
+#include "support/failure_kit.h"
 
 namespace calls {
 
@@ -21,9 +19,9 @@ inline FunctionDescriptor *find(const std::string &name, int32_t &exception, uin
                      &exception);
 }
 
-// CALL name, without ON EXCEPTION.
-inline ProgramData *call(const std::string &name, void (*inside)() = nullptr) {
-    int32_t exception = 0;
+// CALL name, ON EXCEPTION if that is not 0: null then.
+inline ProgramData *call(const std::string &name, void (*inside)() = nullptr,
+                         int32_t exception = 0) {
     FunctionDescriptor *target = find(name, exception);
     return target == nullptr ? nullptr : reinterpret_cast<ProgramEntry>(target->entry)(inside);
 }
@@ -31,44 +29,38 @@ inline ProgramData *call(const std::string &name, void (*inside)() = nullptr) {
 // CALL name ON EXCEPTION: how often the program was called since it had its initial values, 0 when
 // the exception came.
 inline int32_t callsOf(const std::string &name, void (*inside)() = nullptr) {
-    int32_t exception = 1;
-    FunctionDescriptor *target = find(name, exception);
-    return target == nullptr ? 0 : reinterpret_cast<ProgramEntry>(target->entry)(inside)->calls;
+    const ProgramData *data = call(name, inside, 1);
+    return data == nullptr ? 0 : data->calls;
 }
 
-inline int32_t cancel(const std::string &name) {
-    kit::Program caller("CALLER");
-    return _zorCancel(nullptr, static_cast<int32_t>(name.size()), name.data(), &caller.pcb);
+inline void showCalls(std::initializer_list<const char *> names) {
+    for (const char *name : names) {
+        printf("%d", callsOf(name));
+    }
+    printf(" ");
 }
 
-using Copies = std::vector<std::pair<const char *, std::string>>; // program and target
-
-// A directory with copies of the test programs; a target's folder is made.
-class Programs {
-public:
-    explicit Programs(const Copies &copies = {}) {
-        for (const auto &[program, target] : copies) {
-            add(program, target);
+// A directory with copies of the test programs: of SUB, or of that in PROGRAM=target.
+struct Programs {
+    explicit Programs(const std::string &targets) {
+        std::istringstream words(targets);
+        for (std::string word; words >> word;) {
+            const std::size_t mark = word.find('=');
+            const std::string program = mark == std::string::npos ? "SUB" : word.substr(0, mark);
+            const std::filesystem::path file = directory.file(word.substr(mark + 1));
+            std::filesystem::create_directories(file.parent_path());
+            std::filesystem::copy_file(TEST_PROGRAMS "/" + program + ".so", file);
         }
     }
-    void add(const std::string &program, const std::string &target) const {
-        const std::filesystem::path file = directory_.file(target);
-        std::filesystem::create_directories(file.parent_path());
-        std::filesystem::copy_file(TEST_PROGRAMS "/" + program + ".so", file);
-    }
-    const kit::TemporaryDirectory &directory() const { return directory_; }
-
     // Runs a main program there.
     template <class Body>
     kit::ChildResult run(Body body, const kit::Environment &environment = {}) const {
         kit::ChildOptions options;
         options.environment = environment;
-        options.directory = directory_.path();
+        options.directory = directory.path();
         return kit::runChild(kit::inProgram(body), options);
     }
-
-private:
-    kit::TemporaryDirectory directory_;
+    kit::TemporaryDirectory directory;
 };
 
 } // namespace calls

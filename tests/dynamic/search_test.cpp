@@ -1,226 +1,154 @@
 // Where CALL finds a program, what it takes for its entry, and what it says when there is none.
-#include <cstdlib>
 #include <dlfcn.h>
-#include <sstream>
 #include <sys/resource.h>
 
 #include "calls.h"
-#include "support/failure_kit.h"
 
 namespace {
 
-// CALL of the program that the environment names, ON EXCEPTION: shows the file and the symbol.
-const auto callNamed = [] {
-    int32_t exception = 5;
-    const uint32_t flags = *getenv("FOLDED") == '1' ? PCB_UPPER_CASE_NAMES : 0;
-    const FunctionDescriptor *target = calls::find(getenv("CALLED"), exception, flags);
-    Dl_info place{};
-    if (target != nullptr) {
-        dladdr(target->entry, &place);
-        EXPECT_EQ(target->reserved4, 0U);
-        printf("%s %s", place.dli_fname, place.dli_sname);
-    }
-    printf("%s", exception == 5 ? "" : exception == 6 ? "exception" : "?");
-};
+enum Place : uint8_t { outside, inMonitor };
 
-// The lines of the log that tell of a load.
-std::string loadLines(const std::string &log) {
-    std::istringstream lines(log);
-    std::string line;
-    std::string result;
-    while (std::getline(lines, line)) {
-        if (line.starts_with("_zor_cpm: ") || line.starts_with("CPM: ")) {
-            result += line + "\n";
-        }
+// Runs a CALL ON EXCEPTION, of a caller that folds names if it is of "sub": the file and the symbol
+// that it finds, and the lines of the log that tell of the load.
+std::string search(const calls::Programs &programs, const char *path, const std::string &called,
+                   Place place = outside, const char *libraryPath = "") {
+    const auto child = programs.run(
+        [] {
+            const std::string name = getenv("CALLED");
+            int32_t exception = 5;
+            const auto *target =
+                calls::find(name, exception, name == "sub" ? PCB_UPPER_CASE_NAMES : 0);
+            Dl_info found{};
+            if (target != nullptr) {
+                dladdr(target->entry, &found);
+                EXPECT_EQ(target->reserved4, 0U);
+                printf("%s %s", found.dli_fname, found.dli_sname);
+            }
+            printf("%s", exception == 5 ? "" : exception == 6 ? "exception " : "?");
+        },
+        {{"COBPATH", path},
+         {"CALLED", called},
+         {"LD_LIBRARY_PATH", libraryPath},
+         {"__COBOL_KOTS_CONTAINER", place == inMonitor ? "1" : ""},
+         {"__ZORDEBUG", "1"}});
+    std::istringstream log(child.err);
+    std::string result = child.out;
+    for (std::string line; std::getline(log, line);) {
+        const bool tells = line.starts_with("_zor_cpm: ") || line.starts_with("CPM: ");
+        result += tells ? line + "\n" : "";
     }
+    EXPECT_EQ(child.status, 0) << result;
     return kit::shape(result);
 }
-
-struct Search {
-    const char *path;
-    calls::Copies files;
-    const char *found;
-    const char *called = "SUB";
-    bool inMonitor = false;
-    const char *log = "";
-    const char *libraryPath = "";
-};
-
-const std::string kLong(200, 'N');
-const std::string kLongFile = std::string(160, 'N') + ".so";
 
 } // namespace
 
 TEST(Search, FollowsThePath) {
-    const std::string longFound = "a/" + kLongFile + " main";
-    const Search searches[] = {
-        {"a:b", {{"SUB", "b/SUB.so"}}, "b/SUB.so SUB"},
-        {"a:b", {{"SUB", "b/SUB"}, {"SUB", "a/SUB.so"}}, "a/SUB.so SUB"},
-        {"a:b", {{"SUB", "a/SUB.so"}, {"SUB", "a/SUB"}}, "a/SUB SUB"},
-        {"", {{"SUB", "SUB.so"}}, "./SUB.so SUB"},
-        {"a::b:", {{"SUB", "b/SUB"}}, "b/SUB SUB"},
-        {":b", {{"SUB", "b/SUB"}, {"SUB", "SUB"}}, "b/SUB SUB"},
-        {"a", {{"SUB", "l/SUB"}}, "l/SUB SUB", "SUB", false, "", "l"},
-        {"a",
-         {{"SUB", "a/dir/SUB"}},
-         "",
-         "dir/SUB",
-         false,
-         "_zor_cpm: Failed to load dir/SUB  load @  entry (nil)\n"},
-        {"a", {{"SUB", "a/SUB.so"}}, "a/SUB.so SUB", "SUB  "},
-        {"a", {{"BYMAIN", "a/" + kLongFile}}, longFound.c_str(), kLong.c_str()},
-        {"a:b",
-         {{"SUB", "a/SUB.qbxcob"}},
-         "",
-         "SUB",
-         false,
-         "_zor_cpm: Failed to locate SUB in default search\n"
-         "CPM: dlopen(SUB) error: 0 SUB: cannot open shared object file: No such file or "
-         "directory\n"},
-        // The monitor's own endings come first, in all directories.
-        {"a:b", {{"SUB", "a/SUB"}, {"SUB", "b/SUB.qbxcob"}}, "b/SUB.qbxcob SUB", "SUB", true},
-        {"a:b", {{"SUB", "a/SUB.so"}, {"SUB", "b/SUB.qbxcob"}}, "a/SUB.so SUB", "SUB", true},
-        {"a:b", {{"SUB", "a/SUB.so"}, {"SUB", "a/SUB.qbxcob"}}, "a/SUB.qbxcob SUB", "SUB", true},
-        {"a:b", {{"SUB", "b/SUB"}}, "b/SUB SUB", "SUB", true},
-        {"a",
-         {{"SUB", "l/SUB.qbxcob"}, {"SUB", "l/SUB"}},
-         "l/SUB.qbxcob SUB",
-         "SUB",
-         true,
-         "",
-         "l"},
-        // Entries.
-        {"a", {{"BYMAIN", "a/SUB"}}, "a/SUB main"},
-        {"a", {{"BYSTART", "a/SUB"}}, "a/SUB _start"},
-        {"a", {{"INMONITOR", "a/SUB"}}, "a/SUB _zor_cobol_main", "SUB", true},
-        {"a",
-         {{"INMONITOR", "a/SUB"}},
-         "",
-         "SUB",
-         false,
-         "_zor_cpm: Failed to load SUB  load @  entry (nil)\n"},
-    };
-    for (const Search &search : searches) {
-        const calls::Programs programs(search.files);
-        const auto child =
-            programs.run(callNamed, {{"COBPATH", search.path},
-                                     {"CALLED", search.called},
-                                     {"FOLDED", "0"},
-                                     {"LD_LIBRARY_PATH", search.libraryPath},
-                                     {"__COBOL_KOTS_CONTAINER", search.inMonitor ? "1" : ""},
-                                     {"__ZORDEBUG", "1"}});
-        const std::string where = search.called + (" in " + std::string(search.path));
-        EXPECT_EQ(child.status, 0) << where;
-        EXPECT_EQ(child.out, *search.found == '\0' ? "exception" : search.found) << where;
-        EXPECT_EQ(loadLines(child.err), search.log) << where;
+    const std::string longName(160, 'N');
+    const struct {
+        const char *path;
+        std::string files, found, called = "SUB";
+        Place place = outside;
+        const char *libraryPath = "";
+    } rows[] = {
+        {"a:b", "b/SUB.so", "b/SUB.so SUB"},
+        {"a:b", "b/SUB a/SUB.so", "a/SUB.so SUB"},
+        {"a:b", "a/SUB.so a/SUB", "a/SUB SUB"},
+        {"", "SUB.so", "./SUB.so SUB"},
+        {"a::b:", "b/SUB", "b/SUB SUB"},
+        {":b", "b/SUB SUB", "b/SUB SUB"},
+        {"a", "l/SUB", "l/SUB SUB", "SUB", outside, "l"},
+        {"a", "a/dir/SUB", "exception _zor_cpm: Failed to load dir/SUB  load @  entry (nil)\n",
+         "dir/SUB"},
+        {"a", "a/SUB.so", "a/SUB.so SUB", "SUB  "},
+        {"a", "BYMAIN=a/" + longName, "a/" + longName + " main", longName + "N"},
+        {"a:b", "a/SUB.qbxcob",
+         "exception _zor_cpm: Failed to locate SUB in default search\nCPM: dlopen(SUB) error: 0 "
+         "SUB: cannot open shared object file: No such file or directory\n"},
+        {"a:b", "a/SUB b/SUB.qbxcob", "b/SUB.qbxcob SUB", "SUB", inMonitor},
+        {"a:b", "a/SUB.so b/SUB.qbxcob", "a/SUB.so SUB", "SUB", inMonitor},
+        {"a:b", "a/SUB.so a/SUB.qbxcob", "a/SUB.qbxcob SUB", "SUB", inMonitor},
+        {"a:b", "b/SUB", "b/SUB SUB", "SUB", inMonitor},
+        {"a", "l/SUB.qbxcob l/SUB", "l/SUB.qbxcob SUB", "SUB", inMonitor, "l"},
+        {"a", "BYMAIN=a/SUB", "a/SUB main"},
+        {"a", "BYSTART=a/SUB", "a/SUB _start"},
+        {"a", "INMONITOR=a/SUB", "a/SUB _zor_cobol_main", "SUB", inMonitor},
+        {"a", "INMONITOR=a/SUB", "exception _zor_cpm: Failed to load SUB  load @  entry (nil)\n"}};
+    for (const auto &[path, files, found, called, place, libraryPath] : rows) {
+        EXPECT_EQ(search(calls::Programs(files), path, called, place, libraryPath), found)
+            << path << " has " << files;
     }
 }
 
 TEST(Search, StopsAtAFileThatIsNoGood) {
-    const struct {
-        void (*spoil)(const std::string &file);
-        const char *reason; // null: it is passed over
-    } cases[] = {
-        {[](const std::string &file) { kit::writeFile(file, "#!/bin/sh\n"); }, "file too short"},
-        {[](const std::string &file) { kit::writeFile(file, std::string(5000, 'x')); },
-         "invalid ELF header"},
-        {[](const std::string &file) {
-             std::string bytes = kit::readFile(file);
-             bytes[4] = 2; // ELFCLASS64
-             kit::writeFile(file, bytes);
-         },
-         "wrong ELF class: ELFCLASS64"},
-        {[](const std::string &file) {
-             std::filesystem::permissions(file, std::filesystem::perms::owner_read);
-         },
-         nullptr},
-        {[](const std::string &file) { std::filesystem::remove(file); }, nullptr},
-    };
-    for (const auto &[spoil, reason] : cases) {
-        const calls::Programs programs(calls::Copies{{"SUB", "a/SUB"}, {"SUB", "b/SUB"}});
-        spoil(programs.directory().file("a/SUB"));
-        const auto child = programs.run(
-            callNamed,
-            {{"COBPATH", "a:b"}, {"CALLED", "sub"}, {"FOLDED", "1"}, {"__ZORDEBUG", "1"}});
-        EXPECT_EQ(child.out, reason == nullptr ? "b/SUB SUB" : "exception");
-        EXPECT_EQ(loadLines(child.err), reason == nullptr
-                                            ? ""
-                                            : "_zor_cpm: Failed to locate SUB in COBPATH (a:b)\n"
-                                              "CPM: dlopen(a/SUB) error: 0 a/SUB: " +
-                                                  std::string(reason) + "\n");
+    std::string wide = kit::readFile(TEST_PROGRAMS "/SUB.so");
+    wide[4] = 2; // ELFCLASS64
+    const std::string cases[][2] = {{"#!/bin/sh\n", "file too short"},
+                                    {std::string(5000, 'x'), "invalid ELF header"},
+                                    {wide, "wrong ELF class: ELFCLASS64"}};
+    const calls::Programs programs("a/SUB b/SUB");
+    const std::string file = programs.directory.file("a/SUB");
+    for (const auto &[content, reason] : cases) {
+        kit::writeFile(file, content);
+        EXPECT_EQ(search(programs, "a:b", "sub"),
+                  "exception _zor_cpm: Failed to locate SUB in COBPATH (a:b)\n"
+                  "CPM: dlopen(a/SUB) error: 0 a/SUB: " +
+                      reason + "\n");
     }
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read); // is passed over
+    EXPECT_EQ(search(programs, "a:b", "sub"), "b/SUB SUB");
 }
 
 TEST(Search, EndsTheRunByMessage96) {
     const auto failedCall = [](const std::string &text) {
-        return failure::kTraceback + "ZOR096S  CALL of " + text + "\n" + failure::kClosing + "\n";
+        return kit::Expected{.err = failure::kTraceback + "ZOR096S  CALL of " + text + "\n" +
+                                    failure::kClosing + "\n",
+                             .status = failure::kAborted};
     };
     kit::expectChildren({
         {"not found",
-         {.err = failedCall("program NOSUCH failed: it was not found along COBPATH, could not be "
-                            "loaded, or has no entry point. Check COBPATH and the file's "
-                            "permissions."),
-          .status = failure::kAborted},
+         failedCall("program NOSUCH failed: it was not found along COBPATH, could not be loaded, "
+                    "or has no entry point. Check COBPATH and the file's permissions."),
          kit::inProgram([] { calls::call("NOSUCH  "); })},
-        {"empty",
-         {.err = failedCall("a program failed: its name is empty."), .status = failure::kAborted},
+        {"empty", failedCall("a program failed: its name is empty."),
          kit::inProgram([] { calls::call(std::string("  \0 ", 4)); })},
-        {"empty, with ON EXCEPTION", {.out = "8"}, kit::inProgram([] {
-             int32_t exception = 7;
-             EXPECT_EQ(calls::find("", exception), nullptr);
-             printf("%d", exception);
-         })},
+        {"empty, with ON EXCEPTION", {.out = "0 "}, kit::inProgram([] { calls::showCalls({""}); })},
     });
 }
 
-// Runs a main program in a process that has room for two large programs.
-template <class Body> kit::ChildResult runInTwoRooms(Body, const char *cache) {
-    const calls::Programs programs(calls::Copies{{"LARGE", "PROG001"},
-                                                 {"LARGE", "PROG002"},
-                                                 {"LARGE", "PROG003"},
-                                                 {"LARGE", "PROG004"},
-                                                 {"LARGE", "PROG005"}});
-    return programs.run(
-        [] {
-            const rlimit limit{900'000'000, 900'000'000};
-            setrlimit(RLIMIT_AS, &limit);
-            Body{}();
-        },
-        {{"COBOL_CPM_CACHE", cache}});
-}
-
-void showCallsOf(const std::vector<const char *> &names) {
-    for (const char *name : names) {
-        printf("%d", calls::callsOf(name));
-    }
-}
-
-// The cached program that was called longest ago makes room, but not while it is active; what was
-// unloaded does not come back within its run unit.
+// The cached program that was called longest ago makes room for a third large one, but not while it
+// or one in it is active; what was unloaded does not come back within its run unit.
 TEST(Search, MakesRoomInTheCache) {
     if (ZOR_UNDER_SANITIZER != 0) {
         GTEST_SKIP() << "the sanitizer takes the address space for itself";
     }
-    const auto cached = runInTwoRooms(
-        [] {
-            showCallsOf({"PROG001", "PROG002", "PROG003", "PROG001"});
-            printf(" %d", calls::callsOf("PROG002", [] {
-                       showCallsOf({"PROG004", "PROG003", "PROG005", "PROG004"});
-                   }));
-        },
-        "1");
-    EXPECT_EQ(cached.out, "11101010 2");
+    const calls::Programs programs("LARGE=P1 LARGE=P2 LARGE=P3 LARGE=P4 HUGE=HUGE LARGE=P6");
+    const auto runInTwoRooms = [&](const char *cache) {
+        return programs.run(
+            [] {
+                const rlimit limit{900'000'000, 900'000'000};
+                setrlimit(RLIMIT_AS, &limit);
+                calls::showCalls({"P1", "P2", "P3", "P1"});
+                fflush(stdout);
+                calls::call("P3"); // ends the run without the cache
+                static ProgramData *huge;
+                calls::call("P2", [] {
+                    calls::showCalls({"P4", "P3", "HUGE", "P4"});
+                    huge = calls::call("HUGE", [] { calls::showCalls({"P6"}); });
+                });
+                huge->ipcb[1].ent = 1;
+                calls::showCalls({"P2", "P6"});
+                huge->ipcb[1].ent = 0;
+                printf("%d", huge->calls);
+            },
+            {{"COBOL_CPM_CACHE", cache}});
+    };
+    const auto cached = runInTwoRooms("1");
+    EXPECT_EQ(cached.out, "1110 1010 0 31 2");
     EXPECT_EQ(cached.err, "");
     EXPECT_EQ(cached.status, 0);
-
-    const auto notCached = runInTwoRooms(
-        [] {
-            showCallsOf({"PROG001", "PROG002", "PROG003", "PROG001"});
-            fflush(stdout);
-            calls::call("PROG003");
-        },
-        "0");
-    EXPECT_EQ(notCached.out, "1102");
-    EXPECT_EQ(notCached.status, failure::kAborted);
+    const auto notCached = runInTwoRooms("0");
+    EXPECT_EQ(notCached.out, "1102 ");
     EXPECT_NE(notCached.err.find("there is not enough storage to load it"), std::string::npos);
+    EXPECT_EQ(notCached.status, failure::kAborted);
 }

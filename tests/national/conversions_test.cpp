@@ -1,17 +1,14 @@
 // Conversions between national, native and EBCDIC data, each in a process of its own locale.
-#include <cstring>
+#include <map>
 #include <random>
-#include <set>
-#include <vector>
-
 #include <sys/resource.h>
+#include <vector>
 
 #include "codepage.h"
 #include "display.h"
 #include "national.h"
 #include "national/locales.h"
 #include "support/failure_kit.h"
-#include "support/kit.h"
 
 namespace {
 
@@ -21,18 +18,6 @@ constexpr const char *kMixed = "ja_JP.UTF-8";      // QBX-1399
 
 // Each in storage of its own size, so that the sanitizer sees what goes beyond.
 using Item = std::vector<char>;
-
-Item untouched(std::size_t bytes) {
-    return Item(bytes, '\xEE');
-}
-
-Item bytesOf(const std::string &hex) {
-    Item bytes(hex.size() / 2);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = static_cast<char>(std::stoi(hex.substr(2 * i, 2), nullptr, 16));
-    }
-    return bytes;
-}
 
 int32_t lengthOf(const Item &item) {
     return static_cast<int32_t>(item.size());
@@ -63,7 +48,6 @@ const Row kRows[] = {
     {kLatin, ToUnicode, "", "4142", 2, "15 2 4100", FAILED("15")},
     {kLatin, ToUnicode, "", "-4142", 2, "1 2 eeee", FAILED("1")},
     {kLatin, ToUnicode, "e", "c1c0", 4, "0 4 4100e400"},
-    {kLatin, ToUnicode, "QBX-1140", "c19f", 4, "0 4 4100ac20"},
     {kLatin, ToUnicode, "qbx-01140", "c19f", 4, "0 4 4100ac20"},
     {kLatin, ToUnicode, "qbx-923_P100-1998", "a4", 2, "0 2 ac20"},
     {kLatin, ToUnicode, "QBX-1140  ", "c1", 2, "0 2 4100"},
@@ -75,7 +59,6 @@ const Row kRows[] = {
     {kLatin, FromUnicode, "", "4230", 2, "0 1 1aee"},
     {kLatin, FromUnicode, "", "410000d8", 4, "11 4 41eeeeee", FAILED("11")},
     {kLatin, FromUnicode, "e", "4100e400", 1, "15 1 c1", FAILED("15")},
-    {kLatin, FromUnicode, "e", "", 1, "0 0 ee"},
     {kLatin, FromUnicode, "UTF-8", "3dd800de", 4, "0 4 f09f9880"},
     {kLatin, AtoE, "", "41e4", 4, "0 2 c1c0eeee"},
     {kLatin, AtoE, "", "41", 1, "0 0 c1"},
@@ -93,7 +76,6 @@ const Row kRows[] = {
     {kLatin, ToEbcdic, "", "0e410e41", -6, "0 4 0ec10ec1eeee"},
     {kLatin, ToEbcdic, "", "-0e410f", -4, "0 1 c1eeeeee"},
     {kLatin, ToEbcdic, "", "-410f", 4, "0 2 c10feeee"},
-    {kLatin, ToEbcdic, "", "-0e41", 4, "0 1 c1eeeeee"},
     {kLatin, ToEbcdic, "", "41424344", 2, "0 2 c1c2"},
     {kLatin, ToEbcdic, "", "4142434445", 2, "15 0 eeee", FAILED("15")},
     {kLatin, ToAscii, "", "c1c2", 4, "0 2 41422020"},
@@ -122,8 +104,6 @@ const Row kRows[] = {
     {kMixed, ToEbcdic, "", "-e38182e38182", 4, "0 4 44814481"},
     {kMixed, ToEbcdic, "", "41e3818242", 3, "0 3 c10e44"},
     {kMixed, ToAscii, "", "c10e44810fc2", 6, "0 5 41e381824220"},
-    {kMixed, ToAscii, "", "-44814481", 7, "0 6 e38182e3818220"},
-    {kMixed, ToAscii, "", "-c10e44810fc2", 6, "0 5 41e381824220"},
     {kMixed, ToAscii, "", "-0e4481", 3, "0 3 e38182"},
     {kMixed, ToAscii, "", "-0e448144", 3, "0 3 e38182"},
     {kMixed, ToAscii, "", "-0e44810e44810f", -8, "0 6 2020e38182e38182"},
@@ -131,17 +111,17 @@ const Row kRows[] = {
     {kMixed, ToAscii, "", "-0f", 1, "0 0 20"},
 };
 
-int32_t call(const Row &row, const Item &source, int32_t length, Item &target,
+int32_t call(const Row &row, const char *source, int32_t length, Item &target,
              int32_t &targetLength) {
     constexpr decltype(&_zorUniAtoE) kBetween[] = {_zorUniAtoE, _zorUniEtoA, _zorConvToEBCDIC,
                                                    _zorConvToASCII};
     if (row.call < ToUnicode) {
-        return kBetween[row.call](source.data(), length, target.data(), &targetLength);
+        return kBetween[row.call](source, length, target.data(), &targetLength);
     }
     const std::string page = row.page;
     const auto pageLength = page == "e" ? CODEPAGE_EBCDIC : static_cast<int32_t>(page.size());
     const auto convert = row.call == ToUnicode ? _zorConvToUnicode : _zorConvFromUnicode;
-    return convert(source.data(), length, target.data(), &targetLength, page.data(), pageLength);
+    return convert(source, length, target.data(), &targetLength, page.data(), pageLength);
 }
 
 void runRows() {
@@ -149,12 +129,15 @@ void runRows() {
         if (std::string(row.locale) != getenv("LC_ALL")) {
             continue;
         }
-        const bool negative = *row.source == '-';
-        const Item source = bytesOf(row.source + (negative ? 1 : 0));
-        Item target = untouched(static_cast<std::size_t>(std::abs(row.capacity)));
+        const int32_t sign = *row.source == '-' ? -1 : 1;
+        Item source;
+        for (std::string hex = row.source + (sign < 0 ? 1 : 0); !hex.empty(); hex.erase(0, 2)) {
+            source.push_back(static_cast<char>(std::stoi(hex.substr(0, 2), nullptr, 16)));
+        }
+        source.shrink_to_fit();
+        Item target(static_cast<std::size_t>(std::abs(row.capacity)), '\xEE');
         int32_t length = row.capacity;
-        const int32_t status =
-            call(row, source, lengthOf(source) * (negative ? -1 : 1), target, length);
+        const int32_t status = call(row, source.data(), sign * lengthOf(source), target, length);
         EXPECT_EQ(std::to_string(status) + " " + std::to_string(length) + " " +
                       kit::hex(target.data(), target.size()),
                   row.expected)
@@ -163,27 +146,20 @@ void runRows() {
 }
 
 TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
-    std::set<std::string> names;
+    std::map<std::string, std::string> messages; // by locale
     for (const Row &row : kRows) {
-        names.insert(row.locale);
+        messages[row.locale] += *row.message != 0 ? std::string(row.message) + "\n\n" : "";
     }
-    for (const std::string &locale : names) {
-        std::string messages;
-        for (const Row &row : kRows) {
-            if (locale == row.locale && *row.message != 0) {
-                messages += std::string(row.message) + "\n\n";
-            }
-        }
-        kit::expectChild({.environment = locales::in(locale), .err = messages}, runRows);
+    for (const auto &[locale, err] : messages) {
+        kit::expectChild({.environment = locales::in(locale), .err = err}, runRows);
     }
 }
 
 Item displayOf(const std::u16string &text) {
     Item native(text.size() * 3);
-    native.resize(static_cast<std::size_t>(
-        _Tvq_display_of(static_cast<int32_t>(text.size() * 2), text.data(), native.data())));
-    native.shrink_to_fit();
-    return native;
+    const auto bytes = static_cast<int32_t>(text.size() * 2);
+    const int32_t length = _Tvq_display_of(bytes, text.data(), native.data());
+    return {native.begin(), native.begin() + length};
 }
 
 // To EBCDIC and back; the sign of the source's length is that of both calls.
@@ -198,7 +174,7 @@ void expectRoundTrip(const Item &native, int32_t sign) {
 }
 
 // Characters of one, two and three bytes, most of them in the two-byte part of the EBCDIC page.
-void roundTrips() {
+CHILD_TEST(Conversions, OfMixedDataRoundTrip, locales::in(kMixed)) {
     const std::u16string characters = u"A z9あ漢ｱ、Ж×";
     std::minstd_rand random(7);
     for (int trial = 0; trial < 3000; ++trial) {
@@ -219,38 +195,28 @@ void roundTrips() {
     }
 }
 
-TEST(Conversions, OfMixedDataRoundTrip) {
-    kit::expectChild({.environment = locales::in(kMixed)}, roundTrips);
-}
-
 // Past what the stack holds, in place, by look-up and through national data.
-void longTexts() {
+CHILD_TEST(Conversions, TakeLongTextsInPlace, locales::in(kUtf8)) {
     for (const std::size_t size : {16380U, 16381U, 100000U}) {
-        for (const std::string first : {"x", "\xc3\xa4"}) {
+        const std::pair<std::string, char> firsts[] = {{"x", '\xA7'}, {"\xc3\xa4", '\x43'}};
+        for (const auto &[first, ebcdic] : firsts) {
             const std::string native = first + std::string(size, 'x');
+            const auto bytes = static_cast<int32_t>(native.size());
             std::string area = native;
-            auto left = static_cast<int32_t>(area.size());
-            EXPECT_EQ(_zorUniAtoE(area.data(), left, area.data(), &left), 0);
-            EXPECT_EQ(area.substr(0, size + 1),
-                      (first == "x" ? '\xA7' : '\x43') + std::string(size, '\xA7'));
-            left = static_cast<int32_t>(area.size());
-            EXPECT_EQ(
-                _zorConvToASCII(area.data(), static_cast<int32_t>(size) + 1, area.data(), &left),
-                0);
+            int32_t left = bytes;
+            EXPECT_EQ(_zorUniAtoE(area.data(), bytes, area.data(), &left), 0);
+            EXPECT_EQ(area.substr(0, size + 1), ebcdic + std::string(size, '\xA7'));
+            int32_t length = bytes;
+            EXPECT_EQ(_zorConvToASCII(area.data(), bytes - left, area.data(), &length), 0);
             EXPECT_EQ(area, native);
         }
     }
 }
 
-TEST(Conversions, TakeLongTextsInPlace) {
-    kit::expectChild({.environment = locales::in(kUtf8)}, longTexts);
-}
-
-bool icuIsLoaded() {
-    return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
-}
-
 CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out = "text\n") {
+    const auto icuIsLoaded = [] {
+        return kit::readFile("/proc/self/maps").find("libicu") != std::string::npos;
+    };
     kit::displayLine(DISPLAY_ON_SYSOUT, {"text"});
     EXPECT_FALSE(icuIsLoaded());
     EXPECT_EQ(_zorProccom->convclose, nullptr);
@@ -264,13 +230,13 @@ CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out
     EXPECT_TRUE(icuIsLoaded());
 }
 
+const std::string kAllFail =
+    UNOPENED("UTF-8", "2") "\n\nZOR224W  The collating sequence of locale en_US cannot be opened: "
+                           "status 2.\n\nZOR225W  A change between upper and lower case failed: "
+                           "status 2, locale en_US.\n";
+
 // Where the conversion library cannot be loaded each service tells so.
-CHILD_TEST(Conversions, FailWithoutTheLibrary,
-           .errHolds = UNOPENED(
-               "UTF-8",
-               "2") "\n\nZOR224W  The collating sequence of locale en_US "
-                    "cannot be opened: status 2.\n\nZOR225W  A change between upper and lower "
-                    "case failed: status 2, locale en_US.\n") {
+CHILD_TEST(Conversions, FailWithoutTheLibrary, .errHolds = kAllFail) {
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none = {0, files.rlim_max};
@@ -293,37 +259,26 @@ PROGRAM_TEST(Conversions, EndTheRunWithoutStorage, .errHolds = "ZOR907S",
 }
 #endif
 
-void queries() {
+CHILD_TEST(CodePages, AnswerQuestions, .environment = locales::in(kUtf8),
+           .errHolds = "ZOR221W  A converter for code page nothing cannot be opened: ") {
+    const std::string tooLong = "QBX-1140" + std::string(60, 'x');
     const struct {
-        const char *name;
+        std::string name;
         int32_t widest; // 0: not known
         int32_t ccsid;
-    } cases[] = {{"QBX-1140", 1, 1140},
-                 {"qbx-00037", 1, 37},
-                 {"UTF-8", 3, 1208},
-                 {"ISO8859-1", 1, 819},
-                 {"QBX-1399", 3, 1399},
-                 {"UTF-16LE", 2, 1202},
-                 {"nothing", 0, -1},
-                 {"", 0, -1},
-                 {"QBX-1140-and-a-name-longer-than-any-that-the-library-would-take", 0, -1}};
+    } cases[] = {{"QBX-1140", 1, 1140}, {"qbx-00037", 1, 37},  {"UTF-8", 3, 1208},
+                 {"ISO8859-1", 1, 819}, {"QBX-1399", 3, 1399}, {"UTF-16LE", 2, 1202},
+                 {"nothing", 0, -1},    {"", 0, -1},           {tooLong, 0, -1}};
     for (const auto &[name, widest, ccsid] : cases) {
         int32_t got = 0;
         const bool known = widest != 0;
-        EXPECT_EQ(_zorValidateCPID(name, static_cast<int32_t>(strlen(name))), known ? 0 : 1)
-            << name;
-        EXPECT_EQ(_zorGetMaxCharSize(name), widest) << name;
-        EXPECT_EQ(_zorGetCCSID(name, &got), known ? 0 : 2) << name;
+        const auto length = static_cast<int32_t>(name.size());
+        EXPECT_EQ(_zorValidateCPID(name.data(), length), known ? 0 : 1) << name;
+        EXPECT_EQ(_zorGetMaxCharSize(name.data()), widest) << name;
+        EXPECT_EQ(_zorGetCCSID(name.data(), &got), known ? 0 : 2) << name;
         EXPECT_EQ(got, ccsid) << name;
     }
     EXPECT_EQ(_zorValidateCPID("QBX-1140##", 8), 0);
-}
-
-TEST(CodePages, AnswerQuestions) {
-    const auto child = kit::runChild(queries, locales::in(kUtf8));
-    EXPECT_EQ(child.out, "");
-    EXPECT_EQ(child.err.substr(0, child.err.find(':')),
-              "ZOR221W  A converter for code page nothing cannot be opened");
 }
 
 } // namespace

@@ -1,9 +1,10 @@
 // Moves, comparison and case of national data.
+#include <algorithm>
 #include <clocale>
 
 #include "national.h"
 #include "national/locales.h"
-#include "support/kit.h"
+#include "text/wide.h"
 
 namespace {
 
@@ -11,35 +12,26 @@ int32_t bytesOf(const std::u16string &text) {
     return static_cast<int32_t>(text.size() * sizeof(char16_t));
 }
 
-std::string asBytes(const std::u16string &text) {
-    return {reinterpret_cast<const char *>(text.data()), static_cast<std::size_t>(bytesOf(text))};
-}
-
 TEST(NationalText, Moves) {
     const struct {
-        std::string source;
+        std::string source; // "." stands for a byte of zero
         int32_t target;
         std::string expected;
-    } cases[] = {{asBytes(u"ab"), 8, asBytes(u"ab  ")},
-                 {asBytes(u"ab"), -8, asBytes(u"  ab")},
-                 {asBytes(u"abc"), 4, asBytes(u"ab")},
-                 {asBytes(u"abc"), -4, asBytes(u"bc")},
-                 {asBytes(u"ab"), 4, asBytes(u"ab")},
-                 {asBytes(u"ab"), -4, asBytes(u"ab")},
-                 {"", 4, asBytes(u"  ")},
-                 {asBytes(u"ab"), 0, ""},
-                 {asBytes(u"ab"), 7, {"a\0b\0 \0 ", 7}},
-                 {asBytes(u"abc"), -3, {"b\0c", 3}}};
-    for (const auto &[source, target, expected] : cases) {
+    } cases[] = {{"a.b.", 8, "a.b. . ."}, {"a.b.", -8, " . .a.b."}, {"a.b.c.", 4, "a.b."},
+                 {"a.b.c.", -4, "b.c."},  {"a.b.", 4, "a.b."},      {"a.b.", -4, "a.b."},
+                 {"", 4, " . ."},         {"a.b.", 0, ""},          {"a.b.", 7, "a.b. . "},
+                 {"a.b.c.", -3, "b.c"}};
+    for (auto [source, target, expected] : cases) {
+        std::replace(source.begin(), source.end(), '.', '\0');
         std::string area(expected.size() + 1, '#');
-        EXPECT_EQ(_zorMoveUnicode(area.data(), target, source.data(),
-                                  static_cast<int32_t>(source.size())),
-                  0);
-        EXPECT_EQ(kit::hex(area), kit::hex(expected + '#')) << target;
+        const auto length = static_cast<int32_t>(source.size());
+        EXPECT_EQ(_zorMoveUnicode(area.data(), target, source.data(), length), 0);
+        std::replace(area.begin(), area.end(), '\0', '.');
+        EXPECT_EQ(area, expected + '#') << target;
     }
 }
 
-void compares() {
+CHILD_TEST(NationalText, ComparesInTheOrderOfTheLocale, locales::in("de_DE.ISO-8859-1")) {
     const struct {
         std::u16string left;
         std::u16string right;
@@ -51,12 +43,8 @@ void compares() {
     for (const auto &[left, right, expected] : cases) {
         EXPECT_EQ(_zorCompareUnicode(left.data(), bytesOf(left), right.data(), bytesOf(right)),
                   expected)
-            << kit::hex(asBytes(left)) << " " << kit::hex(asBytes(right));
+            << kit::hex(wide(left)) << " " << kit::hex(wide(right));
     }
-}
-
-TEST(NationalText, ComparesInTheOrderOfTheLocale) {
-    kit::expectChild({.environment = locales::in("de_DE.ISO-8859-1")}, compares);
 }
 
 using Change = int32_t (*)(void *, int32_t *, const void *, int32_t);
@@ -70,22 +58,19 @@ std::u16string changed(Change change, const std::u16string &source, int32_t capa
     return result == length ? target : u"status " + std::u16string(1, char16_t(u'A' + result));
 }
 
-void cases() {
-    const bool turkish = *setlocale(LC_CTYPE, nullptr) == 't';
-    EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18),
-              turkish ? u"STRASSE İ" : u"STRASSE I");
-    EXPECT_EQ(changed(_zorLowerCaseUnicode, u"ÄI", 4), turkish ? u"äı" : u"äi");
-    EXPECT_EQ(changed(_zorUpperCaseUnicode, u"", 4), u"");
-    EXPECT_EQ(changed(_zorUpperCaseUnicode, u"ßß", 4), u"status P"); // 15
-}
-
 TEST(NationalText, ChangesCaseByTheLocale) {
+    const std::string failed =
+        "ZOR225W  A change between upper and lower case failed: status 15, locale ";
     for (const std::string locale : {"de_DE.ISO-8859-1", "tr_TR.ISO-8859-9"}) {
-        kit::expectChild({.environment = locales::in(locale),
-                          .err = "ZOR225W  A change between upper and lower case failed: status "
-                                 "15, locale " +
-                                 locale.substr(0, 5) + ".\n\n"},
-                         cases);
+        const std::string err = failed + locale.substr(0, 5) + ".\n\n";
+        kit::expectChild({.environment = locales::in(locale), .err = err}, [] {
+            const bool turkish = *setlocale(LC_CTYPE, nullptr) == 't';
+            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18),
+                      turkish ? u"STRASSE İ" : u"STRASSE I");
+            EXPECT_EQ(changed(_zorLowerCaseUnicode, u"ÄI", 4), turkish ? u"äı" : u"äi");
+            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"", 4), u"");
+            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"ßß", 4), u"status P"); // 15
+        });
     }
 }
 

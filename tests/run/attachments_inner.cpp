@@ -38,25 +38,21 @@ constexpr zor::Attachment kRows[] = {
 };
 
 TEST(Attachments, EachEventIsToldOnceAndInOrder) {
-    kit::Program withFiles("FILES");
-    kit::Program without("NONE");
-    static FCB *files[2] = {};
+    kit::Program withFiles("FILES"), without("NONE");
+    FCB *files[2] = {};
     withFiles.ipcb->fcbs = files;
     withFiles.ipcb->nfcbs = 2;
     int32_t rc = 0;
-    _zorPgmInit(&withFiles.pcb);
-    _zorPgmInit(&without.pcb);
-    _zorPgmInit(&withFiles.pcb);
-    _zorPgmTerm(&withFiles.pcb);
-    _zorPgmTerm(&without.pcb);
+    kit::enter(withFiles, without, withFiles);
+    kit::leave(withFiles, without);
     EXPECT_EQ(told, "1f2");
-    _zorPgmTerm(&withFiles.pcb);
+    kit::leave(withFiles);
     EXPECT_EQ(told, "1f21u2u");
     zor::threadSlot();
-    _zorCOBOLTerm(1, &rc);
+    kit::hostTerm(1);
     EXPECT_EQ(told, "1f21u2u1t1p2p");
     _zorCOBOLHostInit(&rc);
-    _zorCOBOLTerm(1, &rc); // this thread has no slot
+    kit::hostTerm(1); // this thread has no slot
     EXPECT_EQ(told, "1f21u2u1t1p2p1p2p");
 }
 

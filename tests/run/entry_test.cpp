@@ -16,20 +16,6 @@ using namespace kit;
 
 namespace {
 
-bool isMain(const Program &program) {
-    return (program.pcb.flags & PCB_IS_MAIN) != 0;
-}
-
-CHILD_TEST(Entry, LoadLeavesOneIdleRunUnit) {
-    const Proccom &process = *_zorProccom;
-    const Runcom &idle = *process.freeru;
-    EXPECT_STREQ(process.eyecatcher, "PROCCOM");
-    EXPECT_STREQ(idle.eyecatcher, "RUNCOM ");
-    EXPECT_EQ(std::tuple(process.runcom, idle.link), std::tuple(nullptr, nullptr));
-    EXPECT_EQ(std::tuple(idle.id, process.nextid, process.options1), std::tuple(0, 1, 0));
-    EXPECT_EQ(std::tuple(process.codepage, process.threadkey), std::tuple(-1, -1));
-}
-
 TEST(Entry, AMinimalMainProgramLogsItsWay) {
     const std::string log = shape(runProgram({{"__ZORDEBUG", "1"}}, [] {}).err);
     const std::string start = // behind the build identification
@@ -64,160 +50,151 @@ TEST(Entry, AMinimalMainProgramLogsItsWay) {
 }
 
 CHILD_TEST(Entry, ActivationsAreCountedAndOnlyTheMainProgramsLastExitEnds) {
-    Program main("MAIN");
-    Program sub("SUB");
+    Program main("MAIN"), sub("SUB");
     const Proccom &process = *_zorProccom;
-    _zorPgmInit(&main.pcb);
+    EXPECT_STREQ(process.eyecatcher, "PROCCOM");
+    EXPECT_STREQ(process.freeru->eyecatcher, "RUNCOM ");
+    EXPECT_EQ(std::tuple(process.freeru->id, process.freeru->link), std::tuple(0, nullptr));
+    EXPECT_EQ(std::tuple(process.nextid, process.options1, process.codepage, process.threadkey),
+              std::tuple(1, 0, -1, -1));
+    enter(main);
     const Runcom *unit = process.runcom;
-    _zorPgmInit(&main.pcb);
-    _zorPgmInit(&sub.pcb);
-    EXPECT_EQ(std::tuple(main.ipcb[0].ent, sub.ipcb[0].ent, unit->nest), std::tuple(2, 1, 3));
-    EXPECT_EQ(unit->main, &main.pcb);
-    EXPECT_TRUE(isMain(main));
-    _zorPgmTerm(&sub.pcb);
-    _zorPgmTerm(&main.pcb);
-    EXPECT_EQ(std::tuple(main.ipcb[0].ent, sub.ipcb[0].ent, unit->nest), std::tuple(1, 0, 1));
+    const auto expectCounts = [&](int ofMain, int ofSub) {
+        EXPECT_EQ(std::tuple(main.ipcb->ent, sub.ipcb->ent), std::tuple(ofMain, ofSub));
+        EXPECT_EQ(std::tuple(process.runcom, unit->nest), std::tuple(unit, ofMain + ofSub));
+        EXPECT_EQ(std::tuple(unit->main, main.pcb.flags & PCB_IS_MAIN),
+                  std::tuple(&main.pcb, PCB_IS_MAIN));
+    };
+    enter(main, sub);
+    expectCounts(2, 1);
+    leave(sub, main);
+    expectCounts(1, 0);
     _zorPgmExit(sub.ipcb);
-    EXPECT_EQ(sub.ipcb[0].ent, 0) << "never below zero";
-    EXPECT_EQ(process.runcom, unit);
-    EXPECT_TRUE(isMain(main));
-    _zorPgmTerm(&main.pcb);
-    EXPECT_EQ(process.runcom, nullptr);
-    EXPECT_EQ(process.freeru, unit);
-    EXPECT_FALSE(isMain(main));
+    EXPECT_EQ(sub.ipcb->ent, 0) << "never below zero";
+    leave(main);
+    EXPECT_EQ(std::tuple(process.runcom, process.freeru), std::tuple(nullptr, unit));
+    EXPECT_EQ(main.pcb.flags & PCB_IS_MAIN, 0);
     EXPECT_EQ(std::tuple(main.pcb.lle, sub.pcb.lle), std::tuple(nullptr, nullptr));
-    _zorPgmInit(&main.pcb); // a second run unit uses the idle one again
+    enter(main); // a second run unit uses the idle one again
     EXPECT_EQ(std::tuple(process.runcom, unit->id, process.cache), std::tuple(unit, 2, CACHE_ON));
-    _zorPgmTerm(&main.pcb);
+    leave(main);
 }
 
 CHILD_TEST(Entry, AProgramIsLinkedToTheRunUnit,
            .environment = {{"COBRTOPT", "UPSI(01000001),NOCHECK"}}) {
-    static Program main("MAIN");
-    static Program old("OLD");
+    static Program main("MAIN"), old("OLD");
     memcpy(old.pcb.level, "\5\1\0", 3);
     uint32_t word = 0;
     old.pcb.pgmword = &word;
     main.pcb.flags = PCB_CHECK | PCB_UPPER_CASE_NAMES;
-    _zorPgmInit(&main.pcb);
-    _zorPgmInit(&old.pcb);
+    enter(main, old);
     EXPECT_EQ(main.pcb.upsi, _zorProccom->runcom->upsi);
     EXPECT_EQ(memcmp(main.pcb.upsi, "01000001", 8), 0);
     EXPECT_EQ(std::tuple(main.pcb.pgmword, old.pcb.pgmword),
               std::tuple(&_zorProccom->pgmword, &word));
     EXPECT_EQ(main.pcb.flags, 0x83000000);
-    EXPECT_EQ(std::tuple(main.ipcb[0].pcb, main.pcb.lle->ipcb), std::tuple(&main.pcb, main.ipcb));
+    EXPECT_EQ(std::tuple(main.ipcb->pcb, main.pcb.lle->ipcb), std::tuple(&main.pcb, main.ipcb));
     EXPECT_EQ(std::string(main.pcb.lle->name, main.pcb.lle->namelen), "MAIN");
 }
 
 CHILD_TEST(Entry, ProgramsOfOneNameAreKeptApartByTheirEntries) {
-    static Program first("SAME");
-    static Program second("SAME");
-    _zorPgmInit(&first.pcb);
-    _zorPgmInit(&second.pcb);
+    static Program first("SAME"), second("SAME");
+    enter(first, second);
     EXPECT_NE(first.pcb.lle, second.pcb.lle);
     EXPECT_EQ(second.pcb.lle->pcb, &second.pcb);
     _zorCloseReset(second.ipcb);
-    EXPECT_EQ(std::tuple(second.pcb.lle, second.ipcb[0].ent), std::tuple(nullptr, 0));
-    _zorPgmInit(&second.pcb); // linked afresh
+    EXPECT_EQ(std::tuple(second.pcb.lle, second.ipcb->ent), std::tuple(nullptr, 0));
+    enter(second); // linked afresh
     EXPECT_NE(second.pcb.lle, nullptr);
-    EXPECT_EQ(second.ipcb[0].ent, 1);
+    EXPECT_EQ(second.ipcb->ent, 1);
+}
+
+void enterWithCenturyWindows() {
+    const time_t now = time(nullptr);
+    const int year = localtime(&now)->tm_year + 1900;
+    const struct {
+        int32_t century, expected;
+        uint8_t level = 5;
+    } cases[] = {{-50, year - 50},      {-500, -500},  {1900, 1900},
+                 {year, year},          {-50, -50, 1}, {year - 100, year - 100},
+                 {INT32_MAX, INT32_MAX}};
+    for (const auto &each : cases) {
+        auto &program = *new Program("WINDOW"); // the run unit goes on knowing it
+        program.pcb.level[0] = each.level;
+        program.pcb.century = each.century;
+        for (int entry = 0; entry < 2; ++entry) {
+            enter(program);
+            EXPECT_EQ(program.pcb.century, each.expected);
+        }
+    }
+    EXPECT_EQ(_zorProccom->year, year);
 }
 
 TEST(Entry, CenturyWindows) {
-    const ChildResult child = runProgram({}, [] {
-        const time_t now = time(nullptr);
-        tm local{};
-        localtime_r(&now, &local);
-        const int year = local.tm_year + 1900;
-        const struct {
-            int32_t century, expected;
-            uint8_t level = 5;
-        } cases[] = {{-50, year - 50},      {-500, -500},  {1900, 1900},
-                     {year, year},          {-50, -50, 1}, {year - 100, year - 100},
-                     {INT32_MAX, INT32_MAX}};
-        for (const auto &each : cases) {
-            auto &program = *new Program("WINDOW"); // the run unit goes on knowing it
-            program.pcb.level[0] = each.level;
-            program.pcb.century = each.century;
-            for (int entry = 0; entry < 2; ++entry) {
-                _zorPgmInit(&program.pcb);
-                EXPECT_EQ(program.pcb.century, each.expected);
-            }
-        }
-        EXPECT_EQ(_zorProccom->year, year);
-    });
+    const ChildResult child = runProgram({}, [] { enterWithCenturyWindows(); });
     const std::regex messages("ZOR240W[^Z]+ZOR241W[^Z]+"); // none of a base year in time
     EXPECT_TRUE(std::regex_match(child.err, messages)) << child.err;
     EXPECT_EQ(child.out, "");
 }
 
 CHILD_TEST(Entry, LockedEntryHoldsTheLockForTheEntryCode) {
-    static Program main("MAIN");
-    static Program locked("LOCKED");
+    static Program main("MAIN"), locked("LOCKED");
     locked.pcb.flags = PCB_ENTRY_LOCKED;
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
     dup2(ends[1], STDERR_FILENO);
-    _zorPgmInit(&main.pcb);
-    _zorPgmInit(&locked.pcb);
+    enter(main, locked);
     std::thread other([] {
-        _zorPgmInit(&locked.pcb); // says so, and waits
+        enter(locked); // says so, and waits
         _zorPgmEnterUnlock();
     });
     std::string told(27, ' ');
     EXPECT_EQ(read(ends[0], told.data(), told.size()), 27);
     EXPECT_EQ(told, "pthread_mutex_trylock rc 16");
-    EXPECT_EQ(locked.ipcb[0].ent, 1);
+    EXPECT_EQ(locked.ipcb->ent, 1);
     _zorPgmEnterUnlock();
     other.join();
-    EXPECT_EQ(locked.ipcb[0].ent, 2);
+    EXPECT_EQ(locked.ipcb->ent, 2);
 }
 
 constexpr int kRounds = 20000;
 constexpr int kRoundsPerDisplay = 8;
 
 // One thread's part: enters programs, displays lines of two items and leaves. The program that the
-// threads share is left in every second round only. Without one, each thread's own is the main
-// program of one run unit after the other.
+// threads share is left in every second round only. Without a main program, each thread's own is
+// that of one run unit after the other, and nothing is shared.
 void displayOften(char name, Program *shared) {
     auto &own = *new Program("OWN"); // the run unit goes on knowing it
     for (int round = 0; round < kRounds; ++round) {
-        _zorPgmInit(&own.pcb);
-        if (shared != nullptr) {
-            _zorPgmInit(&shared->pcb);
-        }
+        enter(own, shared != nullptr ? *shared : own);
         if (round % kRoundsPerDisplay == 0) {
             displayLine(DISPLAY_ON_SYSOUT, {std::string(40, name), std::to_string(round)});
         }
-        if (shared != nullptr && round % 2 == 0) {
-            _zorPgmTerm(&shared->pcb);
+        if (shared == nullptr || round % 2 == 0) {
+            leave(shared != nullptr ? *shared : own);
         }
-        _zorPgmTerm(&own.pcb);
+        leave(own);
     }
-    EXPECT_EQ(own.ipcb[0].ent, 0);
+    EXPECT_EQ(own.ipcb->ent, 0);
 }
 
 void displayOnThreads(Program *shared) {
     std::thread thread(displayOften, 'a', shared);
     displayOften('b', shared);
     thread.join();
+    EXPECT_EQ(_zorProccom->runcom == nullptr, shared == nullptr);
 }
 
 void displayUnderMain() {
     static Program shared("SHARED");
     displayOnThreads(&shared);
-    EXPECT_EQ(shared.ipcb[0].ent, kRounds);
+    EXPECT_EQ(shared.ipcb->ent, kRounds);
     EXPECT_EQ(_zorProccom->runcom->nest, 1 + kRounds);
 }
 
-void displayAsMain() {
-    displayOnThreads(nullptr);
-    EXPECT_EQ(_zorProccom->runcom, nullptr);
-}
-
 TEST(Entry, ThreadsLoseNoCountAndMixNoLine) {
-    for (const auto body : {inProgram([] { displayUnderMain(); }), +displayAsMain}) {
+    for (const auto body :
+         {inProgram([] { displayUnderMain(); }), +[] { displayOnThreads(nullptr); }}) {
         const ChildResult child = runChild(body);
         std::array<int, 2> next{};
         std::istringstream out(child.out);
@@ -245,10 +222,9 @@ TEST(End, StopRunReachesTheEpilogueWithTheStatus) {
 }
 
 CHILD_TEST(End, ANestedRunUnitGivesWayToThePriorOne) {
-    static Program outer("OUTER");
-    static Program inner("INNER");
+    static Program outer("OUTER"), inner("INNER");
     const Proccom &process = *_zorProccom;
-    _zorPgmInit(&outer.pcb);
+    enter(outer);
     Runcom *first = process.runcom;
     _zorCOBOLLink();
     Runcom *second = process.runcom;
@@ -259,8 +235,9 @@ CHILD_TEST(End, ANestedRunUnitGivesWayToThePriorOne) {
     _zorCOBOLLink();
     _zorCleanUp(); // ends the nested one abnormally; the outer one is not marked so
     EXPECT_EQ(std::tuple(process.runcom, (process.state & PROCCOM_ABORT)), std::tuple(first, 0));
-    _zorPgmTerm(&outer.pcb);
-    EXPECT_EQ(process.runcom, nullptr);
+    std::thread([] { enter(inner); }).join(); // whose stay the end does not wait for
+    leave(outer);
+    EXPECT_EQ(std::tuple(inner.ipcb->ent, process.runcom), std::tuple(0, nullptr));
 }
 
 void tellClose(FCB *file, IPCB *ipcb) {
@@ -271,70 +248,48 @@ void tellClose(FCB *file, IPCB *ipcb) {
 CHILD_TEST(End, OpenFilesAreClosedWithoutUseProcedures,
            .out = "close mode 0001 ent 0|close mode 1001 ent 0|") {
     static Program main("MAIN", 1);
-    static FCB open = openFile(tellClose);
-    static FCB closed = openFile(tellClose);
-    static FCB nested = openFile(tellClose);
+    static FCB open = openFile(tellClose), closed = open, nested = open;
     closed.curmode = 0;
     nested.closemode = FCB_CLOSE_LOCK;
-    _zorPgmInit(&main.pcb);
+    enter(main);
     giveFiles({&open, nullptr, &closed});
     giveFiles({&nested}, &main.ipcb[1]);
-    main.ipcb[0].status = 0xC0000001;
-    _zorPgmTerm(&main.pcb);
-    EXPECT_EQ(main.ipcb[0].status, 0x80000001);
+    main.ipcb->status = 0xC0000001;
+    leave(main);
+    EXPECT_EQ(main.ipcb->status, 0x80000001);
     EXPECT_EQ(std::tuple(open.closemode, nested.closemode), std::tuple(0, FCB_CLOSE_LOCK));
 }
 
 CHILD_TEST(End, CancelClosesAllButExternalFiles, .out = "close mode 0000 ent 0|") {
-    static Program main("MAIN");
-    static Program sub("SUB");
-    static FileDescription plain{};
-    static FileDescription external{};
+    static Program main("MAIN"), sub("SUB");
+    static FileDescription plain{}, external{};
     external.assign = FILE_EXTERNAL;
-    static FCB own = openFile(tellClose);
-    static FCB shared = openFile(tellClose);
+    static FCB own = openFile(tellClose), shared = own;
     own.desc = &plain;
     shared.desc = &external;
-    _zorPgmInit(&main.pcb);
-    _zorPgmInit(&sub.pcb);
+    enter(main, sub);
     giveFiles({&own, &shared}, sub.ipcb);
-    sub.ipcb[0].status = 0xF0000000;
-    sub.ipcb[0].nested = -1;
+    sub.ipcb->status = 0xF0000000;
+    sub.ipcb->nested = -1;
     _zorCloseReset(sub.ipcb);
-    EXPECT_EQ(sub.ipcb[0].ent, 1);
-    sub.ipcb[0].nested = 0;
+    EXPECT_EQ(sub.ipcb->ent, 1);
+    sub.ipcb->nested = 0;
     _zorCloseReset(sub.ipcb);
-    EXPECT_EQ(std::tuple(sub.ipcb[0].ent, sub.ipcb[0].status), std::tuple(0, 0x30000000));
+    EXPECT_EQ(std::tuple(sub.ipcb->ent, sub.ipcb->status), std::tuple(0, 0x30000000));
     EXPECT_EQ(std::tuple(own.curmode, shared.curmode), std::tuple(0, FCB_INPUT));
     shared.curmode = 0;
 }
 
-// The lock is free afterwards: the unload can end the run unit that was left.
-CHILD_TEST(End, StopRunFromACloseJumpsOutWithNoLockHeld) {
-    static Program main("MAIN");
-    static FCB file = openFile([](FCB *closing, IPCB *) {
-        closing->curmode = 0;
-        _zorRunUnitTerm(4);
-    });
-    const int value = runMainProgram(main, [] {
-        giveFiles({&file});
-        _zorRunUnitTerm(8);
-    });
-    EXPECT_EQ(value, 4);
-}
-
 void endWithFile(FileOperation daring) {
-    static FCB file = openFile(daring);
-    static FCB other = openFile(tellClose);
+    static FCB file = openFile(daring), other = openFile(tellClose);
     giveFiles({&file, &other});
 }
 
 void enterManyPrograms(FCB *file, IPCB *) {
     for (int i = 0; i < 200; ++i) {
-        const auto *name = new std::string("P" + std::to_string(i));
-        auto *program = new Program(name->c_str());
-        _zorPgmInit(&program->pcb);
-        _zorPgmTerm(&program->pcb);
+        auto &program = *new Program((*new std::string("P" + std::to_string(i))).c_str());
+        enter(program);
+        leave(program);
     }
     file->curmode = 0;
 }
@@ -347,31 +302,42 @@ void runNested(FCB *file, IPCB *) {
 }
 
 void endRunTime(FCB *, IPCB *) {
-    int32_t rc = -1;
-    _zorCOBOLTerm(1, &rc);
+    hostTerm(1);
+}
+
+// With no lock held: the unload can end the run unit that was left.
+void stopRun(FCB *file, IPCB *) {
+    file->curmode = 0;
+    _zorRunUnitTerm(4);
+}
+
+void exitWithEpilogue(FileOperation close) {
+    static Program main("MAIN");
+    static FileOperation daring = close;
+    exit(runMainProgram(main, [] {
+        endWithFile(daring);
+        _zorRunUnitTerm(7);
+    }));
 }
 
 TEST(End, WhateverACloseDoesTheOtherFilesAreClosedOnce) {
-    const Expected goesOn{.out = "close mode 0001 ent 0|"};
-    const Expected leaves{.out = "close mode 0001 ent 0|", .status = 7};
-    const Expected aborted{.out = "close mode 0001 ent 0|", .status = 128 + SIGABRT};
+    const std::string once = "close mode 0001 ent 0|";
+    const Expected goesOn{.out = once};
+    const Expected leaves{.out = once, .status = 7};
+    const Expected aborted{.out = once, .status = 128 + SIGABRT};
     expectChildren({
         {"programs", goesOn, inProgram([] { endWithFile(enterManyPrograms); })},
         {"run unit", goesOn, inProgram([] { endWithFile(runNested); })},
         {"end", goesOn, inProgram([] { endWithFile(endRunTime); })},
         {"exit", leaves, inProgram([] { endWithFile([](FCB *, IPCB *) { exit(7); }); })},
-        {"end, out of STOP RUN", leaves,
-         [] {
-             static Program main("MAIN");
-             exit(runMainProgram(main, [] {
-                 endWithFile(endRunTime);
-                 _zorRunUnitTerm(7);
-             }));
-         }},
+        {"end, out of STOP RUN", leaves, [] { exitWithEpilogue(endRunTime); }},
+        {"STOP RUN, out of STOP RUN",
+         {.out = once, .status = 4},
+         [] { exitWithEpilogue(stopRun); }},
         {"end, out of the unload", goesOn,
          [] {
              static Program main("MAIN");
-             _zorPgmInit(&main.pcb);
+             enter(main);
              endWithFile(endRunTime);
          }},
         {"end, out of an abnormal one", aborted, inProgram([] {
@@ -384,15 +350,6 @@ TEST(End, WhateverACloseDoesTheOtherFilesAreClosedOnce) {
              runMainProgram(inner, [] { endWithFile(endRunTime); });
          })},
     });
-}
-
-CHILD_TEST(End, RunUnitEndsDoNotWaitOnOtherThreadsThatAreInCobol) {
-    static Program main("MAIN");
-    static Program other("OTHER");
-    _zorPgmInit(&main.pcb);
-    std::thread([] { _zorPgmInit(&other.pcb); }).join();
-    _zorPgmTerm(&main.pcb);
-    EXPECT_EQ(std::tuple(other.ipcb[0].ent, _zorProccom->runcom), std::tuple(0, nullptr));
 }
 
 TEST(Utilities, TestBits) {
@@ -414,7 +371,6 @@ TEST(Utilities, NamesStorageAndWideFill) {
     EXPECT_EQ(std::string(name, sizeof name), std::string("AB\0xxxx", sizeof name));
     _zorMoveMethodName(name, "ABCDE", 5);
     EXPECT_STREQ(name, "ABCDE");
-
     EXPECT_EQ(_zorcalloc(1, 0, 0), nullptr);
     auto *zeroed = static_cast<char *>(_zorcalloc(1, 40, 0));
     EXPECT_EQ(std::string(zeroed, 40), std::string(40, '\0'));
@@ -426,10 +382,9 @@ TEST(Utilities, NamesStorageAndWideFill) {
         _Tvq_mem_free(block);
     }
     EXPECT_EQ(_Tvq_mem_alloc(0xFFFFFFF0U), nullptr);
-
-    std::array<uint16_t, 4> wide{};
-    EXPECT_EQ(_Tvq_wmemset(wide.data(), 0x20AC, 3), wide.data());
-    EXPECT_EQ(wide, (std::array<uint16_t, 4>{0x20AC, 0x20AC, 0x20AC, 0}));
+    uint16_t wide[4] = {};
+    EXPECT_EQ(_Tvq_wmemset(wide, 0x20AC, 3), wide);
+    EXPECT_EQ(hex(wide, sizeof wide), "ac20ac20ac200000");
 }
 
 } // namespace

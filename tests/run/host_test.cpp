@@ -19,6 +19,7 @@ void tellStop(void *token) {
 }
 
 char theToken[] = "token";
+void *const kTellStop = reinterpret_cast<void *>(tellStop);
 
 // Runs a body behind a wrapper stub, as a host does that has no COBOL main program. Gives the value
 // with which control came back, or 0.
@@ -37,19 +38,11 @@ int init(int32_t code, void *argument, void *token) {
     return rc;
 }
 
-int term(int32_t code) {
-    int32_t rc = -1;
-    ZORCOBOLTERM(code, &rc);
-    return rc;
-}
-
 int hostInit() {
     int32_t rc = -1;
     _zorCOBOLHostInit(&rc);
     return rc;
 }
-
-void *const kTellStop = reinterpret_cast<void *>(tellStop);
 
 CHILD_TEST(Host, CodeOneMakesARunUnitThatNoProgramIsMainOf) {
     static Program program("PGM");
@@ -60,18 +53,18 @@ CHILD_TEST(Host, CodeOneMakesARunUnitThatNoProgramIsMainOf) {
     EXPECT_EQ(std::tuple(unit->stop, unit->token), std::tuple(&tellStop, theToken));
     EXPECT_NE((process.state & PROCCOM_PREINIT), 0);
     EXPECT_EQ(process.cache, CACHE_OFF);
-    _zorPgmInit(&program.pcb);
-    _zorPgmTerm(&program.pcb);
+    enter(program);
+    leave(program);
     EXPECT_EQ(std::tuple(process.runcom, (program.pcb.flags & PCB_IS_MAIN)), std::tuple(unit, 0));
-    EXPECT_EQ(term(2), 1);
+    EXPECT_EQ(hostTerm(2), 1);
     EXPECT_EQ(process.runcom, unit);
-    EXPECT_EQ(term(9), 0); // ends the run unit, silently, and leaves the run-time
+    EXPECT_EQ(hostTerm(9), 0); // ends the run unit, silently, and leaves the run-time
     EXPECT_EQ(std::tuple(process.runcom, unit->stop), std::tuple(nullptr, nullptr));
-    EXPECT_EQ(term(1), 0);
+    EXPECT_EQ(hostTerm(1), 0);
     EXPECT_EQ(_zorProccom, nullptr);
-    EXPECT_EQ(term(9), 0);
+    EXPECT_EQ(hostTerm(9), 0);
     _zorRunUnitTerm(3);
-    _zorPgmTerm(&program.pcb); // both do nothing without a run-time
+    leave(program); // both do nothing without a run-time
     EXPECT_EQ(_zorGetJmpBuffer(), nullptr);
 }
 
@@ -109,30 +102,24 @@ CHILD_TEST(Host, StopRunWithoutARoutineComesBackToTheStub, .out = "returns") {
     EXPECT_NE(_zorProccom->state & PROCCOM_ABORT, 0);
 }
 
-CHILD_TEST(Host, AnEndedRunTimeStartsAnew, .out = "convertersconvertersconverters",
+CHILD_TEST(Host, AnEndedRunTimeStartsAnew, .out = "convertersconverters",
            .err = "Delayed Init!\nDelayed Init!\n") {
     static Program program("PGM");
-    for (int round = 0; round < 3; ++round) {
-        _zorPgmInit(&program.pcb);
+    for (const int own : {0, FE_DIVBYZERO | FE_OVERFLOW}) {
+        fedisableexcept(FE_ALL_EXCEPT);
+        feenableexcept(own); // the host gets its trap for division by zero back
+        const unsigned sse = _mm_getcsr();
+        enter(program);
+        EXPECT_EQ(fegetexcept(), own | FE_DIVBYZERO);
+        EXPECT_EQ(_mm_getcsr() & _MM_MASK_DIV_ZERO, 0U);
         EXPECT_EQ(_zorProccom->runcom->id, 1);
         EXPECT_EQ(std::string(program.pcb.lle->name, program.pcb.lle->namelen), "PGM");
         _zorProccom->convclose = [] { printf("converters"); };
-        term(1);
+        hostTerm(1);
+        EXPECT_EQ(std::tuple(fegetexcept(), _mm_getcsr()), std::tuple(own, sse));
         EXPECT_EQ(_zorProccom, nullptr);
     }
-}
-
-CHILD_TEST(Host, GetsItsTrapForDivisionByZeroBack, .err = "Delayed Init!\n") {
-    for (const int own : {0, FE_DIVBYZERO | FE_OVERFLOW}) {
-        fedisableexcept(FE_ALL_EXCEPT);
-        feenableexcept(own);
-        const unsigned sse = _mm_getcsr();
-        hostInit();
-        EXPECT_EQ(fegetexcept(), own | FE_DIVBYZERO);
-        EXPECT_EQ(_mm_getcsr() & _MM_MASK_DIV_ZERO, 0U);
-        term(1);
-        EXPECT_EQ(std::tuple(fegetexcept(), _mm_getcsr()), std::tuple(own, sse));
-    }
+    EXPECT_EQ(hostInit(), 0);
 }
 
 CHILD_TEST(Host, ContainersKeepWhatAHostStoredAhead,
@@ -141,10 +128,10 @@ CHILD_TEST(Host, ContainersKeepWhatAHostStoredAhead,
     int32_t rc = -1;
     _zorCOBOLInit1(1, tellStop, &rc, theToken, nullptr, tellStop, &rc);
     EXPECT_EQ(std::tuple(rc, _zorProccom->moh, _zorProccom->kots), std::tuple(0, 1, 1));
-    _zorPgmInit(&program.pcb);
+    enter(program);
     const Runcom &unit = *_zorProccom->runcom;
-    EXPECT_EQ(std::tuple(unit.stop, unit.abrt), std::tuple(&tellStop, &tellStop));
-    EXPECT_EQ(std::tuple(unit.token, unit.hostword), std::tuple(theToken, &rc));
+    EXPECT_EQ(std::tuple(unit.stop, unit.abrt, unit.token, unit.hostword),
+              std::tuple(&tellStop, &tellStop, theToken, &rc));
     EXPECT_EQ(hostInit(), 1);
     EXPECT_NE((_zorProccom->state & PROCCOM_TRACKED), 0);
     EXPECT_EQ(_zorProccom->threadword, 0);
@@ -154,7 +141,7 @@ CHILD_TEST(Host, AUnitLinkedAheadOfTheStartGetsTheOptions,
            .environment = {{"COBRTOPT", "UPSI(10000001),ERRCOUNT(3)"}}) {
     static Program program("PGM");
     _zorCOBOLLink();
-    _zorPgmInit(&program.pcb);
+    enter(program);
     const Runcom &unit = *_zorProccom->runcom;
     EXPECT_EQ(std::tuple(unit.id, unit.prior->id), std::tuple(2, 1));
     EXPECT_EQ(std::tuple(unit.errleft, memcmp(unit.upsi, "10000001", 8)), std::tuple(3, 0));
@@ -167,7 +154,7 @@ CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
     Runcom *first = process.runcom;
     EXPECT_EQ(std::tuple(process.kots, process.plle), std::tuple(1, nullptr));
     EXPECT_EQ(std::tuple(first->id, first->hostword), std::tuple(1, theToken));
-    _zorPgmInit(&program.pcb);
+    enter(program);
     EXPECT_EQ(std::tuple(first->main, process.threadword), std::tuple(&program.pcb, 0));
     _zor_cpm_init(nullptr, nullptr);
     EXPECT_EQ(std::tuple(process.kots, process.runcom->prior), std::tuple(2, first));
@@ -177,20 +164,17 @@ CHILD_TEST(Monitor, TransactionsNestAndEndThroughTheirStubs) {
     EXPECT_EQ(std::tuple(process.kots, process.runcom), std::tuple(0, nullptr));
 }
 
-CHILD_TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker) {
+CHILD_TEST(Monitor, CodeNineBeginsARunUnitUnderTheMarker,
+           .err = "_zor_cpm_exit: PID # Proccom @(nil) Runcom @(nil) kots 0\n"
+                  "_zor_cpm_cancel: PID # Proccom @(nil) Runcom @(nil) kots 0\n") {
     EXPECT_EQ(init(9, theToken, kTellStop), 0);
     const Runcom &unit = *_zorProccom->runcom;
     EXPECT_EQ(std::tuple(reinterpret_cast<void *>(unit.msg), unit.abrt),
               std::tuple(theToken, &tellStop));
     EXPECT_EQ(_zorProccom->kots, 1);
     EXPECT_STREQ(getenv("__COBOL_KOTS_CONTAINER"), "1");
-}
-
-CHILD_TEST(Monitor, TheEntriesSayTheirLineWithoutARunTime,
-           .err = "_zor_cpm_exit: PID # Proccom @(nil) Runcom @(nil) kots 0\n"
-                  "_zor_cpm_cancel: PID # Proccom @(nil) Runcom @(nil) kots 0\n") {
-    term(1);
-    _zor_cpm_exit();
+    hostTerm(1);
+    _zor_cpm_exit(); // both say their line without a run-time
     _zor_cpm_cancel();
 }
 
@@ -201,10 +185,11 @@ TEST(Monitor, TheLogShowsTheCallInPlaceOfAReason) {
         _zor_cpm_cancel();
     };
     const std::string log = shape(runChild(body, Environment{{"__ZORDEBUG", "2"}}).err);
-    for (const char *call : {"_zor_cpm_init: PID # Proccom @@  Runcom @@  reason=1000",
-                             "_zor_cpm_exit: PID # Proccom @@  Runcom @@  reason=1001",
-                             "_zor_cpm_cancel: PID # Proccom @@  Runcom @@  reason=1002"}) {
-        const std::string line = call + std::string("  signal=0  abort=0  stop=@(nil)  ");
+    for (const auto &[call, reason] :
+         {std::pair{"init", "1000"}, {"exit", "1001"}, {"cancel", "1002"}}) {
+        const std::string line = std::string("_zor_cpm_") + call +
+                                 ": PID # Proccom @@  Runcom @@  reason=" + reason +
+                                 "  signal=0  abort=0  stop=@(nil)  ";
         EXPECT_NE(log.find(line), std::string::npos) << line << log;
     }
     EXPECT_NE(log.find("_zor_cpm_cancel: return to KOTS\n"), std::string::npos);
@@ -217,8 +202,7 @@ TEST(Load, TheCatalogueLocationsComeFirstInNlspath) {
                                             {installed + ":/y", installed + ":/y"}}) {
         expectChild({.environment = {{"NLSPATH", before}, {"BEHIND_OWN", behindOwn}}}, [] {
             const std::string lib = _zorProccom->libdir;
-            const std::string own =
-                lib.substr(0, lib.rfind("/usr/lib/")) + "/usr/share/locale/%L/%N:";
+            const std::string own = lib.substr(0, lib.rfind("/lib/")) + "/share/locale/%L/%N:";
             EXPECT_EQ(getenv("NLSPATH"), own + getenv("BEHIND_OWN"));
             EXPECT_STREQ(_zorProccom->installdir, "/opt/qbx/cobol/rte/usr/lib/");
         });

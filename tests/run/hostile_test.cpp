@@ -1,8 +1,10 @@
-// Hostile surroundings: values of the environment, and more run units than anybody begins.
+// Hostile surroundings: values of the environment, more run units than anybody begins, and storage
+// that runs out.
 
 #include <filesystem>
 #include <malloc.h>
-#include <string>
+#include <regex>
+#include <sstream>
 
 #include "display.h"
 #include "messages.h"
@@ -14,27 +16,10 @@ using namespace kit;
 namespace {
 
 // Every variable of the run-time's own.
-constexpr const char *kVariables[] = {"COBRTOPT",
-                                      "__ZORDEBUG",
-                                      "__COBOL_KOTS_CONTAINER",
-                                      "__COBOL_MOH_CONTAINER",
-                                      "CPM_CACHE",
-                                      "COBOL_CPM_CACHE",
-                                      "COB_CPM_SIZE_MAX",
-                                      "COBPATH",
-                                      "SYSIN",
-                                      "SYSOUT",
-                                      "SYSPUNCH",
-                                      "CONSOLE",
-                                      "COBMSGS",
-                                      "COBOUTDIR",
-                                      "COBOL_DISPLAY_FLUSH",
-                                      "COBCORE",
-                                      "NLSPATH",
-                                      "LANG",
-                                      "EBCDIC_CODEPAGE",
-                                      "COBOL_BCD_NOVALIDATE",
-                                      "COBOL_BCD_DEBUG"};
+constexpr const char *kVariables =
+    "COBRTOPT __ZORDEBUG __COBOL_KOTS_CONTAINER __COBOL_MOH_CONTAINER CPM_CACHE COBOL_CPM_CACHE "
+    "COB_CPM_SIZE_MAX COBPATH SYSIN SYSOUT SYSPUNCH CONSOLE COBMSGS COBOUTDIR COBOL_DISPLAY_FLUSH "
+    "COBCORE NLSPATH LANG EBCDIC_CODEPAGE COBOL_BCD_NOVALIDATE COBOL_BCD_DEBUG";
 
 // Uses what they set: files, options, code pages, a message, a traceback with source lines, a core
 // file.
@@ -47,7 +32,6 @@ const auto useEverything = inProgram([] {
     raise(SIGUSR1);
     ZORDUMP();
     _zorWriteERRmsg(40, 0);
-    fputs("reached the end", stdout);
 });
 
 TEST(Hostile, ValuesOfVariablesRunNothingAndBreakNothing) {
@@ -62,13 +46,14 @@ TEST(Hostile, ValuesOfVariablesRunNothingAndBreakNothing) {
                                   "//////../../%",
                                   " "};
     for (const std::string &value : values) {
-        for (const char *variable : kVariables) {
-            SCOPED_TRACE(std::string(variable) + "=" + value.substr(0, 20));
+        std::istringstream variables(kVariables);
+        for (std::string variable; variables >> variable;) {
+            SCOPED_TRACE(variable + "=" + value.substr(0, 20));
             const TemporaryDirectory directory;
             ChildOptions options;
             options.environment = {{variable, value}};
             options.directory = directory.path();
-            options.coreFiles = variable == std::string("COBCORE") && ZOR_UNDER_SANITIZER == 0;
+            options.coreFiles = variable == "COBCORE" && ZOR_UNDER_SANITIZER == 0;
             const ChildResult child = runChild(useEverything, options);
             const bool told = child.err.find("ZOR200S  The input of ACCEPT") != std::string::npos;
             EXPECT_EQ(child.status, told ? kAborted : 0) << child.err.substr(0, 2000);
@@ -77,46 +62,92 @@ TEST(Hostile, ValuesOfVariablesRunNothingAndBreakNothing) {
     }
 }
 
-// The long form of the check asks for more.
-int unitsToRun() {
-    const char *value = getenv("LONG_TEST_RUN_UNITS");
-    return value != nullptr ? atoi(value) : 5000;
+// How much storage more is in use after many times; a few come first.
+long growth(int few, int many, void (*body)()) {
+    long before = 0;
+    for (int i = -few; i < many; ++i) {
+        before = i == 0 ? static_cast<long>(mallinfo2().uordblks) : before;
+        body();
+    }
+    return static_cast<long>(mallinfo2().uordblks) - before;
 }
 
 PROGRAM_TEST(Hostile, ManyRunUnitsLeaveNothing) {
-    static Program sub("SUB");
-    const auto nest = [](int units) {
-        for (int i = 0; i < units; ++i) {
-            int32_t rc = 0;
-            _zorCOBOLLink();
-            _zorPgmInit(&sub.pcb);
-            _zorPgmTerm(&sub.pcb);
-            _zorCOBOLTerm(9, &rc);
-        }
-    };
-    nest(100);
-    const std::size_t before = mallinfo2().uordblks;
-    nest(unitsToRun());
-    EXPECT_EQ(mallinfo2().uordblks, before);
+    const char *units = getenv("LONG_TEST_RUN_UNITS"); // more in the long form of the check
+    EXPECT_EQ(growth(100, units != nullptr ? atoi(units) : 5000,
+                     [] {
+                         static Program sub("SUB");
+                         _zorCOBOLLink();
+                         enter(sub);
+                         leave(sub);
+                         hostTerm(9);
+                     }),
+              0);
 }
 
 CHILD_TEST(Hostile, ManyRunTimesLeaveNothing, .environment = {{"COBMSGS", "/dev/null"}}) {
-    const auto restart = [](int times) {
-        FILE *own = stderr;
-        stderr = fopen("/dev/null", "w"); // each says "Delayed Init!"
-        for (int i = 0; i < times; ++i) {
-            int32_t rc = 0;
-            _zorCOBOLHostInit(&rc);
-            _zorCOBOLLink();
-            _zorCOBOLTerm(1, &rc);
+    freopen("/dev/null", "w", stderr); // each says "Delayed Init!"
+    EXPECT_LT(growth(20, 300,
+                     [] {
+                         int32_t rc = 0;
+                         _zorCOBOLHostInit(&rc);
+                         _zorCOBOLLink();
+                         hostTerm(1);
+                     }),
+              4096);
+}
+
+// ---- storage that runs out at each allocation of start-up, entry, messages and the end: the run
+// ends in message 907 or takes a documented fallback; it never crashes or hangs
+
+void wholeRun() {
+    static Program main("MAIN"), sub("SUB");
+    runMainProgram(main, [] {
+        enter(sub);
+        _zorWriteERRmsg(168, 0);
+        leave(sub);
+        _zorCOBOLLink();
+    });
+    hostTerm(9);
+    hostTerm(1);
+    enter(main); // everything once more, after "Delayed Init!"
+    leave(main);
+}
+
+// Fails allocation number `at` (and all later ones, if so told). False when there were fewer.
+bool failsAt(int at, bool all, ChildResult &result) {
+    const TemporaryDirectory directory;
+    const std::string marker = directory.file("marker");
+    writeFile(marker, "");
+    Environment environment{{"LD_PRELOAD", FAILING_ALLOCATOR},
+                            {"FAIL_AT", std::to_string(at)},
+                            {"FAIL_MARKER", marker},
+                            {"COBRTOPT", "UPSI(10000000),ERRCOUNT(9),CHECK"},
+                            {"__COBOL_MOH_CONTAINER", at % 2 == 0 ? "" : "1"}};
+    if (all) {
+        environment.emplace_back("FAIL_ALL", "1");
+    }
+    result = runChild(wholeRun, environment);
+    return !std::filesystem::exists(marker);
+}
+
+TEST(Exhaustion, EveryAllocationMayFail) {
+    if (ZOR_UNDER_SANITIZER) {
+        GTEST_SKIP() << "the sanitizer has the allocator to itself";
+    }
+    const std::regex told("907|Insufficient storage|alloc error");
+    for (const bool all : {false, true}) {
+        int at = 1;
+        ChildResult result;
+        for (; failsAt(at, all, result); ++at) {
+            SCOPED_TRACE("allocation " + std::to_string(at) + (all ? " and later" : ""));
+            const bool ends = result.status == kAborted || result.status == 19;
+            EXPECT_TRUE(result.status == 0 || (ends && std::regex_search(result.err, told)))
+                << result.status << result.out << result.err;
+            ASSERT_LT(at, 200);
         }
-        fclose(stderr);
-        stderr = own;
-    };
-    restart(20);
-    const std::size_t before = mallinfo2().uordblks;
-    restart(300);
-    EXPECT_LT(mallinfo2().uordblks, before + 4096);
+        EXPECT_GT(at, 8) << "the allocator was not in force";
+    }
 }
 
 } // namespace

@@ -9,12 +9,10 @@ using namespace kit;
 
 namespace {
 
-ChildResult runWith(const std::string &options) {
-    return runProgram({{"COBRTOPT", options}}, [] {
-        const Proccom &process = *_zorProccom;
-        printf("%08x %08x %d [%.3s] %.8s", process.options1, process.options2, process.errcount,
-               process.filesys, process.upsi);
-    });
+void showOptions() {
+    const Proccom &process = *_zorProccom;
+    printf("%08x %08x %d [%.3s] %.8s", process.options1, process.options2, process.errcount,
+           process.filesys, process.upsi);
 }
 
 TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
@@ -34,7 +32,6 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         {"t r a p ( o f f\t)\n", "0a000000 00000000 0 [] 00000000"},
         {"TRAP=DUMP", "0a000000 e0000000 0 [] 00000000"},
         {"TRAP=DUMP:TRAP=OLD", "0a000000 80000000 0 [] 00000000"},
-        {"TRAP=DUMP,TRAP=ON", "0a000000 c0000000 0 [] 00000000"},
         {"TRAP(DUMP)TRAP(OFF)", "0a000000 60000000 0 [] 00000000"},
         {"ACCEPT", "0a000000 d0000000 0 [] 00000000"},
         {"ACCEPT=NEW,ACCEPT=OLD", defaults},
@@ -53,8 +50,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
         {"ERRCOUNT=2147483647", "0a000000 c0000000 2147483647 [] 00000000"},
         {"ERRCOUNT(+7),ERRCOUNT", defaults},
         {"ERRCOUNT=5x", defaults, "181 "},
-        {"ERRCOUNT=9,ERRCOUNT=-1", defaults, "181 "},
-        {"ERRCOUNT=-99999999999", defaults, "181 "},
+        {"ERRCOUNT=9,ERRCOUNT=-99999999999", defaults, "181 "},
         {"ERRCOUNT=2147483648", defaults, "182 "},
         {"CHECK=MAYBE", defaults, "172 "},
         {"FOO,FOO=1,=,NOCHECK", "02000000 c0000000 0 [] 00000000", "171 171 171 "},
@@ -63,7 +59,7 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
     };
     for (const auto &each : cases) {
         SCOPED_TRACE(each.options.substr(0, 60));
-        const ChildResult child = runWith(each.options);
+        const ChildResult child = runProgram({{"COBRTOPT", each.options}}, [] { showOptions(); });
         EXPECT_EQ(child.status, 0);
         EXPECT_EQ(child.out, each.fields);
         EXPECT_EQ(std::regex_replace(child.err, std::regex("ZOR(\\d+)W"), "$1 ",
@@ -75,7 +71,8 @@ TEST(RunTimeOptions, SetTheFieldsOfTheProcess) {
 
 // What a user has to see: the token as far as it went, the value, and the limits.
 TEST(RunTimeOptions, MessagesNameTheCulprit) {
-    const ChildResult child = runWith("bogus=1,check=maybe,upsi=12345678,errcount=99999999999");
+    const char *options = "bogus=1,check=maybe,upsi=12345678,errcount=99999999999";
+    const ChildResult child = runProgram({{"COBRTOPT", options}}, [] {});
     for (const char *part : {"BOGUS=1", "MAYBE", "CHECK", "12345678", "UPSI", "99999999999",
                              "ERRCOUNT", "2147483647"}) {
         EXPECT_NE(child.err.find(part), std::string::npos) << part << '\n' << child.err;

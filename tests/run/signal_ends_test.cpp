@@ -1,6 +1,5 @@
 // Signals that meet a run amid other things: locks, threads, files, hosts and the monitor.
 
-#include <array>
 #include <semaphore>
 #include <thread>
 
@@ -12,19 +11,11 @@ using namespace kit;
 
 namespace {
 
-PROGRAM_TEST(SignalEnds, DuringADisplayShowWhatWasWritten, .out = "half a line",
-             .err = kReadNothing, .status = kAborted) {
-    flockfile(stdout);
-    printf("half a line");
-    readNothing();
-}
-
 PROGRAM_TEST(SignalEnds, OnASecondThreadEndThatThreadAlone, .err = kReadNothing) {
-    const pthread_t thread = startThread([] {
+    EXPECT_TRUE(joinsAsEnded(startThread([] {
         flockfile(stdout);
         readNothing();
-    });
-    EXPECT_TRUE(joinsAsEnded(thread));
+    })));
     EXPECT_EQ(_zorProccom, nullptr);
 }
 
@@ -39,33 +30,18 @@ void keepOnThread(void (*take)()) {
     taken.acquire();
 }
 
-PROGRAM_TEST(SignalEnds, DoNotWaitForOtherThreads, .err = kReadNothing, .status = kAborted) {
+void failDuringADisplay() {
+    flockfile(stdout);
+    printf("half a line");
+    readNothing();
+}
+
+void failWhileAThreadHoldsStreams() {
     keepOnThread([] {
         flockfile(stdout);
         flockfile(stdin); // as one does that waits for input
     });
     readNothing();
-}
-
-TEST(SignalEnds, OfSeveralThreadsAtOnceTellOne) {
-    const ChildResult child = runProgram({}, [] {
-        static pthread_barrier_t together;
-        std::array<pthread_t, 6> threads{};
-        pthread_barrier_init(&together, nullptr, threads.size());
-        for (pthread_t &thread : threads) {
-            thread = startThread([] {
-                pthread_barrier_wait(&together);
-                readNothing();
-            });
-        }
-        for (const pthread_t thread : threads) {
-            joinsAsEnded(thread);
-        }
-    });
-    const std::string shown = shape(child.err);
-    EXPECT_NE(shown.find(signalEnd("SIGSEGV")), std::string::npos) << shown;
-    EXPECT_EQ(shown.find("ZOR995S"), shown.rfind("ZOR995S")) << shown;
-    EXPECT_EQ(child.status, kSignalled + SIGSEGV); // the other threads' previous action
 }
 
 #if !ZOR_UNDER_SANITIZER // which has the allocator to itself
@@ -104,17 +80,8 @@ void failInOpen() {
     another.open(&another, nullptr);
 }
 
-TEST(SignalEnds, CloseTheFilesOfTheRun) {
-    const Expected closed{.err = kReadNothing + "closed\n", .status = kAborted};
-    const Expected failedAgain{.err = "closing\n" + kReadNothing + "closing\n" + kNullPointer,
-                               .status = kSignalled + SIGSEGV}; // of the second failure
-    expectChildren({
-        {"in the program", closed, inProgram([] { withFile(closeWell, readNothing); })},
-        {"in the open of another file", closed, inProgram([] { withFile(closeWell, failInOpen); })},
-        {"in a close", failedAgain, inProgram([] { withFile(closeBadly, [] {}); })},
-        {"in a close of STOP RUN", failedAgain,
-         inProgram([] { withFile(closeBadly, [] { _zorRunUnitTerm(4); }); })},
-    });
+void showToken(void *token) {
+    printf("%s", static_cast<char *>(token));
 }
 
 void failUnderHost(HostRoutine stop, HostRoutine abrt) {
@@ -124,16 +91,31 @@ void failUnderHost(HostRoutine stop, HostRoutine abrt) {
     readNothing();
 }
 
-void showToken(void *token) {
-    printf("%s", static_cast<char *>(token));
+void failInMonitorWithoutAnEpilogue() {
+    _zor_cpm_init(nullptr, nullptr);
+    readNothing();
 }
 
-TEST(SignalEnds, EndThroughTheHostsRoutines) {
-    const Expected expected{.out = "token", .err = kReadNothing, .status = 19};
+TEST(SignalEnds, EndTheRunInOrder) {
+    const Expected ended{.err = kReadNothing, .status = kAborted};
+    const Expected shown{.out = "half a line", .err = kReadNothing, .status = kAborted};
+    const Expected closed{.err = kReadNothing + "closed\n", .status = kAborted};
+    const Expected failedAgain{.err = "closing\n" + kReadNothing + "closing\n" + kNullPointer,
+                               .status = kSignalled + SIGSEGV}; // of the second failure
+    const Expected toHost{.out = "token", .err = kReadNothing, .status = 19};
     expectChildren({
-        {"of abnormal ends", expected,
+        {"during a DISPLAY", shown, inProgram([] { failDuringADisplay(); })},
+        {"beside other threads", ended, inProgram([] { failWhileAThreadHoldsStreams(); })},
+        {"in the monitor", ended, failInMonitorWithoutAnEpilogue},
+        {"with a file", closed, inProgram([] { withFile(closeWell, readNothing); })},
+        {"in the open of another file", closed, inProgram([] { withFile(closeWell, failInOpen); })},
+        {"in a close", failedAgain, inProgram([] { withFile(closeBadly, [] {}); })},
+        {"in a close of STOP RUN", failedAgain,
+         inProgram([] { withFile(closeBadly, [] { _zorRunUnitTerm(4); }); })},
+        {"under a host", toHost,
          inProgram([] { failUnderHost([](void *) { printf("wrong"); }, showToken); })},
-        {"of STOP RUN alone", expected, inProgram([] { failUnderHost(showToken, nullptr); })},
+        {"under a host that wants STOP RUN alone", toHost,
+         inProgram([] { failUnderHost(showToken, nullptr); })},
     });
 }
 
@@ -171,19 +153,12 @@ CHILD_TEST(SignalEnds, InTheMonitorComeBackToTheEpilogue,
     readNothing();
 }
 
-CHILD_TEST(SignalEnds, InTheMonitorWithoutAnEpilogueAbort, .err = kReadNothing,
-           .status = kAborted) {
-    _zor_cpm_init(nullptr, nullptr);
-    readNothing();
-}
-
 PROGRAM_TEST(SignalEnds, HandlerIsHarmlessAfterAnEnd) {
     siginfo_t info{};
-    int32_t rc = -1;
     _zorProccom->state |= PROCCOM_ABORT;
     _zorSignal(SIGSEGV, &info, nullptr);
     EXPECT_EQ(_zorProccom->state & PROCCOM_ABORT, 0);
-    _zorCOBOLTerm(1, &rc);
+    hostTerm(1);
     _zorSignal(SIGSEGV, nullptr, nullptr);
 }
 

@@ -11,8 +11,6 @@
 
 namespace {
 
-using Table = std::array<SignalRow, zor::kSignalTableBytes / sizeof(SignalRow)>;
-
 void ownHandler(int /*signo*/) {}
 
 __sighandler_t handlerOf(int signo) {
@@ -22,27 +20,26 @@ __sighandler_t handlerOf(int signo) {
 }
 
 TEST(SignalTable, WhatStoodBeforeComesBackInWhicheverOrderTheyAreRemoved) {
-    std::array<int, 3> order{0, 1, 2};
+    std::array<unsigned, 3> order{0, 1, 2};
     do {
-        std::array<Table, 3> tables{};
+        SignalRow tables[3][zor::kSignalTableBytes / sizeof(SignalRow)] = {};
         signal(SIGTERM, ownHandler);
         signal(SIGPIPE, SIG_DFL);
-        for (Table &table : tables) {
-            zor::fillSignalTable(table.data());
-            zor::installSignalTable(table.data());
+        for (SignalRow *table : tables) {
+            zor::fillSignalTable(table);
+            zor::installSignalTable(table);
         }
         const __sighandler_t dispatcher = handlerOf(SIGTERM);
         EXPECT_NE(dispatcher, ownHandler);
-        for (const int removed : order) {
+        for (const unsigned removed : order) {
             EXPECT_EQ(handlerOf(SIGTERM), dispatcher);
             EXPECT_EQ(handlerOf(SIGPIPE), SIG_IGN);
-            zor::removeSignalTable(tables[static_cast<unsigned>(removed)].data());
+            zor::removeSignalTable(tables[removed]);
         }
+        zor::removeSignalTable(tables[0]); // one that is not in force changes nothing
         EXPECT_EQ(handlerOf(SIGTERM), ownHandler);
         EXPECT_EQ(handlerOf(SIGPIPE), SIG_DFL);
         EXPECT_EQ(handlerOf(SIGSTKFLT), SIG_DFL);
-        zor::removeSignalTable(tables[0].data()); // one that is not in force changes nothing
-        EXPECT_EQ(handlerOf(SIGTERM), ownHandler);
     } while (std::next_permutation(order.begin(), order.end()));
     signal(SIGTERM, SIG_DFL);
 }

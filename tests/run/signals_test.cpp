@@ -18,20 +18,12 @@ using namespace kit;
 namespace {
 
 volatile int zero = 0;
-volatile int depthLimit = -1;
-void (*volatile noProgram)() = nullptr;
-int *volatile higher = reinterpret_cast<int *>(0x2000);
 volatile double sink = 0;
 
 ZOR_UNCHECKED void callNothing() {
+    static void (*volatile noProgram)() = nullptr;
     noProgram();
     zero = 0;
-}
-
-ZOR_UNCHECKED int deep(int level) {
-    volatile char space[1024];
-    space[0] = static_cast<char>(level);
-    return level == depthLimit ? 0 : deep(level + 1) + space[0];
 }
 
 // What lies on the stack here is not what the unwinding table says, as within some of the C
@@ -54,6 +46,8 @@ inWildFrame:
     .size inWildFrame, . - inWildFrame
 )");
 
+const std::string kBadBranch = "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (";
+
 const struct {
     const char *name;
     void (*body)();
@@ -63,10 +57,9 @@ const struct {
 } kFaults[] = {
     {"call of nothing", inProgram([] { callNothing(); }), SIGSEGV, kNullPointer, "(nil)"},
     {"null data", inProgram([] { readNothing(); }), SIGSEGV, kNullPointer},
-    {"higher address", inProgram([] { readAt(higher); }), SIGSEGV,
-     "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (0x2000).\n"},
-    {"stack overflow", inProgram([] { sink = deep(0); }), SIGSEGV,
-     "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (@).\n"},
+    {"higher address", inProgram([] { readAt(reinterpret_cast<int *>(0x2000)); }), SIGSEGV,
+     kBadBranch + "0x2000).\n"},
+    {"stack overflow", inProgram([] { overflowStack(); }), SIGSEGV, kBadBranch + "@).\n"},
     {"integer division", inProgram([] { sink = divide(1, zero); }), SIGFPE,
      "SIGFPE: Integer division by zero.\n"},
     {"float division", inProgram([] { sink = divide(1.0, sink); }), SIGFPE,
@@ -103,11 +96,6 @@ TEST(Signals, EndTheRunWithTracebackAndMessage) {
     }
 }
 
-PROGRAM_TEST(Signals, MeetNoHandlerWithTrapOff, .environment = {{"COBRTOPT", "TRAP=OFF"}},
-             .status = kSignalled + SIGSEGV) {
-    readNothing();
-}
-
 std::string shown(int signo, const char *name) {
     return "\n  Signal received: " + std::to_string(signo) + " (" + name + ")\n\n" + kTraceback;
 }
@@ -119,30 +107,25 @@ PROGRAM_TEST(Signals, OnlyShownLetTheRunGoOn,
                     "SIGXFSZ: `ulimit -f` exceeded, expect I/O errors\n" +
                     shown(SIGXFSZ, "SIGXFSZ") + shown(SIGCONT, "SIGCONT") +
                     shown(SIGUSR1, "SIGUSR1")) {
-    for (const int signo : {SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGCONT, SIGUSR1}) {
+    for (const int signo : {SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGCONT}) {
         errno = ENOTTY;
         raise(signo);
         EXPECT_EQ(errno, ENOTTY);
     }
-}
-
-PROGRAM_TEST(Signals, AFrameThatCannotBeWalkedEndsTheTracebackAlone,
-             .err = shown(SIGUSR1, "SIGUSR1")) {
-    inWildFrame(SIGUSR1, raise);
+    inWildFrame(SIGUSR1, raise); // ends the traceback alone
 }
 
 constexpr int kLines = 100000;
-constexpr int kLinesPerSignal = 10;
 
 // Runs DISPLAYs while a signal comes again and again at any point of them.
-void displayUnderSignals() {
+template <int signo> void displayUnderSignals() {
     sigevent event{};
     event.sigev_notify = SIGEV_SIGNAL;
-    event.sigev_signo = atoi(getenv("SIGNAL"));
+    event.sigev_signo = signo;
     timer_t timer{};
     timer_create(CLOCK_MONOTONIC, &event, &timer);
     for (int i = 0; i < kLines; ++i) {
-        if (i % kLinesPerSignal == 0) {
+        if (i % 10 == 0) {
             const itimerspec soon{{0, 0}, {0, i * 7919L % 9973 + 1}};
             timer_settime(timer, 0, &soon, nullptr);
         }
@@ -156,11 +139,12 @@ TEST(Signals, OnlyShownLeaveTheDisplaysWhole) {
     for (int i = 0; i < kLines; ++i) {
         expected += "line " + std::to_string(i) + "\n";
     }
-    for (const int signo : {SIGUSR1, SIGWINCH}) {
-        const ChildResult child =
-            runProgram({{"SIGNAL", std::to_string(signo)}}, [] { displayUnderSignals(); });
+    for (const auto &[isShown, body] :
+         {std::pair{true, inProgram([] { displayUnderSignals<SIGUSR1>(); })},
+          {false, inProgram([] { displayUnderSignals<SIGWINCH>(); })}}) {
+        const ChildResult child = runChild(body);
         EXPECT_TRUE(child.out == expected) << child.out.size() << " " << expected.size();
-        EXPECT_EQ(child.err.find("Signal received") != std::string::npos, signo == SIGUSR1);
+        EXPECT_EQ(child.err.find("Signal received") != std::string::npos, isShown);
         EXPECT_EQ(child.status, 0);
     }
 }
@@ -206,22 +190,18 @@ using Actions = std::array<struct sigaction, 32>;
 
 Actions presentActions() {
     Actions actions{};
-    for (std::size_t signo = 1; signo < actions.size(); ++signo) {
-        sigaction(static_cast<int>(signo), nullptr, &actions[signo]);
+    for (int signo = 0; struct sigaction & action : actions) {
+        sigaction(signo++, nullptr, &action);
     }
     return actions;
 }
 
-bool same(const struct sigaction &one, const struct sigaction &other) {
-    constexpr std::size_t kernelMaskBytes = 8; // what stands behind them is left over
-    return one.sa_handler == other.sa_handler && one.sa_flags == other.sa_flags &&
-           memcmp(&one.sa_mask, &other.sa_mask, kernelMaskBytes) == 0;
-}
-
 int differences(const Actions &one, const Actions &other) {
+    constexpr std::size_t kernelMaskBytes = 8; // what stands behind them is left over
     int count = 0;
     for (std::size_t i = 0; i < one.size(); ++i) {
-        count += !same(one[i], other[i]);
+        count += one[i].sa_handler != other[i].sa_handler || one[i].sa_flags != other[i].sa_flags ||
+                 memcmp(&one[i].sa_mask, &other[i].sa_mask, kernelMaskBytes) != 0;
     }
     return count;
 }
@@ -229,24 +209,20 @@ int differences(const Actions &one, const Actions &other) {
 CHILD_TEST(Signals, ActionsAndStackComeBackAtTheEnd, .err = shown(SIGUSR1, "SIGUSR1")) {
     signal(SIGTERM, hostHandler);
     signal(SIGSTKFLT, hostHandler);
-    Program program("ACTIONS");
-    Program nested("NESTED");
+    Program program("ACTIONS"), nested("NESTED");
     const Actions before = presentActions();
-    _zorPgmInit(&program.pcb);
+    enter(program);
     const Actions inside = presentActions();
     EXPECT_EQ(differences(before, inside), 24); // of 25 rows one signal has two
-    stack_t stack{};
-    sigaltstack(nullptr, &stack);
-    EXPECT_EQ(std::tuple(stack.ss_size, stack.ss_flags), std::tuple(32768, 0));
+    EXPECT_EQ(alternateStack().ss_size, 32768U);
+    EXPECT_EQ(alternateStack().ss_flags, 0);
     _zorCOBOLLink();
     runMainProgram(nested, [] { raise(SIGUSR1); });
     EXPECT_EQ(differences(inside, presentActions()), 0);
-    _zorPgmTerm(&program.pcb);
+    leave(program);
     EXPECT_EQ(differences(before, presentActions()), 0);
-    int32_t rc = -1;
-    _zorCOBOLTerm(1, &rc);
-    sigaltstack(nullptr, &stack);
-    EXPECT_EQ(stack.ss_flags, SS_DISABLE);
+    hostTerm(1);
+    EXPECT_EQ(alternateStack().ss_flags, SS_DISABLE);
 }
 
 const Environment kDump{{"COBRTOPT", "TRAP=DUMP"}};
@@ -258,31 +234,34 @@ CHILD_TEST(Signals, HostsStackAndHandlerAreKept, .environment = kDump, .out = "h
     sigaltstack(&own, nullptr);
     signal(SIGSEGV, hostHandler);
     inProgram([] {
-        stack_t now{};
-        sigaltstack(nullptr, &now);
-        EXPECT_EQ(now.ss_sp, space);
+        EXPECT_EQ(alternateStack().ss_sp, space);
         readNothing();
     })();
 }
 
-PROGRAM_TEST(Signals, PassThroughAllNestedTablesOnce, .environment = kDump, .err = kReadNothing,
-             .status = kSignalled + SIGSEGV) {
-    _zorCOBOLLink();
-    _zorCOBOLLink();
-    readNothing();
+TEST(Signals, MeetNoHandlerWithTrapOffAndPassThroughAllNestedTablesOnce) {
+    expectChildren({
+        {"off",
+         {.environment = {{"COBRTOPT", "TRAP=OFF"}}, .status = kSignalled + SIGSEGV},
+         inProgram([] { readNothing(); })},
+        {"nested",
+         {.environment = kDump, .err = kReadNothing, .status = kSignalled + SIGSEGV},
+         inProgram([] {
+             _zorCOBOLLink();
+             _zorCOBOLLink();
+             readNothing();
+         })},
+    });
 }
 
 PROGRAM_TEST(Signals, ReplacedActionIsInstalledAgain, .err = shown(SIGUSR1, "SIGUSR1")) {
-    static struct sigaction librarys;
-    sigaction(SIGUSR1, nullptr, &librarys);
+    static const Actions librarys = presentActions();
     signal(SIGUSR1, [](int signo) {
         siginfo_t info{};
-        librarys.sa_sigaction(signo, &info, nullptr);
+        librarys[SIGUSR1].sa_sigaction(signo, &info, nullptr);
     });
     raise(SIGUSR1);
-    struct sigaction now {};
-    sigaction(SIGUSR1, nullptr, &now);
-    EXPECT_TRUE(same(now, librarys));
+    EXPECT_EQ(differences(librarys, presentActions()), 0);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <fstream>
 #include <thread>
-#include <vector>
 
 #include "display.h"
 #include "messages.h"
@@ -17,20 +16,11 @@ using namespace kit;
 namespace {
 
 constexpr std::size_t kThreads = 8;
-constexpr int kRounds = ZOR_UNDER_SANITIZER ? 3 : 10;
-
-const std::string kWarning =
-    "ZOR040W  The separate sign of a number is neither + nor -. The number is taken as positive.\n"
-    "\n";
-
-// Threads that open the standard files at once may say so.
-const std::string kContention = "pthread_mutex_trylock rc 16 0: Success\n";
-
-pthread_barrier_t together;
 
 // Runs the body on all threads from one moment on, and waits for them.
 void onAllThreads(void (*body)()) {
     static void (*each)();
+    static pthread_barrier_t together;
     each = body;
     std::array<pthread_t, kThreads> threads{};
     pthread_barrier_init(&together, nullptr, threads.size());
@@ -45,9 +35,20 @@ void onAllThreads(void (*body)()) {
     }
 }
 
-bool isFirst() {
-    static std::atomic<int> count;
-    return count++ == 0;
+void warnAndDisplay(int times) {
+    for (int i = 0; i < times; ++i) {
+        _zorWriteERRmsg(40, 0);
+        displayLine(DISPLAY_ON_SYSOUT, {"displayed"});
+    }
+}
+
+void failAmongOthers() {
+    static std::atomic<bool> oneFails;
+    if (!oneFails.exchange(true)) {
+        warnAndDisplay(10);
+        ZORABEND();
+    }
+    warnAndDisplay(50);
 }
 
 // Takes a text out of another one everywhere; gives how often it was there.
@@ -60,103 +61,75 @@ std::size_t extract(std::string &text, const std::string &part) {
     return count;
 }
 
-// Each of these leaves whole messages with the texts of the catalogue, whoever ends the run.
+// Whole messages with the texts of the catalogue are left, whoever ends the run: each failure is
+// told, of signals the first one.
 TEST(ThreadEnds, MessagesOfThreadsThatFailAtOnceComeOutWhole) {
-    for (int i = 0; i < kRounds; ++i) {
-        const ChildResult child = runProgram({}, [] { onAllThreads([] { ZORABEND(); }); });
-        std::string shown = shape(child.err);
-        extract(shown, kContention);
-        EXPECT_EQ(extract(shown, kForcedEnd), kThreads) << child.err;
-        EXPECT_EQ(shown, "") << child.err;
-        EXPECT_EQ(child.status, 0); // the main thread goes on
-    }
-}
-
-TEST(ThreadEnds, MessagesOfOthersComeOutWholeWhileOneFails) {
-    for (int i = 0; i < kRounds; ++i) {
-        const ChildResult child = runProgram({}, [] {
-            onAllThreads([] {
-                const bool fails = isFirst();
-                for (int n = 0; n < 50; ++n) {
-                    if (fails && n == 10) {
-                        ZORABEND();
-                    }
-                    _zorWriteERRmsg(40, 0);
-                    displayLine(DISPLAY_ON_SYSOUT, {"displayed"});
-                }
-            });
-        });
-        std::string shown = shape(child.err);
-        extract(shown, kContention);
-        EXPECT_EQ(extract(shown, kWarning), (kThreads - 1) * 50 + 10);
-        EXPECT_EQ(shown, kForcedEnd) << child.err;
-        EXPECT_EQ(child.status, 0);
-    }
-}
-
-TEST(ThreadEnds, OfThreadsThatGetSignalsAtOnceOneIsTold) {
-    for (int i = 0; i < kRounds; ++i) {
-        const ChildResult child = runProgram({}, [] { onAllThreads([] { raise(SIGFPE); }); });
-        std::string shown = shape(child.err);
-        EXPECT_EQ(extract(shown, signalEnd("SIGFPE")), 1U) << child.err;
-        EXPECT_EQ(child.status, kSignalled + SIGFPE); // the previous action of the others
+    const struct {
+        void (*body)();
+        std::size_t warnings, ends, signalEnds;
+        int status;
+    } cases[] = {
+        {inProgram([] { onAllThreads([] { ZORABEND(); }); }), 0, kThreads, 0, 0},
+        {inProgram([] { onAllThreads(failAmongOthers); }), (kThreads - 1) * 50 + 10, 1, 0, 0},
+        {inProgram([] { onAllThreads(readNothing); }), 0, 0, 1, // the others' previous action
+         kSignalled + SIGSEGV},
+    };
+    for (int round = ZOR_UNDER_SANITIZER ? 3 : 10; round > 0; --round) {
+        for (const auto &each : cases) {
+            const ChildResult child = runChild(each.body);
+            std::string shown = shape(child.err);
+            extract(shown, "pthread_mutex_trylock rc 16 0: Success\n"); // of the standard files
+            extract(shown, kNullPointer);
+            EXPECT_EQ(extract(shown, "ZOR040W  The separate sign of a number is neither + nor -. "
+                                     "The number is taken as positive.\n\n"),
+                      each.warnings);
+            EXPECT_EQ(extract(shown, kForcedEnd), each.ends) << child.err;
+            EXPECT_EQ(extract(shown, signalEnd("SIGSEGV")), each.signalEnds) << child.err;
+            EXPECT_EQ(shown, "") << child.err;
+            EXPECT_EQ(child.status, each.status);
+        }
     }
 }
 
 // Programs are entered and left while the run-time ends under them, and starts again for the next.
+void endRunTimeUnderThreads() {
+    static Program programs[]{Program("A"), Program("B"), Program("C"), Program("D")};
+    static std::atomic<bool> over;
+    std::vector<std::jthread> threads;
+    for (Program &program : programs) {
+        threads.emplace_back([&program] {
+            while (!over) {
+                enter(program);
+                displayLine(DISPLAY_ON_SYSOUT, {"displayed"});
+                leave(program);
+            }
+        });
+    }
+    for (int i = 0; i < 200; ++i) {
+        hostTerm(1);
+        usleep(200);
+    }
+    over = true;
+}
+
 TEST(ThreadEnds, AHostMayEndTheRunTimeUnderOtherThreads) {
-    const ChildResult child = runChild(
-        [] {
-            static std::array<Program, 4> programs{Program("A"), Program("B"), Program("C"),
-                                                   Program("D")};
-            static std::atomic<bool> over;
-            std::vector<std::thread> threads;
-            for (Program &program : programs) {
-                threads.emplace_back([&program] {
-                    while (!over) {
-                        _zorPgmInit(&program.pcb);
-                        displayLine(DISPLAY_ON_SYSOUT, {"displayed"});
-                        _zorPgmTerm(&program.pcb);
-                    }
-                });
-            }
-            for (int i = 0; i < 200; ++i) {
-                int32_t rc = 0;
-                _zorCOBOLTerm(1, &rc);
-                usleep(200);
-            }
-            over = true;
-            for (std::thread &thread : threads) {
-                thread.join();
-            }
-        },
-        Environment{{"SYSOUT", "/dev/null"}});
+    const ChildResult child =
+        runChild(endRunTimeUnderThreads, Environment{{"SYSOUT", "/dev/null"}});
     EXPECT_NE(child.err.find("Delayed Init!\n"), std::string::npos);
     EXPECT_EQ(child.err.find("ZOR"), std::string::npos) << child.err;
     EXPECT_EQ(child.status, 0);
 }
 
-volatile int depthLimit = -1;
-volatile int sink = 0;
-
-ZOR_UNCHECKED int deep(int level) {
-    volatile char space[1024];
-    space[0] = static_cast<char>(level);
-    return level == depthLimit ? 0 : deep(level + 1) + space[0];
-}
-
 // A thread that enters a program has a stack on which its overflow can be told. (The page that it
 // runs into is mapped, to guard it, which is no cause to comment on.)
-void overflowInProgram() {
-    Program program("DEEP");
-    _zorPgmInit(&program.pcb);
-    sink = deep(0);
-}
-
 PROGRAM_TEST(ThreadEnds, AStackOverflowOnASecondThreadIsTold, .out = "pending\n",
              .err = signalEnd("SIGSEGV")) {
     displayLine(DISPLAY_ON_SYSOUT, {"pending"});
-    EXPECT_TRUE(joinsAsEnded(startThread(overflowInProgram)));
+    EXPECT_TRUE(joinsAsEnded(startThread([] {
+        Program program("DEEP");
+        enter(program);
+        overflowStack();
+    })));
     EXPECT_EQ(_zorProccom, nullptr);
 }
 
@@ -166,31 +139,24 @@ std::size_t mappings() {
 }
 
 PROGRAM_TEST(ThreadEnds, ThreadsGiveTheirStacksBackAndLeaveAHostsAlone) {
-    const auto enter = [] {
+    const auto visit = [](std::size_t size) {
         Program program("SUB");
-        stack_t stack{};
-        _zorPgmInit(&program.pcb);
-        sigaltstack(nullptr, &stack);
-        EXPECT_EQ(stack.ss_size, 32768U);
-        EXPECT_EQ(stack.ss_flags, 0);
-        _zorPgmTerm(&program.pcb);
+        enter(program);
+        EXPECT_EQ(alternateStack().ss_size, size);
+        EXPECT_EQ(alternateStack().ss_flags, 0);
+        leave(program);
     };
-    std::thread(enter).join();
+    std::thread(visit, 32768).join();
     const std::size_t before = mappings();
     for (int i = 0; i < 100; ++i) {
-        std::thread(enter).join();
+        std::thread(visit, 32768).join();
     }
     EXPECT_LE(mappings(), before + 2); // the thread library keeps a stack or two
-    std::thread([] {
+    std::thread([visit] {
         static std::array<char, 65536> own;
         const stack_t mine{own.data(), 0, own.size()};
-        stack_t stack{};
         sigaltstack(&mine, nullptr);
-        Program program("SUB");
-        _zorPgmInit(&program.pcb);
-        sigaltstack(nullptr, &stack);
-        EXPECT_EQ(stack.ss_sp, own.data());
-        _zorPgmTerm(&program.pcb);
+        visit(own.size());
     }).join();
 }
 

@@ -54,6 +54,23 @@ inline void readNothing() {
     readAt(nothing);
 }
 
+// Recursion until the stack is through.
+inline volatile int depthLimit = -1;
+ZOR_UNCHECKED inline int recurse(int level) {
+    volatile char space[1024];
+    space[0] = static_cast<char>(level);
+    return level == depthLimit ? 0 : recurse(level + 1) + space[0];
+}
+inline void overflowStack() {
+    depthLimit = recurse(0);
+}
+
+inline stack_t alternateStack() {
+    stack_t stack{};
+    sigaltstack(nullptr, &stack);
+    return stack;
+}
+
 // A thread that a failure may end: what it leaves, (void *)-1 then, is seen by the join.
 inline pthread_t startThread(void (*body)()) {
     pthread_t thread{};

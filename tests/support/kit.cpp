@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -21,9 +20,7 @@ constexpr const char *kChildOption = "--child=";
 constexpr unsigned kChildSeconds = 60;
 
 // Functions are named to the child by their distance from this one, which no loader changes.
-std::ptrdiff_t distanceOf(void (*body)()) {
-    return reinterpret_cast<char *>(body) - reinterpret_cast<char *>(&readFile);
-}
+char *const kBase = reinterpret_cast<char *>(&readFile);
 
 [[noreturn]] void becomeChild(void (*body)(), const ChildOptions &options, int in, int out,
                               int err) {
@@ -49,21 +46,17 @@ std::ptrdiff_t distanceOf(void (*body)()) {
     getrlimit(RLIMIT_CORE, &cores);
     cores.rlim_cur = options.coreFiles ? cores.rlim_max : 0;
     setrlimit(RLIMIT_CORE, &cores);
-    const std::string argument = kChildOption + std::to_string(distanceOf(body));
+    const std::string argument =
+        kChildOption + std::to_string(reinterpret_cast<char *>(body) - kBase);
     alarm(kChildSeconds);
     const char *program = options.program.empty() ? "/proc/self/exe" : options.program.c_str();
     execl(program, "child", argument.c_str(), nullptr);
     _exit(127);
 }
 
-// Reads until the last writer is gone.
+// Reads a pipe until the last writer is gone.
 std::string readAll(int descriptor) {
-    std::string text;
-    std::array<char, 4096> buffer{};
-    ssize_t count = 0;
-    while ((count = read(descriptor, buffer.data(), buffer.size())) > 0) {
-        text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
+    std::string text = readFile("/dev/fd/" + std::to_string(descriptor));
     close(descriptor);
     return text;
 }
@@ -102,9 +95,8 @@ std::string shape(const std::string &text) {
                                    "    --- End of call chain ---\n");
     static const std::regex addresses("\\b0x[0-9a-f]{5,}\\b");
     static const std::regex pids("PID [0-9]+");
-    std::string result = std::regex_replace(text, frames, "<traceback>\n");
-    result = std::regex_replace(result, addresses, "@");
-    return std::regex_replace(result, pids, "PID #");
+    const std::string shown = std::regex_replace(text, frames, "<traceback>\n");
+    return std::regex_replace(std::regex_replace(shown, addresses, "@"), pids, "PID #");
 }
 
 void expectChild(const Expected &expected, void (*body)()) {
@@ -127,8 +119,7 @@ void expectChildren(const std::vector<ChildCase> &cases) {
 }
 
 Program::Program(const char *name, int nestedPrograms) {
-    const std::array<uint8_t, 3> level{5, 1, 1};
-    memcpy(pcb.level, level.data(), level.size());
+    memcpy(pcb.level, "\5\1\1", sizeof pcb.level);
     pcb.ipcb = ipcb;
     pcb.name = name;
     pcb.namelen = static_cast<uint32_t>(strlen(name));
@@ -174,18 +165,15 @@ void displayLine(uint8_t device, const std::vector<std::string> &texts) {
 std::string hex(const void *bytes, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
-        std::array<char, 4> pair{};
-        snprintf(pair.data(), pair.size(), "%02x", static_cast<const unsigned char *>(bytes)[i]);
-        text += pair.data();
+        const unsigned byte = static_cast<const unsigned char *>(bytes)[i];
+        text += {"0123456789abcdef"[byte / 16], "0123456789abcdef"[byte % 16]};
     }
     return text;
 }
 
 TemporaryDirectory::TemporaryDirectory() {
     path_ = (std::filesystem::temp_directory_path() / "zortest.XXXXXX").string();
-    if (mkdtemp(path_.data()) == nullptr) {
-        ADD_FAILURE() << "no temporary directory: " << strerror(errno);
-    }
+    EXPECT_NE(mkdtemp(path_.data()), nullptr) << strerror(errno);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
@@ -194,9 +182,7 @@ TemporaryDirectory::~TemporaryDirectory() {
 
 std::string readFile(const std::string &path) {
     std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 void writeFile(const std::string &path, const std::string &text) {
@@ -229,8 +215,7 @@ extern "C" __attribute__((visibility("default"))) const char *__asan_default_opt
 int main(int argc, char **argv) {
     const std::size_t prefix = strlen(kit::kChildOption);
     if (argc == 2 && strncmp(argv[1], kit::kChildOption, prefix) == 0) {
-        auto *base = reinterpret_cast<char *>(&kit::readFile);
-        reinterpret_cast<void (*)()>(base + strtol(argv[1] + prefix, nullptr, 10))();
+        reinterpret_cast<void (*)()>(kit::kBase + strtol(argv[1] + prefix, nullptr, 10))();
         exit(testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
     }
     testing::InitGoogleTest(&argc, argv);

@@ -28,10 +28,10 @@ using Environment = std::vector<std::pair<std::string, std::string>>;
 
 struct ChildOptions {
     Environment environment; // set ahead of the library's load; an empty value sets it empty
-    std::string input;       // standard input
-    std::string directory;   // working directory, if not empty
+    std::string input{};     // standard input
+    std::string directory{}; // working directory, if not empty
     bool coreFiles = false;  // whether core files are allowed
-    std::string program;     // a copy of this test program to run in its place
+    std::string program{};   // a copy of this test program to run in its place
 };
 
 // Runs the body in a fresh process of this test program, with the library loaded anew under the
@@ -58,6 +58,13 @@ struct Program {
     IPCB ipcb[8]{};
 };
 
+template <class... Programs> void enter(Programs &...programs) {
+    (_zorPgmInit(&programs.pcb), ...);
+}
+template <class... Programs> void leave(Programs &...programs) {
+    (_zorPgmTerm(&programs.pcb), ...);
+}
+
 // Runs a body as a main program: entry, epilogue by sigsetjmp, body, _zorPgmTerm. Gives the value
 // of sigsetjmp when control came back through it, 0 when the body returned.
 int runMainProgram(Program &program, void (*body)());
@@ -72,6 +79,13 @@ template <class Body> auto inProgram(Body) -> void (*)() {
 
 template <class Body> ChildResult runProgram(const Environment &environment, Body body) {
     return runChild(inProgram(body), environment);
+}
+
+// A host's end of a run unit (9) or of the run-time (1); gives what it leaves at rc.
+inline int hostTerm(int32_t code) {
+    int32_t rc = -1;
+    _zorCOBOLTerm(code, &rc);
+    return rc;
 }
 
 // What a child gets and what it must leave; err in the form of shape().
@@ -105,11 +119,11 @@ void displayLine(uint8_t device, const std::vector<std::string> &texts);
     }                                                                                              \
     static void suite##name()
 #define PROGRAM_TEST(suite, name, ...)                                                             \
-    static void suite##name();                                                                     \
-    TEST(suite, name) {                                                                            \
-        kit::expectChild({__VA_ARGS__}, kit::inProgram([] { suite##name(); }));                    \
+    static void suite##name##InProgram();                                                          \
+    CHILD_TEST(suite, name, __VA_ARGS__) {                                                         \
+        kit::inProgram([] { suite##name##InProgram(); })();                                        \
     }                                                                                              \
-    static void suite##name()
+    static void suite##name##InProgram()
 
 // A file as an OPEN leaves it, with its close routine.
 FCB openFile(FileOperation close);

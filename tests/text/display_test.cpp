@@ -85,7 +85,6 @@ TEST(DisplayItems, FloatingAgainstAModel) {
 }
 
 TEST(DisplayItems, Floating) {
-    EXPECT_EQ(shownFloat(1.5, 16), " .1500000000000000E 01");
     EXPECT_EQ(shownFloat(-1e-10F, 8), "-.10000000E-09");
     const __float128 one = 1;
     EXPECT_EQ(shownFloat(one / 3, 34), " .3333333333333333333333333333333333E 00");
@@ -108,14 +107,10 @@ TEST(DisplayItems, Floating) {
 TEST(DisplayItems, WidthsOutOfRangeCountAsTheNearest) {
     const std::string zeros(DISPLAY_MAX_DIGITS - 1, '0');
     const int32_t minusSeven = -7;
-    const struct {
-        int32_t width;
-        std::string binary, floating;
-    } cases[] = {{-3, "-", " .5E 00"},
-                 {0, "-", " .5E 00"},
-                 {DISPLAY_MAX_DIGITS + 1, "-" + zeros + "7", " .5" + zeros + "E 00"}};
-    for (const auto &[width, binary, floating] : cases) {
-        EXPECT_EQ(shown({&minusSeven, 4, width, DISPLAY_SIGNED_BINARY}), binary);
+    for (const int32_t width : {-3, 0, DISPLAY_MAX_DIGITS + 1}) {
+        const std::string floating = " .5" + (width > 0 ? zeros : "") + "E 00";
+        EXPECT_EQ(shown({&minusSeven, 4, width, DISPLAY_SIGNED_BINARY}),
+                  width > 0 ? "-" + zeros + "7" : "-");
         EXPECT_EQ(shownFloat(0.5, width), floating);
         EXPECT_EQ(shownFloat(static_cast<__float128>(0.5), width), floating);
     }
@@ -125,8 +120,8 @@ TEST(DisplayItems, TextAndNull) {
     const std::string text("A\0B", 3);
     for (const uint32_t type : {2U, 4U, 5U}) {
         EXPECT_EQ(shown({text.data(), 3, 77, type}), text);
+        EXPECT_EQ(shown({"", 0, 0, type}), "");
     }
-    EXPECT_EQ(shown({"", 0, 0, DISPLAY_TEXT}), "");
     for (uint32_t type = 0; type < 10; ++type) {
         EXPECT_EQ(shown({nullptr, 4, 9, type}), "(NULL)");
     }

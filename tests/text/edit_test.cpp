@@ -1,10 +1,6 @@
 // Editing moves through the exported interface.
 #include <algorithm>
-#include <iterator>
 #include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "edit.h"
 #include "support/kit.h"
@@ -13,18 +9,13 @@
 namespace {
 
 // Shows what a move wrote, and fails when that does not begin at its first byte.
-class Receiver {
-public:
-    char *data() { return &bytes_[kGuard]; }
+struct Receiver {
+    char *data() { return &bytes[8]; }
     std::string text() const {
-        const std::string written = bytes_.substr(0, bytes_.find_last_not_of('~') + 1);
-        EXPECT_EQ(written.substr(0, kGuard).find_first_not_of('~'), std::string::npos);
-        return written.size() > kGuard ? written.substr(kGuard) : "";
+        EXPECT_EQ(bytes.substr(0, 8), "~~~~~~~~");
+        return bytes.substr(8, std::max<std::size_t>(bytes.find_last_not_of('~') + 1, 8) - 8);
     }
-
-private:
-    static constexpr std::size_t kGuard = 8;
-    std::string bytes_ = std::string(500, '~');
+    std::string bytes = std::string(500, '~');
 };
 
 std::string word(std::size_t value) {
@@ -36,16 +27,19 @@ template <class Block> const Block *as(const std::string &bytes) {
     return reinterpret_cast<const Block *>(bytes.data());
 }
 
-using Pairs = std::vector<std::pair<std::string, std::string>>; // what is moved, and what comes out
-
 struct Picture {
     std::string text;
-    Pairs cases;                // sign and digits, and the edited item; or the other way round
-    std::vector<int> codes{0};  // the same comes out with each
+    std::vector<std::pair<std::string, std::string>> cases; // what is moved, and what comes out
+    std::vector<int> codes{0};                              // the same comes out with each
     std::string currency = "$"; // through the second form of a routine unless it is one character
     char point = '.';
     bool zeroTreatment = false;
 };
+
+const CurrencyString *currencyOf(const Picture &picture, std::string &bytes) {
+    bytes = word(picture.currency.size()) + picture.currency;
+    return as<CurrencyString>(bytes);
+}
 
 std::string edited(const Picture &picture, int code, const std::string &digits) {
     const std::size_t size = picture.text.size();
@@ -54,9 +48,10 @@ std::string edited(const Picture &picture, int code, const std::string &digits) 
                               (isString ? '&' : picture.currency[0]) + static_cast<char>(code) +
                               picture.text;
     const auto *block = as<NumericEditDescriptor>(bytes);
-    const std::string string = word(picture.currency.size()) + picture.currency;
+    std::string string;
+    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver item;
-    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), as<CurrencyString>(string))
+    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), currency)
              : _zorcMoveNumToNumEdit(block, digits.data(), item.data());
     return item.text();
 }
@@ -66,29 +61,29 @@ constexpr const char *kFails = "does not fit";
 std::string deEdited(const Picture &picture, const std::string &item) {
     const std::string bytes = word(picture.text.size()) + picture.text;
     const auto *block = as<DeEditDescriptor>(bytes);
-    const std::string string = word(picture.currency.size()) + picture.currency;
+    std::string string;
+    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver result;
-    const int32_t rc =
-        picture.currency.size() == 1
-            ? _zorcMoveNumEditToNum(block, item.data(), result.data())
-            : _zorcMoveNumEditToNum2(block, item.data(), result.data(), as<CurrencyString>(string));
+    const int32_t rc = picture.currency.size() == 1
+                           ? _zorcMoveNumEditToNum(block, item.data(), result.data())
+                           : _zorcMoveNumEditToNum2(block, item.data(), result.data(), currency);
     EXPECT_TRUE(rc == 0 || rc == 1);
     return rc == 0 ? result.text() : kFails;
 }
 
 enum class Way { edit, deEdit, both };
 
-template <std::size_t Count> void check(const Picture (&pictures)[Count], Way way) {
+void check(const std::vector<Picture> &pictures, Way way) {
     for (const Picture &picture : pictures) {
         for (const auto &[from, to] : picture.cases) {
+            SCOPED_TRACE(picture.text + " of " + from);
             for (const int code : picture.codes) {
                 EXPECT_EQ(
                     way == Way::deEdit ? deEdited(picture, from) : edited(picture, code, from), to)
-                    << picture.text << " code " << code << " of " << from;
+                    << "code " << code;
             }
             if (way == Way::both) {
-                EXPECT_EQ(deEdited(picture, to), from.substr(1) + from[0])
-                    << picture.text << " of " << to;
+                EXPECT_EQ(deEdited(picture, to), from.substr(1) + from[0]);
             }
         }
     }
@@ -97,7 +92,7 @@ template <std::size_t Count> void check(const Picture (&pictures)[Count], Way wa
 // De-editing gives back the digits and the sign.
 TEST(NumericEdit, AndBack) {
     const std::string sevens(400, '7');
-    const Picture pictures[] = {
+    const std::vector<Picture> pictures = {
         // suppression
         {"ZZZ.ZZ", {{"+00005", "   .05"}, {"+00000", "   .00"}}},
         {"Z,ZZZ,ZZ9", {{"+0001234", "    1,234"}, {"+1234567", "1,234,567"}}},
@@ -134,7 +129,7 @@ TEST(NumericEdit, AndBack) {
 TEST(NumericEdit, Alone) {
     const int zero = EDIT_BLANK_WHEN_ZERO(0);
     const int zero2 = EDIT_BLANK_WHEN_ZERO(2);
-    const Picture pictures[] = {
+    const std::vector<Picture> pictures = {
         {"9(", {{"+1", "1 "}}}, // half a sign pair takes one position
         {"Z,ZZ9.99", {{"+123456", "1.234,56"}, {"+000056", "    0,56"}}, {0}, "$", '\0'},
         {"-99+", {{"?12", "-12-"}, {"+12", " 12 "}}, {3}}, // what is not "+" counts as minus
@@ -160,7 +155,7 @@ TEST(NumericEdit, Alone) {
 }
 
 TEST(DeEdit, Table) {
-    const Picture pictures[] = {
+    const std::vector<Picture> pictures = {
         {"", {{"", "+"}}},
         // a sign position or the head of a floating string
         {"+Z9", {{"112", kFails}, {"- 2", "02-"}, {"+ 2", "02+"}, {"  2", "02+"}, {"*12", "12+"}}},
@@ -189,10 +184,6 @@ TEST(DeEdit, Table) {
     check(pictures, Way::deEdit);
 }
 
-std::string narrow(const std::u16string &text) {
-    return {text.begin(), text.end()};
-}
-
 template <class Block>
 std::string edited(void (*move)(const Block *, const void *, int32_t, void *),
                    const std::string &descriptor, const std::string &sender) {
@@ -214,6 +205,9 @@ TEST(CharacterEdit, Table) {
         {u"X X\u0081X", 0, u"ABCD", u"A BCD"}, // half an ideographic blank
         {u"XX", 1, u"", u"  "},
         {u"", 0, u"AB", u""},
+    };
+    const auto narrow = [](const std::u16string &text) {
+        return std::string(text.begin(), text.end());
     };
     for (const auto &[picture, repeat, sender, expected] : cases) {
         std::string runs; // among them some that are empty
@@ -274,70 +268,42 @@ TEST(OverlappingMove, AllLengthsAndDistances) {
     }
 }
 
-// ---- pictures at random
+// The digits of a text without leading zeros.
+std::string valueOf(std::string text) {
+    std::erase_if(text, [](char c) { return c < '0' || c > '9'; });
+    return text.substr(std::min(text.find_first_not_of('0'), text.size()));
+}
 
-struct RandomPicture {
-    std::string text;
-    int code = EDIT_SIGN_NONE;
-    int digits = 0;
-};
-
-// A picture as a compiler accepts it: suppression or a floating string, commas within, a point, and
-// a sign at one of its ends.
-RandomPicture randomPicture(std::mt19937 &random) {
-    const auto below = [&](int limit) {
-        return static_cast<int>(random() % static_cast<unsigned>(limit));
-    };
+// Pictures as a compiler accepts them: suppression or a floating string, commas within, a point,
+// and a sign at one of the ends.
+TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
     constexpr struct {
         const char *symbol; // of the part that is suppressed
         const char *behind; // what stands at the end
         int code;
-    } kKinds[] = {{"Z", "", EDIT_SIGN_NONE},
-                  {"*", "", EDIT_SIGN_NONE},
-                  {"Z", "-", EDIT_SIGN_IF_MINUS},
-                  {"*", "+", EDIT_SIGN_SHOWN},
-                  {"Z", "CR", EDIT_SIGN_IF_MINUS},
-                  {"+", "", EDIT_FLOAT_SIGN_SHOWN},
-                  {"-", "", EDIT_FLOAT_SIGN_IF_MINUS},
-                  {"$", "", EDIT_FLOAT_CURRENCY},
-                  {"$", "DB", EDIT_FLOAT_CURRENCY_SIGN_IF_MINUS}};
-    const auto &kind = kKinds[below(std::size(kKinds))];
-    const bool floats = kind.symbol[0] != 'Z' && kind.symbol[0] != '*';
-    RandomPicture picture;
-    picture.code = kind.code;
-    const int suppressed = below(12) + (floats ? 2 : 0);
-    for (int n = 0; n < suppressed; ++n) {
-        picture.text += kind.symbol;
-        picture.text += n > 1 && below(4) == 0 ? "," : "";
-    }
-    const int nines = suppressed == 0 ? 1 + below(9) : below(6);
-    picture.text += std::string(static_cast<std::size_t>(nines), '9');
-    const int decimals = below(4);
-    picture.text += decimals > 0 ? "." + std::string(static_cast<std::size_t>(decimals), '9') : "";
-    picture.text += kind.behind;
-    picture.digits = suppressed - (floats ? 1 : 0) + nines + decimals;
-    return picture;
-}
-
-// The digits of a text without leading zeros.
-std::string valueOf(const std::string &text) {
-    std::string digits;
-    std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
-                 [](char c) { return c >= '0' && c <= '9'; });
-    return digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
-}
-
-TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
+    } kKinds[] = {{"Z", "", 0}, {"*", "", 0}, {"Z", "-", 3}, {"*", "+", 2},  {"Z", "CR", 3},
+                  {"+", "", 6}, {"-", "", 7}, {"$", "", 12}, {"$", "DB", 11}};
     std::mt19937 random(20220714);
     for (int i = 0; i < 20000; ++i) {
-        const RandomPicture picture = randomPicture(random);
+        const auto &kind = kKinds[random() % std::size(kKinds)];
+        const bool floats = kind.symbol[0] != 'Z' && kind.symbol[0] != '*';
+        std::string text;
+        const std::size_t suppressed = random() % 12 + (floats ? 2 : 0);
+        for (std::size_t n = 0; n < suppressed; ++n) {
+            text += kind.symbol;
+            text += n > 1 && random() % 4 == 0 ? "," : "";
+        }
+        const std::size_t nines = suppressed == 0 ? 1 + random() % 9 : random() % 6;
+        const std::size_t decimals = random() % 4;
+        text += std::string(nines, '9') + (decimals > 0 ? "." : "") + std::string(decimals, '9') +
+                kind.behind;
         std::string digits(1, random() % 2 == 0 ? '+' : '-');
-        for (int n = 0; n < picture.digits; ++n) {
+        for (auto n = suppressed - (floats ? 1 : 0) + nines + decimals; n > 0; --n) {
             digits += random() % 3 == 0 ? static_cast<char>('0' + random() % 10) : '0';
         }
-        const std::string item = edited({.text = picture.text, .cases = {}}, picture.code, digits);
-        ASSERT_EQ(item.size(), picture.text.size()) << picture.text << " " << digits;
-        ASSERT_EQ(valueOf(item), valueOf(digits)) << picture.text << " " << digits << " " << item;
+        const std::string item = edited({.text = text, .cases = {}}, kind.code, digits);
+        ASSERT_EQ(item.size(), text.size()) << text << " " << digits;
+        ASSERT_EQ(valueOf(item), valueOf(digits)) << text << " " << digits << " " << item;
     }
 }
 

@@ -1,12 +1,8 @@
-/* A called program as a compiler lays it out, in a form that tests can look into: its entry gives
- * the address of what it holds. */
+/* A called program as a compiler lays it out: its entry gives what tests look into. */
 #ifndef ZOR_TESTS_DYNAMIC_PROGRAMS_PROGRAM_H
 #define ZOR_TESTS_DYNAMIC_PROGRAMS_PROGRAM_H
 
 #include "pcb.h"
-
-/* The bit by which a program knows that its working storage has its initial values. */
-#define PROGRAM_INITIALIZED ((uint32_t)IPCB_STATUS_RUN_UNIT)
 
 struct ProgramData {
     PCB pcb;
