@@ -214,7 +214,8 @@ bool isBad(Form form, std::string_view digits, Validation validation) {
 // ---- messages, of a catalogue in which they only warn: the call goes on with the bytes as they
 // stand
 
-constexpr const char *kCatalogue = "$set 40\n1 1 sign\n$set 902\n1 1 zero\n$set 903\n1 1 bad\n";
+constexpr const char *kCatalogue =
+    "$set 40\n1 \"1 sign\"\n$set 902\n1 \"1 zero\"\n$set 903\n1 \"1 bad\"\n";
 constexpr const char *kSign = "ZOR040W  sign\n\n";
 constexpr const char *kZero = "ZOR902W  zero\n\n";
 constexpr const char *kBad = "ZOR903W  bad\n\n";
@@ -331,10 +332,7 @@ template <unsigned options> void callAll() {
 
 TEST(Messages, FollowTheSwitches) {
     const kit::TemporaryDirectory directory;
-    kit::writeFile(directory.file("source.msg"), kCatalogue);
-    const std::string command =
-        "gencat " + directory.file("cobol2run.cat ") + directory.file("source.msg");
-    ASSERT_EQ(std::system(command.c_str()), 0);
+    kit::buildCatalog(directory, "C.UTF-8", kCatalogue);
     const std::pair<kit::Environment::value_type, void (*)()> settings[] = {
         {{"COBOL_BCD_SAFE", ""}, callAll<0>},
         {{"COBOL_BCD_SAFE", "1"}, callAll<kSafe>},
@@ -344,7 +342,7 @@ TEST(Messages, FollowTheSwitches) {
         // The library's own catalogue comes first, but not under this locale's name.
         const auto [status, out, err] = kit::runChild(
             body, kit::Environment{
-                      {"LC_ALL", "C.UTF-8"}, {"NLSPATH", directory.path() + "/%N"}, setting});
+                      {"LC_ALL", "C.UTF-8"}, {"NLSPATH", directory.path() + "/%L/%N"}, setting});
         const auto same = std::mismatch(out.begin(), out.end(), err.begin(), err.end()).first;
         const auto at = static_cast<size_t>(same - out.begin());
         EXPECT_TRUE(out == err) << setting.first << " " << setting.second << ": expected "

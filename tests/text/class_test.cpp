@@ -51,21 +51,22 @@ TEST(ClassTests, EveryByteAndUnit) {
     }
 }
 
-// Items that are numeric under these flags, and items that are not.
-struct NumericCase {
+// Items that are of the class under these flags, and items that are not.
+struct ClassCase {
     uint32_t flags;
-    std::vector<std::string> numeric, others;
+    std::vector<std::string> members, others;
 };
 
 constexpr uint32_t kTestSign = 0x0100;
 
 std::string wrongOnes(int32_t (*test)(uint32_t, const void *, int32_t),
-                      const std::vector<NumericCase> &cases) {
+                      const std::vector<ClassCase> &cases) {
+    EndedPages pages;
     std::string wrong;
-    for (const NumericCase &c : cases) {
+    for (const ClassCase &c : cases) {
         for (const int32_t expected : {1, 0}) {
-            for (const std::string &item : expected == 1 ? c.numeric : c.others) {
-                if (test(c.flags, item.data(), lengthOf(item)) != expected) {
+            for (const std::string &item : expected == 1 ? c.members : c.others) {
+                if (test(c.flags, pages.place(item), lengthOf(item)) != expected) {
                     wrong += std::to_string(c.flags) + " " + kit::hex(item) + "\n";
                 }
             }
@@ -115,32 +116,21 @@ PROGRAM_TEST(ClassTests, OverpunchLetters, .environment = {{"COBOL_BCD_EBCDIC", 
     }
 }
 
-struct PairCase {
-    std::string data;
-    int32_t kanji, dbcs;
-};
-
-void checkPairs(const std::vector<PairCase> &cases, int32_t sign) {
-    for (const auto &[data, kanji, dbcs] : cases) {
-        EXPECT_EQ(_zorcClasKanji(data.data(), sign * lengthOf(data)), kanji) << kit::hex(data);
-        EXPECT_EQ(_zorcClasDBCS(data.data(), sign * lengthOf(data)), dbcs) << kit::hex(data);
-    }
+// Pairs of bytes, of EBCDIC under a negative length.
+template <auto test, int sign> int32_t ofPairs(uint32_t, const void *item, int32_t length) {
+    return test(item, sign * length);
 }
 
 TEST(ClassTests, EbcdicPairs) {
-    checkPairs({{"\x40\x40", 1, 1},
-                {"\x40\x41", 0, 0},
-                {"\x41\x40", 0, 0},
-                {"\x41\xFE", 1, 1},
-                {"\x7F\x41\x40\x40", 1, 1},
-                {"\x80\x41", 0, 1},
-                {"\xFE\xFE", 0, 1},
-                {"\xFF\x41", 0, 0},
-                {"\x41\xFF", 0, 0},
-                {"\x0E\x41", 0, 0},
-                {"\x0F\x41", 0, 0},
-                {"\x41\x41\x41", 0, 0}},
-               -1);
+    const std::vector<std::string> both{"\x40\x40", "\x41\xFE", "\x7F\x41\x40\x40"};
+    const std::vector<std::string> none{"\x40\x41", "\x41\x40", "\xFF\x41",    "\x41\xFF",
+                                        "\x0E\x41", "\x0F\x41", "\x41\x41\x41"};
+    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, -1>,
+                        {{0, both, none}, {1, {}, {"\x80\x41", "\xFE\xFE"}}}),
+              "");
+    EXPECT_EQ(
+        wrongOnes(ofPairs<_zorcClasDBCS, -1>, {{0, both, none}, {1, {"\x80\x41", "\xFE\xFE"}, {}}}),
+        "");
 }
 
 void nativePairs() {
@@ -149,17 +139,10 @@ void nativePairs() {
         longer += "漢字";
     }
     // What a cut character leaves is not looked at.
-    checkPairs({{"漢字", 1, 1},
-                {"　", 1, 1},
-                {"漢a", 0, 0},
-                {"a漢", 0, 0},
-                {"漢a字", 0, 0},
-                {"ab", 0, 0},
-                {"漢\xE5", 1, 1},
-                {"", 0, 0},
-                {longer, 1, 1},
-                {longer + "a", 0, 0}},
-               1);
+    const ClassCase pairs{
+        0, {"漢字", "　", "漢\xE5", longer}, {"漢a", "a漢", "漢a字", "ab", "", longer + "a"}};
+    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, 1>, {pairs}), "");
+    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasDBCS, 1>, {pairs}), "");
 }
 
 TEST(ClassTests, NativePairs) {
@@ -179,24 +162,22 @@ TEST(TextFunctions, Case) {
 
 TEST(TextFunctions, ReverseOfEachLength) {
     EndedPages pages;
-    for (std::size_t length = 0; length < 40; ++length) {
+    std::string text, reversed, units; // units: the pairs in reverse order
+    for (char letter = 'A'; letter < 'A' + 40; ++letter) {
         pages.nextStatement();
-        const std::string text =
-            std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmn").substr(0, length);
-        std::string units; // the pairs in reverse order
-        for (std::size_t at = length / 2 * 2; at != 0; at -= 2) {
-            units += text.substr(at - 2, 2);
-        }
+        const std::size_t length = text.size();
         const uint8_t *source = pages.place(text);
         uint8_t *target = pages.place(std::string(length, '~'));
         uint8_t *both = pages.place(text);
         _zorcReverse(lengthOf(text), source, target);
         _Tvq_reverse(lengthOf(text), both, both);
-        const std::string reversed(text.rbegin(), text.rend());
         EXPECT_EQ(bytesOf(target, length), reversed);
         EXPECT_EQ(bytesOf(both, length), reversed);
         _zorcReverseUnicode(target, source, lengthOf(units));
         EXPECT_EQ(bytesOf(target, units.size()), units);
+        text += letter;
+        reversed.insert(0, 1, letter);
+        units.insert(0, length % 2 != 0 ? text.substr(length - 1) : "");
     }
 }
 

@@ -155,40 +155,26 @@ void model(const InspectBlock &block) {
 
 // ---- random statements
 
-enum class How { byModel, generally, quickly };
-
-void carryOut(const InspectBlock &block, How how) {
-    if (how == How::byModel) {
-        model(block);
-    } else if (how == How::generally) {
-        zor::inspect::inspect(block, true);
-    } else {
-        _zorcInspect(&block);
-    }
-}
-
-struct Maker {
-    Random random;
-    EndedPages &pages;
-    uint32_t size, letters;
-
+struct Maker : Random {
     struct Operand {
         uint32_t flags, length;
         uint8_t *address;
     };
 
+    Maker(unsigned seed, EndedPages &room) : Random(seed), pages(room) { pages.nextStatement(); }
+
     Operand place(uint32_t flags, const std::string &bytes) const {
         return {flags, static_cast<uint32_t>(bytes.size()), pages.place(bytes)};
     }
 
-    std::string text(uint32_t characters) { return random.text(size * characters, letters); }
+    std::string text(uint32_t characters) { return Random::text(size * characters, letters); }
 
     Operand operand(uint32_t most) {
-        std::string bytes = text(random.oneIn(12) ? 0 : 1 + random.below(most));
-        if (!random.oneIn(5)) {
+        std::string bytes = text(oneIn(12) ? 0 : 1 + below(most));
+        if (!oneIn(5)) {
             return place(0, bytes);
         }
-        const bool leads = random.oneIn(2), separate = random.oneIn(2);
+        const bool leads = oneIn(2), separate = oneIn(2);
         if (size == 2 || separate) {
             bytes.insert(leads ? 0 : bytes.size(), size == 2 ? "-\0" : "-", size);
         } else if (!bytes.empty()) {
@@ -208,19 +194,19 @@ struct Maker {
                                  (converts ? 0 : INSPECT_CHARACTERS | INSPECT_LEADING) |
                                  (tallies || converts ? 0 : uint32_t{INSPECT_FIRST});
         for (uint32_t bit = 1; bit != 0 && !plainSingles; bit <<= 1) {
-            flags |= has(phrases, bit) && random.oneIn(4) ? bit : 0;
+            flags |= has(phrases, bit) && oneIn(4) ? bit : 0;
         }
-        const bool successive = converts && size == 1 && random.oneIn(2);
+        const bool successive = converts && size == 1 && oneIn(2);
         const std::string digits = "01234567";
         const Operand compared = plainSingles ? place(0, text(1))
-                                 : successive ? place(0, digits.substr(0, random.below(5)))
+                                 : successive ? place(0, digits.substr(0, below(5)))
                                               : operand(converts ? 6 : 3);
         const std::size_t length =
             has(flags, INSPECT_CHARACTERS)
                 ? size
                 : plain(compared.flags, compared.address, compared.length).text.size();
         const Operand target = has(flags, INSPECT_FIGURATIVE) ? place(0, text(1))
-                               : successive && random.oneIn(2)
+                               : successive && oneIn(2)
                                    ? place(0, digits.substr(2, length))
                                    : place(0, text(static_cast<uint32_t>(length) / size));
         const Operand before = operand(2), after = operand(2);
@@ -232,24 +218,25 @@ struct Maker {
         }
         return made;
     }
+
+    EndedPages &pages;
+    const uint32_t size = oneIn(3) ? 2 : 1, letters = 1 + below(6);
 };
 
-std::string outcome(unsigned seed, EndedPages &pages, How how) {
+std::string outcome(unsigned seed, EndedPages &pages, void (*carryOut)(const InspectBlock &)) {
     constexpr uint32_t kWide[] = {INSPECT_NATIONAL, INSPECT_DBCS};
-    pages.nextStatement();
-    Random random(seed);
-    const uint32_t size = random.oneIn(3) ? 2 : 1;
-    Maker make{random, pages, size, 1 + random.below(6)};
-    const Maker::Operand item = make.operand(random.oneIn(2) ? 20 : 100);
+    Maker make(seed, pages);
+    const Maker::Operand item = make.operand(make.oneIn(2) ? 20 : 100);
     struct {
         InspectBlock head;
         InspectClause clauses[6];
     } block{};
-    block.head = {random.oneIn(2) ? 1 : random.below(7),
-                  item.flags | (size == 2 ? kWide[random.below(2)] : 0), item.length, item.address};
+    block.head = {make.oneIn(2) ? 1 : make.below(7),
+                  item.flags | (make.size == 2 ? kWide[make.below(2)] : 0), item.length,
+                  item.address};
     uint32_t counters[6] = {};
-    const unsigned form = random.below(4);
-    const bool plainSingles = random.oneIn(4);
+    const unsigned form = make.below(4);
+    const bool plainSingles = make.oneIn(4);
     for (uint32_t i = 0; i < block.head.clauseCount; ++i) {
         const bool tallies = form == 0 || (form == 3 && i < block.head.clauseCount / 2);
         block.clauses[i] = make.clause(tallies     ? static_cast<uint32_t>(INSPECT_TALLYING)
@@ -257,53 +244,19 @@ std::string outcome(unsigned seed, EndedPages &pages, How how) {
                                                    : uint32_t{INSPECT_REPLACING},
                                        plainSingles, tallies ? &counters[i] : nullptr);
     }
-    carryOut(block.head, how);
+    carryOut(block.head);
     return kit::hex(item.address, item.length) + " " + kit::hex(counters, sizeof counters);
 }
 
+void generally(const InspectBlock &block) {
+    zor::inspect::inspect(block, true);
+}
+void quickly(const InspectBlock &block) {
+    _zorcInspect(&block);
+}
+
 TEST(Inspect, RandomStatements) {
-    EndedPages pages;
-    for (unsigned seed = 0; seed < 40000 && !testing::Test::HasFailure(); ++seed) {
-        const std::string expected = outcome(seed, pages, How::byModel);
-        EXPECT_EQ(outcome(seed, pages, How::generally), expected) << seed;
-        EXPECT_EQ(outcome(seed, pages, How::quickly), expected) << seed;
-    }
-}
-
-// ---- statements of one clause
-
-void inspectOne(uint32_t flags, std::string &item, const char *compared, uint32_t length,
-                const void *target) {
-    struct {
-        InspectBlock head;
-        InspectClause clause;
-    } statement{{1, 0, static_cast<uint32_t>(item.size()), item.data()}, {}};
-    statement.clause.clauseFlags = flags;
-    statement.clause.targetLength = statement.clause.compareLength = length;
-    statement.clause.targetAddress = target;
-    statement.clause.compareAddress = compared;
-    _zorcInspect(&statement.head);
-}
-
-// Counts beyond what a byte holds.
-TEST(Inspect, LongItems) {
-    for (std::size_t length = 8000; length < 8040; length += 3) {
-        std::string item(length, 'a');
-        uint32_t counter = 1;
-        inspectOne(INSPECT_TALLYING, item, "a", 1, &counter);
-        inspectOne(INSPECT_REPLACING, item, "a", 1, "b");
-        EXPECT_EQ(counter, length + 1);
-        EXPECT_EQ(item, std::string(length, 'b'));
-    }
-}
-
-// What an operand shares with the item is seen as it changes.
-TEST(Inspect, OperandsWithinTheItem) {
-    std::string replaced = "ABABA", converted = "ABAB";
-    inspectOne(INSPECT_REPLACING, replaced, replaced.data(), 1, "C");
-    inspectOne(INSPECT_CONVERTING, converted, converted.data(), 2, "XY");
-    EXPECT_EQ(replaced, "CBABA");
-    EXPECT_EQ(converted, "XYAB");
+    expectSame(40000, outcome, {model, generally, quickly});
 }
 
 } // namespace

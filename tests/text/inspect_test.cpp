@@ -1,28 +1,46 @@
-// INSPECT of operands whose lengths differ.
+// INSPECT of one clause: long items, operands within the item, operands whose lengths differ.
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "inspect.h"
 #include "support/kit.h"
 
 namespace {
 
-struct Statement {
-    InspectBlock head;
-    InspectClause clause;
-};
-
-void showInspected(uint32_t flags, std::string item, const std::string &compared,
-                   const std::string &target) {
-    Statement statement{};
-    statement.head = {1, 0, static_cast<uint32_t>(item.size()), item.data()};
+void inspectOne(uint32_t flags, std::string &item, std::string_view compared, const void *target,
+                std::size_t targetLength) {
+    struct {
+        InspectBlock head;
+        InspectClause clause;
+    } statement{{1, 0, static_cast<uint32_t>(item.size()), item.data()}, {}};
     statement.clause.clauseFlags = flags;
     statement.clause.compareLength = static_cast<uint32_t>(compared.size());
     statement.clause.compareAddress = compared.data();
-    statement.clause.targetLength = static_cast<uint32_t>(target.size());
-    statement.clause.targetAddress = target.data();
+    statement.clause.targetLength = static_cast<uint32_t>(targetLength);
+    statement.clause.targetAddress = target;
     _zorcInspect(&statement.head);
-    puts(item.c_str());
+}
+
+// Counts beyond what a byte holds.
+TEST(Inspect, LongItems) {
+    for (std::size_t length = 8000; length < 8040; length += 3) {
+        std::string item(length, 'a');
+        uint32_t counter = 1;
+        inspectOne(INSPECT_TALLYING, item, "a", &counter, 1);
+        inspectOne(INSPECT_REPLACING, item, "a", "b", 1);
+        EXPECT_EQ(counter, length + 1);
+        EXPECT_EQ(item, std::string(length, 'b'));
+    }
+}
+
+// What an operand shares with the item is seen as it changes.
+TEST(Inspect, OperandsWithinTheItem) {
+    std::string replaced = "ABABA", converted = "ABAB";
+    inspectOne(INSPECT_REPLACING, replaced, {replaced.data(), 1}, "C", 1);
+    inspectOne(INSPECT_CONVERTING, converted, {converted.data(), 2}, "XY", 2);
+    EXPECT_EQ(replaced, "CBABA");
+    EXPECT_EQ(converted, "XYAB");
 }
 
 const std::string kDiffer = " differ in length. The shorter length is used for both.\n\n";
@@ -32,15 +50,23 @@ const std::string kCharacters =
     "ZOR076W  The replacement in an INSPECT ... REPLACING CHARACTERS is not one character long. "
     "The shorter length is used.\n\n";
 
-PROGRAM_TEST(Inspect, LengthsThatDiffer, .out = "AxCAxC\nAxCAxC\nxyzxyz\nABCABC\nxxxxxx\nABCABC\n",
+PROGRAM_TEST(Inspect, LengthsThatDiffer, .out = "AxCAxD AxCAxD xyzABD ABCABD xxxxxx ABCABD ",
              .err = kReplacing + kConverting + kReplacing + kReplacing + kCharacters +
                     kCharacters) {
-    showInspected(INSPECT_REPLACING, "ABCABC", "BC", "x");
-    showInspected(INSPECT_CONVERTING, "ABCABC", "B", "xy");
-    showInspected(INSPECT_REPLACING, "ABCABC", "ABC", "xyz123");
-    showInspected(INSPECT_REPLACING, "ABCABC", "BC", "");
-    showInspected(INSPECT_REPLACING | INSPECT_CHARACTERS, "ABCABC", "", "xy");
-    showInspected(INSPECT_REPLACING | INSPECT_CHARACTERS, "ABCABC", "", "");
+    const struct {
+        uint32_t flags;
+        std::string compared, target;
+    } cases[] = {{INSPECT_REPLACING, "BC", "x"},
+                 {INSPECT_CONVERTING, "B", "xy"},
+                 {INSPECT_REPLACING, "ABC", "xyz123"},
+                 {INSPECT_REPLACING, "BC", ""},
+                 {INSPECT_REPLACING | INSPECT_CHARACTERS, "", "xy"},
+                 {INSPECT_REPLACING | INSPECT_CHARACTERS, "", ""}};
+    for (const auto &[flags, compared, target] : cases) {
+        std::string item = "ABCABD";
+        inspectOne(flags, item, compared, target.data(), target.size());
+        printf("%s ", item.c_str());
+    }
 }
 
 } // namespace

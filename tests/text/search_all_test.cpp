@@ -190,17 +190,13 @@ std::string half(std::size_t value) {
 }
 
 TEST(SearchAll, RandomTables) {
-    uint8_t halves[256];
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        halves[byte] = static_cast<uint8_t>(byte / 2);
-    }
+    const PCB weighing = programWithWeights();
     EndedPages pages;
     Maker make(75);
     unsigned found = 0;
     for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
         pages.nextStatement();
-        PCB pcb{};
-        pcb.collatingWeights = make.oneIn(2) ? halves : nullptr;
+        const PCB pcb = make.oneIn(2) ? weighing : PCB{};
         const unsigned count = make.oneIn(20) ? 6 : 1 + make.below(3);
         std::vector<KeyKind> kinds;
         std::vector<SearchArgument> arguments;
@@ -234,11 +230,8 @@ TEST(SearchAll, RandomTables) {
         for (const Entry &entry : entries) {
             table += entry.second;
         }
-        std::string block;
-        for (const std::string &part :
-             {half(2), half(count), half(count), half(0), keys, lengths, flags}) {
-            block += part;
-        }
+        const std::string block =
+            half(2) + half(count) + half(count) + half(0) + keys + lengths + flags;
         const int32_t offsets[] = {1000, -300};
         const int32_t *const indexes[] = {&offsets[0], &offsets[1]};
         const auto entrySize = static_cast<int32_t>(size);

@@ -10,6 +10,24 @@
 #include <sys/mman.h>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "pcb.h"
+
+// Weights that make pairs of successive bytes equal.
+inline uint8_t weightOf(uint8_t byte) {
+    return byte / 2;
+}
+inline PCB programWithWeights() {
+    static uint8_t weights[256];
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        weights[byte] = weightOf(static_cast<uint8_t>(byte));
+    }
+    PCB pcb{};
+    pcb.collatingWeights = weights;
+    return pcb;
+}
+
 class Random {
 public:
     explicit Random(unsigned seed) : engine_(seed) {}
@@ -63,6 +81,19 @@ private:
     std::size_t used_ = 0;
     bool atEnd_ = true;
 };
+
+// Carries out random statements, one for each seed, in each of the ways: all leave the same.
+template <class Way>
+void expectSame(unsigned statements, std::string (*outcome)(unsigned, EndedPages &, Way),
+                const std::vector<Way> &ways) {
+    EndedPages pages;
+    for (unsigned seed = 0; seed < statements && !testing::Test::HasFailure(); ++seed) {
+        const std::string expected = outcome(seed, pages, ways.front());
+        for (std::size_t i = 1; i < ways.size(); ++i) {
+            EXPECT_EQ(outcome(seed, pages, ways[i]), expected) << seed;
+        }
+    }
+}
 
 inline std::string bytesOf(const void *address, std::size_t length) {
     return {static_cast<const char *>(address), length};

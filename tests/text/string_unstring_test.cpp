@@ -11,21 +11,6 @@
 
 namespace {
 
-// Weights that make pairs of successive bytes equal.
-uint8_t weightOf(uint8_t byte) {
-    return byte / 2;
-}
-
-PCB programWithWeights() {
-    static uint8_t weights[256];
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        weights[byte] = weightOf(static_cast<uint8_t>(byte));
-    }
-    PCB pcb{};
-    pcb.collatingWeights = weights;
-    return pcb;
-}
-
 struct Rules {
     std::size_t size;
     bool byWeights;
@@ -48,6 +33,22 @@ uint32_t pointerFor(Random &random, uint32_t characters) {
     const uint32_t wrong[] = {0, characters + 2, 0x80000001, 0xFFFFFFFF};
     return random.oneIn(20) ? wrong[random.below(4)] : 1 + random.below(characters + 1);
 }
+
+// Of one character's size; random texts as addresses and lengths.
+struct Maker : Random {
+    Maker(unsigned seed, EndedPages &room) : Random(seed), pages(room) { pages.nextStatement(); }
+
+    uint32_t some(uint32_t most) { return size * below(most + 1); }
+    uint32_t place(uint32_t length) { return pages.addressOf(text(length, kLetters)); }
+    std::pair<uint32_t, uint32_t> operand(uint32_t most) {
+        const uint32_t length = some(most);
+        return {place(length), length};
+    }
+
+    EndedPages &pages;
+    const uint32_t kind = below(5);
+    const uint32_t size = kind < 3 ? 1 : 2;
+};
 
 std::string show(const void *address, std::size_t length) {
     return kit::hex(address, length) + " ";
@@ -92,24 +93,17 @@ void modelString(StringBlock &block, uint32_t &overflowCell) {
 std::string outcomeOfString(unsigned seed, EndedPages &pages, bool byModel) {
     constexpr uint32_t kKinds[] = {0, 0, STRING_COLLATING, STRING_NATIONAL,
                                    STRING_DBCS | STRING_COLLATING};
-    Random random(seed);
-    pages.nextStatement();
-    uint32_t flags = kKinds[random.below(5)];
-    const uint32_t size = (flags & (STRING_DBCS | STRING_NATIONAL)) != 0 ? 2 : 1;
-    const auto operand = [&](uint32_t most) {
-        const uint32_t length = size * random.below(most + 1);
-        return std::pair{pages.addressOf(random.text(length, kLetters)), length};
-    };
-    const auto [target, targetLength] = operand(40);
-    flags |= random.oneIn(2) ? STRING_WITH_POINTER : 0;
+    Maker random(seed, pages);
+    const auto [target, targetLength] = random.operand(40);
+    const uint32_t flags = kKinds[random.kind] | (random.oneIn(2) ? STRING_WITH_POINTER : 0);
     std::vector<uint32_t> block{flags << 24, target, targetLength,
-                                pointerFor(random, targetLength / size), random.below(4)};
+                                pointerFor(random, targetLength / random.size), random.below(4)};
     for (uint32_t groups = block[4]; groups != 0; --groups) {
-        const auto [delimiter, delimiterLength] = operand(random.oneIn(2) ? 1 : 3);
+        const auto [delimiter, delimiterLength] = random.operand(random.oneIn(2) ? 1 : 3);
         const uint32_t senders = random.below(4);
         block.insert(block.end(), {delimiter, delimiterLength, senders});
         for (uint32_t left = senders; left != 0; --left) {
-            const auto [sender, senderLength] = operand(random.oneIn(4) ? 40 : 8);
+            const auto [sender, senderLength] = random.operand(random.oneIn(4) ? 40 : 8);
             block.insert(block.end(), {sender, senderLength});
         }
     }
@@ -120,10 +114,7 @@ std::string outcomeOfString(unsigned seed, EndedPages &pages, bool byModel) {
 }
 
 TEST(String, RandomStatements) {
-    EndedPages pages;
-    for (unsigned seed = 0; seed < kStatements && !testing::Test::HasFailure(); ++seed) {
-        EXPECT_EQ(outcomeOfString(seed, pages, false), outcomeOfString(seed, pages, true)) << seed;
-    }
+    expectSame(kStatements, outcomeOfString, {true, false});
 }
 
 // ---- UNSTRING
@@ -219,37 +210,31 @@ std::string outcomeOfUnstring(unsigned seed, EndedPages &pages, bool byModel) {
                                    UNSTRING_DBCS | UNSTRING_COLLATING};
     constexpr uint32_t kSigns[] = {0, UNSTRING_SIGN_SEPARATE,
                                    UNSTRING_SIGN_SEPARATE | UNSTRING_SIGN_LEADING};
-    Random random(seed);
-    pages.nextStatement();
-    uint32_t flags = kKinds[random.below(5)];
-    const uint32_t size = (flags & (UNSTRING_DBCS | UNSTRING_NATIONAL)) != 0 ? 2 : 1;
-    const auto place = [&](uint32_t length) {
-        return pages.addressOf(random.text(length, kLetters));
-    };
-    const auto some = [&](uint32_t most) { return size * random.below(most + 1); };
-    const uint32_t senderLength = some(40);
-    flags |=
-        (random.oneIn(2) ? UNSTRING_TALLYING : 0) | (random.oneIn(3) ? UNSTRING_WITH_POINTER : 0);
+    Maker random(seed, pages);
+    const uint32_t size = random.size;
+    const auto [sender, senderLength] = random.operand(40);
+    const uint32_t flags = kKinds[random.kind] | (random.oneIn(2) ? UNSTRING_TALLYING : 0) |
+                           (random.oneIn(3) ? UNSTRING_WITH_POINTER : 0);
     std::vector<uint32_t> block{
-        flags << 24, place(senderLength), senderLength,   pointerFor(random, senderLength / size),
-        5,           random.below(6),     random.below(8)};
+        flags << 24, sender,          senderLength,   pointerFor(random, senderLength / size),
+        5,           random.below(6), random.below(8)};
     for (uint32_t left = block[5]; left != 0; --left) {
-        const uint32_t length = some(random.oneIn(2) ? 1 : 3);
-        block.insert(block.end(), {place(length), length, random.below(2) << 31});
+        const auto [delimiter, length] = random.operand(random.oneIn(2) ? 1 : 3);
+        block.insert(block.end(), {delimiter, length, random.below(2) << 31});
     }
     std::vector<uint32_t> table;
     for (uint32_t left = block[6]; left != 0; --left) {
-        uint32_t length = some(8), integer = 0;
+        uint32_t length = random.some(8), integer = 0;
         uint32_t receiverFlags = random.oneIn(3) ? UNSTRING_JUSTIFIED : 0;
         if (random.oneIn(3)) {
             receiverFlags = (size == 2 ? UNSTRING_NATIONAL_NUMERIC : UNSTRING_NUMERIC) |
                             kSigns[random.below(3)];
-            integer = some(length / size);
+            integer = random.some(length / size);
             length += (receiverFlags & UNSTRING_SIGN_SEPARATE) != 0 ? size : 0;
         }
-        const uint32_t delimiterIn = some(3);
-        table.insert(table.end(), {place(length), length, integer, receiverFlags << 24,
-                                   random.oneIn(2) ? place(delimiterIn) : 0, delimiterIn,
+        const auto [delimiterIn, delimiterInLength] = random.operand(3);
+        table.insert(table.end(), {random.place(length), length, integer, receiverFlags << 24,
+                                   random.oneIn(2) ? delimiterIn : 0, delimiterInLength,
                                    random.oneIn(2) ? uint32_t{UNSTRING_JUSTIFIED} << 24 : 0, 77});
     }
     uint32_t overflow = random.below(3);
@@ -271,11 +256,7 @@ std::string outcomeOfUnstring(unsigned seed, EndedPages &pages, bool byModel) {
 
 TEST(Unstring, RandomStatements) {
     const int32_t row = std::exchange(_zorProccom->codepage, kJapaneseRow);
-    EndedPages pages;
-    for (unsigned seed = 0; seed < kStatements && !testing::Test::HasFailure(); ++seed) {
-        EXPECT_EQ(outcomeOfUnstring(seed, pages, false), outcomeOfUnstring(seed, pages, true))
-            << seed;
-    }
+    expectSame(kStatements, outcomeOfUnstring, {true, false});
     _zorProccom->codepage = row;
 }
 
