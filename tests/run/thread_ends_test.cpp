@@ -139,8 +139,8 @@ std::size_t mappings() {
 }
 
 PROGRAM_TEST(ThreadEnds, ThreadsGiveTheirStacksBackAndLeaveAHostsAlone) {
+    static Program program("SUB");
     const auto visit = [](std::size_t size) {
-        Program program("SUB");
         enter(program);
         EXPECT_EQ(alternateStack().ss_size, size);
         EXPECT_EQ(alternateStack().ss_flags, 0);

@@ -107,9 +107,12 @@ bool coreFilesAllowed() {
 } // namespace
 
 bool dumpCore() {
-    const Proccom &process = *proccom();
-    debug::core({process, endingRunUnit(&process)});
-    if (isInMonitor(&process) || !coreFilesAllowed() || textsInUse.test_and_set()) {
+    const Proccom *process = proccom();
+    if (process == nullptr) {
+        return false;
+    }
+    debug::core({*process, endingRunUnit(process)});
+    if (isInMonitor(process) || !coreFilesAllowed() || textsInUse.test_and_set()) {
         return false;
     }
     const bool made = makeCoreFile();

@@ -135,7 +135,7 @@ void linkProgram(Proccom &process, Runcom &unit, PCB &pcb, LLE &entry) {
     pcb.ipcb->pcb = &pcb;
     tellFirstEntry(pcb);
     resolveCenturyWindow(process, pcb);
-    pcb.lle = &entry;
+    __atomic_store_n(&pcb.lle, &entry, __ATOMIC_RELEASE); // with it a later entry looks no further
 }
 
 // The list's entry for a program that enters a run unit for the first time; null when storage is
@@ -198,7 +198,7 @@ bool enterRunUnit(PCB &pcb) {
         provideThreadStack();
     }
     debug::pgmInit(*process, unit, &pcb);
-    if (pcb.lle != nullptr) {
+    if (__atomic_load_n(&pcb.lle, __ATOMIC_ACQUIRE) != nullptr) {
         debug::subsequentUsage(unit, &pcb);
         return true;
     }

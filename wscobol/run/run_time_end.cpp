@@ -64,7 +64,7 @@ void endSignalTable(const Proccom &process, Runcom &unit) {
 void keepRunUnits(Proccom &process) {
     while (process.freeru != nullptr) {
         Runcom &unit = *process.freeru;
-        process.freeru = unit.link;
+        __atomic_store_n(&process.freeru, unit.link, __ATOMIC_RELEASE);
         destroyTables(unit);
         endSignalTable(process, unit);
         keep(unit);
@@ -135,10 +135,11 @@ void tearDown(Proccom &process, EndReason reason) {
 } // namespace
 
 void TermCobolRte(EndReason reason) {
-    if (currentOrIdleRunUnit() == nullptr) {
+    Proccom *anchor = proccom();
+    if (anchor == nullptr || currentOrIdleRunUnit(anchor) == nullptr) {
         return;
     }
-    Proccom &process = *proccom();
+    Proccom &process = *anchor;
     const debug::EndState state(process, endingRunUnit(&process));
     debug::runTimeState("TermCobolRte", state, static_cast<int32_t>(reason));
     debug::runTimeState("TermCobolThd", state, static_cast<int32_t>(reason));

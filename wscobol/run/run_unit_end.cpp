@@ -46,14 +46,14 @@ bool closeDown(const Proccom &process, Runcom &unit) {
 void pushIdle(Proccom &process, Runcom &unit) {
     if (process.freeru != &unit) {
         unit.link = process.freeru;
-        process.freeru = &unit;
+        __atomic_store_n(&process.freeru, &unit, __ATOMIC_RELEASE);
     }
 }
 
 void resumePrior(Proccom &process, Runcom &unit) {
     Runcom *prior = unit.prior;
     debug::resumingPrior(process, unit, *prior, mainProgram(*prior));
-    process.runcom = prior;
+    __atomic_store_n(&process.runcom, prior, __ATOMIC_RELEASE);
     unit.prior = nullptr;
 }
 
@@ -76,7 +76,7 @@ void retire(Proccom &process, Runcom &unit, EndReason reason) {
     if (unit.prior != nullptr) {
         resumePrior(process, unit);
     } else {
-        process.runcom = nullptr;
+        __atomic_store_n(&process.runcom, nullptr, __ATOMIC_RELEASE);
         if (!unloading && reason != EndReason::hostEndsRunTime && process.cache != CACHE_ON) {
             _zor_cpm_destroy();
         }

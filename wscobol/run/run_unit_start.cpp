@@ -34,7 +34,7 @@ void forgetHost(Runcom &unit) {
 
 Runcom *reuseIdle(Proccom &process) {
     Runcom *unit = process.freeru;
-    process.freeru = unit->link;
+    __atomic_store_n(&process.freeru, unit->link, __ATOMIC_RELEASE);
     unit->id = process.nextid++;
     if (unit->id == kIdOfSecondRunUnit && process.cache >= CACHE_UNDECIDED &&
         process.runcom == nullptr) {
@@ -77,7 +77,7 @@ void RunUnitInit(const void *caller) {
     unit->prior = process.runcom;
     unit->link = process.runcom;
     clear(process.state, PROCCOM_ABORT | PROCCOM_SIGNAL);
-    process.runcom = unit;
+    __atomic_store_n(&process.runcom, unit, __ATOMIC_RELEASE);
     debug::runUnitInit(process, *unit, caller, main);
     if (unit->id == kIdOfLoad) {
         return;
