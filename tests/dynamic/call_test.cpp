@@ -45,6 +45,37 @@ void expectRun(const std::string &out, const calls::Programs &programs,
     EXPECT_EQ(child.status, 0);
 }
 
+// Files of their own under five hundred names, in two run units, with the cache off and on.
+TEST(Call, KnowsFiveHundredPrograms) {
+    std::string targets;
+    for (int i = 0; i < 500; ++i) {
+        targets += "BYMAIN=P" + std::to_string(i) + ".so ";
+    }
+    const calls::Programs programs(targets);
+    const auto callAll = [] {
+        for (int round = 0; round < 3; ++round) {
+            int32_t sum = 0;
+            for (int i = 0; i < 500; ++i) {
+                sum += callsOf("P" + std::to_string(i));
+            }
+            printf("%d ", sum);
+        }
+    };
+    for (const char *cache : {"0", "1"}) {
+        const auto child = programs.run(
+            [] {
+                decltype(callAll) body;
+                body();
+                _zorPgmTerm(_zorProccom->runcom->main);
+                runUnit(body);
+                fflush(stdout);
+                _exit(0);
+            },
+            {{"COBOL_CPM_CACHE", cache}});
+        EXPECT_EQ(child.out, "500 1000 1500 500 1000 1500 ") << cache;
+    }
+}
+
 } // namespace
 
 TEST(NestedPrograms, AreFoundWithoutTheList) {
