@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "edit.h"
+#include "national/item_bytes.h"
 
 namespace zor {
 namespace {
@@ -11,27 +12,6 @@ namespace {
 constexpr char kIdeographicBlank[2] = {'\x81', '\x40'};
 constexpr char kEbcdicBlank = '\x40';
 constexpr char16_t kNationalBlank = u' ';
-
-std::size_t magnitude(int32_t length) {
-    const auto bits = static_cast<uint32_t>(length);
-    return length < 0 ? 0U - bits : bits;
-}
-
-// Fills with copies of a pattern from the left, the last copy cut. The filled part is its own
-// source after the first copy, in strides that double.
-void fillWithPattern(char *target, std::size_t bytes, const char *pattern, std::size_t length) {
-    if (length == 1) {
-        memset(target, *pattern, bytes);
-        return;
-    }
-    std::size_t filled = std::min(bytes, length);
-    memcpy(target, pattern, filled);
-    while (filled < bytes) {
-        const std::size_t stride = std::min(filled, bytes - filled);
-        memcpy(target + filled, target, stride);
-        filled += stride;
-    }
-}
 
 char *fillNational(char *out, char16_t c, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i, out += sizeof c) {
