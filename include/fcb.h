@@ -1,5 +1,10 @@
 /* File control block and compiled file description. An ordinary file's FCB is storage of generated
- * code; the library allocates those of EXTERNAL files. */
+ * code; the library allocates those of EXTERNAL files.
+ *
+ * What a verb means beyond its vector stands in fields of the FCB that generated code writes before
+ * the call: `verbopts`, `keyref`, `relation`, `keylength`, `relative`, `reclen`, `advance`. A
+ * module leaves its answers in `status`, `status2`, `relative` and `reclen`, and the record at
+ * `data`. */
 #ifndef ZOR_FCB_H
 #define ZOR_FCB_H
 
@@ -22,13 +27,96 @@ enum {
     FCB_CLOSE_LOCK = 0x1000
 };
 
+/* Bits of FCB.flags. */
+#define FCB_NAME_ALLOCATED 0x00400000u
+#define FCB_CONCATENATED 0x00800000u
+#define FCB_SHARED_EXTERNAL                                                                        \
+    0x01000000u                    /* description found by descindex in the calling program        \
+                                    */
+#define FCB_POSITIONED 0x02000000u /* set by a good OPEN or START, cleared by a failed START */
+#define FCB_READ_GOOD 0x08000000u  /* set by a good READ, cleared by OPEN and a failed READ */
+#define FCB_ABSENT_OPTIONAL 0x80000000u
+
+/* Values of FCB.verb and FCB.lastverb. */
+enum {
+    FCB_VERB_CLOSE = 1,
+    FCB_VERB_OPEN = 2,
+    FCB_VERB_UNLOCK = 4,
+    FCB_VERB_DELETE = 8,
+    FCB_VERB_START = 16,
+    FCB_VERB_REWRITE = 32,
+    FCB_VERB_WRITE = 64,
+    FCB_VERB_READ = 128
+};
+
+/* Bits of FCB.verbopts. A READ without NEXT and PREVIOUS is sequential when the file's access is,
+ * else by key or relative number. */
+#define FCB_INVALID_KEY 0x80000000u
+#define FCB_AT_END 0x20000000u
+#define FCB_NEXT 0x02000000u
+#define FCB_PREVIOUS 0x01000000u
+#define FCB_WITH_LOCK 0x00800000u /* READ: keep the record locked */
+#define FCB_NO_LOCK 0x00400000u   /* READ: lock nothing, respect no lock */
+
+/* Values of FCB.relation: where START puts the file position. FIRST and LAST look at no key. */
+enum {
+    FCB_EQUAL = 0,
+    FCB_GREATER = 1,
+    FCB_NOT_LESS = 2,
+    FCB_LESS = 3,
+    FCB_NOT_GREATER = 4,
+    FCB_FIRST = 5,
+    FCB_LAST = 6
+};
+
+/* Values of FCB.advancekind: WRITE with ADVANCING; the line count is in FCB.advance. */
+enum {
+    FCB_ADVANCE_NONE = 0,
+    FCB_BEFORE_LINES = 1,
+    FCB_AFTER_LINES = 2,
+    FCB_BEFORE_PAGE = 3,
+    FCB_AFTER_PAGE = 4
+};
+
 /* Bits of FileDescription.assign. */
-enum { FILE_OPTIONAL = 0x80, FILE_EXTERNAL = 0x02 };
+enum {
+    FILE_OPTIONAL = 0x80,
+    FILE_ENVIRONMENT = 0x20, /* the assignment is an environment variable's name */
+    FILE_WORD = 0x08,        /* the assignment is a word, or */
+    FILE_LITERAL = 0x04,     /* a literal: both may have a prefix */
+    FILE_EXTERNAL = 0x02
+};
+
+/* Values of FileDescription.organization; 0 is record sequential. */
+enum { FILE_LINE_SEQUENTIAL = 0x40, FILE_INDEXED = 0x20, FILE_RELATIVE = 0x10 };
+
+/* FileDescription.access: this bit alone is sequential access, 0 random, FILE_DYNAMIC dynamic. */
+enum { FILE_SEQUENTIAL = 0x80, FILE_DYNAMIC = 0x40 };
+
+/* FileDescription.recfmt: 0 fixed records of `maxrec` bytes, else variable, `minrec` to `maxrec`.
+ */
+enum { FILE_FIXED = 0, FILE_VARIABLE = 1 };
+
+/* Low three bits of FileDescription.lockmode and, for sharing, of statusflags. */
+enum { FILE_LOCK_NONE = 0, FILE_LOCK_MANUAL = 1, FILE_LOCK_AUTOMATIC = 2, FILE_LOCK_EXCLUSIVE = 3 };
+enum { FILE_SHARE_DEFAULT = 0, FILE_SHARE_NONE = 1, FILE_SHARE_READ = 2, FILE_SHARE_ALL = 3 };
+
+/* Bits of FileDescription.statusflags above the share mode. */
+enum {
+    FILE_LOCK_COUNT = 0x08,
+    FILE_STATUS_NATIONAL = 0x10, /* status digits are 16-bit */
+    FILE_STATUS2_EBCDIC = 0x40,
+    FILE_STATUS_EBCDIC = 0x80
+};
+
+/* Bits of FileKey.attribute. */
+enum { FILE_KEY_DUPLICATES = 0x01 };
 
 struct FCB;
 
 /* An operation of a file: generated code calls it through the FCB. */
 typedef void (*FileOperation)(struct FCB *fcb, struct IPCB *ipcb);
+typedef void (*FileUse)(struct FCB *fcb, int32_t usecode, struct IPCB *ipcb);
 
 /* 212 bytes. Bytes not named belong to generated code and the file-system modules. */
 struct FCB {
@@ -39,7 +127,8 @@ struct FCB {
     char fscode[3];     /* its code, three letters */
     uint8_t deffsid;    /* default file system number and code */
     char deffscode[3];
-    uint8_t reserved16[4];
+    uint32_t relative;  /* relative record number, from 1: to a verb by number, from a READ or WRITE
+                           in sequence */
     void **vfs;         /* function table of the module, or 0 */
     uint16_t openmode;  /* mode of the OPEN being done */
     uint16_t curmode;   /* mode in force, 0 when the file is closed */
@@ -51,12 +140,17 @@ struct FCB {
     uint8_t lastverb;  /* verb last finished */
     uint8_t verb;      /* verb running */
     uint32_t verbopts; /* set by generated code: 0x80000000 INVALID KEY, 0x20000000 AT END */
-    uint8_t reserved48[8];
-    char *name; /* file name in use */
-    uint8_t reserved60[4];
-    void *record;     /* record area; its first word points back to the FCB */
-    uint8_t *data;    /* the record's data: record + 32 */
-    void *modhandle1; /* module data, freed at CLOSE */
+    int32_t reclen;    /* bytes of the record: to WRITE and REWRITE of a variable one, from READ */
+    int16_t advance;   /* WRITE ADVANCING: lines */
+    uint8_t advancekind; /* FCB_ADVANCE_NONE ... */
+    uint8_t reserved55;
+    char *name;         /* file name in use */
+    uint16_t keylength; /* START: leading bytes of the key that count; 0: all */
+    uint8_t keyref;     /* READ by key, START: index in the key table, 0 the prime key */
+    uint8_t relation;   /* START: FCB_EQUAL ... */
+    void *record;       /* record area; its first word points back to the FCB */
+    uint8_t *data;      /* the record's data: record + 32 */
+    void *modhandle1;   /* module data, freed at CLOSE */
     void *modhandle2;
     int32_t maxrec; /* maximum record length in bytes */
     uint8_t reserved84[4];
@@ -78,7 +172,7 @@ struct FCB {
     FileOperation delete_;
     FileOperation close;
     FileOperation open;
-    FileOperation use;
+    FileUse use;
     void *usetable; /* USE procedures of this file */
     uint8_t reserved180[4];
     void *concat;    /* list of concatenated files, or 0 */
@@ -93,6 +187,7 @@ ZOR_LAYOUT(FCB, fsid, 8);
 ZOR_LAYOUT(FCB, fscode, 9);
 ZOR_LAYOUT(FCB, deffsid, 12);
 ZOR_LAYOUT(FCB, deffscode, 13);
+ZOR_LAYOUT(FCB, relative, 16);
 ZOR_LAYOUT(FCB, vfs, 20);
 ZOR_LAYOUT(FCB, openmode, 24);
 ZOR_LAYOUT(FCB, curmode, 26);
@@ -104,7 +199,13 @@ ZOR_LAYOUT(FCB, status, 40);
 ZOR_LAYOUT(FCB, lastverb, 42);
 ZOR_LAYOUT(FCB, verb, 43);
 ZOR_LAYOUT(FCB, verbopts, 44);
+ZOR_LAYOUT(FCB, reclen, 48);
+ZOR_LAYOUT(FCB, advance, 52);
+ZOR_LAYOUT(FCB, advancekind, 54);
 ZOR_LAYOUT(FCB, name, 56);
+ZOR_LAYOUT(FCB, keylength, 60);
+ZOR_LAYOUT(FCB, keyref, 62);
+ZOR_LAYOUT(FCB, relation, 63);
 ZOR_LAYOUT(FCB, record, 64);
 ZOR_LAYOUT(FCB, data, 68);
 ZOR_LAYOUT(FCB, modhandle1, 72);
@@ -130,6 +231,19 @@ ZOR_LAYOUT(FCB, concat, 184);
 ZOR_LAYOUT(FCB, status2, 188);
 ZOR_LAYOUT(FCB, unlock, 200);
 ZOR_SIZE(FCB, 212);
+
+/* One key of an indexed file; the prime key is the first of the table. */
+struct FileKey {
+    uint8_t reserved0[4];
+    int32_t position;  /* offset in the record, bytes from 0 */
+    uint8_t attribute; /* FILE_KEY_DUPLICATES */
+    uint8_t reserved9;
+    uint16_t length; /* bytes */
+};
+ZOR_LAYOUT(FileKey, position, 4);
+ZOR_LAYOUT(FileKey, attribute, 8);
+ZOR_LAYOUT(FileKey, length, 10);
+ZOR_SIZE(FileKey, 12);
 
 /* Compiled file description, laid out by the compiler; PCB.fcbsrc is an array of their addresses.
  */
@@ -196,5 +310,6 @@ ZOR_LAYOUT(FileDescription, status2base, 132);
 
 typedef struct FCB FCB;
 typedef struct FileDescription FileDescription;
+typedef struct FileKey FileKey;
 
 #endif
