@@ -24,14 +24,14 @@ struct LocaleTables {
     std::array<uint8_t, kByteValues + 1> order;
     ByteTable weights;
 };
-LocaleTables localeTables;
+constinit LocaleTables localeTables{};
 
 struct EbcdicTables {
     std::atomic<bool> ready;
     ByteTable first;
     ByteTable second;
 };
-EbcdicTables ebcdicTables;
+constinit EbcdicTables ebcdicTables{};
 
 // Why the EBCDIC tables are not what they should be.
 struct Failure {
