@@ -23,7 +23,7 @@ enum class Locking : bool { take, give };
 
 bool lockFile(int descriptor, Locking locking) {
     const bool takes = locking == Locking::take;
-    struct flock range{};
+    struct flock range {};
     range.l_type = static_cast<short>(takes ? F_WRLCK : F_UNLCK);
     range.l_whence = SEEK_SET;
     range.l_len = sizeof(Catalogue);
@@ -40,7 +40,7 @@ bool lockFile(int descriptor, Locking locking) {
 // Whether the name still leads to the open file: it may have been removed or replaced while this
 // one waited for its lock.
 bool isNamedFile(const GdgContext &context, const struct stat &opened) {
-    struct stat named{};
+    struct stat named {};
     return stat(context.cataloguepath, &named) == 0 && named.st_dev == opened.st_dev &&
            named.st_ino == opened.st_ino;
 }
@@ -87,8 +87,7 @@ bool saveBlock(GdgContext &context) {
     if (!writeNote(context)) {
         return false;
     }
-    const bool written =
-        writeWhole(context.fd, &context.catalogue, sizeof context.catalogue);
+    const bool written = writeWhole(context.fd, &context.catalogue, sizeof context.catalogue);
     if (written || writeWhole(context.fd, &blockInFile(context), sizeof(Catalogue))) {
         removeNote(context);
     }
@@ -101,9 +100,8 @@ bool writeNewFile(const GdgContext &context, const char *path) {
         tellFailure("GDG_open:open", context.cataloguepath);
         return false;
     }
-    const bool written =
-        writeWhole(descriptor, &context.catalogue, sizeof context.catalogue) &&
-        sync(context, descriptor);
+    const bool written = writeWhole(descriptor, &context.catalogue, sizeof context.catalogue) &&
+                         sync(context, descriptor);
     retryClose(descriptor);
     return written;
 }
@@ -111,7 +109,7 @@ bool writeNewFile(const GdgContext &context, const char *path) {
 } // namespace
 
 bool openCatalogue(GdgContext &context) {
-    struct stat status{};
+    struct stat status {};
     if (openLocked(context, status) && readBlock(context, status)) {
         return true;
     }

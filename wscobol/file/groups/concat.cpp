@@ -142,8 +142,7 @@ const char *nextFile(ConcatList &list) {
 
 using namespace zor::groups;
 
-void *_zor_Concat_Check(const char *name, int32_t *concatenated, int32_t create,
-                        const char *code) {
+void *_zor_Concat_Check(const char *name, int32_t *concatenated, int32_t create, const char *code) {
     *concatenated = name != nullptr && hasSeparator(name) ? 1 : 0;
     if (*concatenated != 0) {
         return buildList(name, code);

@@ -10,9 +10,8 @@ constexpr struct {
     char code[4];
     FileSystem system;
 } kCodes[] = {
-    {"sys", FileSystem::plain},    {"lsq", FileSystem::plain},
-    {"wka", FileSystem::byLook},   {"bni", FileSystem::indexed},
-    {"gyp", FileSystem::server},   {"kpn", FileSystem::database},
+    {"sys", FileSystem::plain},   {"lsq", FileSystem::plain},  {"wka", FileSystem::byLook},
+    {"bni", FileSystem::indexed}, {"gyp", FileSystem::server}, {"kpn", FileSystem::database},
     {"ora", FileSystem::foreign},
 };
 constexpr std::size_t kCodeLength = 3;

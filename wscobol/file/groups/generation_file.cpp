@@ -39,7 +39,7 @@ bool absentUnless(bool is) {
 }
 
 Presence presenceOfFile(const char *name) {
-    struct stat status{};
+    struct stat status {};
     if (stat(name, &status) != 0) {
         return errno == ENOENT ? Presence::absent : Presence::unclear;
     }
@@ -52,9 +52,8 @@ Presence presenceOfIndexed(const char *name) {
     if (main != Presence::present) {
         return main;
     }
-    return composeCompanion(companion, partsOf(name), kData)
-               ? presenceOfFile(companion)
-               : Presence::unclear;
+    return composeCompanion(companion, partsOf(name), kData) ? presenceOfFile(companion)
+                                                             : Presence::unclear;
 }
 
 bool startsWith(const char *text, const char *head) {
@@ -117,7 +116,7 @@ bool administerServer(const char *verb, const char *name) {
     if (!compose(directory, sizeof directory, "%.*s", parts.directoryLength, parts.directory)) {
         return false;
     }
-    const char *const command[] = {"gypadmin", verb,       "file",  "-server",
+    const char *const command[] = {"gypadmin", verb,       "file", "-server",
                                    directory,  parts.last, nullptr};
     return absentUnless(runQuietly(command));
 }
@@ -146,8 +145,7 @@ FileSystem fileSystemFor(const char *name, FileSystem given) {
     }
     Path companion;
     if ((system == FileSystem::plain || system == FileSystem::byLook) &&
-        composeCompanion(companion, partsOf(name), kData) &&
-        access(companion, R_OK) == 0) {
+        composeCompanion(companion, partsOf(name), kData) && access(companion, R_OK) == 0) {
         return FileSystem::indexed;
     }
     return system;

@@ -31,7 +31,8 @@ int32_t absoluteNumber(const char *text) {
     int32_t number = 0;
     for (std::size_t i = 0; i < kAbsoluteLength; ++i) {
         const bool isDigitPlace = i >= 2 && i < 6;
-        if (isDigitPlace ? isdigit(static_cast<unsigned char>(text[i])) == 0 : text[i] != kForm[i]) {
+        if (isDigitPlace ? isdigit(static_cast<unsigned char>(text[i])) == 0
+                         : text[i] != kForm[i]) {
             return 0;
         }
         if (isDigitPlace) {
@@ -146,11 +147,11 @@ bool cataloguePath(Name &target, const char *base, FileSystem system) {
         return compose(target, sizeof target, "%.*s/%s.catalogue", ZOR_PARTS(parts));
     }
     Name component;
-    const bool known = system == FileSystem::server     ? serverComponent(component, base)
-                       : system == FileSystem::database ? databaseComponent(component)
-                                                        : compose(component, sizeof component,
-                                                                  "%.*s", parts.directoryLength,
-                                                                  parts.directory);
+    const bool known =
+        system == FileSystem::server ? serverComponent(component, base)
+        : system == FileSystem::database
+            ? databaseComponent(component)
+            : compose(component, sizeof component, "%.*s", parts.directoryLength, parts.directory);
     const char *directory = settingOf("gdg_home");
     const char *home = directory == nullptr ? settingOf("HOME") : directory;
     return ((known && home != nullptr) || fail(EINVAL)) &&

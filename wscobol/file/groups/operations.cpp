@@ -78,7 +78,7 @@ bool makeDirectories(char *path) {
             *slash = '/';
         }
     }
-    struct stat status{};
+    struct stat status {};
     return mkdir(path, kMode) == 0 || (stat(path, &status) == 0 && S_ISDIR(status.st_mode));
 }
 

@@ -18,9 +18,9 @@ Named gdsName(const char *reference, const char **result, bool create, const cha
 
 // The choices of a group; what is below 0 is left as it is, or takes its default in a new group.
 struct GroupChoices {
-    int32_t limit;  // 0: 255
-    int32_t days;   // on other file systems than local ones always 0
-    int32_t empty;  // 0 or 1; by default 0
+    int32_t limit;   // 0: 255
+    int32_t days;    // on other file systems than local ones always 0
+    int32_t empty;   // 0 or 1; by default 0
     int32_t scratch; // 0 or 1; by default 1
 };
 

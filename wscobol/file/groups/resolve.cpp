@@ -121,7 +121,7 @@ Outcome resolveInCatalogue(GdgContext &context, const Reference &reference, Mode
 
 // Whether there is a catalogue to open.
 Outcome findCatalogue(const GdgContext &context, Mode mode) {
-    struct stat status{};
+    struct stat status {};
     if (stat(context.cataloguepath, &status) == 0) {
         if (S_ISREG(status.st_mode)) {
             return Outcome::found;

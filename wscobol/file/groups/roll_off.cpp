@@ -28,7 +28,7 @@ bool isYoung(const GdgContext &context, const char *name) {
     if (days <= 0) {
         return false;
     }
-    struct stat status{};
+    struct stat status {};
     if (stat(name, &status) != 0) {
         if (errno != ENOENT) {
             tellFailure("GDG_empty:stat", name);
@@ -50,9 +50,8 @@ void scratch(const GdgContext &context, const char *name, const char *where) {
 void dropMissing(GdgContext &context) {
     Catalogue &catalogue = context.catalogue;
     uint32_t *end = catalogue.entries + catalogue.count;
-    uint32_t *kept = std::remove_if(catalogue.entries, end, [&](uint32_t entry) {
-        return isGone(context, numberOf(entry));
-    });
+    uint32_t *kept = std::remove_if(
+        catalogue.entries, end, [&](uint32_t entry) { return isGone(context, numberOf(entry)); });
     if (kept != end) {
         takeOut(catalogue, static_cast<int32_t>(kept - catalogue.entries),
                 static_cast<int32_t>(end - kept));
