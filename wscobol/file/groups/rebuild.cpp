@@ -34,7 +34,7 @@ std::optional<Numbers> numbersOnDisk(const char *base) {
         Reference reference{};
         if (parseReference(entry->d_name, group, reference) &&
             reference.meaning == Meaning::absolute && strcmp(group, parts.last) == 0) {
-            numbers.set(static_cast<std::size_t>(reference.number));
+            numbers[static_cast<std::size_t>(reference.number)] = true;
         }
     }
     closedir(listing);
@@ -46,7 +46,7 @@ int32_t placeOfOldest(const Numbers &numbers) {
     constexpr int32_t kGapStart = 1000;
     constexpr int32_t kGapEnd = 9000;
     for (std::size_t number = kGapStart; number < kGapEnd; ++number) {
-        if (numbers.test(number)) {
+        if (numbers[number]) {
             return 1;
         }
     }
@@ -85,7 +85,7 @@ bool rebuildEntries(GdgContext &context) {
     const int32_t oldest = placeOfOldest(*numbers);
     for (int32_t i = 0; i < kHighestNumber; ++i) {
         const int32_t number = 1 + (oldest - 1 + i) % kHighestNumber;
-        if (numbers->test(static_cast<std::size_t>(number)) && !enterFile(context, number)) {
+        if ((*numbers)[static_cast<std::size_t>(number)] && !enterFile(context, number)) {
             return false;
         }
     }
