@@ -59,7 +59,7 @@ template <class Body> double timeOf(Body body) {
 // A block that is read under its lock, and written if that is asked for.
 void passBlock(bool writes) {
     char block[kBytes];
-    struct flock range{};
+    struct flock range {};
     range.l_type = F_WRLCK;
     range.l_len = kBytes;
     const int file = open("plain", O_RDWR);
@@ -76,7 +76,7 @@ void passBlock(bool writes) {
 ZOR_BENCH(references) {
     const Scene scene;
     std::ofstream("plain") << std::string(kBytes, 'x');
-    struct stat status{};
+    struct stat status {};
     bench::row("plain name, no group", timeOf([] { Scene::resolve("PLAIN", 0); }), "two stats",
                timeOf([&] {
                    stat("PLAIN", &status);

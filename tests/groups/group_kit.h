@@ -5,27 +5,33 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
-#include <unistd.h>
 
 #include "concat.h"
 #include "support/kit.h"
 
 namespace group {
 
+namespace fs = std::filesystem;
+
+// An empty working directory.
+struct Place {
+    Place() { fs::current_path(directory.path()); }
+    ~Place() { fs::current_path("/"); }
+    kit::TemporaryDirectory directory;
+};
+
 // The words of a catalogue by their places in the file.
 enum Word { kMagic, kByteOrder, kVersion, kLimit, kDays, kFlags, kCount, kLast, kEra, kSystem };
 constexpr std::size_t kEntries = 24;
 using Block = std::array<uint32_t, 1024>;
+using Entries = std::vector<uint32_t>;
 
-inline Block makeBlock(uint32_t limit, const std::vector<uint32_t> &entries, uint32_t flags = 2) {
-    Block block{};
-    memcpy(block.data(), "GDG\n\xD2\4\0\0\1\0\0\0", 12);
-    block[kLimit] = limit;
-    block[kFlags] = flags;
-    block[kCount] = static_cast<uint32_t>(entries.size());
-    block[kLast] = entries.empty() ? 0 : entries.back() & 0x3FFF;
-    block[kEra] = entries.empty() ? 0 : entries.back() & 0xFFFF8000;
-    block[kSystem] = 1;
+inline Block makeBlock(uint32_t limit, const Entries &entries, uint32_t flags = 2,
+                       uint32_t days = 0) {
+    const uint32_t newest = entries.empty() ? 0 : entries.back();
+    const auto count = static_cast<uint32_t>(entries.size());
+    Block block{0x0A474447,          1234, 1, limit, days, flags, count, newest & 0x3FFF,
+                newest & 0xFFFF8000, 1};
     std::copy(entries.begin(), entries.end(), block.begin() + kEntries);
     return block;
 }
@@ -38,13 +44,11 @@ inline void write(const std::string &path, const Block &block) {
 inline Block read(const std::string &path) {
     Block block{};
     const std::string bytes = kit::readFile(path);
-    if (bytes.size() == sizeof block) {
-        memcpy(block.data(), bytes.data(), sizeof block);
-    }
+    memcpy(block.data(), bytes.data(), bytes.size() == sizeof block ? sizeof block : 0);
     return block;
 }
 
-inline std::vector<uint32_t> entriesOf(const std::string &path) {
+inline Entries entriesOf(const std::string &path) {
     const Block block = read(path);
     return {block.begin() + kEntries, block.begin() + kEntries + block[kCount]};
 }
@@ -58,8 +62,8 @@ inline std::string generation(const std::string &base, uint32_t entry) {
 // A catalogue in the working directory with the files of its generations.
 inline void make(const std::string &base, const Block &block) {
     write(base + ".catalogue", block);
-    for (uint32_t i = 0; i < block[kCount]; ++i) {
-        kit::writeFile(generation(base, block[kEntries + i]), "data");
+    for (const uint32_t entry : entriesOf(base + ".catalogue")) {
+        kit::writeFile(generation(base, entry), "data");
     }
 }
 
@@ -77,25 +81,6 @@ inline std::string resolve(const std::string &name, const char *code = "wka", in
     }
     _zor_Concat_Free(list);
     return text;
-}
-
-// Runs the body in an empty directory, with the commands bin/gypadmin and bin/kpn of the directory
-// ahead of all others.
-inline kit::ChildResult inDirectory(void (*body)(), kit::Environment environment = {},
-                                    const kit::TemporaryDirectory &directory = {}) {
-    kit::ChildOptions options;
-    options.environment = std::move(environment);
-    options.environment.emplace_back("PATH", directory.file("bin") + ":/usr/bin:/bin");
-    options.environment.emplace_back("gdg_home", directory.file("home"));
-    options.directory = directory.path();
-    return kit::runChild(body, options);
-}
-
-// As a test of a body in a directory of its own.
-inline void expectInDirectory(const std::string &err, void (*body)()) {
-    const kit::ChildResult child = inDirectory(body);
-    EXPECT_EQ(child.err, err);
-    EXPECT_EQ(child.status, 0) << child.out;
 }
 
 } // namespace group

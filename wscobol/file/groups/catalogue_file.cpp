@@ -4,6 +4,7 @@
 #include "file/groups/catalogue_file.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -106,6 +107,12 @@ bool writeNewFile(const GdgContext &context, const char *path) {
     return written;
 }
 
+// False when the name is taken.
+bool giveName(const char *path, const char *name) {
+    return renameat2(AT_FDCWD, path, AT_FDCWD, name, RENAME_NOREPLACE) == 0 ||
+           ((errno == EINVAL || errno == ENOSYS) && link(path, name) == 0);
+}
+
 } // namespace
 
 bool openCatalogue(GdgContext &context) {
@@ -142,13 +149,19 @@ void dropCatalogue(GdgContext &context) {
     context.fd = kNoDescriptor;
 }
 
+void abandonCatalogue() {
+    if (GdgContext *context = existingContext()) {
+        dropCatalogue(*context);
+    }
+}
+
 // The name is given to a file that is complete.
 bool createCatalogueFile(GdgContext &context) {
     constexpr std::size_t kSuffixSize = 16;
     char path[kNameSize + kSuffixSize];
     compose(path, sizeof path, "%s.%d", context.cataloguepath, gettid());
     bool created = writeNewFile(context, path);
-    if (created && link(path, context.cataloguepath) != 0) {
+    if (created && !giveName(path, context.cataloguepath)) {
         tellFailure("GDG_open:open", context.cataloguepath);
         created = false;
     }

@@ -19,6 +19,9 @@ bool closeCatalogue(GdgContext &context);
 // Closes an open catalogue, which keeps what it holds.
 void dropCatalogue(GdgContext &context);
 
+// The same for the calling thread, which leaves an operation and does not come back to it.
+void abandonCatalogue();
+
 // Makes a file of the context's block. It appears whole, and only where there is none.
 bool createCatalogueFile(GdgContext &context);
 

@@ -1,4 +1,4 @@
-// The child gets its three streams and nothing else: descriptors of the run-time, a catalogue's
+// The child reads nothing of the program's input, and descriptors of the run-time, a catalogue's
 // among them, close by themselves.
 #include "file/groups/command.h"
 
@@ -25,8 +25,9 @@ public:
         posix_spawnattr_setsigmask(&attributes_, &before_);
         posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
         posix_spawn_file_actions_init(&actions_);
-        posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO);
+        posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);
+        posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDERR_FILENO);
     }
     ~Spawning() {
         posix_spawn_file_actions_destroy(&actions_);

@@ -5,7 +5,8 @@
 namespace zor::groups {
 
 // Runs a program found through PATH, without a shell: an argument is one whatever is in it. Its
-// output goes nowhere. arguments end in a null. True when it came to an end with status 0.
+// input is empty, its output goes nowhere. arguments end in a null. True when it came to an end
+// with status 0.
 bool runQuietly(const char *const *arguments);
 
 } // namespace zor::groups

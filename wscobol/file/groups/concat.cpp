@@ -154,7 +154,7 @@ void *_zor_Concat_Check(const char *name, int32_t *concatenated, int32_t create,
         return buildList(name, code);
     }
     const char *file = nullptr;
-    const Named named = gdsName(name, &file, create == 1, code);
+    const Named named = gdsName(name, &file, create != 0, code);
     if (named == Named::nothing) {
         return nullptr;
     }

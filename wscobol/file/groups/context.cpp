@@ -34,10 +34,6 @@ void createKey() {
     keyExists = pthread_key_create(&key, freeContext) == 0;
 }
 
-GdgContext *existingContext() {
-    return keyExists ? static_cast<GdgContext *>(pthread_getspecific(key)) : contextOfProcess;
-}
-
 // At unload, behind all other ends: files that are closed there may be generations.
 __attribute__((destructor(101))) void forgetContexts() {
     freeContext(existingContext());
@@ -49,6 +45,10 @@ __attribute__((destructor(101))) void forgetContexts() {
 }
 
 } // namespace
+
+GdgContext *existingContext() {
+    return keyExists ? static_cast<GdgContext *>(pthread_getspecific(key)) : contextOfProcess;
+}
 
 GdgContext *threadContext() {
     pthread_once(&keyOnce, createKey);

@@ -21,6 +21,9 @@ ZOR_SIZE(GdgContext, 7180);
 
 namespace zor::groups {
 
+// The calling thread's, or null when it has none.
+GdgContext *existingContext();
+
 // The calling thread's, made at its first use; null when storage is exhausted.
 GdgContext *threadContext();
 

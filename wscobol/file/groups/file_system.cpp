@@ -1,7 +1,7 @@
 // One table serves both directions; the first row of a number is its own code.
 #include "file/groups/file_system.h"
 
-#include <strings.h>
+#include <cstddef>
 
 namespace zor::groups {
 namespace {
@@ -16,11 +16,21 @@ constexpr struct {
 };
 constexpr std::size_t kCodeLength = 3;
 
+// Whatever the locale takes for the other case of a letter.
+bool isCode(const char *text, const char *code) {
+    constexpr int kCaseBit = 0x20;
+    std::size_t i = 0;
+    while (i < kCodeLength && (text[i] | kCaseBit) == code[i]) {
+        ++i;
+    }
+    return i == kCodeLength;
+}
+
 } // namespace
 
 FileSystem fileSystemOf(const char *code) {
     for (const auto &row : kCodes) {
-        if (code != nullptr && strncasecmp(code, row.code, kCodeLength) == 0) {
+        if (code != nullptr && isCode(code, row.code)) {
             return row.system;
         }
     }

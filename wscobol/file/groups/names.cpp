@@ -30,9 +30,8 @@ int32_t absoluteNumber(const char *text) {
     constexpr char kForm[] = ".g0000v00";
     int32_t number = 0;
     for (std::size_t i = 0; i < kAbsoluteLength; ++i) {
-        const bool isDigitPlace = i >= 2 && i < 6;
-        if (isDigitPlace ? isdigit(static_cast<unsigned char>(text[i])) == 0
-                         : text[i] != kForm[i]) {
+        const bool isDigitPlace = kForm[i] == '0' && i < kAbsoluteLength - 2;
+        if (isDigitPlace ? text[i] < '0' || text[i] > '9' : text[i] != kForm[i]) {
             return 0;
         }
         if (isDigitPlace) {

@@ -29,6 +29,7 @@ struct Note {
 };
 
 constexpr mode_t kNoteMode = 0664;
+constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW; // nobody else's file is written over
 constexpr char kNoteSuffix[] = ".update";
 
 using NotePath = char[kNameSize + sizeof kNoteSuffix];
@@ -72,7 +73,7 @@ bool isTorn(const Catalogue &block, const Note &note) {
 bool writeNote(GdgContext &context) {
     NotePath path;
     composePath(path, context);
-    const int descriptor = retryOpen(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNoteMode);
+    const int descriptor = retryOpen(path, O_WRONLY | O_CREAT | O_TRUNC | kFlags, kNoteMode);
     if (descriptor == kNoDescriptor) {
         const bool forbidden = errno == EACCES || errno == EPERM || errno == EROFS;
         if (!forbidden) {
@@ -99,7 +100,7 @@ void removeNote(const GdgContext &context) {
 void followNote(const GdgContext &context, Catalogue &block) {
     NotePath path;
     composePath(path, context);
-    const int descriptor = retryOpen(path, O_RDONLY | O_CLOEXEC, 0);
+    const int descriptor = retryOpen(path, O_RDONLY | kFlags, 0);
     if (descriptor == kNoDescriptor) {
         return;
     }
