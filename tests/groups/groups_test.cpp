@@ -21,10 +21,7 @@ protected:
     std::string told; // what must have come on standard error
 };
 
-struct Resolved {
-    std::string name;
-    std::string files;
-};
+using Resolved = std::pair<std::string, std::string>; // a name and its files
 
 } // namespace
 
@@ -36,8 +33,8 @@ TEST(Concatenation, PartsNamesAtColons) {
         {"/.:/.:/A:/.:", "+/.:/.:/A /."}, {"/.:/:A", "+/.:/ A"},
     };
     // clang-format on
-    for (const Resolved &each : cases) {
-        EXPECT_EQ(resolve(each.name, "psx"), each.files) << each.name;
+    for (const auto &[name, files] : cases) {
+        EXPECT_EQ(resolve(name, "psx"), files) << name;
     }
     std::string names(511, 'A');
     for (std::size_t at = 1; at < names.size(); at += 2) {
@@ -67,11 +64,11 @@ TEST_F(Groups, ResolveReferences) {
     for (const char *plain :
          {"PAY(3)", "PAY(-3)", "PAY(+1)", "PAY(12345)", "PAY(99999999999)", "PAY()", "PAY(1x)",
           "PAY)", "(0)", "PAY.g0007v00", "PAY.g0000v00", "PAY.G0002V00", ".g0002v00", "NEW(0)"}) {
-        cases.push_back({plain, "-"});
+        cases.emplace_back(plain, "-");
     }
     for (const char *code : {"wka", "SYS", "lsq", "psx", "???"}) {
-        for (const Resolved &each : cases) {
-            EXPECT_EQ(resolve(each.name, code), each.files) << each.name << " " << code;
+        for (const auto &[name, files] : cases) {
+            EXPECT_EQ(resolve(name, code), files) << name << " " << code;
         }
     }
     fs::remove("PAY.g0002v00");
@@ -145,8 +142,8 @@ TEST_F(Groups, RefuseWhatIsNoCatalogue) {
         EXPECT_EQ(resolve("GOOD(0):PAY(0)"), "+GOOD.g0003v00 PAY(0)") << word;
         EXPECT_EQ(read(kPay), block);
     }
-    for (const std::size_t length : {0U, 40U, 4095U, 4097U}) {
-        write(kPay, makeBlock(255, {1, 2, 3}));
+    write(kPay, makeBlock(255, {1, 2, 3}));
+    for (const std::size_t length : {4097U, 4095U, 40U, 0U}) {
         fs::resize_file(kPay, length);
         EXPECT_EQ(resolve("GOOD:PAY"), "+GOOD.g0003v00 PAY");
     }

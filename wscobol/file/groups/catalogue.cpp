@@ -102,6 +102,7 @@ bool adoptCatalogue(Catalogue &catalogue) {
         !isWithin(catalogue.last, 0, kHighestNumber)) {
         return false;
     }
+    catalogue.era &= kHighestEra;
     clear(catalogue.flags, kChanged);
     set(catalogue.flags, swaps ? kRead | kChanged : kRead);
     return true;

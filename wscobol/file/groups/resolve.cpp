@@ -102,8 +102,10 @@ Outcome resolveGeneration(GdgContext &context, Mode mode, FileSystem given) {
 
 Outcome resolveInCatalogue(GdgContext &context, const Reference &reference, Mode mode,
                            FileSystem given) {
+    const bool isGroup = reference.meaning == Meaning::group;
     context.generation = numberFor(context.catalogue, reference);
-    if (context.generation == kNotResolved) {
+    if (context.generation < 1 && !isGroup) { // an entry may be damaged
+        context.generation = kNotResolved;
         if (mode != Mode::quiet) {
             tell("Error: %s access exceeds the entries allocated for GDG %s\n",
                  reference.meaning == Meaning::direct ? "Direct" : "Relative", context.basename);
@@ -111,7 +113,7 @@ Outcome resolveInCatalogue(GdgContext &context, const Reference &reference, Mode
         errno = EINVAL;
         return Outcome::notFound;
     }
-    if (reference.meaning == Meaning::group) {
+    if (isGroup) {
         compose(context.gdsname, sizeof context.gdsname, "%s", context.basename);
         return mode == Mode::mustNotExist ? alreadyExists('G', context.basename) : Outcome::found;
     }
