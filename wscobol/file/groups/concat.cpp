@@ -158,8 +158,9 @@ void *_zor_Concat_Check(const char *name, int32_t *concatenated, int32_t create,
     if (named == Named::nothing) {
         return nullptr;
     }
-    *concatenated = named == Named::group ? 1 : 0;
     ConcatList *list = buildList(file, code);
+    // Without a list OPEN must not take the reference for a file's name.
+    *concatenated = named == Named::group || list == nullptr ? 1 : 0;
     if (list != nullptr && named == Named::generation) {
         zor::set(list->flags, kIsResolved);
     }
