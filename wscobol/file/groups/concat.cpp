@@ -29,6 +29,7 @@ struct ConcatList {
     int32_t generation; // of the group that is being walked: 0 and down
     uint32_t flags;
     char code[kCodeLength + 1];
+    Name file; // what was formed for a reference: it outlives other work on groups
     char *text;
     ZOR_FLEXIBLE char *names[];
 };
@@ -94,8 +95,12 @@ ConcatList *buildList(const char *text, const char *code) {
     return list;
 }
 
+const char *keep(ConcatList &list, const char *file) {
+    return compose(list.file, sizeof list.file, "%s", file) ? list.file : nullptr;
+}
+
 // The file of the group's generation that the walk has come to; null where it ends.
-const char *fileOfWalk(const ConcatList &list) {
+const char *fileOfWalk(ConcatList &list) {
     constexpr std::size_t kReferenceSize = 16;
     char reference[kNameSize + kReferenceSize];
     const char *file = nullptr;
@@ -103,7 +108,8 @@ const char *fileOfWalk(const ConcatList &list) {
                  list.generation)) {
         return nullptr;
     }
-    return gdsName(reference, &file, false, list.code) == Named::generation ? file : nullptr;
+    return gdsName(reference, &file, false, list.code) == Named::generation ? keep(list, file)
+                                                                            : nullptr;
 }
 
 const char *goOnInGroup(ConcatList &list) {
@@ -134,7 +140,7 @@ const char *nextFile(ConcatList &list) {
         case Named::nothing:
             return name;
         case Named::generation:
-            return file;
+            return keep(list, file);
         case Named::group:
             name[strlen(file)] = '\0'; // without the "(*)"
             set(list.flags, kWalksGroup);
