@@ -20,8 +20,8 @@ ZOR_EXPORT void *_zor_Concat_Check(const char *name, int32_t *concatenated, int3
 
 /* The next file's name, terminated, at most 1023 bytes when it was formed from a reference; null at
  * the end of the list, also for a null list. A whole group gives its generations from the newest to
- * the oldest. The text may stand in a buffer of the process: it is valid until the next call of
- * this function and while the list lives. */
+ * the oldest; one whose file is missing ends the group. The text is valid until the next call for
+ * the list, and while the list lives. */
 ZOR_EXPORT const char *_zor_Concat_Next(void *list);
 
 /* Frees a list with its names; null is allowed. */

@@ -77,6 +77,7 @@ inline std::string resolve(const std::string &name, const char *code = "wka", in
     }
     std::string text = concatenated == 0 ? "" : "+";
     while (const char *file = _zor_Concat_Next(list)) {
+        _zor_Concat_Check("OTHER", &concatenated, 0, code); // another OPEN, while it is in use
         text += (text.size() < 2 ? "" : " ") + std::string(file);
     }
     _zor_Concat_Free(list);
