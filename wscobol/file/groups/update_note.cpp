@@ -11,6 +11,7 @@
 // of this size whole.
 #include "file/groups/update_note.h"
 
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -25,7 +26,7 @@ namespace {
 struct Note {
     Catalogue before;
     Catalogue after;
-    uint64_t sum;
+    uint32_t sum;
 };
 
 constexpr mode_t kNoteMode = 0664;
@@ -38,12 +39,13 @@ void composePath(NotePath &path, const GdgContext &context) {
     compose(path, sizeof path, "%s%s", context.cataloguepath, kNoteSuffix);
 }
 
-uint64_t sumOf(const Note &note) {
-    constexpr uint64_t kStart = 0xCBF29CE484222325U;
-    constexpr uint64_t kFactor = 0x100000001B3U;
-    uint64_t sum = kStart;
-    for (std::size_t i = 0; i < offsetof(Note, sum); ++i) {
-        sum = (sum ^ reinterpret_cast<const uint8_t *>(&note)[i]) * kFactor;
+uint32_t sumOf(const Note &note) {
+    constexpr uint32_t kFactor = 0x9E3779B1;
+    uint32_t words[offsetof(Note, sum) / sizeof(uint32_t)];
+    memcpy(words, &note, sizeof words);
+    uint32_t sum = kFactor;
+    for (const uint32_t word : words) {
+        sum = (std::rotl(sum, 5) ^ word) * kFactor;
     }
     return sum;
 }
