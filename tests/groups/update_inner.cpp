@@ -134,6 +134,12 @@ TEST(Updates, AreEndedByTheNextUser) {
         if (changedSince) {
             write("PAY.catalogue", other);
         }
+        writing = Writing::fails; // a disk that takes nothing yet
+        wholeWrites = 0;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(resolve("PAY", "sys"), changedSince ? "+PAY.g0003v00 PAY.g0002v00" : "-");
+        testing::internal::GetCapturedStderr();
+        writing = Writing::whole;
         resolve("PAY", "sys");
         const Block block = read("PAY.catalogue");
         EXPECT_TRUE(changedSince ? block == other : isNew(block));

@@ -66,10 +66,10 @@ bool openLocked(GdgContext &context, struct stat &status) {
 bool readBlock(GdgContext &context, const struct stat &status) {
     Catalogue &block = context.catalogue;
     errno = EINVAL; // unless a call tells more
-    if (status.st_size != sizeof block || !readWhole(context.fd, &block, sizeof block)) {
+    if (status.st_size != sizeof block || !readWhole(context.fd, &block, sizeof block) ||
+        !followNote(context, block)) {
         return false;
     }
-    followNote(context, block);
     blockInFile(context) = block;
     errno = EINVAL;
     return adoptCatalogue(block);

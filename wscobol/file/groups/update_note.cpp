@@ -99,12 +99,12 @@ void removeNote(const GdgContext &context) {
     unlink(path);
 }
 
-void followNote(const GdgContext &context, Catalogue &block) {
+bool followNote(const GdgContext &context, Catalogue &block) {
     NotePath path;
     composePath(path, context);
     const int descriptor = retryOpen(path, O_RDONLY | kFlags, 0);
     if (descriptor == kNoDescriptor) {
-        return;
+        return true;
     }
     Note note;
     const bool follows = readNote(descriptor, note) && isTorn(block, note);
@@ -112,10 +112,11 @@ void followNote(const GdgContext &context, Catalogue &block) {
     if (follows) {
         block = note.after;
         if (!writeWhole(context.fd, &block, sizeof block)) {
-            return; // the next one finds the note again
+            return false;
         }
     }
     unlink(path);
+    return true;
 }
 
 } // namespace zor::groups

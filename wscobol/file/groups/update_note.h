@@ -17,8 +17,9 @@ bool writeNote(GdgContext &context);
 void removeNote(const GdgContext &context);
 
 // Ends the update that a note tells of: a block that was written in part becomes the new one, in
-// storage and in the file. Any other note is out of date and goes.
-void followNote(const GdgContext &context, Catalogue &block);
+// storage and in the file. Any other note is out of date and goes. False when the file does not
+// take the block, which was told: it must not be used then, and the note stays.
+bool followNote(const GdgContext &context, Catalogue &block);
 
 } // namespace zor::groups
 
