@@ -216,12 +216,9 @@ TEST_F(Groups, DeleteIndexedFilesWhole) {
 
 // Other products' programs get the names as they are.
 TEST_F(Groups, AskOtherProducts) {
-    for (const auto &[name, value] : kit::Environment{{"KOTS_TK_GYP_SERVER", "/.:/kots/gyp/srv"},
-                                                      {"KPNINSTANCE", "inst"},
-                                                      {"KPNDBDFT", "db"},
-                                                      {"gdg_home", "home"},
-                                                      {"PATH", ".:/usr/bin:/bin"}}) {
-        setenv(name.c_str(), value.c_str(), 1);
+    for (const char *setting : {"KOTS_TK_GYP_SERVER=/.:/kots/gyp/srv", "KPNINSTANCE=inst",
+                                "KPNDBDFT=db", "gdg_home=home", "PATH=.:/usr/bin:/bin"}) {
+        putenv(const_cast<char *>(setting));
     }
     for (const char *program : {"gypadmin", "kpn"}) {
         kit::writeFile(program, "#!/bin/sh\nprintf '<%s>' \"$@\" >>log\necho noise >&2\n"
