@@ -4,6 +4,7 @@
 
 #include "dynamic/program_cache.h"
 #include "dynamic/run_unit_tables.h"
+#include "file/groups/catalogue_file.h"
 
 namespace zor {
 namespace {
@@ -14,6 +15,11 @@ constexpr Attachment kRows[] = {
      .endRunUnit = forgetNames,
      .endThread = nullptr,
      .endRunTime = endProgramCache},
+    {.subsystem = "generation data groups", // a jump may have left one locked
+     .setUpFiles = nullptr,
+     .endRunUnit = [](const Proccom &, Runcom &) { groups::abandonCatalogue(); },
+     .endThread = groups::abandonCatalogue,
+     .endRunTime = nullptr},
 };
 
 } // namespace

@@ -52,3 +52,4 @@ with tempfile.TemporaryDirectory() as directory:
     by_cmake(prefix, work)
     by_pkg_config(prefix, work)
     as_64_bits(prefix)
+    assert run(prefix / "bin" / "gdgmgr", "--help").startswith("Usage: gdgmgr ")
