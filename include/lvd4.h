@@ -10,6 +10,7 @@
 #include "class_tests.h"
 #include "codepage.h"
 #include "collating.h"
+#include "concat.h"
 #include "cpm.h"
 #include "decimal.h"
 #include "decimal_convert.h"
