@@ -95,12 +95,11 @@ TEST(Files, EveryAllocationMayFail) {
     int at = 1;
     for (bool failed = true; failed && at < 200; ++at) {
         kit::writeFile(directory.file("marker"), "");
-        const auto child =
-            kit::runProgram({{"LD_PRELOAD", FAILING_ALLOCATOR},
-                             {"FAIL_AT", std::to_string(at)},
-                             {"FAIL_MARKER", directory.file("marker")},
-                             {"KOTS_TK_GYP_SERVER", "/.:/kots/gyp/s"}},
-                            body);
+        const auto child = kit::runProgram({{"LD_PRELOAD", FAILING_ALLOCATOR},
+                                            {"FAIL_AT", std::to_string(at)},
+                                            {"FAIL_MARKER", directory.file("marker")},
+                                            {"KOTS_TK_GYP_SERVER", "/.:/kots/gyp/s"}},
+                                           body);
         failed = !std::filesystem::exists(directory.file("marker"));
         const bool told = std::regex_search(child.err, std::regex("907|Insufficient"));
         EXPECT_TRUE(child.status == 0 ? child.out == "good good "
