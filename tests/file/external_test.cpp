@@ -60,6 +60,7 @@ CHILD_TEST(ExternalFiles, BelongToTheirRunUnit,
                 shared.open();
             }
             kit::leave(shared.program);
+            _zorCloseReset(shared.program.ipcb);
             EXPECT_EQ(shared.status[0], '0'); // the program is past its end
         }
     }

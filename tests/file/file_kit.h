@@ -14,7 +14,7 @@ struct File {
     explicit File(std::string assignment = "sok-F", const char *name = "MASTER",
                   uint8_t assign = FILE_WORD)
         : assigned(std::move(assignment)) {
-        memcpy(described.filename, name, strnlen(name, sizeof described.filename));
+        std::string(name).copy(described.filename, sizeof described.filename);
         described.assign = assign;
         described.assignname = assigned.c_str();
         described.assignlen = static_cast<int16_t>(assigned.size());
