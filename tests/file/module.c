@@ -16,10 +16,8 @@
 #endif
 
 static void trace(const char *event, const FCB *file) {
-    if (getenv("TRACE") != NULL) {
+    if (getenv("TRACE") != NULL)
         printf("%s(%s) ", event, file->name);
-        fflush(stdout);
-    }
 }
 
 static void openFile(FCB *file, struct IPCB *ipcb) {
@@ -71,11 +69,10 @@ ZOR_EXPORT void **vfs(void) {
 /* A refusal of 0 installs nothing all the same. */
 ZOR_EXPORT void _IO_Init(FCB *file, struct IPCB *ipcb) {
     (void)ipcb;
-    if (REFUSAL >= 0) {
-        file->status = REFUSAL;
-        return;
+    if (REFUSAL < 0) {
+        file->open = openFile;
+        file->close = closeFile;
+        file->read = readFile;
     }
-    file->open = openFile;
-    file->close = closeFile;
-    file->read = readFile;
+    file->status = REFUSAL < 0 ? 0 : REFUSAL;
 }
