@@ -19,6 +19,7 @@
 #include "edit.h"
 #include "external_data.h"
 #include "fcb.h"
+#include "file.h"
 #include "inspect.h"
 #include "messages.h"
 #include "national.h"

@@ -4,7 +4,9 @@
 
 #include "dynamic/program_cache.h"
 #include "dynamic/run_unit_tables.h"
+#include "file/block_setup.h"
 #include "file/groups/catalogue_file.h"
+#include "file/module_table.h"
 
 namespace zor {
 namespace {
@@ -15,11 +17,11 @@ constexpr Attachment kRows[] = {
      .endRunUnit = forgetNames,
      .endThread = nullptr,
      .endRunTime = endProgramCache},
-    {.subsystem = "generation data groups", // a jump may have left one locked
-     .setUpFiles = nullptr,
+    {.subsystem = "files", // a jump may have left the catalogue of a group locked
+     .setUpFiles = setUpFiles,
      .endRunUnit = [](const Proccom &, Runcom &) { groups::abandonCatalogue(); },
      .endThread = groups::abandonCatalogue,
-     .endRunTime = nullptr},
+     .endRunTime = closeModules},
 };
 
 } // namespace

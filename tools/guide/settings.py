@@ -67,6 +67,13 @@ VARIABLES = {
         "__COBOL_MOH_CONTAINER": ("not empty: the application server; a number, at least 1, for "
                                   "`Proccom.moh`. Sets `kots` too", "not set"),
     },
+    "Files": {
+        "VFS_DEBUG_OPEN": ("not empty: each OPEN and CLOSE on standard error, see "
+                           "[files.md](files.md)", "off"),
+        "VFS_DEBUG_ERROR": ("not empty: each failed verb on standard error", "off"),
+        "VFS_NO_FORCE_FS": ("not empty: a file without a file system of its own is bni, not uqe",
+                            "off"),
+    },
     "Failures": {
         "COBCORE": ("name of core files, see [../failures.md](../failures.md)", "`core%`"),
         "traceback_lines": ("set and not beginning with `0`: each frame with its source line, see "
