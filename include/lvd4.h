@@ -27,6 +27,7 @@
 #include "search_all.h"
 #include "segments.h"
 #include "signal_row.h"
+#include "sort.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 
