@@ -1,0 +1,33 @@
+// Orders strings of bytes that are equally long and all different.
+#ifndef ZOR_SORT_BYTE_ORDER_H
+#define ZOR_SORT_BYTE_ORDER_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zor {
+
+// Strings are looked at in steps of this many bytes, and their length is a multiple of it.
+inline constexpr std::size_t kStringStep = sizeof(uint64_t);
+
+// A string on its way to its place: which one it is, and the bytes that count at present, as a
+// number.
+struct OrderItem {
+    uint64_t head;
+    uint32_t string; // from 0
+};
+
+// count strings of size bytes, one behind the other.
+struct Strings {
+    const uint8_t *bytes;
+    std::size_t size;
+    uint32_t count;
+};
+
+// Gives the numbers of the strings, in ascending order of their bytes, in items[].string. Both
+// items and spare have room for all.
+void orderStrings(const Strings &strings, OrderItem *items, OrderItem *spare);
+
+} // namespace zor
+
+#endif
