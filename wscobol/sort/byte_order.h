@@ -7,8 +7,8 @@
 
 namespace zor {
 
-// Strings are looked at in steps of this many bytes, and their length is a multiple of it.
-inline constexpr std::size_t kStringStep = sizeof(uint64_t);
+// Bytes of storage behind the last string, of any value, that may be read.
+inline constexpr std::size_t kBehindStrings = sizeof(uint64_t);
 
 // A string on its way to its place: which one it is, and the bytes that count at present, as a
 // number.

@@ -80,19 +80,13 @@ bool isTooLarge(const Table &table, uint64_t keyLength) {
     return each > INT32_MAX || each * table.count + once > INT32_MAX;
 }
 
-std::size_t stringSize(uint64_t keyLength) {
-    const auto bytes = static_cast<std::size_t>(keyLength) + sizeof(uint32_t);
-    return (bytes + kStringStep - 1) / kStringStep * kStringStep;
-}
-
-// Numbers are from 1, in native order; what is left of a string's last step is zeros.
-void writeStrings(const Table &table, std::span<const NormalKey> keys, uint8_t *target,
-                  std::size_t size) {
+// Numbers are from 1, in native order.
+void writeStrings(const Table &table, std::span<const NormalKey> keys, uint8_t *target) {
     const uint8_t *element = table.elements;
     for (uint32_t number = 1; number <= table.count; ++number) {
-        memset(target + size - kStringStep, 0, kStringStep);
-        memcpy(writeNormalKeys(keys, element, target), &number, sizeof number);
-        target += size;
+        target = writeNormalKeys(keys, element, target);
+        memcpy(target, &number, sizeof number);
+        target += sizeof number;
         element += table.elementSize;
     }
 }
@@ -128,17 +122,16 @@ struct SortBlock {
 SortBlock allocateBlock(const Table &table, uint32_t keyCount, std::size_t eachString) {
     const uint64_t items = uint64_t{table.count} * sizeof(OrderItem);
     const uint64_t keys = uint64_t{keyCount} * sizeof(NormalKey);
-    const uint64_t strings = uint64_t{table.count} * eachString;
+    const uint64_t strings = uint64_t{table.count} * eachString + kBehindStrings;
     const uint64_t total = 2 * items + keys + strings + table.elementSize;
-    auto *block = static_cast<uint8_t *>(
-        total > SIZE_MAX ? nullptr : allocate(static_cast<std::size_t>(total)));
+    void *block = total > SIZE_MAX ? nullptr : allocate(static_cast<std::size_t>(total));
     if (block == nullptr) {
         return {};
     }
-    uint8_t *spare = block + items;
+    uint8_t *spare = static_cast<uint8_t *>(block) + items;
     uint8_t *keyPlace = spare + items;
     uint8_t *stringPlace = keyPlace + keys;
-    return {.items = reinterpret_cast<OrderItem *>(block),
+    return {.items = static_cast<OrderItem *>(block),
             .spare = reinterpret_cast<OrderItem *>(spare),
             .keys = reinterpret_cast<NormalKey *>(keyPlace),
             .strings = stringPlace,
@@ -168,7 +161,7 @@ void _zorcTSort(int32_t /*unused*/, void *table, uint32_t elementsize, int32_t c
         message::insufficientStorage();
         return;
     }
-    const std::size_t eachString = stringSize(sizes.normal);
+    const std::size_t eachString = static_cast<std::size_t>(sizes.normal) + sizeof(uint32_t);
     const SortBlock block = allocateBlock(elements, keyCount, eachString);
     if (block.items == nullptr) {
         message::insufficientStorage();
@@ -179,7 +172,7 @@ void _zorcTSort(int32_t /*unused*/, void *table, uint32_t elementsize, int32_t c
         chooseNormalForm(block.keys[at], *va_arg(keys, const SortKey *), collation);
     }
     va_end(keys);
-    writeStrings(elements, {block.keys, keyCount}, block.strings, eachString);
+    writeStrings(elements, {block.keys, keyCount}, block.strings);
     orderStrings({block.strings, eachString, elements.count}, block.items, block.spare);
     permute(elements, block.items, block.element);
     release(block.items);
