@@ -3,25 +3,15 @@
 
 #include "sort.h"
 
-ZOR_EXPORT int32_t ENTRY(int32_t function, RecordDesc recdesc, RecordDesc outdesc,
-                         const char *inputwork, uint32_t inputbytes, uint8_t *inputbuffer,
-                         int32_t inputcount, FCB **inputfcbs, const char *outputwork,
-                         uint32_t outputsize, uint8_t *outputbuffer, int32_t outputcount,
-                         FCB **outputfcbs, int32_t keycount, const char *keytext, uint32_t options,
-                         const char *sortdir, int32_t *errorword, int32_t *errorvalue, IPCB *ipcb);
+typedef struct {
+    uint32_t word[23]; /* of the call, behind its function */
+} Arguments;
+enum { OPTIONS = 18 };
 
-int32_t ENTRY(int32_t function, RecordDesc recdesc, RecordDesc outdesc, const char *inputwork,
-              uint32_t inputbytes, uint8_t *inputbuffer, int32_t inputcount, FCB **inputfcbs,
-              const char *outputwork, uint32_t outputsize, uint8_t *outputbuffer,
-              int32_t outputcount, FCB **outputfcbs, int32_t keycount, const char *keytext,
-              uint32_t options, const char *sortdir, int32_t *errorword, int32_t *errorvalue,
-              IPCB *ipcb) {
-    static const char ended[] = "engine ended\n";
+ZOR_EXPORT int32_t ENTRY(int32_t function, Arguments arguments);
+int32_t ENTRY(int32_t function, Arguments arguments) {
     if (function == SORT_END) {
-        return (int32_t)write(STDERR_FILENO, ended, sizeof ended - 1);
+        return (int32_t)write(STDERR_FILENO, "engine ended\n", 13);
     }
-    return ((SortMerge)options)(function, recdesc, outdesc, inputwork, inputbytes, inputbuffer,
-                                inputcount, inputfcbs, outputwork, outputsize, outputbuffer,
-                                outputcount, outputfcbs, keycount, keytext, options, sortdir,
-                                errorword, errorvalue, ipcb);
+    return ((int32_t(*)(int32_t, Arguments))arguments.word[OPTIONS])(function, arguments);
 }
