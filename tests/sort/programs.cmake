@@ -15,4 +15,4 @@ zor_add_test_engine(no_engine ${CMAKE_CURRENT_BINARY_DIR}/no_engine ENTRY=nothin
 target_compile_definitions(sort_test PRIVATE TEST_ENGINE="${ZOR_TREE}/lib/profiled"
                            NO_ENGINE="${CMAKE_CURRENT_BINARY_DIR}/no_engine"
                            FAILING_ALLOCATOR="$<TARGET_FILE:failing_allocator>")
-add_dependencies(sort_test failing_allocator)
+add_dependencies(sort_test failing_allocator libpelnx_32r)

@@ -73,9 +73,11 @@ struct Sort {
     }
     int16_t step(int32_t function, FileList inputs = {}, FileList outputs = {}) {
         control.sortreturn = &sortreturn;
-        _zorSortMerge(function, &control, &desc, 2, "1,5,A  no more", &inputs, &outputs, &desc);
+        _zorSortMerge(function, &control, &desc, keys, keytext, &inputs, &outputs, &desc);
         return sortreturn;
     }
+    int32_t keys = 2;
+    const char *keytext = "1,5,A  no more";
     int16_t sortreturn = 99;
     SortControl control{};
     RecordDesc desc;
@@ -392,6 +394,24 @@ SORT_TEST(KeepsThreadsApart) {
     std::thread first(sortOften), second(sortOften);
     first.join();
     second.join();
+}
+
+// The engine that lies beside the library.
+PROGRAM_TEST(Sort, WorksWithTheRealEngine) {
+    for (const std::size_t count : {0U, 1U, 900U, 60000U}) {
+        Sort sort(SORT_VARIABLE);
+        sort.control.options = 0;
+        sort.keys = 1;
+        sort.keytext = "dt0+5 ";
+        EXPECT_EQ(sort.step(SORT_FILES), 0);
+        Records expected = someRecords(count, 5, 90);
+        std::for_each(expected.begin(), expected.end(), release);
+        EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
+        std::stable_sort(expected.begin(), expected.end(), [](const auto &left, const auto &right) {
+            return left.substr(0, 5) > right.substr(0, 5);
+        });
+        EXPECT_TRUE(returned() == expected) << count;
+    }
 }
 
 TEST(Sort, TellsWhenThereIsNoEngine) {

@@ -2,8 +2,8 @@
 #include "engine/files.h"
 
 #include "base/bits.h"
-#include "file/status_areas.h"
 #include "engine/active.h"
+#include "file/status_areas.h"
 
 namespace zor::engine {
 namespace {
@@ -56,7 +56,7 @@ Failure readRecord(File &file, Record &record) {
     if (failure) {
         record = {nullptr, 0};
         return failure.word == SORT_ERROR_INPUT_READ && failure.value == kAtEnd ? Failure{}
-                                                                               : failure;
+                                                                                : failure;
     }
     record = {fcb->data, static_cast<uint32_t>(fcb->reclen)};
     return record.length > file.form.length ? Failure{SORT_ERROR_INPUT_READ, fcb->status}

@@ -10,7 +10,8 @@
 
 namespace zor::engine {
 
-// With a helper there are two chunks, of which one is ordered and spilled while the other is filled.
+// With a helper there are two chunks, of which one is ordered and spilled while the other is
+// filled.
 class Gathering {
 public:
     Gathering(const Shape &shape, Helper &helper, Spill &spill, const bool volatile *ended)

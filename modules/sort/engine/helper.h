@@ -1,5 +1,5 @@
-// A second thread that a sort has work done on, one task after the other, while its own goes on with
-// files. It lives within a sort.
+// A second thread that a sort has work done on, one task after the other, while its own goes on
+// with files. It lives within a sort.
 #ifndef ZOR_ENGINE_HELPER_H
 #define ZOR_ENGINE_HELPER_H
 

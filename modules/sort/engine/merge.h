@@ -1,5 +1,5 @@
-// Merging: of several sources, each in order, the records come out in order, equal ones by the order
-// of their sources.
+// Merging: of several sources, each in order, the records come out in order, equal ones by the
+// order of their sources.
 #ifndef ZOR_ENGINE_MERGE_H
 #define ZOR_ENGINE_MERGE_H
 

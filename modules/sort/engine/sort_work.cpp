@@ -54,8 +54,7 @@ Failure chooseForm(Sort &sort) {
 
 uint64_t memoryBound(uint32_t options) {
     const uint64_t megabytes = options & SORT_MEMORY;
-    const uint64_t byDefault =
-        std::min(SORT_MEMORY_DEFAULT * kMegabyte, installedMemory() / 2);
+    const uint64_t byDefault = std::min(SORT_MEMORY_DEFAULT * kMegabyte, installedMemory() / 2);
     return std::min(megabytes != 0 ? megabytes * kMegabyte : byDefault, kMostMemory);
 }
 
@@ -74,13 +73,12 @@ Failure divideMemory(Sort &sort) {
     const Request &request = sort.request;
     const Shape &shape = sort.shape;
     const RecordForm outForm = outputForm(request, shape.form);
-    const uint64_t stored = std::max(shape.form.storedSize(shape.form.length),
-                                     request.outputs.empty() ? outForm.storedSize(outForm.length)
-                                                             : 0);
+    const uint64_t stored =
+        std::max(shape.form.storedSize(shape.form.length),
+                 request.outputs.empty() ? outForm.storedSize(outForm.length) : 0);
     const uint64_t keyed = stored + shape.keys.room() + 2 * sizeof(Entry);
-    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) +
-                                stored + 2 * uint64_t{shape.keys.room()} +
-                                4 * Divider::kBoundary;
+    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) + stored +
+                                2 * uint64_t{shape.keys.room()} + 4 * Divider::kBoundary;
     const uint64_t least = std::max(kLeastMemory, kLeastRecords * (keyed + Divider::kBoundary)) +
                            shape.keys.longest + request.outputs.size() * sizeof(File) +
                            (request.merges ? mergedFile * request.inputs.size() : 0);
@@ -151,10 +149,9 @@ Failure readWorkFile(Sort &sort) {
         return systemFailure(SORT_ERROR_INPUT_OPEN);
     }
     const Block &block = sort.blocks[0];
-    const Failure failure =
-        readStored(sort, StoredReader(sort.shape.form, Memory{block.start, block.capacity},
-                                      sort.inputWork, Run{0, about.st_size},
-                                      SORT_ERROR_INPUT_READ));
+    const Failure failure = readStored(
+        sort, StoredReader(sort.shape.form, Memory{block.start, block.capacity}, sort.inputWork,
+                           Run{0, about.st_size}, SORT_ERROR_INPUT_READ));
     retryClose(std::exchange(sort.inputWork, kNoFile));
     return failure;
 }
@@ -182,8 +179,8 @@ Failure gather(Sort &sort) {
             }
         }
         const Memory &buffer = request.inputBuffer;
-        if (const Failure failure = readStored(
-                sort, StoredReader(sort.shape.form, buffer.start, buffer.size))) {
+        if (const Failure failure =
+                readStored(sort, StoredReader(sort.shape.form, buffer.start, buffer.size))) {
             return failure;
         }
     }
@@ -223,8 +220,7 @@ Failure deliver(Sort &sort, Merge merge, bool worthAThread) {
 }
 
 Failure openAndDeliver(Sort &sort, Merge merge, bool worthAThread) {
-    Failure failure =
-        sort.output.open(sort.request, sort.shape.form, sort.files, sort.conversion);
+    Failure failure = sort.output.open(sort.request, sort.shape.form, sort.files, sort.conversion);
     if (!failure) {
         failure = deliver(sort, merge, worthAThread);
     }
@@ -288,8 +284,7 @@ Failure mergeFiles(Sort &sort) {
 } // namespace
 
 Sort *makeSort(const Request &request) {
-    const Memory own =
-        mapMemory(sizeof(Sort) + std::size_t{request.keyCount} * sizeof(Key));
+    const Memory own = mapMemory(sizeof(Sort) + std::size_t{request.keyCount} * sizeof(Key));
     if (own.start == nullptr) {
         return nullptr;
     }

@@ -2,11 +2,11 @@
 #ifndef ZOR_ENGINE_SORT_WORK_H
 #define ZOR_ENGINE_SORT_WORK_H
 
+#include "engine/gathering.h"
 #include "engine/helper.h"
 #include "engine/key_text.h"
 #include "engine/output.h"
 #include "engine/request.h"
-#include "engine/gathering.h"
 
 namespace zor::engine {
 
@@ -35,8 +35,8 @@ Sort *makeSort(const Request &request);
 // Does all of it.
 Failure runSort(Sort &sort);
 
-// Gives everything back, in whatever state it is. Nothing of the program's is touched. Safe within a
-// signal's handler, and without effect for null.
+// Gives everything back, in whatever state it is. Nothing of the program's is touched. Safe within
+// a signal's handler, and without effect for null.
 void releaseSort(Sort *sort);
 
 } // namespace zor::engine

@@ -1,6 +1,7 @@
 // Each run is read through a buffer of its own, large enough that the device moves on seldom. Where
-// memory has no room for so many buffers, neighbouring runs are merged into one, no more of them than
-// must be, so that equal records stay in order; what they took of the file is given back at once.
+// memory has no room for so many buffers, neighbouring runs are merged into one, no more of them
+// than must be, so that equal records stay in order; what they took of the file is given back at
+// once.
 #include "engine/spill.h"
 
 #include <algorithm>
@@ -114,8 +115,7 @@ Merge Spill::mergeOf(const Shape &shape, Memory memory, uint32_t first, uint32_t
     return Merge(shape, {sources, count}, contenders);
 }
 
-Failure Spill::reduce(const Shape &shape, Memory memory, Block &block,
-                      const bool volatile *ended) {
+Failure Spill::reduce(const Shape &shape, Memory memory, Block &block, const bool volatile *ended) {
     const uint32_t atOnce = runsAtOnce(shape, memory);
     uint32_t first = 0;
     while (count_ > atOnce) {

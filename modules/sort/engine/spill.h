@@ -4,8 +4,8 @@
 
 #include <span>
 
-#include "engine/merge.h"
 #include "engine/memory.h"
+#include "engine/merge.h"
 #include "engine/work_files.h"
 
 namespace zor::engine {
