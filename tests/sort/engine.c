@@ -3,15 +3,14 @@
 
 #include "sort.h"
 
-typedef struct {
-    uint32_t word[23]; /* of the call, behind its function */
-} Arguments;
+struct Call {
+    uint32_t word[23]; /* its arguments, behind the function */
+};
 enum { OPTIONS = 18 };
 
-ZOR_EXPORT int32_t ENTRY(int32_t function, Arguments arguments);
-int32_t ENTRY(int32_t function, Arguments arguments) {
-    if (function == SORT_END) {
+ZOR_EXPORT int32_t ENTRY(int32_t function, struct Call call);
+int32_t ENTRY(int32_t function, struct Call call) {
+    if (function == SORT_END)
         return (int32_t)write(STDERR_FILENO, "engine ended\n", 13);
-    }
-    return ((int32_t(*)(int32_t, Arguments))arguments.word[OPTIONS])(function, arguments);
+    return ((int32_t(*)(int32_t, struct Call))call.word[OPTIONS])(function, call);
 }
