@@ -9,7 +9,7 @@
 #include "base/message_list.h"
 #include "base/storage.h"
 #include "sort.h"
-#include "sort/byte_order.h"
+#include "sort/entries.h"
 #include "sort/normal_keys.h"
 
 namespace zor {
@@ -80,22 +80,69 @@ bool isTooLarge(const Table &table, uint64_t keyLength) {
     return each > INT32_MAX || each * table.count + once > INT32_MAX;
 }
 
-// Numbers are from 1, in native order.
-void writeStrings(const Table &table, std::span<const NormalKey> keys, uint8_t *target) {
+// What a sort works with: entries, and a string for each element: its keys and its number, from 1,
+// in native order, so that no two are alike; zeros up to a multiple of kPrefix bytes.
+struct SortBlock {
+    Entry *entries;
+    Entry *spare;
+    NormalKey *keys;
+    uint8_t *strings;
+    uint8_t *element; // room for one
+    uint32_t keysSize;
+    uint32_t stringSize;
+};
+
+// All of it is one block of storage, which begins with the entries; null when there is none.
+SortBlock allocateBlock(const Table &table, uint32_t keyCount, uint32_t keysSize) {
+    const uint32_t stringSize = (keysSize + sizeof(uint32_t) + kPrefix - 1) / kPrefix * kPrefix;
+    const uint64_t entries = uint64_t{table.count} * sizeof(Entry);
+    const uint64_t keys = uint64_t{keyCount} * sizeof(NormalKey);
+    const uint64_t strings = uint64_t{table.count} * stringSize;
+    const uint64_t total = 2 * entries + keys + strings + table.elementSize;
+    void *block = total > SIZE_MAX ? nullptr : allocate(static_cast<std::size_t>(total));
+    if (block == nullptr) {
+        return {};
+    }
+    uint8_t *sparePlace = static_cast<uint8_t *>(block) + entries;
+    uint8_t *keyPlace = sparePlace + entries;
+    uint8_t *stringPlace = keyPlace + keys;
+    return {.entries = static_cast<Entry *>(block),
+            .spare = reinterpret_cast<Entry *>(sparePlace),
+            .keys = reinterpret_cast<NormalKey *>(keyPlace),
+            .strings = stringPlace,
+            .element = stringPlace + strings,
+            .keysSize = keysSize,
+            .stringSize = stringSize};
+}
+
+void makeEntries(const Table &table, std::span<const NormalKey> keys, const SortBlock &block) {
     const uint8_t *element = table.elements;
+    uint8_t *string = block.strings;
     for (uint32_t number = 1; number <= table.count; ++number) {
-        target = writeNormalKeys(keys, element, target);
-        memcpy(target, &number, sizeof number);
-        target += sizeof number;
+        memset(string + block.stringSize - kPrefix, 0, kPrefix);
+        memcpy(writeNormalKeys(keys, element, string), &number, sizeof number);
+        block.entries[number - 1] = {prefixAt(string), string + kPrefix};
+        string += block.stringSize;
         element += table.elementSize;
     }
 }
 
-// Puts each element into its place along the cycles of the order, whose items are left pointing at
-// themselves.
-void permute(const Table &table, OrderItem *items, uint8_t *work) {
+// The places, from 0, that the elements come from, in their order.
+uint32_t *readSources(const SortBlock &block, uint32_t count) {
+    auto *sources = reinterpret_cast<uint32_t *>(block.spare);
+    for (uint32_t at = 0; at < count; ++at) {
+        uint32_t number = 0;
+        memcpy(&number, block.entries[at].item - kPrefix + block.keysSize, sizeof number);
+        sources[at] = number - 1;
+    }
+    return sources;
+}
+
+// Puts each element into its place along the cycles of the order. A place that has its element is
+// its own source.
+void moveElements(const Table &table, uint32_t *sources, uint8_t *work) {
     for (uint32_t start = 0; start < table.count; ++start) {
-        uint32_t source = std::exchange(items[start].string, start);
+        uint32_t source = std::exchange(sources[start], start);
         if (source == start) {
             continue;
         }
@@ -104,38 +151,10 @@ void permute(const Table &table, OrderItem *items, uint8_t *work) {
         while (source != start) {
             memcpy(table.at(gap), table.at(source), table.elementSize);
             gap = source;
-            source = std::exchange(items[gap].string, gap);
+            source = std::exchange(sources[gap], gap);
         }
         memcpy(table.at(gap), work, table.elementSize);
     }
-}
-
-// One block for everything that a sort needs.
-struct SortBlock {
-    OrderItem *items;
-    OrderItem *spare;
-    NormalKey *keys;
-    uint8_t *strings;
-    uint8_t *element;
-};
-
-SortBlock allocateBlock(const Table &table, uint32_t keyCount, std::size_t eachString) {
-    const uint64_t items = uint64_t{table.count} * sizeof(OrderItem);
-    const uint64_t keys = uint64_t{keyCount} * sizeof(NormalKey);
-    const uint64_t strings = uint64_t{table.count} * eachString + kBehindStrings;
-    const uint64_t total = 2 * items + keys + strings + table.elementSize;
-    void *block = total > SIZE_MAX ? nullptr : allocate(static_cast<std::size_t>(total));
-    if (block == nullptr) {
-        return {};
-    }
-    uint8_t *spare = static_cast<uint8_t *>(block) + items;
-    uint8_t *keyPlace = spare + items;
-    uint8_t *stringPlace = keyPlace + keys;
-    return {.items = static_cast<OrderItem *>(block),
-            .spare = reinterpret_cast<OrderItem *>(spare),
-            .keys = reinterpret_cast<NormalKey *>(keyPlace),
-            .strings = stringPlace,
-            .element = stringPlace + strings};
 }
 
 } // namespace
@@ -161,9 +180,8 @@ void _zorcTSort(int32_t /*unused*/, void *table, uint32_t elementsize, int32_t c
         message::insufficientStorage();
         return;
     }
-    const std::size_t eachString = static_cast<std::size_t>(sizes.normal) + sizeof(uint32_t);
-    const SortBlock block = allocateBlock(elements, keyCount, eachString);
-    if (block.items == nullptr) {
+    const SortBlock block = allocateBlock(elements, keyCount, static_cast<uint32_t>(sizes.normal));
+    if (block.entries == nullptr) {
         message::insufficientStorage();
         return;
     }
@@ -172,8 +190,8 @@ void _zorcTSort(int32_t /*unused*/, void *table, uint32_t elementsize, int32_t c
         chooseNormalForm(block.keys[at], *va_arg(keys, const SortKey *), collation);
     }
     va_end(keys);
-    writeStrings(elements, {block.keys, keyCount}, block.strings);
-    orderStrings({block.strings, eachString, elements.count}, block.items, block.spare);
-    permute(elements, block.items, block.element);
-    release(block.items);
+    makeEntries(elements, {block.keys, keyCount}, block);
+    orderEntries(block.entries, elements.count, block.stringSize - kPrefix, block.spare);
+    moveElements(elements, readSources(block, elements.count), block.element);
+    release(block.entries);
 }
