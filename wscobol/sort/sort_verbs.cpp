@@ -23,7 +23,8 @@ constexpr int16_t kHighestGoodStatus = 9; // of a file
 // exhausted (message 907 was issued).
 bool copyKeyText(char *&copy, const char *text) {
     release(copy);
-    const std::size_t length = text == nullptr ? 0 : strcspn(text, " ");
+    text = text == nullptr ? "" : text;
+    const std::size_t length = strcspn(text, " ");
     copy = static_cast<char *>(allocateOrReport(length + 1));
     if (copy == nullptr) {
         return false;
