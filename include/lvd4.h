@@ -29,6 +29,8 @@
 #include "search_all.h"
 #include "segments.h"
 #include "signal_row.h"
+#include "sort.h"
+#include "sort_engine.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 

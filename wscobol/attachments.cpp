@@ -7,6 +7,7 @@
 #include "file/block_setup.h"
 #include "file/groups/catalogue_file.h"
 #include "file/module_table.h"
+#include "sort/sort_events.h"
 
 namespace zor {
 namespace {
@@ -22,6 +23,11 @@ constexpr Attachment kRows[] = {
      .endRunUnit = [](const Proccom &, Runcom &) { groups::abandonCatalogue(); },
      .endThread = groups::abandonCatalogue,
      .endRunTime = closeModules},
+    {.subsystem = "sort",
+     .setUpFiles = nullptr,
+     .endRunUnit = endSortOfRunUnit,
+     .endThread = endSortOfThread,
+     .endRunTime = endSortOfRunTime},
 };
 
 } // namespace

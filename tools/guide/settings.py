@@ -61,6 +61,11 @@ VARIABLES = {
         "KPNINSTANCE": ("the database's instance, a part of the catalogue's path", "no such groups"),
         "KPNDBDFT": ("the database, a further part of it", "no further part"),
     },
+    "Sort": {
+        "TMPDIR": ("a folder that can be written to: that of work files, see "
+                   "[sorting.md](sorting.md). Read at the first SORT or MERGE",
+                   "the current folder"),
+    },
     "Containers": {
         "__COBOL_KOTS_CONTAINER": ("not empty: the transaction monitor. No lock is taken, storage "
                                    "is freed with its run unit", "not set"),

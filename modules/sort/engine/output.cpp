@@ -1,0 +1,136 @@
+// Blocks whose records lie as they must in the output go there as they are.
+#include "engine/output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+#include "base/system_calls.h"
+
+namespace zor::engine {
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+
+} // namespace
+
+Failure Output::open(const Request &request, const RecordForm &form, File *files,
+                     Memory conversion) {
+    form_ = form;
+    if (!request.outputs.empty()) {
+        for (FCB *fcb : request.outputs) {
+            File &file = files[files_.size()];
+            file = fileOf(fcb, request.ipcb);
+            files_ = {files, files_.size() + 1};
+            if (const Failure failure = openOutput(file)) {
+                return failure;
+            }
+        }
+        return {};
+    }
+    outForm_ = outputForm(request, form);
+    if (request.outputWork == nullptr) {
+        area_ = request.outputBuffer;
+        return {};
+    }
+    area_ = conversion;
+    descriptor_ =
+        retryOpen(request.outputWork, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
+    if (descriptor_ < 0) {
+        return systemFailure(SORT_ERROR_OUTPUT_OPEN);
+    }
+    path_ = request.outputWork;
+    return {};
+}
+
+Failure Output::flush() {
+    if (descriptor_ == kNoFile) {
+        return {SORT_ERROR_OUTPUT_FULL, 0};
+    }
+    const std::size_t count = std::exchange(used_, 0);
+    return writeAll(descriptor_, area_.start, count, SORT_ERROR_OUTPUT_WRITE);
+}
+
+Failure Output::takeBytes(const void *bytes, std::size_t count) {
+    if (descriptor_ != kNoFile) {
+        return writeAll(descriptor_, bytes, count, SORT_ERROR_OUTPUT_WRITE);
+    }
+    if (count > area_.size - used_) {
+        return {SORT_ERROR_OUTPUT_FULL, 0};
+    }
+    memcpy(area_.start + used_, bytes, count);
+    used_ += count;
+    return {};
+}
+
+Failure Output::takeInOtherForm(const Block &block) {
+    for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
+        const Record record = form_.recordAt(block.start + at);
+        if (record.length > outForm_.length) {
+            return {SORT_ERROR_OUTPUT_LONG, static_cast<int32_t>(record.length)};
+        }
+        const std::size_t size = outForm_.storedSize(record.length);
+        if (size > area_.size - used_) {
+            const Failure failure = flush();
+            if (failure) {
+                return failure;
+            }
+        }
+        storeRecord(outForm_, record, area_.start + used_);
+        used_ += size;
+    }
+    return {};
+}
+
+Failure Output::take(const Block &block) {
+    if (files_.empty()) {
+        return outForm_ == form_ ? takeBytes(block.start, block.used) : takeInOtherForm(block);
+    }
+    for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
+        const Record record = form_.recordAt(block.start + at);
+        for (const File &file : files_) {
+            if (const Failure failure = writeRecord(file, record)) {
+                return failure;
+            }
+        }
+    }
+    return {};
+}
+
+Failure Output::close() {
+    for (File &file : files_) {
+        if (const Failure failure = closeFile(file, SORT_ERROR_OUTPUT_WRITE)) {
+            return failure;
+        }
+    }
+    if (descriptor_ == kNoFile) {
+        return {};
+    }
+    if (const Failure failure = flush()) {
+        return failure;
+    }
+    if (retryClose(std::exchange(descriptor_, kNoFile)) != 0) {
+        return systemFailure(SORT_ERROR_OUTPUT_WRITE);
+    }
+    path_ = nullptr;
+    return {};
+}
+
+void Output::abandon() {
+    for (File &file : files_) {
+        zor::engine::abandon(file);
+    }
+    removeWorkFile();
+}
+
+void Output::removeWorkFile() {
+    if (descriptor_ != kNoFile) {
+        retryClose(std::exchange(descriptor_, kNoFile));
+    }
+    if (path_ != nullptr) {
+        unlink(path_);
+        path_ = nullptr;
+    }
+}
+
+} // namespace zor::engine
