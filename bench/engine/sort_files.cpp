@@ -79,8 +79,7 @@ struct PlainFile {
 
     void open() {
         const bool output = fcb.openmode == FCB_OUTPUT;
-        descriptor =
-            ::open(path.c_str(), output ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY, 0600);
+        descriptor = ::open(path.c_str(), output ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY, 0600);
         at = 0;
         filled = 0;
         fcb.curmode = fcb.openmode;
@@ -177,17 +176,18 @@ void runCommand(const std::string &command) {
 void compare(SortMerge engine, const char *name, Way way, const std::string &folder,
              uint32_t megabytes, bool oneCore, int passes) {
     // No byte of a line separates its fields.
-    const std::string peer = "LC_ALL=C sort -s -t \"$(printf '\\373')\" -k1.1,1.10 -k1.11,1.15 -S " +
-                             std::to_string(megabytes) + "M --parallel=" + (oneCore ? "1" : "2") +
-                             " -T " + folder + " -o " + folder + "/theirs " + folder + "/in";
+    const std::string peer =
+        "LC_ALL=C sort -s -t \"$(printf '\\373')\" -k1.1,1.10 -k1.11,1.15 -S " +
+        std::to_string(megabytes) + "M --parallel=" + (oneCore ? "1" : "2") + " -T " + folder +
+        " -o " + folder + "/theirs " + folder + "/in";
     Figures ours{1e9, 1e9};
     Figures theirs{1e9, 1e9};
     for (int pass = 0; pass < passes; ++pass) {
         const auto better = [](Figures &best, const Figures &now) {
             best = {std::min(best.elapsed, now.elapsed), std::min(best.processor, now.processor)};
         };
-        better(ours, measure(RUSAGE_SELF,
-                             [&] { runEngine(engine, way, folder, megabytes, oneCore); }));
+        better(ours,
+               measure(RUSAGE_SELF, [&] { runEngine(engine, way, folder, megabytes, oneCore); }));
         better(theirs, measure(RUSAGE_CHILDREN, [&] { runCommand(peer); }));
     }
     runCommand("cmp " + folder + "/ours " + folder + "/theirs");
@@ -200,11 +200,12 @@ void compare(SortMerge engine, const char *name, Way way, const std::string &fol
 
 } // namespace
 
-int main() {
+// An argument selects cases by a part of their names.
+int main(int argc, char **argv) {
     void *module = dlopen(SORT_ENGINE, RTLD_NOW);
-    const auto engine =
-        module != nullptr ? reinterpret_cast<SortMerge>(dlvsym(module, "sortmerge", "LVD4_6.1.0"))
-                          : nullptr;
+    const auto engine = module != nullptr
+                            ? reinterpret_cast<SortMerge>(dlvsym(module, "sortmerge", "LVD4_6.1.0"))
+                            : nullptr;
     if (engine == nullptr) {
         fail(dlerror());
     }
@@ -238,6 +239,9 @@ int main() {
         {"work file to work file, a tenth, two", Way::workFiles, tenth, false},
     };
     for (const auto &each : cases) {
+        if (argc > 1 && strstr(each.name, argv[1]) == nullptr) {
+            continue;
+        }
         compare(engine, each.name, each.way, folder, each.megabytes, each.oneCore, passes);
     }
     runCommand("rm -r " + folder);

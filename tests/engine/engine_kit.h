@@ -21,8 +21,8 @@ inline SortMerge engine() {
     return entry;
 }
 
-// A sequential file in memory. A verb fails when it is told so, and `during` runs within the read of
-// that record.
+// A sequential file in memory. A verb fails when it is told so, and `during` runs within the read
+// of that record.
 struct TestFile {
     explicit TestFile(uint32_t longest, bool variable = false, Records content = {})
         : records(std::move(content)), area(longest + 1) {

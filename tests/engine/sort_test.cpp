@@ -72,9 +72,11 @@ Value textOf(int length, int low, int high) {
 const Kind kKinds[] = {
     {'t', "", 3, [] { return textOf(3, 'a', 'd'); },
      [](const Value &value) { return std::get<std::string>(value); }},
-    {'t', "", 40, [] { return Value(std::string(30, 'x') + std::get<std::string>(textOf(10, 0, 255))); },
+    {'t', "", 40,
+     [] { return Value(std::string(30, 'x') + std::get<std::string>(textOf(10, 0, 255))); },
      [](const Value &value) { return std::get<std::string>(value); }},
-    {'t', "", 300, [] { return Value(std::string(294, '=') + std::get<std::string>(textOf(6, 0, 3))); },
+    {'t', "", 300,
+     [] { return Value(std::string(294, '=') + std::get<std::string>(textOf(6, 0, 3))); },
      [](const Value &value) { return std::get<std::string>(value); }},
     {'z', "", 5, [] { return number(5, false); },
      [](const Value &value) { return digitsOf(value, 5); }},

@@ -1,8 +1,8 @@
-// Entries are distributed by the bytes in which their prefixes differ, the foremost ones only and no
-// more at a time than will tell most of them apart; groups that these leave alike are distributed
-// again by what comes behind. Many entries go by one byte at a time, so that the groups fit into the
-// processor's caches from then on. Where prefixes are alike altogether, the next bytes of the keys
-// take their place for a while.
+// Entries are distributed by the bytes in which their prefixes differ, the foremost ones only and
+// no more at a time than will tell most of them apart; groups that these leave alike are
+// distributed again by what comes behind. Many entries go by one byte at a time, so that the groups
+// fit into the processor's caches from then on. Where prefixes are alike altogether, the next bytes
+// of the keys take their place for a while.
 #include "engine/entries.h"
 
 #include <algorithm>

@@ -13,9 +13,9 @@ struct Entry {
     const uint8_t *item;
 };
 
-// Orders entries by their keys, those with equal keys as they stand. Of two of them the first's item
-// must have the higher address. rest is the bytes of the rest of a key; spare has room for as many
-// entries.
+// Orders entries by their keys, those with equal keys as they stand. Of two of them the first's
+// item must have the higher address. rest is the bytes of the rest of a key; spare has room for as
+// many entries.
 void orderEntries(Entry *entries, uint32_t count, uint32_t rest, Entry *spare);
 
 } // namespace zor::engine

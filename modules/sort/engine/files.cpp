@@ -2,8 +2,8 @@
 #include "engine/files.h"
 
 #include "base/bits.h"
-#include "file/status_areas.h"
 #include "engine/active.h"
+#include "file/status_areas.h"
 
 namespace zor::engine {
 namespace {
@@ -56,16 +56,16 @@ Failure readRecord(File &file, Record &record) {
     if (failure) {
         record = {nullptr, 0};
         return failure.word == SORT_ERROR_INPUT_READ && failure.value == kAtEnd ? Failure{}
-                                                                               : failure;
+                                                                                : failure;
     }
     record = {fcb->data, static_cast<uint32_t>(fcb->reclen)};
-    return record.length > file.form.length ? Failure{SORT_ERROR_INPUT_READ, fcb->status}
+    return record.length > file.form.length ? longFailure(SORT_ERROR_INPUT_LONG, record.length)
                                             : Failure{};
 }
 
 Failure writeRecord(const File &file, Record record) {
     if (record.length > file.form.length) {
-        return {SORT_ERROR_OUTPUT_LONG, static_cast<int32_t>(record.length)};
+        return longFailure(SORT_ERROR_OUTPUT_LONG, record.length);
     }
     FCB *fcb = file.fcb;
     memcpy(fcb->data, record.data, record.length);

@@ -70,9 +70,8 @@ Failure Gathering::addElsewhere(Record record) {
     if (const Failure failure = turnOver()) {
         return failure;
     }
-    return chunks_[current_].add(shape_.keys, shape_.form, record)
-               ? Failure{}
-               : Failure{SORT_ERROR_STORAGE, 0};
+    return chunks_[current_].add(shape_.keys, shape_.form, record) ? Failure{}
+                                                                   : Failure{SORT_ERROR_STORAGE, 0};
 }
 
 // Each thread orders a half, if that is worth it.

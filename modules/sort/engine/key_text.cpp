@@ -1,5 +1,5 @@
-// The text stands in a program's constants; it is checked all the same, to the last byte, before any
-// record is touched.
+// The text stands in a program's constants; it is checked all the same, to the last byte, before
+// any record is touched.
 #include "engine/key_text.h"
 
 #include <algorithm>
@@ -69,9 +69,7 @@ public:
         return true;
     }
     bool isAt(char character) const { return *at_ == character; }
-    Failure malformed() const {
-        return {SORT_ERROR_KEY_TEXT, static_cast<int32_t>(at_ - start_)};
-    }
+    Failure malformed() const { return {SORT_ERROR_KEY_TEXT, static_cast<int32_t>(at_ - start_)}; }
 
 private:
     const char *start_;
@@ -199,9 +197,8 @@ Failure readKeyText(const char *keytext, uint32_t longestRecord, const uint8_t *
     if (!text.isAt('\0')) {
         return text.malformed();
     }
-    return count == set.keys.size()
-               ? Failure{}
-               : Failure{SORT_ERROR_KEY_COUNT, static_cast<int32_t>(count)};
+    return count == set.keys.size() ? Failure{}
+                                    : Failure{SORT_ERROR_KEY_COUNT, static_cast<int32_t>(count)};
 }
 
 } // namespace zor::engine

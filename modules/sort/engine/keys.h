@@ -7,8 +7,8 @@
 #include <cstring>
 #include <span>
 
-#include "sort/normal_keys.h"
 #include "engine/records.h"
+#include "sort/normal_keys.h"
 
 namespace zor::engine {
 
@@ -31,9 +31,7 @@ struct KeySet {
     uint32_t longest = 0;       // bytes of the longest key
     uint8_t *scratch = nullptr; // as many
 
-    uint32_t restSize() const {
-        return size <= kPrefix ? 0 : (size - 1) / kPrefix * kPrefix;
-    }
+    uint32_t restSize() const { return size <= kPrefix ? 0 : (size - 1) / kPrefix * kPrefix; }
     uint32_t room() const { return kPrefix + restSize(); }
 };
 

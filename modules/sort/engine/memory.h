@@ -27,8 +27,7 @@ uint64_t installedMemory();
 // Divides memory into parts.
 class Divider {
 public:
-    explicit Divider(const Memory &memory)
-        : at_(memory.start), end_(memory.start + memory.size) {}
+    explicit Divider(const Memory &memory) : at_(memory.start), end_(memory.start + memory.size) {}
 
     // count elements on a boundary of kBoundary bytes; there must be room for them.
     template <class T = uint8_t> T *take(std::size_t count = 1) {

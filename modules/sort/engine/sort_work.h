@@ -2,11 +2,11 @@
 #ifndef ZOR_ENGINE_SORT_WORK_H
 #define ZOR_ENGINE_SORT_WORK_H
 
+#include "engine/gathering.h"
 #include "engine/helper.h"
 #include "engine/key_text.h"
 #include "engine/output.h"
 #include "engine/request.h"
-#include "engine/gathering.h"
 
 namespace zor::engine {
 
@@ -21,12 +21,18 @@ struct Sort {
     Request request;
     Shape shape;
     uint8_t weights[kWeights];
-    bool volatile ended; // tells the helper that all is over
+    std::atomic<bool> ended{false}; // tells the helper that all is over
     int inputWork = kNoFile;
     Helper helper;
     Spill spill;
     Output output;
-    Gathering gathering{shape, helper, spill, &ended};
+    Gathering gathering{shape, helper, spill, ended};
+    // Here and not on the stack, which may be left while the helper is at them.
+    Merge merge;
+    struct Filling {
+        Merge *merge;
+        Block *block;
+    } fillings[2];
 };
 
 // Null when there is no storage.
@@ -35,8 +41,8 @@ Sort *makeSort(const Request &request);
 // Does all of it.
 Failure runSort(Sort &sort);
 
-// Gives everything back, in whatever state it is. Nothing of the program's is touched. Safe within a
-// signal's handler, and without effect for null.
+// Gives everything back, in whatever state it is. Nothing of the program's is touched. Safe within
+// a signal's handler, and without effect for null.
 void releaseSort(Sort *sort);
 
 } // namespace zor::engine

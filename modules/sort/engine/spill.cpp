@@ -1,6 +1,7 @@
 // Each run is read through a buffer of its own, large enough that the device moves on seldom. Where
-// memory has no room for so many buffers, neighbouring runs are merged into one, no more of them than
-// must be, so that equal records stay in order; what they took of the file is given back at once.
+// memory has no room for so many buffers, neighbouring runs are merged into one, no more of them
+// than must be, so that equal records stay in order; what they took of the file is given back at
+// once.
 #include "engine/spill.h"
 
 #include <algorithm>
@@ -38,10 +39,10 @@ uint32_t runsAtOnce(const Shape &shape, const Memory &memory) {
 
 } // namespace
 
-Failure Spill::append(Merge &merge, Block &block, const bool volatile *ended, Run &run) {
+Failure Spill::append(Merge &merge, Block &block, const std::atomic<bool> &ended, Run &run) {
     run = {end_, 0};
     for (;;) {
-        if (*ended) {
+        if (ended) {
             return {SORT_ERROR_ENDED, 0};
         }
         if (const Failure failure = merge.fill(block)) {
@@ -80,7 +81,7 @@ Failure Spill::add(const Run &run) {
     return {};
 }
 
-Failure Spill::write(Merge &merge, Block &block, const bool volatile *ended) {
+Failure Spill::write(Merge &merge, Block &block, const std::atomic<bool> &ended) {
     if (descriptor_ == kNoFile) {
         descriptor_ = openNamelessFile(folder_);
         if (descriptor_ == kNoFile) {
@@ -115,7 +116,7 @@ Merge Spill::mergeOf(const Shape &shape, Memory memory, uint32_t first, uint32_t
 }
 
 Failure Spill::reduce(const Shape &shape, Memory memory, Block &block,
-                      const bool volatile *ended) {
+                      const std::atomic<bool> &ended) {
     const uint32_t atOnce = runsAtOnce(shape, memory);
     uint32_t first = 0;
     while (count_ > atOnce) {

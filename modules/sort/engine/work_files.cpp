@@ -1,5 +1,5 @@
-// Work files are read and written in pieces of up to a megabyte, in which a file system is as fast as
-// it gets.
+// Work files are read and written in pieces of up to a megabyte, in which a file system is as fast
+// as it gets.
 #include "engine/work_files.h"
 
 #include <algorithm>
@@ -51,8 +51,8 @@ StoredReader::StoredReader(const RecordForm &form, uint8_t *buffer, std::size_t 
 
 StoredReader::StoredReader(const RecordForm &form, Memory buffer, int descriptor, Run run,
                            int32_t failureWord)
-    : form_(form), buffer_(buffer), at_(buffer.start), end_(buffer.start),
-      descriptor_(descriptor), left_(run), failureWord_(failureWord) {}
+    : form_(form), buffer_(buffer), at_(buffer.start), end_(buffer.start), descriptor_(descriptor),
+      left_(run), failureWord_(failureWord) {}
 
 bool StoredReader::holdsRecord() const {
     const auto there = static_cast<std::size_t>(end_ - at_);
