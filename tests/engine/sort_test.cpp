@@ -123,10 +123,6 @@ struct Made {
     std::string record;
 };
 
-struct Weights {
-    uint8_t of[256];
-};
-
 int compareValues(const Value &left, const Value &right, const uint8_t *weights) {
     if (weights != nullptr && std::holds_alternative<std::string>(left)) {
         const auto weighed = [weights](std::string text) {

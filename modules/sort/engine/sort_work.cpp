@@ -79,11 +79,12 @@ Failure divideMemory(Sort &sort) {
     const uint64_t stored =
         std::max(shape.form.storedSize(shape.form.length),
                  request.outputs.empty() ? outForm.storedSize(outForm.length) : 0);
-    const uint64_t keyed = stored + shape.keys.room() + 2 * sizeof(Entry);
-    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) + stored +
-                                2 * uint64_t{shape.keys.room()} + 4 * Divider::kBoundary;
+    const uint64_t keyRoom = shape.keys.room();
+    const uint64_t keyed = stored + keyRoom + uint64_t{2} * sizeof(Entry);
+    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) + stored + 2 * keyRoom +
+                                uint64_t{4} * Divider::kBoundary;
     const uint64_t least = std::max(kLeastMemory, kLeastRecords * (keyed + Divider::kBoundary)) +
-                           shape.keys.longest + request.outputs.size() * sizeof(File) +
+                           shape.keys.longest + uint64_t{request.outputs.size()} * sizeof(File) +
                            (request.merges ? mergedFile * request.inputs.size() : 0);
     sort.memory = mapWithin(memoryBound(request.options), least);
     if (sort.memory.start == nullptr) {
