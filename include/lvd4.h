@@ -28,6 +28,7 @@
 #include "segments.h"
 #include "signal_row.h"
 #include "sort.h"
+#include "sort_engine.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 

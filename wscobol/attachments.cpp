@@ -4,6 +4,7 @@
 
 #include "dynamic/program_cache.h"
 #include "dynamic/run_unit_tables.h"
+#include "sort/sort_events.h"
 
 namespace zor {
 namespace {
@@ -14,6 +15,11 @@ constexpr Attachment kRows[] = {
      .endRunUnit = forgetNames,
      .endThread = nullptr,
      .endRunTime = endProgramCache},
+    {.subsystem = "sort",
+     .setUpFiles = nullptr,
+     .endRunUnit = endSortOfRunUnit,
+     .endThread = endSortOfThread,
+     .endRunTime = endSortOfRunTime},
 };
 
 } // namespace

@@ -52,6 +52,11 @@ VARIABLES = {
                              "undecided"),
         "CPM_CACHE": ("set, even empty: a host's start looks at the other two as well", "not set"),
     },
+    "Sort": {
+        "TMPDIR": ("a folder that can be written to: that of work files, see "
+                   "[sorting.md](sorting.md). Read at the first SORT or MERGE",
+                   "the current folder"),
+    },
     "Containers": {
         "__COBOL_KOTS_CONTAINER": ("not empty: the transaction monitor. No lock is taken, storage "
                                    "is freed with its run unit", "not set"),

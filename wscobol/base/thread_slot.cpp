@@ -18,7 +18,12 @@ constexpr std::size_t kScratchStep = 16;
 struct ThreadRecord {
     ThreadSlot slot;
     uint32_t descriptor[2];
+    void (*end)(ThreadSlot &slot);
 };
+
+ThreadRecord &recordOf(ThreadSlot &slot) {
+    return reinterpret_cast<ThreadRecord &>(slot);
+}
 
 // One key for the life of the library: the slots of other threads outlive the run-time.
 pthread_once_t keyOnce = PTHREAD_ONCE_INIT;
@@ -26,6 +31,9 @@ int32_t keyOfProcess = kNoKey;
 
 void freeSlot(void *value) {
     auto *slot = static_cast<ThreadSlot *>(value);
+    if (auto *end = recordOf(*slot).end; end != nullptr) {
+        end(*slot);
+    }
     release(slot->scratch);
     release(slot);
 }
@@ -77,7 +85,7 @@ ThreadSlot *threadSlot() {
 
 void *threadDescriptor() {
     ThreadSlot *slot = threadSlot();
-    return slot == nullptr ? nullptr : reinterpret_cast<ThreadRecord *>(slot)->descriptor;
+    return slot == nullptr ? nullptr : recordOf(*slot).descriptor;
 }
 
 void *threadScratch(std::size_t bytes) {
@@ -96,6 +104,10 @@ void *threadScratch(std::size_t bytes) {
         slot->scratchsize = static_cast<uint32_t>(rounded);
     }
     return slot->scratch;
+}
+
+void atEndOfSlot(ThreadSlot &slot, void (*end)(ThreadSlot &slot)) {
+    recordOf(slot).end = end;
 }
 
 void releaseThreadSlot() {

@@ -30,6 +30,9 @@ void *threadDescriptor();
 // exhausted (message 907 was issued).
 void *threadScratch(std::size_t bytes);
 
+// What is to be done when the slot goes, with the thread or the run-time.
+void atEndOfSlot(ThreadSlot &slot, void (*end)(ThreadSlot &slot));
+
 // Frees the calling thread's slot.
 void releaseThreadSlot();
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <span>
 
-#include "engine/entries.h"
 #include "engine/keys.h"
 #include "engine/memory.h"
 

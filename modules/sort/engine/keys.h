@@ -8,6 +8,7 @@
 #include <span>
 
 #include "engine/records.h"
+#include "sort/entries.h"
 #include "sort/normal_keys.h"
 
 namespace zor::engine {
@@ -20,10 +21,6 @@ struct Key {
     Filling filling;
 };
 
-// Bytes of a key that stand beside the record's address as a number, its prefix; the rest is a
-// multiple of as many bytes.
-constexpr uint32_t kPrefix = sizeof(uint64_t);
-
 struct KeySet {
     std::span<Key> keys;
     uint32_t size = 0;          // bytes of all normal forms
@@ -34,12 +31,6 @@ struct KeySet {
     uint32_t restSize() const { return size <= kPrefix ? 0 : (size - 1) / kPrefix * kPrefix; }
     uint32_t room() const { return kPrefix + restSize(); }
 };
-
-inline uint64_t prefixAt(const uint8_t *key) {
-    uint64_t prefix;
-    memcpy(&prefix, key, sizeof prefix);
-    return __builtin_bswap64(prefix);
-}
 
 // Writes the string of a record that may be shorter than its keys.
 void writeShortKeys(const KeySet &set, Record record, uint8_t *target);

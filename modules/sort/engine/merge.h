@@ -5,7 +5,6 @@
 
 #include <span>
 
-#include "engine/entries.h"
 #include "engine/files.h"
 #include "engine/keys.h"
 #include "engine/work_files.h"

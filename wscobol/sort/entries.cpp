@@ -3,16 +3,14 @@
 // distributed again by what comes behind. Many entries go by one byte at a time, so that the groups
 // fit into the processor's caches from then on. Where prefixes are alike altogether, the next bytes
 // of the keys take their place for a while.
-#include "engine/entries.h"
+#include "sort/entries.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <utility>
 
-#include "engine/keys.h"
-
-namespace zor::engine {
+namespace zor {
 namespace {
 
 constexpr uint32_t kFew = 20;
@@ -155,4 +153,4 @@ void orderEntries(Entry *entries, uint32_t count, uint32_t rest, Entry *spare) {
     Ordering(rest, spare).order(entries, count, 0);
 }
 
-} // namespace zor::engine
+} // namespace zor
