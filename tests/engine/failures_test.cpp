@@ -167,6 +167,12 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
     expectFailure(call, SORT_ERROR_INPUT_LONG, 12, "input");
     call.record.length = 12;
     expectFailure(call, SORT_ERROR_OUTPUT_LONG, 12, "output");
+    // A file's record that its description has no room for is not cut.
+    longer.readStatus = 4;
+    call.outputs = {&longer};
+    expectFailure(call, SORT_ERROR_INPUT_READ, 4, "cut");
+    longer.records.pop_back();
+    expectGood(call);
     Call full{.record = kVariable,
               .outRecord = kFixed10,
               .keytext = "at0+1",
