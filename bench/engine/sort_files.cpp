@@ -200,7 +200,8 @@ void compare(SortMerge engine, const char *name, Way way, const std::string &fol
 
 } // namespace
 
-int main() {
+// An argument selects cases by a part of their names.
+int main(int argc, char **argv) {
     void *module = dlopen(SORT_ENGINE, RTLD_NOW);
     const auto engine = module != nullptr
                             ? reinterpret_cast<SortMerge>(dlvsym(module, "sortmerge", "LVD4_6.1.0"))
@@ -238,6 +239,9 @@ int main() {
         {"work file to work file, a tenth, two", Way::workFiles, tenth, false},
     };
     for (const auto &each : cases) {
+        if (argc > 1 && strstr(each.name, argv[1]) == nullptr) {
+            continue;
+        }
         compare(engine, each.name, each.way, folder, each.megabytes, each.oneCore, passes);
     }
     runCommand("rm -r " + folder);

@@ -34,12 +34,13 @@ Failure Output::open(const Request &request, const RecordForm &form, File *files
         return {};
     }
     area_ = conversion;
+    path_ = request.outputWork; // whoever breaks the opening off finds what there is to remove
     descriptor_ =
         retryOpen(request.outputWork, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
     if (descriptor_ < 0) {
+        path_ = nullptr;
         return systemFailure(SORT_ERROR_OUTPUT_OPEN);
     }
-    path_ = request.outputWork;
     return {};
 }
 
@@ -67,7 +68,7 @@ Failure Output::takeInOtherForm(const Block &block) {
     for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
         const Record record = form_.recordAt(block.start + at);
         if (record.length > outForm_.length) {
-            return {SORT_ERROR_OUTPUT_LONG, static_cast<int32_t>(record.length)};
+            return longFailure(SORT_ERROR_OUTPUT_LONG, record.length);
         }
         const std::size_t size = outForm_.storedSize(record.length);
         if (size > area_.size - used_) {
