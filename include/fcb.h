@@ -24,7 +24,8 @@ enum {
     FCB_CLOSE_NO_USE = 0x0001,    /* no USE procedure runs for this close */
     FCB_CLOSE_NEXT_FILE = 0x0400, /* internal step to the next concatenated file */
     FCB_CLOSE_REEL = 0x0800,      /* with 0x2000 and 0x4000: REEL, UNIT and NO REWIND forms */
-    FCB_CLOSE_LOCK = 0x1000
+    FCB_CLOSE_LOCK = 0x1000,
+    FCB_CLOSE_FORMS = 0x6800 /* any of those forms */
 };
 
 /* Bits of FCB.flags. */
@@ -109,10 +110,27 @@ enum {
     FILE_STATUS_EBCDIC = 0x80
 };
 
+/* Bits of FileDescription.linageflags. */
+enum { FILE_LINAGE = 0x80, FILE_FOOTING = 0x40, FILE_TOP = 0x20, FILE_BOTTOM = 0x10 };
+
+/* A name record: the RELATIVE KEY has one; LINAGE four, for itself, FOOTING, TOP and BOTTOM. */
+enum { FILE_NAME_RECORD_BYTES = 36 };
+
 /* Bits of FileKey.attribute. */
 enum { FILE_KEY_DUPLICATES = 0x01 };
 
 struct FCB;
+
+/* A USE procedure. It is called with 0, 0 and the word; a GO TO may leave it. */
+struct UseProcedure {
+    void (*routine)(int32_t zero, int32_t zeroToo, void *word);
+    void *word;
+};
+ZOR_LAYOUT(UseProcedure, word, 4);
+ZOR_SIZE(UseProcedure, 8);
+
+/* Elements of FCB.usetable: the modes that a procedure is for, and the file alone. */
+enum { USE_INPUT, USE_OUTPUT, USE_IO, USE_EXTEND, USE_FILE, USE_ELEMENTS };
 
 /* An operation of a file: generated code calls it through the FCB. */
 typedef void (*FileOperation)(struct FCB *fcb, struct IPCB *ipcb);
@@ -173,7 +191,7 @@ struct FCB {
     FileOperation close;
     FileOperation open;
     FileUse use;
-    void *usetable; /* USE procedures of this file */
+    struct UseProcedure **usetable; /* USE_ELEMENTS addresses, each may be 0; 0: no procedure */
     uint8_t reserved180[4];
     void *concat;    /* list of concatenated files, or 0 */
     int32_t status2; /* extended status value */
@@ -311,5 +329,6 @@ ZOR_LAYOUT(FileDescription, status2base, 132);
 typedef struct FCB FCB;
 typedef struct FileDescription FileDescription;
 typedef struct FileKey FileKey;
+typedef struct UseProcedure UseProcedure;
 
 #endif

@@ -84,14 +84,34 @@ bool namesTheFile(const FCB &file) {
     return file.status == 33 || file.status == 35 || file.status == 96;
 }
 
+bool nameOneFile(const FileDescription &left, const FileDescription &right) {
+    return strncmp(left.filename, right.filename, sizeof left.filename) == 0;
+}
+
+// The program's own description of an EXTERNAL file, by the block's index. That may be another
+// program's index of the file: then the place of the block among the program's files decides.
+const FileDescription *ownDescription(const FCB &file, const IPCB &ipcb) {
+    FileDescription *const *descriptions = ipcb.pcb->fcbsrc;
+    const int32_t indexed = file.descindex - 1;
+    int32_t place = 0;
+    while (place < ipcb.nfcbs && ipcb.fcbs[place] != &file) {
+        ++place;
+    }
+    if (place >= ipcb.nfcbs) {
+        return descriptions[indexed];
+    }
+    const bool indexIsOwn = indexed >= 0 && indexed < ipcb.nfcbs &&
+                            descriptions[indexed] != nullptr &&
+                            nameOneFile(*descriptions[indexed], *descriptions[place]);
+    return descriptions[indexIsOwn ? indexed : place];
+}
+
 } // namespace
 
 const FileDescription &descriptionOf(const FCB &file, const IPCB *ipcb) {
-    const FileDescription *description = file.desc;
-    if (has(file.flags, FCB_SHARED_EXTERNAL) && file.descindex > 0 && ipcb != nullptr &&
-        ipcb->pcb != nullptr) {
-        description = ipcb->pcb->fcbsrc[file.descindex - 1];
-    }
+    const bool shared = has(file.flags, FCB_SHARED_EXTERNAL) && ipcb != nullptr &&
+                        ipcb->pcb != nullptr && file.descindex > 0;
+    const FileDescription *description = shared ? ownDescription(file, *ipcb) : file.desc;
     return description != nullptr ? *description : kNoDescription;
 }
 
