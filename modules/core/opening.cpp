@@ -1,11 +1,11 @@
 // OUTPUT empties a file only after the claim to it has been granted.
 #include "core/opening.h"
 
-#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "base/system_calls.h"
 #include "core/file_claims.h"
 
@@ -16,7 +16,7 @@ constexpr mode_t kPermissions = 0666;
 constexpr int kFlags = O_CLOEXEC | O_NOCTTY;
 
 Sync syncSetting() {
-    const char *value = getenv("VFS_SYNC");
+    const char *value = settingOf("VFS_SYNC");
     if (value == nullptr) {
         return Sync::Buffered;
     }

@@ -6,12 +6,11 @@
 
 namespace zor::modules {
 
-// Those that an open file has whatever its mode, and those that it has while the mode allows them.
+// OPEN and CLOSE; a good OPEN installs the verbs that its mode allows.
 void installOpenAndClose(FCB &fcb);
-void installVerbs(FCB &fcb, uint16_t mode);
 
-// Ends the verb of a READ at the end of a member: true when a next member was opened, or could not
-// be, which the block's status tells; false when there is none and the file is as it was.
+// At the end of one of several concatenated files: closes it and opens the next. True when there
+// was one, and FCB.status tells how its OPEN ended; false leaves the file as it is.
 bool stepToNextMember(FCB &fcb, IPCB *ipcb);
 
 } // namespace zor::modules
