@@ -33,16 +33,16 @@ ZOR_BEGIN_C
  * of concatenated files in FCB.concat is gone on with: FCB.name is its next member then. */
 ZOR_EXPORT void _zorGenericOpen(FCB *fcb, struct IPCB *ipcb);
 
-/* The last step of every CLOSE, by FCB.closemode: gives the vectors their functions of a closed file
- * back, frees FCB.modhandle1 and modhandle2 (from malloc or _Tvq_mem_alloc) and stores the status.
- * A status above 9 runs the USE procedure with the use code. */
+/* The last step of every CLOSE, by FCB.closemode: gives the vectors their functions of a closed
+ * file back, frees FCB.modhandle1 and modhandle2 (from malloc or _Tvq_mem_alloc) and stores the
+ * status. A status above 9 runs the USE procedure with the use code. */
 ZOR_EXPORT void _zorGenericClose(FCB *fcb, struct IPCB *ipcb, int32_t usecode);
 
 /* The verbs of a file whose state does not allow them. */
-ZOR_EXPORT void _zorOpenError(FCB *fcb, struct IPCB *ipcb);    /* 41 open, 38 closed WITH LOCK, 30 */
-ZOR_EXPORT void _zorCloseError(FCB *fcb, struct IPCB *ipcb);   /* 42; 0 an absent OPTIONAL file; 30 */
-ZOR_EXPORT void _zorReadError(FCB *fcb, struct IPCB *ipcb);    /* 47; 10, 23, 46 absent; 30 */
-ZOR_EXPORT void _zorWriteError(FCB *fcb, struct IPCB *ipcb);   /* 48; 92 sequential I-O; 30 */
+ZOR_EXPORT void _zorOpenError(FCB *fcb, struct IPCB *ipcb);  /* 41 open, 38 closed WITH LOCK, 30 */
+ZOR_EXPORT void _zorCloseError(FCB *fcb, struct IPCB *ipcb); /* 42; 0 an absent OPTIONAL file; 30 */
+ZOR_EXPORT void _zorReadError(FCB *fcb, struct IPCB *ipcb);  /* 47; 10, 23, 46 absent; 30 */
+ZOR_EXPORT void _zorWriteError(FCB *fcb, struct IPCB *ipcb); /* 48; 92 sequential I-O; 30 */
 ZOR_EXPORT void _zorRewriteError(FCB *fcb, struct IPCB *ipcb); /* 49; 30 */
 ZOR_EXPORT void _zorStartError(FCB *fcb, struct IPCB *ipcb);   /* 47; 23 absent; 30 */
 ZOR_EXPORT void _zorDeleteError(FCB *fcb, struct IPCB *ipcb);  /* 49; 30 */

@@ -4,6 +4,8 @@
 
 #include "dynamic/program_cache.h"
 #include "dynamic/run_unit_tables.h"
+#include "file/block_setup.h"
+#include "file/module_table.h"
 
 namespace zor {
 namespace {
@@ -14,6 +16,11 @@ constexpr Attachment kRows[] = {
      .endRunUnit = forgetNames,
      .endThread = nullptr,
      .endRunTime = endProgramCache},
+    {.subsystem = "files",
+     .setUpFiles = setUpFiles,
+     .endRunUnit = nullptr,
+     .endThread = nullptr,
+     .endRunTime = closeModules},
 };
 
 } // namespace

@@ -14,8 +14,10 @@ void resetProgram(IPCB &ipcb, uint32_t statusBits) {
     }
 }
 
+// A block that programs share may have its description from one that is no longer loaded.
 bool isExternal(const FCB &file) {
-    return file.desc != nullptr && has(file.desc->assign, FILE_EXTERNAL);
+    return has(file.flags, FCB_SHARED_EXTERNAL) ||
+           (file.desc != nullptr && has(file.desc->assign, FILE_EXTERNAL));
 }
 
 } // namespace

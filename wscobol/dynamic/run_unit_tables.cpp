@@ -34,9 +34,14 @@ void unlinkPrograms(const HashTable *list) {
     }
 }
 
-void forgetExternals(const Runcom &unit) {
-    const EndingLock lock(ExternalLock);
+// Files come in when a program is linked, which happens under the lock of the program list.
+void forgetFiles(const Runcom &unit) {
+    const EndingLock lock(PlleLock);
     printAndEmpty("External Files\n", unit.extfiles);
+}
+
+void forgetVariables(const Runcom &unit) {
+    const EndingLock lock(ExternalLock);
     printAndEmpty("External Variables\n", unit.extvars);
 }
 
@@ -55,7 +60,8 @@ void forgetPrograms(const Proccom &process, const Runcom &unit) {
 } // namespace
 
 void forgetNames(const Proccom &process, Runcom &unit) {
-    forgetExternals(unit);
+    forgetFiles(unit);
+    forgetVariables(unit);
     forgetPrograms(process, unit);
 }
 

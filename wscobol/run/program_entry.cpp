@@ -1,6 +1,5 @@
 // Entry and exit of program activations.
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -8,6 +7,7 @@
 #include "base/clock.h"
 #include "base/locks.h"
 #include "base/message_list.h"
+#include "base/terminated_name.h"
 #include "dynamic/program_list.h"
 #include "run/attachments.h"
 #include "run/debug_lines.h"
@@ -30,20 +30,6 @@ constexpr int32_t kWindowYears = 100;
 bool levelAtLeast(const PCB &pcb, const Level &level) {
     return memcmp(pcb.level, level, sizeof level) >= 0;
 }
-
-// A program name as a terminated text, for messages.
-class TerminatedName {
-public:
-    explicit TerminatedName(const PCB &pcb) {
-        const std::size_t length = std::min<std::size_t>(pcb.namelen, sizeof text_ - 1);
-        memcpy(text_, pcb.name, length);
-        text_[length] = '\0';
-    }
-    operator const char *() const { return text_; }
-
-private:
-    char text_[256];
-};
 
 void becomeMain(Runcom &unit, PCB &pcb) {
     set(pcb.flags, PCB_IS_MAIN);
