@@ -1,6 +1,8 @@
-# Installs the tree as programs and compilers find it: library, catalogues, headers, and how to link.
+# Installs the tree as programs and compilers find it: library, catalogues, headers, how to link, and the
+# commands for operators.
 include(CMakePackageConfigHelpers)
 install(TARGETS lvd4 EXPORT lvd4 LIBRARY DESTINATION lib)
+install(TARGETS gdgmgr RUNTIME DESTINATION bin)
 # The library looks for its catalogue in usr/share/locale beside the usr that holds its lib, or beside
 # a lib that is in no usr.
 install(CODE "set(ZOR_LOCALES \"${ZOR_TREE}/share/locale\")")
