@@ -106,8 +106,7 @@ void Differences::note(bool differs, const char *attribute) {
 }
 
 void Differences::compareFixedPart(const FileDescription &first, const FileDescription &second) {
-    note(first.fsid != second.fsid ||
-             memcmp(first.fscode, second.fscode, sizeof first.fscode) != 0,
+    note(first.fsid != second.fsid || memcmp(first.fscode, second.fscode, sizeof first.fscode) != 0,
          "FILE SYSTEM");
     note(first.organization != second.organization, "ORGANIZATION");
     note(first.access != second.access, "ACCESS MODE");

@@ -59,9 +59,8 @@ HashTable *provideTable(Runcom &unit) {
 FileDescription *copyOf(const FileDescription &description) {
     const std::size_t bytes = bytesOf(description);
     void *copy = allocate(bytes);
-    return copy == nullptr
-               ? nullptr
-               : static_cast<FileDescription *>(memcpy(copy, &description, bytes));
+    return copy == nullptr ? nullptr
+                           : static_cast<FileDescription *>(memcpy(copy, &description, bytes));
 }
 
 // Null when storage is exhausted.
@@ -130,10 +129,9 @@ FCB *provideExternalFile(FileDescription &description, const PCB &pcb) {
     const auto nameBytes =
         static_cast<uint32_t>(strnlen(description.filename, sizeof description.filename));
     HashTable *table = provideTable(*unit);
-    const HashElement *element =
-        table == nullptr
-            ? nullptr
-            : hashTableLookup(table, description.filename, nameBytes, Touch::none, false);
+    const HashElement *element = table == nullptr ? nullptr
+                                                  : hashTableLookup(table, description.filename,
+                                                                    nameBytes, Touch::none, false);
     ExternalFile *file = element != nullptr ? fileOf(element)
                          : table != nullptr ? makeEntry(*table, description, nameBytes)
                                             : nullptr;

@@ -58,7 +58,7 @@ uint8_t withoutContents(std::string_view name, Forcing &forcing) {
 
 // Reading from a pipe or a device would take data from the program.
 bool hasReadableHead(const char *name) {
-    struct stat state{};
+    struct stat state {};
     return stat(name, &state) != 0 || S_ISREG(state.st_mode) || S_ISDIR(state.st_mode);
 }
 

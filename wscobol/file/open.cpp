@@ -32,7 +32,8 @@ bool isConcatenated(const FCB &file) {
 // Whatever is wrong with a concatenation shows as one status, but for a program that must not have
 // one at all.
 bool nameFile(FCB &file, const FileDescription &description) {
-    const bool named = file.concat != nullptr ? nameMember(file) : nameAssignment(file, description);
+    const bool named =
+        file.concat != nullptr ? nameMember(file) : nameAssignment(file, description);
     if (named && lookAtFile(file) && completeServerName(file)) {
         return true;
     }
@@ -138,8 +139,8 @@ void finish(FCB &file, IPCB *ipcb, const FileDescription &description, Outcome o
         closeVectors(file);
         dropList(file); // the name stays for whoever asks what could not be opened
         file.verb = FCB_VERB_OPEN;
-        _zorCallUseProc(&file,
-                        outcome == Outcome::refused ? FILE_USE_REFUSED : FILE_USE_NO_TEXT, ipcb);
+        _zorCallUseProc(&file, outcome == Outcome::refused ? FILE_USE_REFUSED : FILE_USE_NO_TEXT,
+                        ipcb);
     }
     file.lastverb = FCB_VERB_OPEN;
 }

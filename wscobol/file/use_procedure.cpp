@@ -107,7 +107,8 @@ void endTheRun(const FCB &file, const FileDescription &description, int32_t usec
         message::fileStatusText.issue(static_cast<uint32_t>(usecode) & kCodeBits, text, kTextBytes);
     }
     message::fileError(nameOfVerb(file.verb),
-                       TerminatedName(description.filename, strnlen(description.filename, sizeof description.filename)),
+                       TerminatedName(description.filename,
+                                      strnlen(description.filename, sizeof description.filename)),
                        file.status, text);
 }
 

@@ -192,7 +192,7 @@ bool gdgRebuild(const char *name, const char *code) {
     GdgContext *context = threadContext();
     if (context != nullptr &&
         resolve(*context, name, Mode::quiet, fileSystemOf(code)) == Outcome::notFound &&
-        context->fd == kNoDescriptor && !gdgCreate(context->basename, {-1, -1, -1, -1}, code)) {
+        context->fd == kNoDescriptor && !gdgCreate(name, {-1, -1, -1, -1}, code)) {
         return false;
     }
     if (context != nullptr) {

@@ -3,6 +3,7 @@
 #include "file/groups/resolve.h"
 
 #include <cerrno>
+#include <cstring>
 #include <sys/stat.h>
 
 #include "base/bits.h"
@@ -148,11 +149,14 @@ FileSystem systemOfFile(const GdgContext &context, const char *name) {
 }
 
 Outcome resolve(GdgContext &context, const char *name, Mode mode, FileSystem given) {
-    forget(context);
+    Name base; // first, since the name may be one that the context holds
     Reference reference{};
-    if (!parseReference(name, context.basename, reference)) {
+    const bool parsed = parseReference(name, base, reference);
+    forget(context);
+    if (!parsed) {
         return Outcome::failed;
     }
+    memcpy(context.basename, base, strlen(base) + 1);
     context.filesystem = fileSystemFor(context.basename, given);
     if (!cataloguePath(context.cataloguepath, context.basename, context.filesystem)) {
         return Outcome::failed;

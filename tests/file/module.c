@@ -1,0 +1,88 @@
+/* A file system that does what the name of a file says: "=35" in it is the status of its OPEN, then
+ * the extended status is 2; "absent" makes it an OPTIONAL file that is not there; "odd" lets its
+ * CLOSE fail. Each file has one record. */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "concat.h"
+#include "file.h"
+
+#ifdef NO_INIT
+#define _IO_Init someFunction
+#endif
+#ifndef REFUSAL
+#define REFUSAL (-1)
+#endif
+
+ZOR_EXPORT void _IO_Init(FCB *file, struct IPCB *ipcb);
+ZOR_EXPORT void **vfs(void);
+
+static void trace(const char *event, const FCB *file) {
+    if (getenv("TRACE") != NULL) {
+        printf("%s(%s) ", event, file->name);
+        fflush(stdout);
+    }
+}
+
+static void openFile(FCB *file, struct IPCB *ipcb) {
+    (void)ipcb;
+    trace("open", file);
+    const char *wanted = strchr(file->name, '=');
+    file->status = (int16_t)(wanted != NULL ? atoi(wanted + 1) : 0);
+    if (strstr(file->name, "absent") != NULL) {
+        file->status = 5;
+        file->flags |= FCB_ABSENT_OPTIONAL;
+    }
+    file->status2 = file->status != 0 ? 2 : 0;
+    file->modhandle1 = malloc(8);
+    file->modhandle2 = malloc(8);
+}
+
+static void closeFile(FCB *file, struct IPCB *ipcb) {
+    trace("close", file);
+    file->status = strstr(file->name, "odd") != NULL ? 30 : 0;
+    file->status2 = file->status != 0 ? 5 : 0;
+    _zorGenericClose(file, ipcb, 4);
+}
+
+static void readFile(FCB *file, struct IPCB *ipcb) {
+    const uint16_t mode = file->curmode;
+    trace("read", file);
+    file->status = 0;
+    const char *next = file->concat != NULL ? _zor_Concat_Next(file->concat) : NULL;
+    if (next == NULL) {
+        file->status = 10;
+    } else {
+        file->closemode = FCB_CLOSE_NEXT_FILE;
+        file->close(file, ipcb);
+        file->name = (char *)next;
+        file->openmode = mode;
+        file->open(file, ipcb);
+    }
+}
+
+static const char *errorText(void *handle, int32_t status2, int32_t zero, int32_t one) {
+    static char text[80];
+    snprintf(text, sizeof text, "%s %d %d %d", handle != NULL ? "handle" : "none", status2, zero,
+             one);
+    return text;
+}
+
+void **vfs(void) {
+    static void *table[VFS_ERROR_TEXT + 1];
+    table[VFS_ERROR_TEXT] = (void *)errorText;
+    return table;
+}
+
+/* A refusal of 0 installs nothing all the same. */
+void _IO_Init(FCB *file, struct IPCB *ipcb) {
+    (void)ipcb;
+    if (REFUSAL >= 0) {
+        file->status = REFUSAL;
+        return;
+    }
+    file->open = openFile;
+    file->close = closeFile;
+    file->read = readFile;
+}
