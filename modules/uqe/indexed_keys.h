@@ -18,7 +18,12 @@ struct KeyValue {
     uint8_t bytes[kLongestKey + 1];
     std::size_t length = 0;
 
-    KeyValue() = default;
+    KeyValue() {} // the bytes stay as they are
+    KeyValue(const KeyValue &other) { set(other.value()); }
+    KeyValue &operator=(const KeyValue &other) {
+        set(other.value());
+        return *this;
+    }
     KeyValue(const FileKey &key, std::span<const uint8_t> record);
 
     void set(std::span<const uint8_t> value);

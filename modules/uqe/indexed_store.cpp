@@ -287,7 +287,8 @@ Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t se
                             : statementOf(file, slot, kAlternate[which], keyref);
     file.walking = way == Way::From || way == Way::Behind ? Reading::Next : Reading::Previous;
     file.indexed->walkedKey = keyref;
-    bind(file.walk, 1, key.value());
+    file.indexed->walkedFrom.set(key.value());
+    bind(file.walk, 1, file.indexed->walkedFrom.value());
     if (keyref != 0) {
         sqlite3_bind_int64(file.walk, 2, sequence);
     }

@@ -21,7 +21,8 @@ struct IndexedState {
     KeyValue current;     // prime key of the last good READ
     KeyValue lastWritten; // prime key of the last WRITE in sequential access,
     bool hasLastWritten;  // once it is known
-    int walkedKey;        // key of reference of UqeFile::walk
+    int walkedKey;        // key of reference of UqeFile::walk,
+    KeyValue walkedFrom;  // and the value where it began, which it looks at all the time
     uint8_t *record;      // room for one record
     int64_t *sequences;   // and for the sequence numbers of its alternate keys
 };
