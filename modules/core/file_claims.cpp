@@ -100,6 +100,15 @@ bool take(int descriptor, const Claim &claim) {
     return false;
 }
 
+bool isAlone(int descriptor) {
+    for (int byte = 0; byte < kClaimBytes; byte++) {
+        if (othersHold(descriptor, kClaimRegion + byte)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The lock is asked for again and again rather than waited for: its holder may be a file of this
 // very program whose verb a signal broke off, and the end of the run closes one after the other.
 VerbLock::VerbLock(int descriptor, bool shared, bool writable)

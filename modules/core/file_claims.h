@@ -26,6 +26,9 @@ Claim claimOf(const FileDescription &description, uint16_t mode);
 // lets everything pass.
 bool take(int descriptor, const Claim &claim);
 
+// Whether no other open has a claim to the file.
+bool isAlone(int descriptor);
+
 // Bytes of the region, for locks of another kind.
 inline constexpr int64_t kClaimRegion = 0x7000000000000000;
 inline constexpr int64_t kVerbByte = kClaimRegion + 16;

@@ -214,10 +214,11 @@ Outcome connect(UqeFile &file, const char *path, int flags) {
     sqlite3_db_config(file.connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(file.connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     Outcome outcome = execute(file, "PRAGMA cache_size = -32768; PRAGMA temp_store = MEMORY;");
+    if (outcome.good() && !file.shared) {
+        outcome = execute(file, "PRAGMA locking_mode = EXCLUSIVE;");
+    }
     if (outcome.good()) {
-        outcome = execute(file, file.shared ? "PRAGMA journal_mode = DELETE;"
-                                            : "PRAGMA locking_mode = EXCLUSIVE;"
-                                              "PRAGMA journal_mode = TRUNCATE;");
+        outcome = execute(file, "PRAGMA journal_mode = TRUNCATE;");
     }
     if (outcome.good()) {
         outcome = execute(file, file.sync == Sync::Disk ? "PRAGMA synchronous = FULL;"
@@ -332,7 +333,8 @@ Outcome closeDatabase(UqeFile &file) {
             unlink(SidePath(file, "-redo").text);
         }
     }
-    if (file.path != nullptr && file.updates() && !file.shared) {
+    // The empty journal stays for others that have it open.
+    if (file.path != nullptr && file.writable && isAlone(file.descriptor)) {
         const SidePath journal(file, "-journal");
         struct stat facts {};
         if (stat(journal.text, &facts) == 0 && facts.st_size == 0) {
