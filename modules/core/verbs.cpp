@@ -3,7 +3,8 @@
 // allocates or formats when all goes well.
 #include "core/verbs.h"
 
-#include "concat.h"
+#include <cstring>
+
 #include "core/file_claims.h"
 #include "core/opening.h"
 #include "file.h"
@@ -22,8 +23,23 @@ void setStatus(FCB &fcb, Outcome outcome) {
     fcb.status2 = outcome.code;
 }
 
+// What a good verb of most programs stores: two digits.
+bool storesDigitsAlone(const FCB &fcb) {
+    const FileDescription &description = *fcb.desc;
+    return !has(fcb.flags, FCB_SHARED_EXTERNAL) && description.status2len <= 0 &&
+           !has(description.statusflags, FILE_STATUS_NATIONAL | FILE_STATUS_EBCDIC);
+}
+
 void report(FCB &fcb, IPCB *ipcb, uint8_t verb, Outcome outcome) {
     setStatus(fcb, outcome);
+    if (outcome.status == 0 && storesDigitsAlone(fcb)) {
+        uint8_t *item = statusItemOf(*fcb.desc);
+        if (item != nullptr) {
+            memset(item, '0', 2);
+        }
+        fcb.lastverb = verb;
+        return;
+    }
     const FileDescription &description = descriptionOf(fcb, ipcb);
     storeStatusDigits(fcb, description);
     buildExtendedStatus(fcb, description);

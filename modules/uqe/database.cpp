@@ -215,7 +215,7 @@ Outcome connect(UqeFile &file, const char *path, int flags) {
     sqlite3_db_config(file.connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     Outcome outcome = execute(file, "PRAGMA cache_size = -32768; PRAGMA temp_store = MEMORY;");
     if (outcome.good() && !file.shared) {
-        outcome = execute(file, "PRAGMA locking_mode = EXCLUSIVE;");
+        outcome = execute(file, "PRAGMA locking_mode = EXCLUSIVE; PRAGMA mmap_size = 268435456;");
     }
     if (outcome.good()) {
         outcome = execute(file, "PRAGMA journal_mode = TRUNCATE;");

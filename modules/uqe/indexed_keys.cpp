@@ -22,7 +22,8 @@ std::span<const FileKey> keysOf(const FileDescription &description) {
     return sound ? keys : std::span<const FileKey>{};
 }
 
-KeyValue::KeyValue(const FileKey &key, std::span<const uint8_t> record) : length(key.length) {
+void KeyValue::set(const FileKey &key, std::span<const uint8_t> record) {
+    length = key.length;
     const std::size_t start = std::min<std::size_t>(static_cast<std::size_t>(key.position), record.size());
     const std::size_t there = std::min(length, record.size() - start);
     memcpy(bytes, record.data() + start, there);

@@ -24,9 +24,10 @@ struct KeyValue {
         set(other.value());
         return *this;
     }
-    KeyValue(const FileKey &key, std::span<const uint8_t> record);
+    KeyValue(const FileKey &key, std::span<const uint8_t> record) { set(key, record); }
 
     void set(std::span<const uint8_t> value);
+    void set(const FileKey &key, std::span<const uint8_t> record);
     std::span<const uint8_t> value() const { return {bytes, length}; }
     bool operator==(const KeyValue &other) const;
     bool beginsWith(const KeyValue &prefix) const;

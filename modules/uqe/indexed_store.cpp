@@ -270,12 +270,12 @@ void closeIndexed(UqeFile &file) {
 
 Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t sequence) {
     static constexpr const char *kPrime[] = {
-        "SELECT k, 0, k, data FROM record WHERE k >= ?1 ORDER BY k",
-        "SELECT k, 0, k, data FROM record WHERE k > ?1 ORDER BY k",
-        "SELECT k, 0, k, data FROM record WHERE k <= ?1 ORDER BY k DESC",
-        "SELECT k, 0, k, data FROM record WHERE k < ?1 ORDER BY k DESC"};
+        "SELECT data FROM record WHERE k >= ?1 ORDER BY k",
+        "SELECT data FROM record WHERE k > ?1 ORDER BY k",
+        "SELECT data FROM record WHERE k <= ?1 ORDER BY k DESC",
+        "SELECT data FROM record WHERE k < ?1 ORDER BY k DESC"};
 #define ZOR_WALK(relation, order)                                                                  \
-    "SELECT a.k, a.seq, a.p, r.data FROM key%d a CROSS JOIN record r ON r.k = a.p "                \
+    "SELECT r.data, a.seq FROM key%d a CROSS JOIN record r ON r.k = a.p "                \
     "WHERE (a.k, a.seq) " relation " (?1, ?2) ORDER BY a.k" order ", a.seq" order
     static constexpr const char *kAlternate[] = {ZOR_WALK(">=", ""), ZOR_WALK(">", ""),
                                                  ZOR_WALK("<=", " DESC"), ZOR_WALK("<", " DESC")};
@@ -304,8 +304,8 @@ Outcome walkOn(UqeFile &file) {
 }
 
 Row rowOf(const UqeFile &file) {
-    return {columnOf(file.walk, 0), sqlite3_column_int64(file.walk, 1), columnOf(file.walk, 2),
-            columnOf(file.walk, 3)};
+    const bool prime = file.indexed->walkedKey == 0;
+    return {columnOf(file.walk, 0), prime ? 0 : sqlite3_column_int64(file.walk, 1)};
 }
 
 bool hasEqual(UqeFile &file, int keyref, const KeyValue &key, int64_t sequence, bool behind) {

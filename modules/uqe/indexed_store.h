@@ -37,17 +37,15 @@ void closeIndexed(UqeFile &file);
 enum class Way { From, Behind, BackFrom, Before };
 
 struct Row {
-    std::span<const uint8_t> key;
-    int64_t sequence;
-    std::span<const uint8_t> prime;
     std::span<const uint8_t> record;
+    int64_t sequence; // 0 for the prime key
 };
 
 // Puts the walk at the first row that way; kEndOfFile when there is none.
 Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t sequence);
 // One step on in the walk at hand.
 Outcome walkOn(UqeFile &file);
-// The row where the walk is. Its spans last until the next step.
+// The row where the walk is. Its record lasts until the next step.
 Row rowOf(const UqeFile &file);
 
 // Whether another entry with that key comes behind the sequence number, or ahead of it.

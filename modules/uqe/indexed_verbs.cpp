@@ -23,12 +23,12 @@ KeyValue primeOf(const UqeFile &file, const FCB &fcb) {
 }
 
 bool locksKey(UqeFile &file, const KeyValue &prime) {
-    return file.locks.update(recordOfKey(prime.bytes, prime.length));
+    return !file.locks.inForce || file.locks.update(recordOfKey(prime.bytes, prime.length));
 }
 
 void setPosition(IndexedState &state, int keyref, const Row &row, bool ahead) {
     state.keyref = keyref;
-    state.key.set(row.key);
+    state.key.set(state.keys[static_cast<std::size_t>(keyref)], row.record);
     state.sequence = row.sequence;
     state.ahead = ahead;
 }
@@ -37,15 +37,18 @@ void setPosition(IndexedState &state, int keyref, const Row &row, bool ahead) {
 Outcome deliver(UqeFile &file, FCB &fcb, int keyref, Reading reading) {
     IndexedState &state = *file.indexed;
     const Row row = rowOf(file);
-    if (!file.locks.read(recordOfKey(row.prime.data(), row.prime.size()), fcb.verbopts)) {
-        return kRecordLocked;
+    if (file.locks.inForce) {
+        const KeyValue prime(state.keys[0], row.record);
+        if (!file.locks.read(recordOfKey(prime.bytes, prime.length), fcb.verbopts)) {
+            return kRecordLocked;
+        }
     }
     const Outcome outcome = giveRecord(file, row.record, fcb);
     if (!outcome.good()) {
         return outcome;
     }
     setPosition(state, keyref, row, false);
-    state.current.set(row.prime);
+    state.current.set(state.keys[0], row.record);
     const bool mayRepeat = row.sequence > 0;
     return mayRepeat && hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
                ? kDuplicatesNoted
@@ -60,9 +63,7 @@ Outcome findByKey(UqeFile &file, const FCB &fcb) {
     const KeyValue wanted(*key, areaOf(file, fcb));
     Outcome outcome = seek(file, fcb.keyref, Way::From, wanted, kAheadOfAll);
     if (outcome.good()) {
-        KeyValue found;
-        found.set(rowOf(file).key);
-        return found == wanted ? kDone : kNotFound;
+        return KeyValue(*key, rowOf(file).record) == wanted ? kDone : kNotFound;
     }
     return outcome.status == kEndOfFile.status ? kNotFound : outcome;
 }
@@ -85,7 +86,7 @@ Outcome findLastWritten(UqeFile &file) {
     highest.makeHighest();
     const Outcome outcome = seek(file, 0, Way::Before, highest, kAheadOfAll);
     if (outcome.good()) {
-        state.lastWritten.set(rowOf(file).prime);
+        state.lastWritten.set(state.keys[0], rowOf(file).record);
     }
     endWalk(file);
     state.hasLastWritten = true;
@@ -211,9 +212,7 @@ Outcome startIndexed(UqeFile &file, FCB &fcb) {
     Outcome outcome = seek(file, fcb.keyref, search.way, search.key, kAheadOfAll);
     if (outcome.good()) {
         const Row row = rowOf(file);
-        KeyValue found;
-        found.set(row.key);
-        if (search.equal && !found.beginsWith(value)) {
+        if (search.equal && !KeyValue(*key, row.record).beginsWith(value)) {
             outcome = kNotFound;
         } else {
             setPosition(*file.indexed, fcb.keyref, row, true);

@@ -25,7 +25,7 @@ sqlite3_file *own(sqlite3_file *file) {
 }
 
 const sqlite3_io_methods kMethods = {
-    .iVersion = 1,
+    .iVersion = 3, // of which shared storage, for write-ahead logs, is left out
     .xClose = [](sqlite3_file *f) { return own(f)->pMethods->xClose(own(f)); },
     .xRead = [](sqlite3_file *f, void *to, int bytes,
                 sqlite3_int64 at) { return own(f)->pMethods->xRead(own(f), to, bytes, at + kHeadBytes); },
@@ -54,8 +54,10 @@ const sqlite3_io_methods kMethods = {
     .xShmLock = nullptr,
     .xShmBarrier = nullptr,
     .xShmUnmap = nullptr,
-    .xFetch = nullptr,
-    .xUnfetch = nullptr,
+    .xFetch = [](sqlite3_file *f, sqlite3_int64 at, int bytes,
+                 void **page) { return own(f)->pMethods->xFetch(own(f), at + kHeadBytes, bytes, page); },
+    .xUnfetch = [](sqlite3_file *f, sqlite3_int64 at,
+                   void *page) { return own(f)->pMethods->xUnfetch(own(f), at + kHeadBytes, page); },
 };
 
 int openFile(sqlite3_vfs *, const char *name, sqlite3_file *file, int flags, int *given) {

@@ -145,10 +145,10 @@ TEST(Kill, Output) {
     for (const char *sync : {"0", "1"}) {
         setenv("VFS_SYNC", sync, 1);
         for (const char *system : {"lsq", "rsd", "uqe"}) {
-            const kit::TemporaryDirectory directory;
             const Shape shape = {.system = system, .maxrec = 700, .minrec = 4};
             Victim victim;
             for (int i = 0; i < rounds() / 5 && !HasFailure(); i++) {
+                const kit::TemporaryDirectory directory;
                 victim.deeds->count = 0;
                 victim.kill(static_cast<unsigned>(i), [&](std::mt19937 random) {
                     CobolFile file(shape, directory.file("data"));
