@@ -48,7 +48,9 @@ Outcome deliver(UqeFile &file, FCB &fcb, int keyref, Reading reading) {
         return outcome;
     }
     setPosition(state, keyref, row, false);
-    state.current.set(state.keys[0], row.record);
+    if (file.updates()) {
+        state.current.set(state.keys[0], row.record);
+    }
     const bool mayRepeat = row.sequence > 0;
     return mayRepeat && hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
                ? kDuplicatesNoted

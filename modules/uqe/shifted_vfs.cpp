@@ -2,6 +2,7 @@
 // databases comes. Journals are left as they are.
 #include "shifted_vfs.h"
 
+#include <cerrno>
 #include <sqlite3.h>
 
 #include "file_head.h"
@@ -29,9 +30,13 @@ const sqlite3_io_methods kMethods = {
     .xClose = [](sqlite3_file *f) { return own(f)->pMethods->xClose(own(f)); },
     .xRead = [](sqlite3_file *f, void *to, int bytes,
                 sqlite3_int64 at) { return own(f)->pMethods->xRead(own(f), to, bytes, at + kHeadBytes); },
-    .xWrite = [](sqlite3_file *f, const void *from, int bytes, sqlite3_int64 at) {
-        return own(f)->pMethods->xWrite(own(f), from, bytes, at + kHeadBytes);
-    },
+    .xWrite =
+        [](sqlite3_file *f, const void *from, int bytes, sqlite3_int64 at) {
+            const int result = own(f)->pMethods->xWrite(own(f), from, bytes, at + kHeadBytes);
+            // No more room for this user or this file is no room, too.
+            const bool full = errno == EDQUOT || errno == EFBIG;
+            return result == SQLITE_IOERR_WRITE && full ? SQLITE_FULL : result;
+        },
     .xTruncate = [](sqlite3_file *f,
                     sqlite3_int64 size) { return own(f)->pMethods->xTruncate(own(f), size + kHeadBytes); },
     .xSync = [](sqlite3_file *f, int flags) { return own(f)->pMethods->xSync(own(f), flags); },
