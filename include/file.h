@@ -28,30 +28,39 @@ typedef const char *(*VfsErrorText)(void *modhandle1, int32_t status2, int32_t z
 
 ZOR_BEGIN_C
 
-/* OPEN of a closed file, in FCB.openmode. On success the mode has moved to FCB.curmode and the
+/* Opens a closed file in FCB.openmode. On success the mode has moved to FCB.curmode and the
  * vectors are the module's; on failure the file is closed as before, with a status above 9. A list
  * of concatenated files in FCB.concat is gone on with: FCB.name is its next member then. */
 ZOR_EXPORT void _zorGenericOpen(FCB *fcb, struct IPCB *ipcb);
 
-/* The last step of every CLOSE, by FCB.closemode: gives the vectors their functions of a closed
- * file back, frees FCB.modhandle1 and modhandle2 (from malloc or _Tvq_mem_alloc) and stores the
- * status. A status above 9 runs the USE procedure with the use code. */
+/* Makes an open block a closed one, by FCB.closemode: the last step of every CLOSE. Gives the
+ * vectors their functions of a closed file back, frees FCB.modhandle1 and modhandle2 (from malloc
+ * or _Tvq_mem_alloc) and stores the status. A status above 9 runs the USE procedure with the use
+ * code. */
 ZOR_EXPORT void _zorGenericClose(FCB *fcb, struct IPCB *ipcb, int32_t usecode);
 
-/* The verbs of a file whose state does not allow them. */
-ZOR_EXPORT void _zorOpenError(FCB *fcb, struct IPCB *ipcb);  /* 41 open, 38 closed WITH LOCK, 30 */
-ZOR_EXPORT void _zorCloseError(FCB *fcb, struct IPCB *ipcb); /* 42; 0 an absent OPTIONAL file; 30 */
-ZOR_EXPORT void _zorReadError(FCB *fcb, struct IPCB *ipcb);  /* 47; 10, 23, 46 absent; 30 */
-ZOR_EXPORT void _zorWriteError(FCB *fcb, struct IPCB *ipcb); /* 48; 92 sequential I-O; 30 */
-ZOR_EXPORT void _zorRewriteError(FCB *fcb, struct IPCB *ipcb); /* 49; 30 */
-ZOR_EXPORT void _zorStartError(FCB *fcb, struct IPCB *ipcb);   /* 47; 23 absent; 30 */
-ZOR_EXPORT void _zorDeleteError(FCB *fcb, struct IPCB *ipcb);  /* 49; 30 */
-ZOR_EXPORT void _zorUnlockError(FCB *fcb, struct IPCB *ipcb);  /* 42; 30 */
+/* Answers a verb on a file whose state does not allow it. Status by the verb:
+ *   OPEN     41 the file is open, 38 it was closed WITH LOCK
+ *   CLOSE    42 it is not open; 0 an absent OPTIONAL file, which is closed
+ *   READ     47 it is not open INPUT; 10, 23, 46 an absent OPTIONAL file
+ *   WRITE    48 it is not open OUTPUT; 92 a sequential one is open I-O
+ *   REWRITE, DELETE  49 it is not open I-O
+ *   START    47 it is open neither INPUT nor I-O; 23 an absent OPTIONAL file
+ *   UNLOCK   42 it is not open
+ * and 30 where none of these applies. */
+ZOR_EXPORT void _zorOpenError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorCloseError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorReadError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorWriteError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorRewriteError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorStartError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorDeleteError(FCB *fcb, struct IPCB *ipcb);
+ZOR_EXPORT void _zorUnlockError(FCB *fcb, struct IPCB *ipcb);
 
-/* The end of a verb that failed: leaves it to INVALID KEY or AT END of the statement, or calls the
- * USE procedure for the file's mode. Without one it comes back when the program has FILE STATUS or
- * an extended status, or the status is below 30; otherwise message 200 ends the run. usecode: a
- * FILE_USE_ value or a code of the file system, which choose the message's text. */
+/* Tells the program of a verb that failed. Leaves it to INVALID KEY or AT END of the statement, or
+ * calls the USE procedure for the file's mode. Without one it comes back when the program has FILE
+ * STATUS or an extended status, or the status is below 30; otherwise message 200 ends the run.
+ * usecode: a FILE_USE_ value or a code of the file system, which choose the message's text. */
 ZOR_EXPORT void _zorCallUseProc(FCB *fcb, int32_t usecode, struct IPCB *ipcb);
 
 ZOR_END_C

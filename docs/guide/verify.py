@@ -5,8 +5,9 @@ files beside it.
     verify.py NAME LIBDIR [--cc CC] [--flags FLAGS] [--update]
 
 programs/NAME.c is strict C11 against the interface headers and is linked with the library in
-LIBDIR. It runs without arguments in an empty directory, in the locale C.UTF-8, in UTC, with no
-other variables than PATH and those of NAME.env.
+LIBDIR; sources in modules/NAME are built as shared objects that it finds by the system's search. It
+runs without arguments in an empty directory, in the locale C.UTF-8, in UTC, with no other
+variables than PATH and those of NAME.env.
 
     NAME.in        standard input; empty without it
     NAME.env       lines VAR=value
@@ -18,6 +19,7 @@ other variables than PATH and those of NAME.env.
 --update writes the last three from what the program does."""
 import argparse
 import difflib
+import glob
 import os
 import re
 import resource
@@ -27,6 +29,7 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 PROGRAMS = os.path.join(HERE, "programs")
+MODULES = os.path.join(HERE, "modules")
 INCLUDE = os.path.join(HERE, os.pardir, os.pardir, "include")
 SECONDS = 60
 
@@ -39,16 +42,28 @@ def file_of(name, suffix, otherwise=b""):
         return file.read()
 
 
-def build(options, target):
+def build(options, source, target, *more):
     command = [options.cc, "-m32", "-std=c11", "-Wall", "-Wextra", "-Werror", "-O1",
-               "-I", INCLUDE, os.path.join(PROGRAMS, options.name + ".c"), "-o", target,
+               "-I", INCLUDE, source, "-o", target,
                "-L", options.libdir, "-llvd4_32r", "-Wl,-rpath," + options.libdir, "-pthread"]
-    subprocess.run(command + options.flags.split(), check=True)
+    subprocess.run(command + list(more) + options.flags.split(), check=True)
 
 
-def environment_of(options):
+def modules_of(options):
+    return glob.glob(os.path.join(MODULES, options.name, "*.c"))
+
+
+def build_modules(options, directory):
+    for source in modules_of(options):
+        name = os.path.splitext(os.path.basename(source))[0]
+        build(options, source, os.path.join(directory, name + ".so"), "-shared", "-fPIC")
+
+
+def environment_of(options, directory):
     environment = {"PATH": os.environ.get("PATH", "/usr/bin:/bin"), "LC_ALL": "C.UTF-8",
                    "TZ": "UTC0"}
+    if modules_of(options):
+        environment["LD_LIBRARY_PATH"] = directory
     if "sanitize" in options.flags:  # signals are the program's own
         environment["ASAN_OPTIONS"] = "handle_segv=0:handle_sigfpe=0:handle_abort=0"
     for line in file_of(options.name, ".env").decode().splitlines():
@@ -66,7 +81,8 @@ def blanked(text, pid):
 
 def run(options, program, directory):
     process = subprocess.Popen(
-        [program], cwd=directory, env=environment_of(options), stdin=subprocess.PIPE,
+        [program], cwd=directory,
+        env=environment_of(options, os.path.dirname(program)), stdin=subprocess.PIPE,
         stdout=subprocess.PIPE, stderr=subprocess.PIPE,
         preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CORE, (0, 0)))
     out, err = process.communicate(file_of(options.name, ".in"), SECONDS)
@@ -90,7 +106,8 @@ def main():
         program = os.path.join(scratch, options.name)
         directory = os.path.join(scratch, "empty")
         os.mkdir(directory)
-        build(options, program)
+        build(options, os.path.join(PROGRAMS, options.name + ".c"), program)
+        build_modules(options, scratch)
         results = run(options, program, directory)
     faults = 0
     for suffix, otherwise, got in zip((".expected", ".err", ".status"), (None, b"", b"0\n"),

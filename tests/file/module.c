@@ -1,6 +1,6 @@
 /* A file system that does what the name of a file says: "=35" in it is the status of its OPEN, then
  * the extended status is 2; "absent" makes it an OPTIONAL file that is not there; "odd" lets its
- * CLOSE fail. Each file has one record. */
+ * CLOSE fail. Each file has one record. Other file systems are made of it by two macros. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -26,10 +26,9 @@ static void trace(const char *event, const FCB *file) {
 }
 
 static void openFile(FCB *file, struct IPCB *ipcb) {
-    (void)ipcb;
-    trace("open", file);
     const char *wanted = strchr(file->name, '=');
-    file->status = (int16_t)(wanted != NULL ? atoi(wanted + 1) : 0);
+    trace("open", file);
+    file->status = (int16_t)(wanted != NULL && ipcb != NULL ? atoi(wanted + 1) : 0);
     if (strstr(file->name, "absent") != NULL) {
         file->status = 5;
         file->flags |= FCB_ABSENT_OPTIONAL;
@@ -42,18 +41,16 @@ static void openFile(FCB *file, struct IPCB *ipcb) {
 static void closeFile(FCB *file, struct IPCB *ipcb) {
     trace("close", file);
     file->status = strstr(file->name, "odd") != NULL ? 30 : 0;
-    file->status2 = file->status != 0 ? 5 : 0;
+    file->status2 = 0;
     _zorGenericClose(file, ipcb, 4);
 }
 
 static void readFile(FCB *file, struct IPCB *ipcb) {
     const uint16_t mode = file->curmode;
+    const char *next = _zor_Concat_Next(file->concat);
     trace("read", file);
-    file->status = 0;
-    const char *next = file->concat != NULL ? _zor_Concat_Next(file->concat) : NULL;
-    if (next == NULL) {
-        file->status = 10;
-    } else {
+    file->status = next == NULL ? 10 : 0;
+    if (next != NULL) {
         file->closemode = FCB_CLOSE_NEXT_FILE;
         file->close(file, ipcb);
         file->name = (char *)next;
@@ -64,8 +61,7 @@ static void readFile(FCB *file, struct IPCB *ipcb) {
 
 static const char *errorText(void *handle, int32_t status2, int32_t zero, int32_t one) {
     static char text[80];
-    snprintf(text, sizeof text, "%s %d %d %d", handle != NULL ? "handle" : "none", status2, zero,
-             one);
+    snprintf(text, sizeof text, "%d %d %d %d", handle != NULL, status2, zero, one);
     return text;
 }
 

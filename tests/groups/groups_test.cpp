@@ -119,13 +119,22 @@ TEST(Groups, TakeNewGenerations) {
             {"keeps files", makeBlock(1, {1, 2}, 0), "PAY(+1)", {3}, "1 2 3 "},
             {"empties", makeBlock(3, {1, 2, 3}, 3), "PAY(+1)", {4}, "4 "},
             {"young", days, "PAY(+1)", {1, 2, 3, 4}, "1 2 3 4 "},
-            {"numbers wrap", makeBlock(9, old), "PAY(+1)", {9997, 9998, 9999, 0x8001},
+            {"numbers wrap",
+             makeBlock(9, old),
+             "PAY(+1)",
+             {9997, 9998, 9999, 0x8001},
              "1 9997 9998 9999 "},
             {"wraps and empties", makeBlock(3, old, 3), "PAY(+1)", {1}, "1 "},
-            {"eras wrap", makeBlock(9, {0xFFFF0002, 0xFFFF8000 + 5, 0xFFFF8000 + 9999}), "PAY(+1)",
-             {2, 5, 9999, 0x8001}, "1 2 5 9999 "},
+            {"eras wrap",
+             makeBlock(9, {0xFFFF0002, 0xFFFF8000 + 5, 0xFFFF8000 + 9999}),
+             "PAY(+1)",
+             {2, 5, 9999, 0x8001},
+             "1 2 5 9999 "},
             {"late", makeBlock(9, {0x8001}), "PAY.g9998v00", {9998, 0x8001}, "1 9998 "},
-            {"late, no era", makeBlock(9, {1, 2}), "PAY.g9998v00", {9998, 0x8001, 0x8002},
+            {"late, no era",
+             makeBlock(9, {1, 2}),
+             "PAY.g9998v00",
+             {9998, 0x8001, 0x8002},
              "1 2 9998 "},
             {"between", makeBlock(9, {1, 3}), "PAY.g0002v00", {1, 2, 3}, "1 2 3 "},
             {"again", makeBlock(2, {1, 2}), "PAY(0)", {1, 2}, "1 2 "},
@@ -160,7 +169,8 @@ TEST(Groups, LoseOldAndMissingGenerations) {
         make("PAY", block);
         fs::remove("PAY.g0004v00");
         const auto age = [](const char *name, int days) {
-            fs::last_write_time(name, fs::file_time_type::clock::now() - std::chrono::hours(24 * days));
+            fs::last_write_time(name,
+                                fs::file_time_type::clock::now() - std::chrono::hours(24 * days));
         };
         age("PAY.g0001v00", 8);
         age("PAY.g0002v00", 6);
@@ -194,8 +204,8 @@ TEST(Groups, RefuseWhatIsNoCatalogue) {
         const struct {
             std::size_t word;
             uint32_t value;
-        } cases[] = {{kMagic, 0}, {kVersion, 2}, {kVersion, 0}, {kCount, 1001}, {kCount, ~0U},
-                     {kLast, 10000}, {kLimit, 0}, {kLimit, 1001}};
+        } cases[] = {{kMagic, 0},   {kVersion, 2},  {kVersion, 0}, {kCount, 1001},
+                     {kCount, ~0U}, {kLast, 10000}, {kLimit, 0},   {kLimit, 1001}};
         for (const auto &each : cases) {
             Block block = makeBlock(255, {1, 2, 3});
             block[each.word] = each.value;
@@ -269,9 +279,9 @@ TEST(Groups, DeleteIndexedFilesWhole) {
         const std::string base = "P* $(touch X)'";
         make(base, makeBlock(1, {1}));
         const std::string file = generation(base, 1);
-        for (const std::string &name : {"." + file + ".DDMEA", "@" + file, ".@" + file + ".DDMEA",
-                                        "." + file + ".DDMMAP", file + ".@", file + ".@1",
-                                        "." + file + ".@2.DDMEA"}) {
+        for (const std::string &name :
+             {"." + file + ".DDMEA", "@" + file, ".@" + file + ".DDMEA", "." + file + ".DDMMAP",
+              file + ".@", file + ".@1", "." + file + ".@2.DDMEA"}) {
             kit::writeFile(name, "");
         }
         kit::writeFile("PAY.g0001v00.@1", "another's");
@@ -288,8 +298,9 @@ TEST(Groups, AskOtherProducts) {
     fs::create_directory(directory.file("bin"));
     for (const char *name : {"gypadmin", "kpn"}) {
         const std::string program = directory.file(std::string("bin/") + name);
-        kit::writeFile(program, "#!/bin/sh\nprintf '<%s>' \"$@\" >>log\necho noise; echo noise >&2\n"
-                                "case \"$*\" in *0009*) exit 1; esac\n");
+        kit::writeFile(program,
+                       "#!/bin/sh\nprintf '<%s>' \"$@\" >>log\necho noise; echo noise >&2\n"
+                       "case \"$*\" in *0009*) exit 1; esac\n");
         chmod(program.c_str(), 0755);
     }
     const auto child = inDirectory(
@@ -309,8 +320,9 @@ TEST(Groups, AskOtherProducts) {
             const std::string server = "<-server></.:/kots/gyp/srv>";
             const std::string query = "<query><file>" + server;
             EXPECT_EQ(resolve(base + "(+1)", "gyp", 1), second);
-            EXPECT_EQ(called(), query + "<" + second + ">" + query + "<" + first + "><destroy><file>" +
-                                    server + "<" + first + ">" + query + "<" + second + ">");
+            EXPECT_EQ(called(), query + "<" + second + ">" + query + "<" + first +
+                                    "><destroy><file>" + server + "<" + first + ">" + query + "<" +
+                                    second + ">");
             const std::string onServer = "/.:/kots/gyp/srv/" + base;
             EXPECT_EQ(resolve(onServer + "(0)", "wka"), generation(onServer, 2));
             EXPECT_EQ(resolve(base + "(0)", "kpn"), "-"); // it is the one that is not there
@@ -362,7 +374,7 @@ TEST(Groups, WaitForOthers) {
         for (const bool replaces : {false, true}) {
             make("PAY", makeBlock(255, {1}));
             const int file = open(kPay.c_str(), O_RDWR);
-            struct flock range{};
+            struct flock range {};
             range.l_type = F_WRLCK;
             range.l_len = 4096;
             EXPECT_EQ(fcntl(file, F_SETLK, &range), 0);

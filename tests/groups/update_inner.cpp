@@ -127,9 +127,11 @@ TEST(Updates, CreateAWholeCatalogueOrNone) {
     stopsSurvived([](int stop) {
         const kit::TemporaryDirectory directory;
         const std::string path = directory.file("D/NEW");
-        const bool killed = killAtStop(traced([&] {
-            zor::groups::gdgCreate(path.c_str(), {5, -1, -1, -1}, "");
-        }), stop);
+        const bool killed =
+            killAtStop(traced([&] {
+                           zor::groups::gdgCreate(path.c_str(), {5, -1, -1, -1}, "");
+                       }),
+                       stop);
         EXPECT_TRUE(!fs::exists(path + ".catalogue") || read(path + ".catalogue")[kLimit] == 5);
         return killed;
     });

@@ -52,11 +52,27 @@ VARIABLES = {
                              "undecided"),
         "CPM_CACHE": ("set, even empty: a host's start looks at the other two as well", "not set"),
     },
+    "Generation data groups": {
+        "gdg_home": ("directory of the catalogues of groups on the transaction server and in the "
+                     "database, see [generation-groups.md](generation-groups.md)", "`$HOME/gdg/`"),
+        "HOME": ("used when `gdg_home` is not set", "no such groups"),
+        "KOTS_TK_GYP_SERVER": ("the transaction server, `/.:/kots/gyp/SERVER`, of names that tell "
+                               "none", "no such names"),
+        "KPNINSTANCE": ("the database's instance, a part of the catalogue's path", "no such groups"),
+        "KPNDBDFT": ("the database, a further part of it", "no further part"),
+    },
     "Containers": {
         "__COBOL_KOTS_CONTAINER": ("not empty: the transaction monitor. No lock is taken, storage "
                                    "is freed with its run unit", "not set"),
         "__COBOL_MOH_CONTAINER": ("not empty: the application server; a number, at least 1, for "
                                   "`Proccom.moh`. Sets `kots` too", "not set"),
+    },
+    "Files": {
+        "VFS_DEBUG_OPEN": ("not empty: each OPEN and CLOSE on standard error, see "
+                           "[files.md](files.md)", "off"),
+        "VFS_DEBUG_ERROR": ("not empty: each failed verb on standard error", "off"),
+        "VFS_NO_FORCE_FS": ("not empty: a file without a file system of its own is bni, not uqe",
+                            "off"),
     },
     "Failures": {
         "COBCORE": ("name of core files, see [../failures.md](../failures.md)", "`core%`"),

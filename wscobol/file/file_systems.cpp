@@ -12,25 +12,25 @@ constexpr std::size_t kCodeBytes = sizeof FCB::fscode;
 
 struct Row {
     char code[kCodeBytes + 1];
-    char alias[kCodeBytes + 1];
+    char alias[kCodeBytes + 1]; // the code once more where there is none
     const char *module;
 };
 
 constexpr Row kRows[] = {
     {"", "", nullptr},
     {"bni", "ddm", "zorrfuqe_32r.so"},
-    {"gyp", "", "zorrfgyp_32r.so"},
-    {"psx", "", "zorrfpsx_32r.so"},
+    {"gyp", "gyp", "zorrfgyp_32r.so"},
+    {"psx", "psx", "zorrfpsx_32r.so"},
     {"lsq", "nat", "zorrflsq_32r.so"},
-    {"uqe", "", "zorrfuqe_32r.so"},
+    {"uqe", "uqe", "zorrfuqe_32r.so"},
     {"rsd", "str", "zorrfrsd_32r.so"},
     {"jdu", "raw", "zorrfjdut_32r.so"},
-    {"kpn", "", "zorrfkpn_32r.so"},
+    {"kpn", "kpn", "zorrfkpn_32r.so"},
     {"pip", "fif", "zorrfpipe_32r.so"},
-    {"sok", "", "zorrfsocket_32r.so"},
-    {"mqu", "", "zorrfmqueue_32r.so"},
-    {"wka", "", nullptr},
-    {"???", "", nullptr},
+    {"sok", "sok", "zorrfsocket_32r.so"},
+    {"mqu", "mqu", "zorrfmqueue_32r.so"},
+    {"wka", "wka", nullptr},
+    {"???", "???", nullptr},
 };
 static_assert(std::size(kRows) == kFileSystemRows);
 

@@ -17,7 +17,10 @@ constexpr int32_t kMostNames = 256;
 constexpr std::size_t kCodeLength = 3;
 constexpr char kUnknownCode[] = "???";
 
-enum ListFlag : uint32_t { kWalksGroup = 1 };
+enum ListFlag : uint32_t {
+    kWalksGroup = 1,
+    kIsResolved = 2, // its one name is that of a generation's file
+};
 
 // The addresses of the names follow the record, and the text follows them.
 struct ConcatList {
@@ -123,6 +126,9 @@ const char *nextFile(ConcatList &list) {
             return nullptr;
         }
         char *name = list.names[list.next++];
+        if (has(list.flags, kIsResolved)) {
+            return name;
+        }
         const char *file = nullptr;
         switch (gdsName(name, &file, false, list.code)) {
         case Named::nothing:
@@ -153,7 +159,11 @@ void *_zor_Concat_Check(const char *name, int32_t *concatenated, int32_t create,
         return nullptr;
     }
     *concatenated = named == Named::group ? 1 : 0;
-    return buildList(file, code);
+    ConcatList *list = buildList(file, code);
+    if (list != nullptr && named == Named::generation) {
+        zor::set(list->flags, kIsResolved);
+    }
+    return list;
 }
 
 const char *_zor_Concat_Next(void *list) {

@@ -72,7 +72,7 @@ Outcome resolveGeneration(GdgContext &context, Mode mode, FileSystem given) {
     if (isKnown) {
         context.filesystem = seen;
     }
-    const Presence presence = presenceOf(name, systemOfFile(context, name));
+    const Presence presence = presenceOf(name, isKnown ? seen : systemOfFile(context, name));
     if (isKnown) {
         noteFileSystem(context, presence == Presence::present);
     }
