@@ -62,9 +62,10 @@ public:
         remove(path.c_str());
         sqlite3_open_v2(path.c_str(), &database_,
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
-        execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = TRUNCATE;"
-                "PRAGMA synchronous = OFF; PRAGMA cache_size = -32768; PRAGMA mmap_size = 268435456;"
-                "CREATE TABLE record(k BLOB PRIMARY KEY, data BLOB, seqs BLOB) WITHOUT ROWID;");
+        execute(
+            "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = TRUNCATE;"
+            "PRAGMA synchronous = OFF; PRAGMA cache_size = -32768; PRAGMA mmap_size = 268435456;"
+            "CREATE TABLE record(k BLOB PRIMARY KEY, data BLOB, seqs BLOB) WITHOUT ROWID;");
     }
     ~Sqlite() { sqlite3_close(database_); }
     Sqlite(const Sqlite &) = delete;

@@ -51,7 +51,9 @@ void readPeers(const std::string &path) {
 
 ZOR_BENCH(lines) {
     const std::string file = path("lines");
-    bench::row("lsq WRITE", time([&] { writeOurs(file); }), "fputs", time([&] { writePeers(file); }));
-    bench::row("lsq READ", time([&] { readOurs(file); }), "getline", time([&] { readPeers(file); }));
+    bench::row("lsq WRITE", time([&] { writeOurs(file); }), "fputs",
+               time([&] { writePeers(file); }));
+    bench::row("lsq READ", time([&] { readOurs(file); }), "getline",
+               time([&] { readPeers(file); }));
     remove(file.c_str());
 }

@@ -35,8 +35,8 @@ inline double processorTime() {
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
-// Nanoseconds of the processor, in the program and in the system, for each record. Whole passes take
-// too long to be repeated until the machine is quiet.
+// Nanoseconds of the processor, in the program and in the system, for each record. Whole passes
+// take too long to be repeated until the machine is quiet.
 template <class Body> double time(Body body) {
     const double start = processorTime();
     body();

@@ -43,23 +43,22 @@ enum { kByNumber, kByName };
 static struct {
     FileDescription file;
     FileKey keys[2];
-} master = {.file = {.index = 1,
-                     .fscode = "???",
-                     .organization = FILE_INDEXED,
-                     .access = FILE_DYNAMIC,
-                     .assign = FILE_OPTIONAL | FILE_ENVIRONMENT,
-                     .maxrec = kCustomerLength,
-                     .nkeys = 2,
-                     .filename = "MASTER-FILE",
-                     .assignlen = 6,
-                     .keyoffset = sizeof(FileDescription),
-                     .recordptr = &customerArea,
-                     .assignname = "MASTER",
-                     .statusbase = (uint8_t **)&masterStatusItem},
-            .keys = {[kByNumber] = {.position = 0, .length = kNumber},
-                     [kByName] = {.position = kNumber,
-                                  .attribute = FILE_KEY_DUPLICATES,
-                                  .length = kName}}};
+} master = {
+    .file = {.index = 1,
+             .fscode = "???",
+             .organization = FILE_INDEXED,
+             .access = FILE_DYNAMIC,
+             .assign = FILE_OPTIONAL | FILE_ENVIRONMENT,
+             .maxrec = kCustomerLength,
+             .nkeys = 2,
+             .filename = "MASTER-FILE",
+             .assignlen = 6,
+             .keyoffset = sizeof(FileDescription),
+             .recordptr = &customerArea,
+             .assignname = "MASTER",
+             .statusbase = (uint8_t **)&masterStatusItem},
+    .keys = {[kByNumber] = {.position = 0, .length = kNumber},
+             [kByName] = {.position = kNumber, .attribute = FILE_KEY_DUPLICATES, .length = kName}}};
 
 static FileDescription transactions = {.index = 2,
                                        .fscode = "lsq",

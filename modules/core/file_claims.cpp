@@ -1,6 +1,6 @@
 // A claim is taken in two steps, locks first and then the question whether others' are against it:
-// of two programs that open at the same moment at most both are refused, never both let in. They try
-// again a few times.
+// of two programs that open at the same moment at most both are refused, never both let in. They
+// try again a few times.
 #include "core/file_claims.h"
 
 #include <ctime>
@@ -13,9 +13,9 @@ namespace {
 enum ClaimByte { kReads, kWrites, kDeniesReaders, kDeniesWriters, kClaimBytes };
 
 constexpr int kClaimTries = 5;
-constexpr int64_t kClaimPause = 2'000'000;   // nanoseconds
-constexpr int64_t kVerbPause = 50'000;       // nanoseconds
-constexpr int kVerbTries = 10 * 1000 * 20;   // some ten seconds
+constexpr int64_t kClaimPause = 2'000'000; // nanoseconds
+constexpr int64_t kVerbPause = 50'000;     // nanoseconds
+constexpr int kVerbTries = 10 * 1000 * 20; // some ten seconds
 
 constexpr uint8_t kModeBits = 0x07;
 

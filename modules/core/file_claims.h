@@ -1,6 +1,6 @@
-// Which programs may have a file open at the same time. An open file holds locks on bytes far beyond
-// any data, which say what it does and what it denies others; they belong to its descriptor, so two
-// opens in one process stand against each other like two processes.
+// Which programs may have a file open at the same time. An open file holds locks on bytes far
+// beyond any data, which say what it does and what it denies others; they belong to its descriptor,
+// so two opens in one process stand against each other like two processes.
 #ifndef ZOR_MODULES_CORE_FILE_CLAIMS_H
 #define ZOR_MODULES_CORE_FILE_CLAIMS_H
 

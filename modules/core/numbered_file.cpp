@@ -1,5 +1,5 @@
-// In relative files the program names a record by FCB.relative, or has it there after a READ or WRITE
-// in sequence; in sequential files numbers are just the order of writing.
+// In relative files the program names a record by FCB.relative, or has it there after a READ or
+// WRITE in sequence; in sequential files numbers are just the order of writing.
 #include "core/numbered_file.h"
 
 #include <algorithm>
@@ -66,7 +66,8 @@ Outcome readNumbered(OpenFile &opened, FCB &fcb, Reading reading) {
     }
     const Outcome outcome = file.store->find(file, reading, number, &fcb);
     if (!outcome.good()) {
-        return reading == Reading::ByKey && outcome.status == kEndOfFile.status ? kNotFound : outcome;
+        return reading == Reading::ByKey && outcome.status == kEndOfFile.status ? kNotFound
+                                                                                : outcome;
     }
     if (!file.locks.read(number, fcb.verbopts)) {
         return kRecordLocked;
@@ -126,8 +127,11 @@ Outcome startNumbered(OpenFile &opened, FCB &fcb) {
         Reading reading;
         int step;
     };
-    static constexpr Row kRows[] = {{Reading::ByKey, 0}, {Reading::Next, 1},     {Reading::Next, 0},
-                                    {Reading::Previous, -1}, {Reading::Previous, 0}};
+    static constexpr Row kRows[] = {{Reading::ByKey, 0},
+                                    {Reading::Next, 1},
+                                    {Reading::Next, 0},
+                                    {Reading::Previous, -1},
+                                    {Reading::Previous, 0}};
     Row row{Reading::Next, 0};
     int64_t number = 1;
     if (fcb.relation < std::size(kRows)) {

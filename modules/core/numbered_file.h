@@ -10,9 +10,9 @@
 namespace zor::modules {
 
 struct NumberedStore {
-    // Finds the record of the number, or the nearest one behind (Next) or ahead of it (Previous), and
-    // stores its number. Gives it to the block's record and length, unless that is null. kEndOfFile
-    // when there is none.
+    // Finds the record of the number, or the nearest one behind (Next) or ahead of it (Previous),
+    // and stores its number. Gives it to the block's record and length, unless that is null.
+    // kEndOfFile when there is none.
     Outcome (*find)(OpenFile &file, Reading reading, int64_t &number, FCB *target);
     // Adds a record: kDuplicateKey when there is one. Puts another in a record's place, or takes it
     // out: kNotFound when there is none.

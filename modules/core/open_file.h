@@ -44,10 +44,10 @@ struct OpenFile {
 enum class Reading { Next, Previous, ByKey };
 
 struct FileSystem {
-    uint32_t stateSize;                    // of the struct that begins with OpenFile
-    bool buffersOutput;                    // a writer cannot share the file with others
-    bool writesToRead;                     // INPUT wants the right to write, for repairs
-    bool devices;                          // serves pipes, terminals and the like
+    uint32_t stateSize; // of the struct that begins with OpenFile
+    bool buffersOutput; // a writer cannot share the file with others
+    bool writesToRead;  // INPUT wants the right to write, for repairs
+    bool devices;       // serves pipes, terminals and the like
     bool (*serves)(const FileDescription &description);
     Outcome (*open)(OpenFile &file, FCB &fcb); // the descriptor is open, and its share claimed
     Outcome (*close)(OpenFile &file);          // writes out and frees what `open` acquired

@@ -1,5 +1,5 @@
-// Gets an OPEN as far as all file systems have it in common: which modes make a file, what an absent
-// OPTIONAL file means, who else may have it open.
+// Gets an OPEN as far as all file systems have it in common: which modes make a file, what an
+// absent OPTIONAL file means, who else may have it open.
 #ifndef ZOR_MODULES_CORE_OPENING_H
 #define ZOR_MODULES_CORE_OPENING_H
 

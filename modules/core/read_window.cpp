@@ -1,5 +1,6 @@
-// The window moves to the offset asked for and reads as much as it holds, keeping what it has of that
-// already. A step back puts the offset at the window's end, so that a walk backward is served too.
+// The window moves to the offset asked for and reads as much as it holds, keeping what it has of
+// that already. A step back puts the offset at the window's end, so that a walk backward is served
+// too.
 #include "core/read_window.h"
 
 #include <algorithm>

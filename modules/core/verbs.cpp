@@ -1,6 +1,6 @@
 // What a verb has in common with all others: it finds the file's state, keeps the file still for
-// other programs, asks the file system, and reports. A READ is a record's whole way, so nothing here
-// allocates or formats when all goes well.
+// other programs, asks the file system, and reports. A READ is a record's whole way, so nothing
+// here allocates or formats when all goes well.
 #include "core/verbs.h"
 
 #include <cstring>
@@ -87,7 +87,8 @@ Outcome readRecord(OpenFile &file, FCB &fcb) {
     const Outcome outcome = kFileSystem.read(file, fcb, reading);
     file.hasCurrent = outcome.good();
     // A locked record leaves the position: the same READ may have it later.
-    file.canReadNext = outcome.good() || (file.canReadNext && outcome.status == kRecordLocked.status);
+    file.canReadNext =
+        outcome.good() || (file.canReadNext && outcome.status == kRecordLocked.status);
     return outcome;
 }
 
@@ -109,7 +110,8 @@ void readVerb(FCB *fcb, IPCB *ipcb) {
     report(*fcb, ipcb, FCB_VERB_READ, outcome);
 }
 
-// In sequential access the two change the record that was read; in all others the one that they name.
+// In sequential access the two change the record that was read; in all others the one that they
+// name.
 bool lacksCurrent(const OpenFile &file) {
     const bool named = has(file.description->organization, FILE_INDEXED | FILE_RELATIVE) &&
                        !file.accesses(FILE_SEQUENTIAL);

@@ -39,8 +39,9 @@ Outcome openLines(OpenFile &opened, FCB &) {
     LineFile &file = lineFile(opened);
     const bool reads = file.mode == FCB_INPUT || file.mode == FCB_IO;
     // A line feed and a carriage return beyond the record tell that it is the whole line.
-    const bool acquired = reads ? file.window.acquire(file, static_cast<std::size_t>(file.maxrec) + 2)
-                                : file.out.acquire(file, file.mode == FCB_EXTEND && endsOpen(file));
+    const bool acquired = reads
+                              ? file.window.acquire(file, static_cast<std::size_t>(file.maxrec) + 2)
+                              : file.out.acquire(file, file.mode == FCB_EXTEND && endsOpen(file));
     return acquired ? kDone : kNoStorage;
 }
 
@@ -88,8 +89,9 @@ Outcome readLine(OpenFile &opened, FCB &fcb, Reading reading) {
         }
     }
     if (feed == nullptr) {
-        return text.size() > maxrec ? deliver(file, fcb, text.data(), maxrec, maxrec, kLineGoesOn)
-                                    : deliver(file, fcb, text.data(), text.size(), text.size(), kDone);
+        return text.size() > maxrec
+                   ? deliver(file, fcb, text.data(), maxrec, maxrec, kLineGoesOn)
+                   : deliver(file, fcb, text.data(), text.size(), text.size(), kDone);
     }
     const auto bytes = static_cast<std::size_t>(feed - text.data());
     const std::size_t length = bytes > 0 && feed[-1] == '\r' ? bytes - 1 : bytes;

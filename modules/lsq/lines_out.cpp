@@ -1,7 +1,8 @@
 // A line written AFTER advancing stays open: the next one says how far it is from it. Anything else
 // ends it first. No lines at all is a carriage return, which prints one line over another.
 //
-// A file with LINAGE has no form feeds: its pages are counted lines, top and bottom margin included.
+// A file with LINAGE has no form feeds: its pages are counted lines, top and bottom margin
+// included.
 #include "lines_out.h"
 
 #include <algorithm>
@@ -24,8 +25,8 @@ int32_t bounded(int32_t lines) {
     return std::clamp(lines, 0, kMostLines);
 }
 
-// Where the device stands on the page, moved on a copy: it becomes the file's when the line has been
-// taken.
+// Where the device stands on the page, moved on a copy: it becomes the file's when the line has
+// been taken.
 struct Page {
     int32_t linage[4];
     int32_t line;

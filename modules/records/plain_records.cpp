@@ -44,7 +44,8 @@ Outcome endOfFile(const PlainFile &file) {
 
 Outcome putAt(const PlainFile &file, std::span<const uint8_t> bytes, int64_t offset) {
     const ssize_t done = pwrite(file.descriptor, bytes.data(), bytes.size(), offset);
-    return done == static_cast<ssize_t>(bytes.size()) ? kDone : failureOf(done < 0 ? errno : ENOSPC);
+    return done == static_cast<ssize_t>(bytes.size()) ? kDone
+                                                      : failureOf(done < 0 ? errno : ENOSPC);
 }
 
 // Completes the last record with blanks.
@@ -107,8 +108,9 @@ Outcome openPlain(OpenFile &opened, FCB &) {
         }
     }
     const bool reads = file.mode == FCB_INPUT || file.mode == FCB_IO;
-    return (reads ? file.window.acquire(file, record) : file.out.acquire(file, record)) ? kDone
-                                                                                        : kNoStorage;
+    return (reads ? file.window.acquire(file, record) : file.out.acquire(file, record))
+               ? kDone
+               : kNoStorage;
 }
 
 Outcome closePlain(OpenFile &opened) {
@@ -129,8 +131,8 @@ Outcome deliver(PlainFile &file, FCB &fcb, int64_t offset, const uint8_t *bytes,
 
 Outcome readFixed(PlainFile &file, FCB &fcb, int64_t offset) {
     const std::span<uint8_t> bytes = file.window.at(offset, static_cast<std::size_t>(file.maxrec));
-    const auto length = static_cast<int32_t>(
-        std::min(bytes.size(), static_cast<std::size_t>(file.maxrec)));
+    const auto length =
+        static_cast<int32_t>(std::min(bytes.size(), static_cast<std::size_t>(file.maxrec)));
     if (length == 0) {
         return endOfFile(file);
     }

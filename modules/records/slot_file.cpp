@@ -1,5 +1,5 @@
-// Sequential and relative files of slots. Each WRITE, REWRITE and DELETE reaches the system before it
-// comes back, by one call.
+// Sequential and relative files of slots. Each WRITE, REWRITE and DELETE reaches the system before
+// it comes back, by one call.
 #include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,8 +13,7 @@ namespace zor::modules {
 namespace {
 
 constexpr uint32_t kVersion = 1;
-constexpr SlotFileHead kHead = {
-    "ZORSLOT", {}, {'v', 'f', 's', '\0'}, kVersion, 0, 0, 0, 0, {}};
+constexpr SlotFileHead kHead = {"ZORSLOT", {}, {'v', 'f', 's', '\0'}, kVersion, 0, 0, 0, 0, {}};
 
 struct SlotFile : NumberedFile {
     ReadWindow window;
@@ -53,8 +52,9 @@ SlotFileHead headOf(const SlotFile &file) {
 Outcome settleHead(SlotFile &file) {
     const SlotFileHead mine = headOf(file);
     if (file.size == 0) {
-        return file.updates() ? putAt(file, reinterpret_cast<const uint8_t *>(&mine), sizeof mine, 0)
-                              : kDone;
+        return file.updates()
+                   ? putAt(file, reinterpret_cast<const uint8_t *>(&mine), sizeof mine, 0)
+                   : kDone;
     }
     SlotFileHead head{};
     const ssize_t done = pread(file.descriptor, &head, sizeof head, 0);

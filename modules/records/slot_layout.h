@@ -1,5 +1,6 @@
 // Where the records of a slot file lie. Behind a head of one page, each record number has a slot: a
-// word that is the record's length plus one, 0 while there is none, and room for the longest record.
+// word that is the record's length plus one, 0 while there is none, and room for the longest
+// record.
 //
 // A slot of up to a page never lies across two: the system writes a page whole or not at all, even
 // when the process is killed over it.
@@ -50,15 +51,15 @@ struct SlotLayout {
         if (body <= 0) {
             return 1;
         }
-        return perPage == 0 ? (body + slot - 1) / slot + 1 : (body + kPage - 1) / kPage * perPage + 1;
+        return perPage == 0 ? (body + slot - 1) / slot + 1
+                            : (body + kPage - 1) / kPage * perPage + 1;
     }
 
     // Whole slots in a file of some size.
     int64_t slotsIn(int64_t size) const {
         const int64_t body = std::max<int64_t>(size - kPage, 0);
-        return perPage == 0
-                   ? body / slot
-                   : body / kPage * perPage + std::min(perPage, body % kPage / slot);
+        return perPage == 0 ? body / slot
+                            : body / kPage * perPage + std::min(perPage, body % kPage / slot);
     }
 };
 

@@ -69,8 +69,8 @@ Outcome loadState(UqeFile &file, int64_t &applied) {
 }
 
 Outcome saveState(UqeFile &file, int64_t applied) {
-    sqlite3_stmt *save = statement(
-        file, kSaveState, "UPDATE state SET applied = max(applied, ?1), counter = ?2");
+    sqlite3_stmt *save =
+        statement(file, kSaveState, "UPDATE state SET applied = max(applied, ?1), counter = ?2");
     sqlite3_bind_int64(save, 1, applied);
     sqlite3_bind_int64(save, 2, file.counter);
     return run(file, save);
@@ -285,8 +285,8 @@ Outcome openDatabase(UqeFile &file, int slots, const char *schema) {
     // Others may open it for INPUT in the same moment, and all of them find what is to be repaired.
     const VerbLock lock(file.shared ? -1 : file.descriptor, !file.shared, file.writable);
     file.slots = slots;
-    file.statements = static_cast<sqlite3_stmt **>(
-        _zorcalloc(1, static_cast<uint32_t>(sizeof(sqlite3_stmt *)) * static_cast<uint32_t>(slots), 0));
+    file.statements = static_cast<sqlite3_stmt **>(_zorcalloc(
+        1, static_cast<uint32_t>(sizeof(sqlite3_stmt *)) * static_cast<uint32_t>(slots), 0));
     if (file.statements == nullptr || !lock.held()) {
         return file.statements == nullptr ? kNoStorage : kFileLocked;
     }
@@ -294,14 +294,15 @@ Outcome openDatabase(UqeFile &file, int slots, const char *schema) {
     const bool inStorage = size <= kHeadBytes && !file.writable; // nothing there, and none can be
     Outcome outcome = size == 0 && inStorage ? kDone : settleHead(file, size, file.id);
     if (outcome.good()) {
-        const int access = file.writable || inStorage ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+        const int access =
+            file.writable || inStorage ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
         outcome = connect(file, inStorage ? ":memory:" : file.path, access);
     }
     if (outcome.good()) {
         outcome = settleTables(file, schema);
     }
-    file.batches = file.updates() && !file.shared && file.sync != Sync::Disk &&
-                   file.maxrec <= kLongestBatched;
+    file.batches =
+        file.updates() && !file.shared && file.sync != Sync::Disk && file.maxrec <= kLongestBatched;
     const bool batches = file.batches;
     file.batches = false;
     if (outcome.good() && !inStorage) {
@@ -356,7 +357,8 @@ void dropRemains(UqeFile &file) {
 sqlite3_stmt *statement(UqeFile &file, int slot, const char *text) {
     sqlite3_stmt *&prepared = file.statements[slot];
     if (prepared == nullptr) {
-        sqlite3_prepare_v3(file.connection, text, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+        sqlite3_prepare_v3(file.connection, text, -1, SQLITE_PREPARE_PERSISTENT, &prepared,
+                           nullptr);
     } else {
         sqlite3_reset(prepared);
     }

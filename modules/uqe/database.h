@@ -1,8 +1,8 @@
 // The database of a file's records: its statements, and how changes become lasting.
 //
-// A file that no other program may open has one transaction over many changes, each of which is noted
-// in the redo log before its verb comes back. In any other, and where each change has to be on the
-// disk (VFS_SYNC=2), every change is a transaction of its own.
+// A file that no other program may open has one transaction over many changes, each of which is
+// noted in the redo log before its verb comes back. In any other, and where each change has to be
+// on the disk (VFS_SYNC=2), every change is a transaction of its own.
 #ifndef ZOR_MODULES_UQE_DATABASE_H
 #define ZOR_MODULES_UQE_DATABASE_H
 
@@ -29,7 +29,7 @@ struct UqeFile : NumberedFile {
     Apply apply;
     int64_t counter; // last sequence number of an entry among equal keys
     bool counterMoved;
-    bool batches;       // many changes make one transaction
+    bool batches; // many changes make one transaction
     bool inTransaction;
     bool failed;     // changes stand in the redo log alone: every verb ends as
     Outcome failure; // this one until the next OPEN has made them

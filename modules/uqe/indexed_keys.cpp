@@ -17,14 +17,15 @@ std::span<const FileKey> keysOf(const FileDescription &description) {
         return key.length > 0 && key.length <= kLongestKey && key.position >= 0 &&
                key.position <= description.maxrec - key.length;
     };
-    const bool sound = std::ranges::all_of(keys, isSound) &&
-                       (keys[0].attribute & FILE_KEY_DUPLICATES) == 0;
+    const bool sound =
+        std::ranges::all_of(keys, isSound) && (keys[0].attribute & FILE_KEY_DUPLICATES) == 0;
     return sound ? keys : std::span<const FileKey>{};
 }
 
 void KeyValue::set(const FileKey &key, std::span<const uint8_t> record) {
     length = key.length;
-    const std::size_t start = std::min<std::size_t>(static_cast<std::size_t>(key.position), record.size());
+    const std::size_t start =
+        std::min<std::size_t>(static_cast<std::size_t>(key.position), record.size());
     const std::size_t there = std::min(length, record.size() - start);
     memcpy(bytes, record.data() + start, there);
     memset(bytes + there, ' ', length - there);

@@ -14,7 +14,15 @@ namespace zor::modules {
 namespace {
 
 enum { kFetch = kFirstSlot, kInsertRecord, kUpdateRecord, kEraseRecord, kFirstKeySlot };
-enum KeySlot { kWalks, kProbe = 4, kProbeBehind, kProbeAhead, kInsertEntry, kEraseEntry, kKeySlots };
+enum KeySlot {
+    kWalks,
+    kProbe = 4,
+    kProbeBehind,
+    kProbeAhead,
+    kInsertEntry,
+    kEraseEntry,
+    kKeySlots
+};
 
 int slotOf(int keyref, int slot) {
     return kFirstKeySlot + keyref * kKeySlots + slot;
@@ -141,8 +149,9 @@ Outcome insertIndexed(UqeFile &file, std::span<const uint8_t> record) {
     for (std::size_t i = 1; i < file.indexed->keys.size(); i++) {
         file.indexed->sequences[i] = allowsDuplicates(file.indexed->keys[i]) ? ++next : 0;
     }
-    outcome = storeRecord(
-        file, statement(file, kInsertRecord, "INSERT INTO record VALUES(?1, ?2, ?3)"), prime, record);
+    outcome =
+        storeRecord(file, statement(file, kInsertRecord, "INSERT INTO record VALUES(?1, ?2, ?3)"),
+                    prime, record);
     if (!outcome.good()) {
         return outcome;
     }
@@ -275,7 +284,7 @@ Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t se
         "SELECT data FROM record WHERE k <= ?1 ORDER BY k DESC",
         "SELECT data FROM record WHERE k < ?1 ORDER BY k DESC"};
 #define ZOR_WALK(relation, order)                                                                  \
-    "SELECT r.data, a.seq FROM key%d a CROSS JOIN record r ON r.k = a.p "                \
+    "SELECT r.data, a.seq FROM key%d a CROSS JOIN record r ON r.k = a.p "                          \
     "WHERE (a.k, a.seq) " relation " (?1, ?2) ORDER BY a.k" order ", a.seq" order
     static constexpr const char *kAlternate[] = {ZOR_WALK(">=", ""), ZOR_WALK(">", ""),
                                                  ZOR_WALK("<=", " DESC"), ZOR_WALK("<", " DESC")};

@@ -1,6 +1,6 @@
-// Indexed records in a database. The records lie in the order of their prime keys; each alternate key
-// has a table of its values, with the sequence number of the entry among equal ones and the prime key
-// of its record.
+// Indexed records in a database. The records lie in the order of their prime keys; each alternate
+// key has a table of its values, with the sequence number of the entry among equal ones and the
+// prime key of its record.
 #ifndef ZOR_MODULES_UQE_INDEXED_STORE_H
 #define ZOR_MODULES_UQE_INDEXED_STORE_H
 

@@ -52,7 +52,8 @@ Outcome deliver(UqeFile &file, FCB &fcb, int keyref, Reading reading) {
         state.current.set(state.keys[0], row.record);
     }
     const bool mayRepeat = row.sequence > 0;
-    return mayRepeat && hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
+    return mayRepeat &&
+                   hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
                ? kDuplicatesNoted
                : kDone;
 }

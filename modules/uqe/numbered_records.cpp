@@ -21,11 +21,11 @@ Outcome findRow(OpenFile &opened, Reading reading, int64_t &number, FCB *target)
     }
     if (!goesOn(file, reading, number)) {
         endWalk(file);
-        file.walk = reading == Reading::Previous
-                        ? statement(file, kBackward,
-                                    "SELECT n, data FROM record WHERE n <= ?1 ORDER BY n DESC")
-                        : statement(file, kForward,
-                                    "SELECT n, data FROM record WHERE n >= ?1 ORDER BY n");
+        file.walk =
+            reading == Reading::Previous
+                ? statement(file, kBackward,
+                            "SELECT n, data FROM record WHERE n <= ?1 ORDER BY n DESC")
+                : statement(file, kForward, "SELECT n, data FROM record WHERE n >= ?1 ORDER BY n");
         sqlite3_bind_int64(file.walk, 1, number);
     }
     Outcome outcome = step(file, file.walk);

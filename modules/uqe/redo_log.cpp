@@ -13,8 +13,8 @@ namespace zor::modules {
 struct RedoHead {
     char mark[8]; // "UQEREDO"
     uint8_t id[kFileIdBytes];
-    int64_t base;   // number of the last change ahead of the entries
-    uint32_t count; // of entries
+    int64_t base;               // number of the last change ahead of the entries
+    uint32_t count;             // of entries
     std::atomic<uint32_t> used; // bytes of them
 };
 

@@ -1,6 +1,7 @@
-// Changes that a program was told are done, while the transaction that they belong to is still open.
-// They stand in a file that is mapped into storage, so noting one is a copy, and the system has it
-// even when the process is killed right behind. OPEN makes up for what a killed process left.
+// Changes that a program was told are done, while the transaction that they belong to is still
+// open. They stand in a file that is mapped into storage, so noting one is a copy, and the system
+// has it even when the process is killed right behind. OPEN makes up for what a killed process
+// left.
 #ifndef ZOR_MODULES_UQE_REDO_LOG_H
 #define ZOR_MODULES_UQE_REDO_LOG_H
 

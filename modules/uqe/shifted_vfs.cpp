@@ -28,8 +28,10 @@ sqlite3_file *own(sqlite3_file *file) {
 const sqlite3_io_methods kMethods = {
     .iVersion = 3, // of which shared storage, for write-ahead logs, is left out
     .xClose = [](sqlite3_file *f) { return own(f)->pMethods->xClose(own(f)); },
-    .xRead = [](sqlite3_file *f, void *to, int bytes,
-                sqlite3_int64 at) { return own(f)->pMethods->xRead(own(f), to, bytes, at + kHeadBytes); },
+    .xRead =
+        [](sqlite3_file *f, void *to, int bytes, sqlite3_int64 at) {
+            return own(f)->pMethods->xRead(own(f), to, bytes, at + kHeadBytes);
+        },
     .xWrite =
         [](sqlite3_file *f, const void *from, int bytes, sqlite3_int64 at) {
             const int result = own(f)->pMethods->xWrite(own(f), from, bytes, at + kHeadBytes);
@@ -37,8 +39,10 @@ const sqlite3_io_methods kMethods = {
             const bool full = errno == EDQUOT || errno == EFBIG;
             return result == SQLITE_IOERR_WRITE && full ? SQLITE_FULL : result;
         },
-    .xTruncate = [](sqlite3_file *f,
-                    sqlite3_int64 size) { return own(f)->pMethods->xTruncate(own(f), size + kHeadBytes); },
+    .xTruncate =
+        [](sqlite3_file *f, sqlite3_int64 size) {
+            return own(f)->pMethods->xTruncate(own(f), size + kHeadBytes);
+        },
     .xSync = [](sqlite3_file *f, int flags) { return own(f)->pMethods->xSync(own(f), flags); },
     .xFileSize =
         [](sqlite3_file *f, sqlite3_int64 *size) {
@@ -48,10 +52,14 @@ const sqlite3_io_methods kMethods = {
         },
     .xLock = [](sqlite3_file *f, int lock) { return own(f)->pMethods->xLock(own(f), lock); },
     .xUnlock = [](sqlite3_file *f, int lock) { return own(f)->pMethods->xUnlock(own(f), lock); },
-    .xCheckReservedLock = [](sqlite3_file *f,
-                             int *held) { return own(f)->pMethods->xCheckReservedLock(own(f), held); },
-    .xFileControl = [](sqlite3_file *f, int op,
-                       void *argument) { return own(f)->pMethods->xFileControl(own(f), op, argument); },
+    .xCheckReservedLock =
+        [](sqlite3_file *f, int *held) {
+            return own(f)->pMethods->xCheckReservedLock(own(f), held);
+        },
+    .xFileControl =
+        [](sqlite3_file *f, int op, void *argument) {
+            return own(f)->pMethods->xFileControl(own(f), op, argument);
+        },
     .xSectorSize = [](sqlite3_file *f) { return own(f)->pMethods->xSectorSize(own(f)); },
     .xDeviceCharacteristics =
         [](sqlite3_file *f) { return own(f)->pMethods->xDeviceCharacteristics(own(f)); },
@@ -59,10 +67,14 @@ const sqlite3_io_methods kMethods = {
     .xShmLock = nullptr,
     .xShmBarrier = nullptr,
     .xShmUnmap = nullptr,
-    .xFetch = [](sqlite3_file *f, sqlite3_int64 at, int bytes,
-                 void **page) { return own(f)->pMethods->xFetch(own(f), at + kHeadBytes, bytes, page); },
-    .xUnfetch = [](sqlite3_file *f, sqlite3_int64 at,
-                   void *page) { return own(f)->pMethods->xUnfetch(own(f), at + kHeadBytes, page); },
+    .xFetch =
+        [](sqlite3_file *f, sqlite3_int64 at, int bytes, void **page) {
+            return own(f)->pMethods->xFetch(own(f), at + kHeadBytes, bytes, page);
+        },
+    .xUnfetch =
+        [](sqlite3_file *f, sqlite3_int64 at, void *page) {
+            return own(f)->pMethods->xUnfetch(own(f), at + kHeadBytes, page);
+        },
 };
 
 int openFile(sqlite3_vfs *, const char *name, sqlite3_file *file, int flags, int *given) {

@@ -11,7 +11,9 @@ namespace {
 
 using namespace modules_test;
 
-const Shape kIndexed = {.organization = FILE_INDEXED, .access = FILE_DYNAMIC, .maxrec = 200,
+const Shape kIndexed = {.organization = FILE_INDEXED,
+                        .access = FILE_DYNAMIC,
+                        .maxrec = 200,
                         .keys = {key(0, 8), key(8, 4, true)}};
 
 Shape shapeOn(const char *system, uint8_t organization = 0) {

@@ -53,7 +53,8 @@ public:
         hasCurrent_ = canReadNext_ = false;
         const int along = byKey ? keyref : std::get<0>(at_);
         const auto entries = entriesOf(along);
-        const Entry from = byKey ? Entry{key, -1, ""} : Entry{std::get<1>(at_), std::get<2>(at_), ""};
+        const Entry from =
+            byKey ? Entry{key, -1, ""} : Entry{std::get<1>(at_), std::get<2>(at_), ""};
         const Entry *found = nullptr;
         for (const Entry &entry : entries) {
             const auto place = std::tie(std::get<0>(entry), std::get<1>(entry));
@@ -80,7 +81,8 @@ public:
     }
 
     int write(const std::string &data, uint32_t relative) {
-        const bool writes = mode_ == FCB_OUTPUT || mode_ == FCB_EXTEND || (mode_ == FCB_IO && named());
+        const bool writes =
+            mode_ == FCB_OUTPUT || mode_ == FCB_EXTEND || (mode_ == FCB_IO && named());
         if (!writes) {
             return mode_ == FCB_IO && shape_.access == FILE_SEQUENTIAL ? 92 : 48;
         }
@@ -143,7 +145,8 @@ public:
         if (!named() && !current) {
             return 43;
         }
-        return rows_.erase(named() ? (indexed() ? prime : keyOf(relative)) : current_) != 0 ? 0 : 23;
+        return rows_.erase(named() ? (indexed() ? prime : keyOf(relative)) : current_) != 0 ? 0
+                                                                                            : 23;
     }
 
     int start(int relation, std::string key, int keyref, std::size_t length, uint32_t relative) {
@@ -155,11 +158,12 @@ public:
         const auto entries = entriesOf(keyref);
         const auto fitsRelation = [&](const Entry &entry) {
             const int order = std::get<0>(entry).compare(0, key.size(), key);
-            const bool holds[] = {order == 0, order > 0,  order >= 0, order < 0,
-                                  order <= 0, true, true};
+            const bool holds[] = {order == 0, order > 0, order >= 0, order < 0,
+                                  order <= 0, true,      true};
             return holds[relation];
         };
-        const bool last = relation == FCB_LESS || relation == FCB_NOT_GREATER || relation == FCB_LAST;
+        const bool last =
+            relation == FCB_LESS || relation == FCB_NOT_GREATER || relation == FCB_LAST;
         const Entry *found = nullptr;
         for (const Entry &entry : entries) {
             if (fitsRelation(entry) && (last || found == nullptr)) {

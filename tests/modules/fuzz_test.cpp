@@ -22,9 +22,13 @@ std::vector<Subject> subjects() {
     for (const int32_t minrec : {-1, 6}) {
         const auto add = [&](const char *name, const char *system, uint8_t organization,
                              uint8_t access, std::vector<FileKey> keys = {}, int lock = -1) {
-            all.push_back({name, Shape{.system = system, .organization = organization,
-                                       .access = access, .maxrec = 10, .minrec = minrec,
-                                       .keys = std::move(keys), .lock = lock}});
+            all.push_back({name, Shape{.system = system,
+                                       .organization = organization,
+                                       .access = access,
+                                       .maxrec = 10,
+                                       .minrec = minrec,
+                                       .keys = std::move(keys),
+                                       .lock = lock}});
         };
         for (const char *system : {"psx", "uqe"}) {
             add("sequential", system, 0, FILE_SEQUENTIAL);
@@ -64,7 +68,8 @@ private:
     }
 
     void step() {
-        static constexpr uint16_t kModes[] = {FCB_INPUT, FCB_OUTPUT, FCB_IO, FCB_IO, FCB_IO, FCB_EXTEND};
+        static constexpr uint16_t kModes[] = {FCB_INPUT, FCB_OUTPUT, FCB_IO,
+                                              FCB_IO,    FCB_IO,     FCB_EXTEND};
         const unsigned verb = below(100);
         const uint32_t number = below(12);
         const auto keyref = static_cast<uint8_t>(model_.indexed() ? below(3) : 0);

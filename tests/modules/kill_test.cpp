@@ -1,5 +1,5 @@
-// A program is killed at any moment, again and again: what it was told is stored is there, and every
-// file can be read and gone on with. ZOR_LONG_TESTS asks for more.
+// A program is killed at any moment, again and again: what it was told is stored is there, and
+// every file can be read and gone on with. ZOR_LONG_TESTS asks for more.
 
 #include <csignal>
 #include <random>
@@ -28,8 +28,8 @@ struct Deeds {
 class Victim {
 public:
     Victim() {
-        void *map = mmap(nullptr, sizeof(Deeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                         -1, 0);
+        void *map =
+            mmap(nullptr, sizeof(Deeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         deeds = static_cast<Deeds *>(map);
     }
     ~Victim() { munmap(deeds, sizeof(Deeds)); }
@@ -114,8 +114,8 @@ void checkRecords(CobolFile &file, Deeds &deeds) {
 }
 
 TEST(Kill, Updates) {
-    const Shape relative = {.organization = FILE_RELATIVE, .access = FILE_DYNAMIC, .maxrec = 900,
-                            .optional = true};
+    const Shape relative = {
+        .organization = FILE_RELATIVE, .access = FILE_DYNAMIC, .maxrec = 900, .optional = true};
     Shape slots = relative;
     slots.system = "psx";
     Shape indexed = relative;
@@ -140,7 +140,8 @@ TEST(Kill, Updates) {
     }
 }
 
-// Output in sequence: what is there is a beginning of what was written, and with VFS_SYNC all of it.
+// Output in sequence: what is there is a beginning of what was written, and with VFS_SYNC all of
+// it.
 TEST(Kill, Output) {
     for (const char *sync : {"0", "1"}) {
         setenv("VFS_SYNC", sync, 1);
@@ -153,7 +154,9 @@ TEST(Kill, Output) {
                 victim.kill(static_cast<unsigned>(i), [&](std::mt19937 random) {
                     CobolFile file(shape, directory.file("data"));
                     file.open(FCB_OUTPUT);
-                    for (int n = 1; file.write(textOf("%07d", n) + std::string(random() % 690, 'x')) == 0; n++) {
+                    for (int n = 1;
+                         file.write(textOf("%07d", n) + std::string(random() % 690, 'x')) == 0;
+                         n++) {
                         victim.deeds->count = n;
                     }
                 });
@@ -167,7 +170,8 @@ TEST(Kill, Output) {
                 EXPECT_EQ(end, 10);
                 int number = 0;
                 for (const std::string &record : records) {
-                    ASSERT_EQ(record.substr(0, 7), textOf("%07d", ++number).substr(0, record.size()));
+                    ASSERT_EQ(record.substr(0, 7),
+                              textOf("%07d", ++number).substr(0, record.size()));
                 }
                 if (*sync == '1' || shape.system == "uqe") {
                     EXPECT_GE(number, victim.deeds->count);

@@ -143,8 +143,10 @@ TEST(Lines, Linage) {
         EXPECT_EQ((file.fcb.flags & FCB_END_OF_PAGE) != 0, step.ended) << step.line.text;
     }
     EXPECT_EQ(file.close(), 0);
-    EXPECT_EQ(kit::readFile(directory.file("pages")),
-              "\na\nb\nc\nd\n\n\n\n" "\ne" "\n\n\n\n\n\nf" "\n\n\n\n\n\n\ng\n");
+    EXPECT_EQ(kit::readFile(directory.file("pages")), "\na\nb\nc\nd\n\n\n\n"
+                                                      "\ne"
+                                                      "\n\n\n\n\n\nf"
+                                                      "\n\n\n\n\n\n\ng\n");
 }
 
 TEST(Lines, RewriteKeepsTheLength) {
@@ -171,8 +173,8 @@ TEST(Lines, SeveralFilesAsOne) {
     kit::writeFile(directory.file("a"), "1\n2");
     kit::writeFile(directory.file("b"), "");
     kit::writeFile(directory.file("c"), "3\n");
-    const std::string names = directory.file("a") + ":" + directory.file("b") + ":" +
-                              directory.file("c");
+    const std::string names =
+        directory.file("a") + ":" + directory.file("b") + ":" + directory.file("c");
     for (const bool optional : {false, true}) {
         Shape shape = kLines;
         shape.optional = optional;

@@ -45,13 +45,20 @@ TEST(Sharing, Claims) {
     const Shape everybody = shapeWith(FILE_LOCK_NONE, FILE_SHARE_ALL);
     const Shape exclusive = shapeWith(FILE_LOCK_EXCLUSIVE, FILE_SHARE_ALL);
     const Case cases[] = {
-        {plain, FCB_INPUT, plain, FCB_INPUT, 0},      {plain, FCB_INPUT, plain, FCB_IO, 61},
-        {plain, FCB_IO, plain, FCB_INPUT, 61},        {plain, FCB_IO, all, FCB_IO, 61},
-        {all, FCB_IO, all, FCB_IO, 0},                {all, FCB_IO, plain, FCB_INPUT, 61},
-        {all, FCB_IO, everybody, FCB_INPUT, 0},       {all, FCB_IO, all, FCB_OUTPUT, 61},
-        {readers, FCB_IO, everybody, FCB_INPUT, 0},   {readers, FCB_IO, all, FCB_IO, 61},
-        {everybody, FCB_INPUT, readers, FCB_IO, 0},   {everybody, FCB_IO, everybody, FCB_EXTEND, 0},
-        {exclusive, FCB_INPUT, plain, FCB_INPUT, 61}, {all, FCB_IO, exclusive, FCB_INPUT, 61},
+        {plain, FCB_INPUT, plain, FCB_INPUT, 0},
+        {plain, FCB_INPUT, plain, FCB_IO, 61},
+        {plain, FCB_IO, plain, FCB_INPUT, 61},
+        {plain, FCB_IO, all, FCB_IO, 61},
+        {all, FCB_IO, all, FCB_IO, 0},
+        {all, FCB_IO, plain, FCB_INPUT, 61},
+        {all, FCB_IO, everybody, FCB_INPUT, 0},
+        {all, FCB_IO, all, FCB_OUTPUT, 61},
+        {readers, FCB_IO, everybody, FCB_INPUT, 0},
+        {readers, FCB_IO, all, FCB_IO, 61},
+        {everybody, FCB_INPUT, readers, FCB_IO, 0},
+        {everybody, FCB_IO, everybody, FCB_EXTEND, 0},
+        {exclusive, FCB_INPUT, plain, FCB_INPUT, 61},
+        {all, FCB_IO, exclusive, FCB_INPUT, 61},
     };
     const kit::TemporaryDirectory directory;
     const std::string path = directory.file("data");
@@ -80,19 +87,21 @@ TEST(Sharing, RecordLocks) {
     };
     constexpr uint32_t kLock = FCB_WITH_LOCK;
     const Step manual[] = {
-        {'A', "read", "aa", kLock, 0}, {'B', "read", "aa", 0, 51},     {'B', "read", "aa", FCB_NO_LOCK, 0},
-        {'B', "rewrite", "aa", 0, 51}, {'B', "erase", "aa", 0, 51},    {'B', "read", "bb", kLock, 0},
-        {'A', "read", "bb", 0, 51},    {'B', "read", "aa", 0, 51},     {'A', "read", "cc", kLock, 0},
-        {'B', "read", "aa", 0, 0},     {'A', "read", "bb", 0, 0},      {'A', "read", "cc", kLock, 0},
-        {'A', "rewrite", "cc", 0, 0},  {'B', "rewrite", "cc", 0, 0},
+        {'A', "read", "aa", kLock, 0},       {'B', "read", "aa", 0, 51},
+        {'B', "read", "aa", FCB_NO_LOCK, 0}, {'B', "rewrite", "aa", 0, 51},
+        {'B', "erase", "aa", 0, 51},         {'B', "read", "bb", kLock, 0},
+        {'A', "read", "bb", 0, 51},          {'B', "read", "aa", 0, 51},
+        {'A', "read", "cc", kLock, 0},       {'B', "read", "aa", 0, 0},
+        {'A', "read", "bb", 0, 0},           {'A', "read", "cc", kLock, 0},
+        {'A', "rewrite", "cc", 0, 0},        {'B', "rewrite", "cc", 0, 0},
     };
     const Step several[] = {
-        {'A', "read", "aa", kLock, 0},  {'A', "read", "bb", kLock, 0}, {'A', "rewrite", "bb", 0, 0},
-        {'B', "erase", "aa", 0, 51},    {'B', "erase", "bb", 0, 51},   {'A', "unlock", "", 0, 0},
+        {'A', "read", "aa", kLock, 0}, {'A', "read", "bb", kLock, 0}, {'A', "rewrite", "bb", 0, 0},
+        {'B', "erase", "aa", 0, 51},   {'B', "erase", "bb", 0, 51},   {'A', "unlock", "", 0, 0},
         {'B', "rewrite", "aa", 0, 0},
     };
     const Step automatic[] = {
-        {'A', "read", "aa", 0, 0}, {'B', "read", "aa", 0, 51},           {'B', "read", "bb", 0, 0},
+        {'A', "read", "aa", 0, 0},  {'B', "read", "aa", 0, 51},          {'B', "read", "bb", 0, 0},
         {'A', "read", "bb", 0, 51}, {'A', "read", "bb", FCB_NO_LOCK, 0}, {'B', "read", "aa", 0, 0},
     };
     const auto run = [](const Shape &shape, std::span<const Step> steps) {
