@@ -6,16 +6,6 @@ namespace {
 
 using namespace million;
 
-void writeOurs(const std::string &path) {
-    File file("lsq", path, FILE_LINE_SEQUENTIAL, FILE_SEQUENTIAL);
-    file.open(FCB_OUTPUT);
-    for (int i = 0; i < kRecords; i++) {
-        make(file.record(), i);
-        file.call(file.fcb.write);
-    }
-    file.close();
-}
-
 void writePeers(const std::string &path) {
     FILE *stream = fopen(path.c_str(), "w");
     char line[kLength + 2] = {};
@@ -25,15 +15,6 @@ void writePeers(const std::string &path) {
         fputs(line, stream);
     }
     fclose(stream);
-}
-
-void readOurs(const std::string &path) {
-    File file("lsq", path, FILE_LINE_SEQUENTIAL, FILE_SEQUENTIAL);
-    file.open(FCB_INPUT);
-    while (file.read() < 10) {
-        bench::keep(*file.record());
-    }
-    file.close();
 }
 
 void readPeers(const std::string &path) {
@@ -51,9 +32,9 @@ void readPeers(const std::string &path) {
 
 ZOR_BENCH(lines) {
     const std::string file = path("lines");
-    bench::row("lsq WRITE", time([&] { writeOurs(file); }), "fputs",
+    bench::row("lsq WRITE", time([&] { writeAll("lsq", file, FILE_LINE_SEQUENTIAL); }), "fputs",
                time([&] { writePeers(file); }));
-    bench::row("lsq READ", time([&] { readOurs(file); }), "getline",
+    bench::row("lsq READ", time([&] { readAll("lsq", file, FILE_LINE_SEQUENTIAL); }), "getline",
                time([&] { readPeers(file); }));
     remove(file.c_str());
 }

@@ -93,6 +93,25 @@ struct File {
     }
 };
 
+inline void writeAll(const char *system, const std::string &path, uint8_t organization) {
+    File file(system, path, organization, FILE_SEQUENTIAL);
+    file.open(FCB_OUTPUT);
+    for (int i = 0; i < kRecords; i++) {
+        make(file.record(), i);
+        file.call(file.fcb.write);
+    }
+    file.close();
+}
+
+inline void readAll(const char *system, const std::string &path, uint8_t organization) {
+    File file(system, path, organization, FILE_SEQUENTIAL);
+    file.open(FCB_INPUT);
+    while (file.read() < 10) {
+        asm volatile("" : : "g"(file.record()) : "memory");
+    }
+    file.close();
+}
+
 } // namespace million
 
 #endif

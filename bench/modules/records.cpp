@@ -6,16 +6,6 @@ namespace {
 
 using namespace million;
 
-void writeOurs(const char *system, const std::string &path) {
-    File file(system, path, 0, FILE_SEQUENTIAL);
-    file.open(FCB_OUTPUT);
-    for (int i = 0; i < kRecords; i++) {
-        make(file.record(), i);
-        file.call(file.fcb.write);
-    }
-    file.close();
-}
-
 void writePeers(const std::string &path) {
     FILE *stream = fopen(path.c_str(), "w");
     char record[kLength];
@@ -24,15 +14,6 @@ void writePeers(const std::string &path) {
         fwrite(record, kLength, 1, stream);
     }
     fclose(stream);
-}
-
-void readOurs(const char *system, const std::string &path) {
-    File file(system, path, 0, FILE_SEQUENTIAL);
-    file.open(FCB_INPUT);
-    while (file.read() < 10) {
-        bench::keep(*file.record());
-    }
-    file.close();
 }
 
 void readPeers(const std::string &path) {
@@ -52,9 +33,9 @@ ZOR_BENCH(records) {
     const double written = time([&] { writePeers(plain); });
     for (const char *system : {"rsd", "psx", "uqe"}) {
         remove(file.c_str());
-        const double ours = time([&] { writeOurs(system, file); });
+        const double ours = time([&] { writeAll(system, file, 0); });
         bench::row(std::string(system) + " WRITE in sequence", ours, "fwrite", written);
-        const double read = time([&] { readOurs(system, file); });
+        const double read = time([&] { readAll(system, file, 0); });
         bench::row(std::string(system) + " READ in sequence", read, "fread",
                    time([&] { readPeers(plain); }));
     }

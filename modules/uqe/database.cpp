@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "core/file_claims.h"
+#include "indexed_store.h"
 #include "proccom.h"
 #include "shifted_vfs.h"
 
@@ -429,6 +430,9 @@ Outcome makeChange(UqeFile &file, Change change, int64_t number, std::span<const
 
 void endWalk(UqeFile &file) {
     if (file.walk != nullptr) {
+        if (file.indexed != nullptr) {
+            leaveRow(file);
+        }
         sqlite3_reset(file.walk);
         file.walk = nullptr;
     }

@@ -23,12 +23,17 @@ std::span<const FileKey> keysOf(const FileDescription &description) {
 }
 
 void KeyValue::set(const FileKey &key, std::span<const uint8_t> record) {
+    const auto start = static_cast<std::size_t>(key.position);
+    if (start + key.length <= record.size()) {
+        set(record.subspan(start, key.length));
+        return;
+    }
+    const std::size_t there = record.size() - std::min(start, record.size());
     length = key.length;
-    const std::size_t start =
-        std::min<std::size_t>(static_cast<std::size_t>(key.position), record.size());
-    const std::size_t there = std::min(length, record.size() - start);
-    memcpy(bytes, record.data() + start, there);
-    memset(bytes + there, ' ', length - there);
+    memset(bytes, ' ', length);
+    if (there > 0) {
+        memcpy(bytes, record.data() + start, there);
+    }
 }
 
 void KeyValue::set(std::span<const uint8_t> value) {

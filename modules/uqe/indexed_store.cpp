@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <new>
+#include <utility>
 
 #include "proccom.h"
 
@@ -304,9 +304,17 @@ Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t se
     return walkOn(file);
 }
 
+void leaveRow(UqeFile &file) {
+    IndexedState &state = *file.indexed;
+    if (std::exchange(state.keyIsInRow, false)) {
+        state.key.set(state.keys[static_cast<std::size_t>(state.keyref)], rowOf(file).record);
+    }
+}
+
 Outcome walkOn(UqeFile &file) {
     const Outcome outcome = step(file, file.walk);
     if (!outcome.good()) {
+        file.indexed->keyIsInRow = false; // nor is there a next record to be found from it
         endWalk(file);
     }
     return outcome;

@@ -18,6 +18,7 @@ struct IndexedState {
     KeyValue key;
     int64_t sequence;
     bool ahead;
+    bool keyIsInRow;      // the position is the row of the walk, and `key` not yet its key
     KeyValue current;     // prime key of the last good READ
     KeyValue lastWritten; // prime key of the last WRITE in sequential access,
     bool hasLastWritten;  // once it is known
@@ -43,6 +44,8 @@ struct Row {
 
 // Puts the walk at the first row that way; kEndOfFile when there is none.
 Outcome seek(UqeFile &file, int keyref, Way way, const KeyValue &key, int64_t sequence);
+// Lets go of the row where the walk is.
+void leaveRow(UqeFile &file);
 // One step on in the walk at hand.
 Outcome walkOn(UqeFile &file);
 // The row where the walk is. Its record lasts until the next step.

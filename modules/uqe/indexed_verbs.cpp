@@ -26,13 +26,6 @@ bool locksKey(UqeFile &file, const KeyValue &prime) {
     return !file.locks.inForce || file.locks.update(recordOfKey(prime.bytes, prime.length));
 }
 
-void setPosition(IndexedState &state, int keyref, const Row &row, bool ahead) {
-    state.keyref = keyref;
-    state.key.set(state.keys[static_cast<std::size_t>(keyref)], row.record);
-    state.sequence = row.sequence;
-    state.ahead = ahead;
-}
-
 // Gives the row where the walk is, unless another program holds it: then everything stays as it is.
 Outcome deliver(UqeFile &file, FCB &fcb, int keyref, Reading reading) {
     IndexedState &state = *file.indexed;
@@ -47,13 +40,18 @@ Outcome deliver(UqeFile &file, FCB &fcb, int keyref, Reading reading) {
     if (!outcome.good()) {
         return outcome;
     }
-    setPosition(state, keyref, row, false);
+    state.keyref = keyref;
+    state.sequence = row.sequence;
+    state.ahead = false;
+    state.keyIsInRow = true;
     if (file.updates()) {
         state.current.set(state.keys[0], row.record);
     }
-    const bool mayRepeat = row.sequence > 0;
-    return mayRepeat &&
-                   hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
+    if (row.sequence == 0) {
+        return kDone;
+    }
+    leaveRow(file);
+    return hasEqual(file, keyref, state.key, state.sequence, reading != Reading::Previous)
                ? kDuplicatesNoted
                : kDone;
 }
@@ -218,7 +216,10 @@ Outcome startIndexed(UqeFile &file, FCB &fcb) {
         if (search.equal && !KeyValue(*key, row.record).beginsWith(value)) {
             outcome = kNotFound;
         } else {
-            setPosition(*file.indexed, fcb.keyref, row, true);
+            IndexedState &state = *file.indexed;
+            state.keyref = fcb.keyref;
+            state.sequence = row.sequence;
+            state.ahead = state.keyIsInRow = true;
         }
     }
     endWalk(file);
