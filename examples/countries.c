@@ -5,6 +5,7 @@
 #include "decimal_moves.h"
 #include "display.h"
 #include "edit.h"
+#include "file.h"
 #include "messages.h"
 #include "pcb.h"
 
@@ -57,7 +58,16 @@ struct Figures {
         }                                                                                          \
     }
 
-static struct CountryRecord record;
+/* A record area has 32 bytes ahead of its record. */
+static struct {
+    FCB *file;
+    char reserved[28];
+    struct CountryRecord record;
+} countryArea;
+static struct CountryRecord *const record = &countryArea.record;
+static void *countryAreaAddress = &countryArea;
+static int32_t endOfCountries;
+
 static struct Figures countryFigures, thisFigures;
 static struct Figures worldFigures = ZERO_FIGURES;
 static struct Figures regionFigures[kRegions] = {ZERO_FIGURES, ZERO_FIGURES, ZERO_FIGURES,
@@ -183,11 +193,26 @@ static const AlphanumericEditDescriptor editDate = {10, 0, "XXXX/XX/XX"};
 
 int main(void);
 
-static IPCB ipcb = {.entry = (void *)main};
+static FileDescription countryDescription = {.index = 1,
+                                             .fscode = "lsq",
+                                             .organization = FILE_LINE_SEQUENTIAL,
+                                             .access = FILE_SEQUENTIAL,
+                                             .assign = FILE_ENVIRONMENT,
+                                             .maxrec = sizeof(struct CountryRecord),
+                                             .filename = "COUNTRY-FILE",
+                                             .assignlen = 9,
+                                             .recordptr = &countryAreaAddress,
+                                             .assignname = "COUNTRIES"};
+static FCB countryFile;
+static FCB *files[] = {&countryFile};
+static FileDescription *descriptions[] = {&countryDescription};
+
+static IPCB ipcb = {.entry = (void *)main, .fcbs = files, .nfcbs = 1};
 static PCB pcb = {.level = {5, 1, 1},
                   .ipcb = &ipcb,
                   .name = "COUNTRIES",
                   .namelen = 9,
+                  .fcbsrc = descriptions,
                   .century = PCB_NO_CENTURY_WINDOW};
 
 /* ---- code that this compiler emits out of line */
@@ -244,17 +269,12 @@ static const char *regionName(int32_t index) {
     return regionNames + (index - 1) * kRegionLength;
 }
 
-static int atEnd(void) {
-    for (uint32_t i = 0; i < sizeof record; i++)
-        if (((const uint8_t *)&record)[i] != 0xFF)
-            return 0;
-    return 1;
-}
-
 static void readRecord(void) {
-    _zorcMoveFigConst(&record, sizeof record, "\xFF", 1);
-    _zorcAccept(ACCEPT_FROM_SYSIN, sizeof record, &record);
-    if (!atEnd())
+    countryFile.verbopts = FCB_AT_END;
+    countryFile.read(&countryFile, &ipcb);
+    if (countryFile.status == 10)
+        endOfCountries = 1;
+    else
         _zorcBCD_ADD_Pckd_Int4(recordsRead, kCount, 1);
 }
 
@@ -310,7 +330,7 @@ static void endRegion(void) {
 
 static void rejectRecord(void) {
     _zorcBCD_ADD_Pckd_Int4(recordsRejected, kCount, 1);
-    moveText(rejectLine.name, sizeof rejectLine.name, record.name, kNameLength);
+    moveText(rejectLine.name, sizeof rejectLine.name, record->name, kNameLength);
     moveEdited(recordsRead, kCount, rejectLine.record, &editCount, 4);
     makeRoom();
     DISPLAY_GROUP(rejectLine);
@@ -330,7 +350,7 @@ static void addFigures(struct Figures *sums) {
 
 static void listCountry(void) {
     uint8_t levy[PACKED(kWork)], grant[PACKED(kWork)];
-    uint8_t sign = record.change[kChangeInDigits];
+    uint8_t sign = record->change[kChangeInDigits];
     if (regionIndex != currentRegion) {
         endRegion();
         currentRegion = regionIndex;
@@ -343,10 +363,10 @@ static void listCountry(void) {
         _zorcBCD_ADD_Pckd_Int4(signsDoubtful, kCount, 1);
 
     _zorcBCD_Cpy_Pckd(packedOne, countryFigures.count, kCount, 1);
-    _zorcBCD_CONV_ZndUS_To_Pckd(record.area, countryFigures.area, kArea, kAreaInDigits);
-    _zorcBCD_CONV_ZndUS_To_Pckd(record.population, countryFigures.population, kPopulation,
+    _zorcBCD_CONV_ZndUS_To_Pckd(record->area, countryFigures.area, kArea, kAreaInDigits);
+    _zorcBCD_CONV_ZndUS_To_Pckd(record->population, countryFigures.population, kPopulation,
                                 kPopulationInDigits);
-    _zorcBCD_CONV_ZndTS_To_Pckd(record.change, growth, kGrowth, kChangeInDigits);
+    _zorcBCD_CONV_ZndTS_To_Pckd(record->change, growth, kGrowth, kChangeInDigits);
     _zorcBCD_MPY_Pckd(countryFigures.population, growth, countryFigures.people, kPeople, kGrowth,
                       kPopulation);
 
@@ -358,22 +378,22 @@ static void listCountry(void) {
 
     addFigures(&regionFigures[regionIndex - 1]);
     addFigures(&worldFigures);
-    memcpy(detailLine.head.name, record.name, kNameLength);
+    memcpy(detailLine.head.name, record->name, kNameLength);
     thisFigures = countryFigures;
     printFigures();
 }
 
 static void takeRecord(void) {
     for (regionIndex = 1; regionIndex <= kRegions; regionIndex++)
-        if (memcmp(regionName(regionIndex), record.region, kRegionLength) == 0)
+        if (memcmp(regionName(regionIndex), record->region, kRegionLength) == 0)
             break;
     if (regionIndex > kRegions)
         MOVE_LITERAL("REGION IS NOT KNOWN", rejectLine.reason);
-    else if (!isNumeric(record.area, kAreaInDigits))
+    else if (!isNumeric(record->area, kAreaInDigits))
         MOVE_LITERAL("AREA IS NOT NUMERIC", rejectLine.reason);
-    else if (!isNumeric(record.population, kPopulationInDigits))
+    else if (!isNumeric(record->population, kPopulationInDigits))
         MOVE_LITERAL("POPULATION IS NOT NUMERIC", rejectLine.reason);
-    else if (!isNumeric(record.change, kChangeInDigits))
+    else if (!isNumeric(record->change, kChangeInDigits))
         MOVE_LITERAL("CHANGE IS NOT NUMERIC", rejectLine.reason);
     else {
         listCountry();
@@ -432,11 +452,14 @@ static void mainLine(void) {
     _zorcAccept(ACCEPT_DATE | ACCEPT_FOUR_DIGIT_YEAR, sizeof today, today);
     _zorcMoveAlphaNumEdit(&editDate, today, sizeof today, titleLine.date);
     startPage();
+    countryFile.openmode = FCB_INPUT;
+    countryFile.open(&countryFile, &ipcb);
     readRecord();
-    while (!atEnd()) {
+    while (!endOfCountries) {
         takeRecord();
         readRecord();
     }
+    countryFile.close(&countryFile, &ipcb);
     endRegion();
     printSummary();
     if (!_zorcBCD_NOT_Pckd(recordsRejected, kCount) || !_zorcBCD_NOT_Pckd(signsDoubtful, kCount))

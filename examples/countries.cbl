@@ -3,10 +3,17 @@
       *> Lists the countries of the world by region, with area,
       *> population, density, growth, and what a made-up world budget
       *> would ask of each: a levy of 2.5 cents a head less a grant of
-      *> 50 cents a square kilometre. SYSIN holds the countries, sorted
-      *> by region. The status is 4 when a record was not in order.
+      *> 50 cents a square kilometre. The environment says in COUNTRIES
+      *> where the file of the countries is, sorted by region. The
+      *> status is 4 when a record was not in order.
+       ENVIRONMENT DIVISION.
+       INPUT-OUTPUT SECTION.
+       FILE-CONTROL.
+           SELECT COUNTRY-FILE ASSIGN TO COUNTRIES
+               ORGANIZATION LINE SEQUENTIAL.
        DATA DIVISION.
-       WORKING-STORAGE SECTION.
+       FILE SECTION.
+       FD  COUNTRY-FILE.
        01  COUNTRY-RECORD.
            05  IN-NAME             PIC X(26).
            05  IN-REGION           PIC X(13).
@@ -18,6 +25,8 @@
                10  IN-CHANGE-SIGN      PIC X.
                    88  SIGN-IN-ORDER   VALUE "+" "-".
 
+       WORKING-STORAGE SECTION.
+       01  END-OF-COUNTRIES        PIC S9(9) BINARY VALUE 0.
       *> Three groups of the same form: a country, a region, the world.
        01  COUNTRY-FIGURES.
            05  C-COUNT             PIC S9(5)      COMP-3.
@@ -128,11 +137,13 @@
            ACCEPT TODAY FROM DATE YYYYMMDD
            MOVE TODAY TO TI-DATE
            PERFORM START-PAGE
+           OPEN INPUT COUNTRY-FILE
            PERFORM READ-RECORD
-           PERFORM UNTIL COUNTRY-RECORD = HIGH-VALUES
+           PERFORM UNTIL END-OF-COUNTRIES = 1
                PERFORM TAKE-RECORD
                PERFORM READ-RECORD
            END-PERFORM
+           CLOSE COUNTRY-FILE
            PERFORM END-REGION
            PERFORM PRINT-SUMMARY
            IF RECORDS-REJECTED NOT = 0 OR SIGNS-DOUBTFUL NOT = 0
@@ -140,13 +151,11 @@
            END-IF
            STOP RUN.
 
-      *> At the end of SYSIN the record keeps the value set here.
        READ-RECORD.
-           MOVE HIGH-VALUES TO COUNTRY-RECORD
-           ACCEPT COUNTRY-RECORD FROM SYSIN
-           IF COUNTRY-RECORD NOT = HIGH-VALUES
-               ADD 1 TO RECORDS-READ
-           END-IF.
+           READ COUNTRY-FILE
+               AT END MOVE 1 TO END-OF-COUNTRIES
+               NOT AT END ADD 1 TO RECORDS-READ
+           END-READ.
 
        TAKE-RECORD.
            PERFORM VARYING REGION-INDEX FROM 1 BY 1

@@ -32,10 +32,11 @@ enum {
 #define FCB_NAME_ALLOCATED 0x00400000u
 #define FCB_CONCATENATED 0x00800000u
 #define FCB_SHARED_EXTERNAL                                                                        \
-    0x01000000u                    /* description found by descindex in the calling program        \
-                                    */
-#define FCB_POSITIONED 0x02000000u /* set by a good OPEN or START, cleared by a failed START */
-#define FCB_READ_GOOD 0x08000000u  /* set by a good READ, cleared by OPEN and a failed READ */
+    0x01000000u                     /* description found by descindex in the calling program       \
+                                     */
+#define FCB_END_OF_PAGE 0x00200000u /* WRITE to a LINAGE file: set or cleared by each */
+#define FCB_POSITIONED 0x02000000u  /* set by a good OPEN or START, cleared by a failed START */
+#define FCB_READ_GOOD 0x08000000u   /* set by a good READ, cleared by OPEN and a failed READ */
 #define FCB_ABSENT_OPTIONAL 0x80000000u
 
 /* Values of FCB.verb and FCB.lastverb. */

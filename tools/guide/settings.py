@@ -1,5 +1,6 @@
 """The page of settings: run-time options from their table, variables from the calls that read them,
 and for each what the guide's program of settings shows."""
+import itertools
 import re
 
 from sources import generated, library_files, read, table
@@ -76,6 +77,9 @@ VARIABLES = {
         "VFS_DEBUG_OPEN": ("not empty: each OPEN and CLOSE on standard error, see "
                            "[files.md](files.md)", "off"),
         "VFS_DEBUG_ERROR": ("not empty: each failed verb on standard error", "off"),
+        "VFS_SYNC": ("begins with `1`: sequential output is with the system at the end of each verb; "
+                     "`2`: every change is on the disk then. Read at each OPEN; see "
+                     "[file-systems.md](file-systems.md)", "buffers are written when they are full"),
         "VFS_NO_FORCE_FS": ("not empty: a file without a file system of its own is bni, not uqe",
                             "off"),
     },
@@ -195,9 +199,9 @@ def code_pages():
 
 
 def variables_read():
-    """Every variable that the library asks the environment for."""
+    """Every variable that the library and its modules ask the environment for."""
     found = set()
-    for _, text in library_files():
+    for _, text in itertools.chain(library_files(), library_files("modules")):
         names = dict(re.findall(r'(k\w+)(?:\[\])? = "([A-Z_]+)"', text))
         for argument in re.findall(r"(?:settingOf|valueOf)\(([^()]+)\)", text):
             if argument.startswith('"'):

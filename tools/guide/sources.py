@@ -4,7 +4,6 @@ import re
 
 ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."))
 INCLUDE = os.path.join(ROOT, "include")
-LIBRARY = os.path.join(ROOT, "wscobol")
 PROGRAMS = os.path.join(ROOT, "docs", "guide", "programs")
 
 
@@ -13,14 +12,14 @@ def read(*path):
         return file.read()
 
 
-def library_files():
-    """(path below wscobol/, text) of every source of the library, in order."""
-    for folder, folders, names in os.walk(LIBRARY):
+def library_files(root="wscobol"):
+    """(path below the root, text) of every source of the library, or of its modules, in order."""
+    for folder, folders, names in os.walk(os.path.join(ROOT, root)):
         folders.sort()
         for name in sorted(names):
             if name.endswith((".cpp", ".h")):
-                path = os.path.relpath(os.path.join(folder, name), LIBRARY)
-                yield path, read("wscobol", path)
+                path = os.path.relpath(os.path.join(folder, name), os.path.join(ROOT, root))
+                yield path, read(root, path)
 
 
 def cell(text):

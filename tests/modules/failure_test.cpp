@@ -1,0 +1,194 @@
+// Files that are none, disks that are full, verbs that were broken off.
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include "modules/cobol_file.h"
+
+namespace {
+
+using namespace modules_test;
+
+const Shape kIndexed = {.organization = FILE_INDEXED,
+                        .access = FILE_DYNAMIC,
+                        .maxrec = 200,
+                        .keys = {key(0, 8), key(8, 4, true)}};
+
+Shape shapeOn(const char *system, uint8_t organization = 0) {
+    Shape shape{.system = system, .organization = organization, .maxrec = 200};
+    if (organization == FILE_INDEXED) {
+        shape.keys = kIndexed.keys;
+    }
+    return shape;
+}
+
+TEST(Failure, WhatOpenRefuses) {
+    const kit::TemporaryDirectory directory;
+    const std::string path = directory.file("data");
+    struct Case {
+        Shape shape;
+        std::string file; // "-": there is none
+        uint16_t mode;
+        int status;
+    };
+    Shape otherKeys = kIndexed;
+    otherKeys.keys[1].length = 5;
+    Shape otherLength = kIndexed;
+    otherLength.maxrec = 201;
+    Shape primeWithDuplicates = kIndexed;
+    primeWithDuplicates.keys[0].attribute = FILE_KEY_DUPLICATES;
+    Shape keyOutside = kIndexed;
+    keyOutside.keys[1].position = 197;
+    {
+        CobolFile file(kIndexed, directory.file("good"));
+        ASSERT_EQ(file.open(FCB_OUTPUT), 0);
+        EXPECT_EQ(file.write("11111111aaaa"), 0);
+        EXPECT_EQ(file.close(), 0);
+    }
+    const std::string good = kit::readFile(directory.file("good"));
+    ASSERT_EQ(good.substr(8, 4), std::string("UQE\0", 4));
+    std::string damaged = good;
+    std::fill(damaged.begin() + 4096, damaged.end(), 'x');
+    std::string holed = good;
+    std::fill(holed.begin() + 8192, holed.end(), '\xFF');
+    const Case cases[] = {
+        {kIndexed, "-", FCB_INPUT, 35},
+        {kIndexed, "-", FCB_IO, 35},
+        {kIndexed, good, FCB_INPUT, 0},
+        {kIndexed, "", FCB_INPUT, 0},
+        {kIndexed, "no file of ours", FCB_INPUT, 39},
+        {kIndexed, std::string(9000, 'x'), FCB_IO, 39},
+        {kIndexed, good.substr(0, 3000), FCB_INPUT, 39},
+        {kIndexed, damaged, FCB_INPUT, 30},
+        {otherKeys, good, FCB_INPUT, 39},
+        {otherLength, good, FCB_EXTEND, 39},
+        {shapeOn("uqe", FILE_RELATIVE), good, FCB_INPUT, 39},
+        {primeWithDuplicates, "-", FCB_OUTPUT, 39},
+        {keyOutside, "-", FCB_OUTPUT, 39},
+        {shapeOn("psx"), good, FCB_INPUT, 39},
+        {shapeOn("psx"), std::string(5000, 'x'), FCB_IO, 39},
+        {shapeOn("psx", FILE_INDEXED), "-", FCB_OUTPUT, 39},
+        {shapeOn("rsd", FILE_RELATIVE), "-", FCB_OUTPUT, 39},
+        {shapeOn("bni", FILE_INDEXED), "text", FCB_INPUT, 39},
+    };
+    for (const Case &test : cases) {
+        remove(path.c_str());
+        if (test.file != "-") {
+            kit::writeFile(path, test.file);
+        }
+        CobolFile file(test.shape, path);
+        EXPECT_EQ(file.open(test.mode), test.status) << &test - cases;
+        EXPECT_EQ(file.close(), test.status == 0 ? 0 : 42);
+    }
+    // Damage behind the part that OPEN looks at shows with the record, and never as a crash.
+    kit::writeFile(path, holed);
+    CobolFile file(kIndexed, path);
+    if (file.open(FCB_INPUT) == 0) {
+        EXPECT_EQ(file.read(FCB_NEXT), 30);
+    }
+    for (const char *system : {"uqe", "psx", "lsq", "rsd"}) {
+        CobolFile none(shapeOn(system), directory.path());
+        EXPECT_EQ(none.open(FCB_INPUT), 37);
+        CobolFile lost(shapeOn(system), directory.path() + "/no/such/place");
+        EXPECT_EQ(lost.open(FCB_OUTPUT), 35);
+    }
+}
+
+// OPTIONAL files: what each mode makes of an absent one.
+TEST(Failure, AbsentOptionalFiles) {
+    for (const char *system : {"uqe", "psx", "lsq", "rsd"}) {
+        const kit::TemporaryDirectory directory;
+        Shape shape = shapeOn(system);
+        shape.optional = true;
+        CobolFile file(shape, directory.file("data"));
+        EXPECT_EQ(file.open(FCB_INPUT), 5);
+        EXPECT_EQ(file.read(), 10);
+        EXPECT_EQ(file.read(), 46);
+        EXPECT_EQ(file.close(), 0);
+        EXPECT_EQ(file.open(FCB_EXTEND), 5);
+        EXPECT_EQ(file.write("first"), 0);
+        EXPECT_EQ(file.close(), 0);
+        EXPECT_EQ(file.open(FCB_IO), 0);
+        EXPECT_EQ(file.rest().first.size(), 1U);
+    }
+}
+
+// With no room for more than some megabytes, WRITE ends in 34 at some record, and all records ahead
+// of that are in the file: so says the process, and so it is.
+TEST(Failure, FullDisk) {
+    for (const char *system : {"uqe", "uqe with keys", "psx", "lsq", "rsd"}) {
+        SCOPED_TRACE(system);
+        const kit::TemporaryDirectory directory;
+        const std::string name = system;
+        const Shape shape = name.size() > 3 ? kIndexed : shapeOn(system);
+        const pid_t child = fork();
+        if (child == 0) {
+            signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{5'000'000, 5'000'000};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            CobolFile file(shape, directory.file("data"));
+            int written = 0;
+            int status = file.open(FCB_OUTPUT);
+            for (char number[16]; status == 0 && written < 60'000; written += status == 0) {
+                snprintf(number, sizeof number, "%08d", written);
+                status = file.write(number + std::string(150, 'x'));
+                status = status == 2 ? 0 : status;
+            }
+            const int closed = file.close();
+            const bool told = status == 34 && (closed == 0 || closed == 34);
+            kit::writeFile(directory.file("count"), std::to_string(told ? written : -closed));
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        const int written = std::stoi(kit::readFile(directory.file("count")));
+        EXPECT_GT(written, 10'000);
+        CobolFile file(shape, directory.file("data"));
+        ASSERT_EQ(file.open(FCB_INPUT), 0);
+        const auto records = file.rest().first;
+        const bool buffered = name == "lsq" || name == "rsd"; // CLOSE has told of the rest
+        EXPECT_GE(static_cast<int>(records.size()), buffered ? 10'000 : written);
+        EXPECT_LE(static_cast<int>(records.size()), written + 1);
+    }
+}
+
+// Whether a jump out of a signal's handler left the READ. The record area is not there, so the copy
+// into it breaks off.
+bool breakOffRead(CobolFile &file) {
+    static sigjmp_buf out;
+    static CobolFile *broken;
+    static uint8_t *area;
+    broken = &file;
+    area = std::exchange(file.fcb.data, nullptr);
+    signal(SIGSEGV, [](int) { siglongjmp(out, 1); });
+    const bool jumped = sigsetjmp(out, 1) != 0;
+    if (!jumped) {
+        broken->fcb.read(&broken->fcb, nullptr);
+    }
+    signal(SIGSEGV, SIG_DFL);
+    broken->fcb.data = area;
+    return jumped;
+}
+
+// A verb that a jump leaves: the file can be closed, and is good afterwards.
+TEST(Failure, BrokenOffVerb) {
+    for (const char *system : {"uqe", "psx", "lsq"}) {
+        const kit::TemporaryDirectory directory;
+        const std::string path = directory.file("data");
+        {
+            CobolFile file(shapeOn(system), path);
+            ASSERT_EQ(file.open(FCB_OUTPUT), 0);
+            EXPECT_EQ(file.write("one"), 0);
+        }
+        CobolFile file(shapeOn(system), path);
+        ASSERT_EQ(file.open(FCB_IO), 0);
+        EXPECT_TRUE(breakOffRead(file));
+        EXPECT_EQ(file.read(), 30);
+        EXPECT_EQ(file.close(), 30);
+        EXPECT_EQ(file.open(FCB_INPUT), 0);
+        EXPECT_EQ(file.rest().first.size(), 1U);
+    }
+}
+
+} // namespace

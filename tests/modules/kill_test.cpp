@@ -1,0 +1,191 @@
+// A program is killed at any moment, again and again: what it was told is stored is there, and
+// every file can be read and gone on with. ZOR_LONG_TESTS asks for more.
+
+#include <csignal>
+#include <random>
+#include <sys/mman.h>
+#include <sys/wait.h>
+
+#include "modules/cobol_file.h"
+
+namespace {
+
+using namespace modules_test;
+
+int rounds() {
+    return getenv("ZOR_LONG_TESTS") != nullptr ? 500 : 25;
+}
+
+// What the killed program did, in storage that outlives it.
+constexpr int kRecords = 100;
+struct Deeds {
+    int version;           // of the last verb
+    int stored[kRecords];  // version that a verb came back for, 0 for none
+    int running[kRecords]; // version of the verb that began last
+    int count;             // of records written in sequence
+};
+
+class Victim {
+public:
+    Victim() {
+        void *map =
+            mmap(nullptr, sizeof(Deeds), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        deeds = static_cast<Deeds *>(map);
+    }
+    ~Victim() { munmap(deeds, sizeof(Deeds)); }
+    Victim(const Victim &) = delete;
+    Victim &operator=(const Victim &) = delete;
+
+    // Runs the body, which does not end, in a process that is killed some moments later.
+    template <class Body> void kill(unsigned seed, Body body) {
+        const pid_t child = fork();
+        if (child == 0) {
+            body(std::mt19937(seed));
+            _exit(0);
+        }
+        usleep(std::mt19937(seed)() % 12'000);
+        ::kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFSIGNALED(status)) << status;
+    }
+
+    Deeds *deeds;
+};
+
+std::string textOf(const char *format, int value) {
+    char text[32];
+    snprintf(text, sizeof text, format, value);
+    return text;
+}
+
+// Record: number, an alternate key with many duplicates, version; long enough for many pages.
+std::string recordOf(int record, int version) {
+    return textOf("%04d", record) + textOf("%02d", version % 7) + textOf("%08d", version) +
+           std::string(886, 'x');
+}
+
+void chooseRecord(CobolFile &file, int record) {
+    file.fcb.relative = static_cast<uint32_t>(record + 1);
+    file.putKey(textOf("%04d", record), 0);
+}
+
+void updateForever(CobolFile &file, Deeds &deeds, std::mt19937 random) {
+    for (;;) {
+        const int record = static_cast<int>(random() % kRecords);
+        const int version = ++deeds.version;
+        const bool erases = random() % 8 == 0;
+        chooseRecord(file, record);
+        const bool there = file.read() < 10;
+        chooseRecord(file, record);
+        deeds.running[record] = erases ? 0 : version;
+        const int status = erases  ? file.erase()
+                           : there ? file.rewrite(recordOf(record, version))
+                                   : file.write(recordOf(record, version));
+        if (status >= 10 && !(erases && status == 23)) {
+            _exit(2);
+        }
+        deeds.stored[record] = deeds.running[record];
+    }
+}
+
+// Each record is as the last verb that came back left it, or as the one that was running did.
+void checkRecords(CobolFile &file, Deeds &deeds) {
+    int count = 0;
+    for (int record = 0; record < kRecords; record++) {
+        chooseRecord(file, record);
+        const int status = file.read();
+        const int version = status < 10 ? std::stoi(file.record().substr(6, 8)) : 0;
+        ASSERT_TRUE(status < 10 || status == 23) << status;
+        ASSERT_TRUE(version == deeds.stored[record] || version == deeds.running[record])
+            << record << " is " << version << ", not " << deeds.stored[record];
+        if (version != 0) {
+            ASSERT_EQ(file.record(), recordOf(record, version));
+        }
+        deeds.stored[record] = deeds.running[record] = version;
+        count += version != 0;
+    }
+    for (const uint8_t keyref : {uint8_t{0}, uint8_t{1}}) {
+        if (keyref == 0 || file.description().nkeys > 1) {
+            file.start(FCB_FIRST, "", keyref);
+            EXPECT_EQ(file.rest().first.size(), static_cast<std::size_t>(count));
+        }
+    }
+}
+
+TEST(Kill, Updates) {
+    const Shape relative = {
+        .organization = FILE_RELATIVE, .access = FILE_DYNAMIC, .maxrec = 900, .optional = true};
+    Shape slots = relative;
+    slots.system = "psx";
+    Shape indexed = relative;
+    indexed.organization = FILE_INDEXED;
+    indexed.keys = {key(0, 4), key(4, 2, true)};
+    Shape shared = indexed;
+    shared.lock = FILE_LOCK_MANUAL;
+    for (const Shape &shape : {relative, slots, indexed, shared}) {
+        const kit::TemporaryDirectory directory;
+        Victim victim;
+        for (int i = 0; i < rounds() && !HasFailure(); i++) {
+            victim.kill(static_cast<unsigned>(i), [&](std::mt19937 random) {
+                CobolFile file(shape, directory.file("data"));
+                if (file.open(FCB_IO) < 10) {
+                    updateForever(file, *victim.deeds, random);
+                }
+            });
+            CobolFile file(shape, directory.file("data"));
+            ASSERT_LT(file.open(FCB_IO), 10);
+            checkRecords(file, *victim.deeds);
+        }
+    }
+}
+
+// Output in sequence: what is there is a beginning of what was written, and with VFS_SYNC all of
+// it.
+TEST(Kill, Output) {
+    for (const char *sync : {"0", "1"}) {
+        setenv("VFS_SYNC", sync, 1);
+        for (const char *system : {"lsq", "rsd", "uqe"}) {
+            const Shape shape = {.system = system, .maxrec = 700, .minrec = 4};
+            Victim victim;
+            for (int i = 0; i < rounds() / 5 && !HasFailure(); i++) {
+                const kit::TemporaryDirectory directory;
+                victim.deeds->count = 0;
+                victim.kill(static_cast<unsigned>(i), [&](std::mt19937 random) {
+                    CobolFile file(shape, directory.file("data"));
+                    file.open(FCB_OUTPUT);
+                    for (int n = 1;
+                         file.write(textOf("%07d", n) + std::string(random() % 690, 'x')) == 0;
+                         n++) {
+                        victim.deeds->count = n;
+                    }
+                });
+                CobolFile file(shape, directory.file("data"));
+                const int opened = file.open(FCB_INPUT);
+                if (opened == 35 && victim.deeds->count == 0) {
+                    continue;
+                }
+                ASSERT_EQ(opened, 0);
+                const auto [records, end] = file.rest();
+                EXPECT_EQ(end, 10);
+                int number = 0;
+                for (const std::string &record : records) {
+                    ASSERT_EQ(record.substr(0, 7),
+                              textOf("%07d", ++number).substr(0, record.size()));
+                }
+                if (*sync == '1' || shape.system == "uqe") {
+                    EXPECT_GE(number, victim.deeds->count);
+                }
+                EXPECT_EQ(file.close(), 0);
+                EXPECT_EQ(file.open(FCB_EXTEND), 0);
+                EXPECT_EQ(file.write("last"), 0);
+                EXPECT_EQ(file.close(), 0);
+                EXPECT_EQ(file.open(FCB_INPUT), 0);
+                EXPECT_EQ(file.rest().first.back(), "last");
+            }
+        }
+    }
+    unsetenv("VFS_SYNC");
+}
+
+} // namespace

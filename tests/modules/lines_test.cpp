@@ -1,0 +1,194 @@
+// Line sequential files: what bytes a program's records become, and what records come of bytes.
+
+#include "modules/cobol_file.h"
+
+namespace {
+
+using modules_test::CobolFile;
+using modules_test::Shape;
+using Statuses = std::vector<int>;
+
+const Shape kLines = {.system = "lsq", .organization = FILE_LINE_SEQUENTIAL, .maxrec = 4};
+
+TEST(Lines, Read) {
+    struct Case {
+        std::string file;
+        std::vector<std::string> records; // as far as READ fills them; the rest is blank
+        Statuses statuses;
+    };
+    const Case cases[] = {
+        {"", {}, {10}},
+        {"\n", {""}, {0, 10}},
+        {"ab\ncd\n", {"ab", "cd"}, {0, 0, 10}},
+        {"ab\ncd", {"ab", "cd"}, {0, 0, 10}},
+        {"ab\r\n\r\nabcd\r\n", {"ab", "", "abcd"}, {0, 0, 0, 10}},
+        {"a\tb\n a \n", {"a\tb", " a "}, {0, 0, 10}},
+        {"abcdefghij\nk\n", {"abcd", "efgh", "ij", "k"}, {6, 6, 0, 0, 10}},
+        {"abcdefgh\n", {"abcd", "efgh"}, {6, 0, 10}},
+        {"abcde", {"abcd", "e"}, {6, 0, 10}},
+        {"a\rb\n\r\r\nabcd\r", {"a\rb", "\r", "abcd", "\r"}, {0, 0, 6, 0, 10}},
+    };
+    const kit::TemporaryDirectory directory;
+    const std::string path = directory.file("lines");
+    for (const Case &test : cases) {
+        kit::writeFile(path, test.file);
+        CobolFile file(kLines, path);
+        ASSERT_EQ(file.open(FCB_INPUT), 0);
+        std::vector<std::string> records;
+        Statuses statuses{file.read()};
+        while (statuses.back() < 10) {
+            records.push_back(file.record());
+            const std::string area(reinterpret_cast<char *>(file.fcb.data), 4);
+            EXPECT_EQ(area, records.back() + std::string(4 - records.back().size(), ' '));
+            statuses.push_back(file.read());
+        }
+        EXPECT_EQ(records, test.records) << kit::hex(test.file);
+        EXPECT_EQ(statuses, test.statuses) << kit::hex(test.file);
+        EXPECT_EQ(file.read(), 46);
+    }
+}
+
+// A line that begins in one stretch of the file and ends in the next, or is longer than both.
+TEST(Lines, ReadAcrossStretches) {
+    const kit::TemporaryDirectory directory;
+    std::string text;
+    std::vector<std::string> lines;
+    for (int i = 0; i < 3000; i++) {
+        lines.emplace_back(static_cast<std::size_t>(i * 7 % 300), static_cast<char>('a' + i % 26));
+        text += lines.back() + "\n";
+    }
+    text += std::string(400'000, 'x');
+    kit::writeFile(directory.file("lines"), text);
+    Shape shape = kLines;
+    shape.maxrec = 300;
+    CobolFile file(shape, directory.file("lines"));
+    ASSERT_EQ(file.open(FCB_INPUT), 0);
+    for (const std::string &line : lines) {
+        ASSERT_EQ(file.read(), 0);
+        ASSERT_EQ(file.record(), line);
+    }
+    std::size_t rest = 0;
+    while (file.read() < 10) {
+        rest += file.record().size();
+    }
+    EXPECT_EQ(rest, 400'000U);
+}
+
+struct Advance {
+    uint8_t kind;
+    int16_t lines;
+    std::string text;
+};
+
+void writeAll(CobolFile &file, const std::vector<Advance> &lines) {
+    for (const Advance &line : lines) {
+        file.fcb.advancekind = line.kind;
+        file.fcb.advance = line.lines;
+        ASSERT_EQ(file.write(line.text), 0);
+    }
+}
+
+TEST(Lines, Write) {
+    struct Case {
+        std::vector<Advance> lines;
+        std::string file;
+    };
+    const Case cases[] = {
+        {{{0, 0, "ab"}, {0, 0, ""}, {0, 0, " c  "}}, "ab\n\n c\n"},
+        {{{FCB_BEFORE_LINES, 2, "a"}, {FCB_BEFORE_LINES, 0, "b"}, {0, 0, "_"}}, "a\n\nb\r\n_\n"},
+        {{{FCB_AFTER_LINES, 2, "a"}, {FCB_AFTER_LINES, 1, "b"}, {0, 0, "c"}}, "\n\na\nb\nc\n"},
+        {{{FCB_AFTER_LINES, 1, "a"}, {FCB_AFTER_LINES, 0, "_"}}, "\na\r_\n"},
+        {{{FCB_AFTER_PAGE, 0, "a"}, {FCB_BEFORE_PAGE, 0, "b"}, {0, 0, "c"}}, "\fa\nb\n\fc\n"},
+    };
+    const kit::TemporaryDirectory directory;
+    const std::string path = directory.file("lines");
+    for (const Case &test : cases) {
+        CobolFile file(kLines, path);
+        ASSERT_EQ(file.open(FCB_OUTPUT), 0);
+        writeAll(file, test.lines);
+        EXPECT_EQ(file.close(), 0);
+        EXPECT_EQ(kit::hex(kit::readFile(path)), kit::hex(test.file));
+    }
+    // EXTEND ends a last line that has no line feed.
+    kit::writeFile(path, "ab");
+    CobolFile file(kLines, path);
+    ASSERT_EQ(file.open(FCB_EXTEND), 0);
+    EXPECT_EQ(file.write("c"), 0);
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(kit::readFile(path), "ab\nc\n");
+}
+
+// Pages of 4 lines with the footing at the third, 1 line above and 2 below.
+TEST(Lines, Linage) {
+    const kit::TemporaryDirectory directory;
+    CobolFile file(kLines, directory.file("pages"));
+    file.description().linageflags = 0xF0;
+    const int32_t page[] = {4, 3, 1, 2};
+    memcpy(file.fcb.linageset, page, sizeof page);
+    ASSERT_EQ(file.open(FCB_OUTPUT), 0);
+    struct Step {
+        Advance line;
+        int counter;
+        bool ended;
+    };
+    const Step steps[] = {
+        {{FCB_BEFORE_LINES, 1, "a"}, 2, false}, {{FCB_BEFORE_LINES, 1, "b"}, 3, true},
+        {{FCB_BEFORE_LINES, 1, "c"}, 4, true},  {{FCB_BEFORE_LINES, 1, "d"}, 1, true},
+        {{FCB_AFTER_LINES, 1, "e"}, 2, false},  {{FCB_AFTER_PAGE, 0, "f"}, 1, false},
+        {{FCB_AFTER_LINES, 9, "g"}, 1, true},
+    };
+    for (const Step &step : steps) {
+        writeAll(file, {step.line});
+        EXPECT_EQ(file.fcb.linecount, step.counter) << step.line.text;
+        EXPECT_EQ((file.fcb.flags & FCB_END_OF_PAGE) != 0, step.ended) << step.line.text;
+    }
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(kit::readFile(directory.file("pages")), "\na\nb\nc\nd\n\n\n\n"
+                                                      "\ne"
+                                                      "\n\n\n\n\n\nf"
+                                                      "\n\n\n\n\n\n\ng\n");
+}
+
+TEST(Lines, RewriteKeepsTheLength) {
+    const kit::TemporaryDirectory directory;
+    const std::string path = directory.file("lines");
+    kit::writeFile(path, "ab\nabc\nabcdefg\n");
+    CobolFile file(kLines, path);
+    ASSERT_EQ(file.open(FCB_IO), 0);
+    EXPECT_EQ(file.rewrite("x"), 43);
+    EXPECT_EQ(file.read(), 0);
+    EXPECT_EQ(file.rewrite("xyz"), 44);
+    EXPECT_EQ(file.read(), 0);
+    EXPECT_EQ(file.rewrite("x"), 0);
+    EXPECT_EQ(file.rewrite("x"), 43);
+    EXPECT_EQ(file.read(), 6);
+    EXPECT_EQ(file.read(), 0);
+    EXPECT_EQ(file.rewrite("EFG"), 0);
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(kit::readFile(path), "ab\nx  \nabcdEFG\n");
+}
+
+TEST(Lines, SeveralFilesAsOne) {
+    const kit::TemporaryDirectory directory;
+    kit::writeFile(directory.file("a"), "1\n2");
+    kit::writeFile(directory.file("b"), "");
+    kit::writeFile(directory.file("c"), "3\n");
+    const std::string names =
+        directory.file("a") + ":" + directory.file("b") + ":" + directory.file("c");
+    for (const bool optional : {false, true}) {
+        Shape shape = kLines;
+        shape.optional = optional;
+        CobolFile file(shape, names + (optional ? ":" + directory.file("absent") : ""));
+        ASSERT_EQ(file.open(FCB_INPUT), 0);
+        const std::vector<std::string> all = {"1", "2", "3"};
+        EXPECT_EQ(file.rest(), std::pair(all, 10));
+        EXPECT_EQ(file.read(), 46);
+        EXPECT_EQ(file.close(), 0);
+    }
+    CobolFile file(kLines, names + ":" + directory.file("absent"));
+    ASSERT_EQ(file.open(FCB_INPUT), 0);
+    EXPECT_EQ(file.rest().second, 35);
+    EXPECT_EQ(file.close(), 42);
+}
+
+} // namespace
