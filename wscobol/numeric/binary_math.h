@@ -1,0 +1,27 @@
+// The functions of the C mathematics library that are used, in 64 bits.
+#ifndef ZOR_NUMERIC_BINARY_MATH_H
+#define ZOR_NUMERIC_BINARY_MATH_H
+
+#include "base/late_library.h"
+#include "decimal_convert.h"
+
+namespace zor::binary64 {
+
+using Unary = LateFunction<ZorBinary64(ZorBinary64)>;
+using Binary = LateFunction<ZorBinary64(ZorBinary64, ZorBinary64)>;
+
+inline constinit Unary acos(mathLibrary, "acos");
+inline constinit Unary asin(mathLibrary, "asin");
+inline constinit Unary atan(mathLibrary, "atan");
+inline constinit Unary cos(mathLibrary, "cos");
+inline constinit Unary log(mathLibrary, "log");
+inline constinit Unary log10(mathLibrary, "log10");
+inline constinit Unary sin(mathLibrary, "sin");
+inline constinit Unary sqrt(mathLibrary, "sqrt");
+inline constinit Unary tan(mathLibrary, "tan");
+inline constinit Binary fmod(mathLibrary, "fmod");
+inline constinit Binary pow(mathLibrary, "pow");
+
+} // namespace zor::binary64
+
+#endif
