@@ -11,6 +11,7 @@
 #include "codepage.h"
 #include "collating.h"
 #include "cpm.h"
+#include "date_functions.h"
 #include "decimal.h"
 #include "decimal_convert.h"
 #include "decimal_moves.h"
@@ -19,6 +20,7 @@
 #include "external_data.h"
 #include "fcb.h"
 #include "inspect.h"
+#include "mathematics.h"
 #include "messages.h"
 #include "national.h"
 #include "pcb.h"
@@ -27,6 +29,7 @@
 #include "search_all.h"
 #include "segments.h"
 #include "signal_row.h"
+#include "statistics.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 
