@@ -32,9 +32,9 @@ ZOR_EXPORT int32_t _zorIntegerOfDay(int32_t day);
 ZOR_EXPORT int32_t _Tvq_integer_of_day(int32_t day);
 
 /* YEAR-TO-YYYY, DAY-TO-YYYYDDD, DATE-TO-YYYYMMDD: a two-digit year gets its century from a window
- * of 100 years that ends window years from now; DDD and MMDD go with it as they stand. Fill 4, 7 and
- * 8 bytes with digits. Message 160 for a window that ends before 1699 or after 10000. A year beyond
- * 9999 keeps its last four digits. Read the time zone anew. */
+ * of 100 years that ends window years from now; DDD and MMDD go with it as they stand. Fill 4, 7
+ * and 8 bytes with digits. Message 160 for a window that ends before 1699 or after 10000. A year
+ * beyond 9999 keeps its last four digits. Read the time zone anew. */
 ZOR_EXPORT void _zorYearToYYYY(int32_t yy, int32_t window, char *target);
 ZOR_EXPORT void _zorDayToYYYYDDD(int32_t yyddd, int32_t window, char *target);
 ZOR_EXPORT void _zorDateToYYYYMMDD(int32_t yymmdd, int32_t window, char *target);

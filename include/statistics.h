@@ -21,8 +21,8 @@ ZOR_EXPORT ZorBinary64 *_zorcMedian(uint32_t count, ZorBinary64 *result, ZorBina
 ZOR_EXPORT ZorBinary128 _zorcMedianFloat16(uint32_t count, ZorBinary128 *array);
 ZOR_EXPORT ZorBinary128 *_zorcMedian16(uint32_t count, ZorBinary128 *result, ZorBinary128 *array);
 
-/* PRESENT-VALUE: array[0] is the rate of discount, array[i] the amount at the end of period i, which
- * is divided by (1 + rate) to the power i; the result is their sum. 0 for a count of 0 or 1.
+/* PRESENT-VALUE: array[0] is the rate of discount, array[i] the amount at the end of period i,
+ * which is divided by (1 + rate) to the power i; the result is their sum. 0 for a count of 0 or 1.
  * Message 100 for a rate of -1 or below. */
 ZOR_EXPORT ZorBinary64 *_zorcPresentValue(uint32_t count, ZorBinary64 *result,
                                           const ZorBinary64 *array);

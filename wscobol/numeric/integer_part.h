@@ -9,20 +9,33 @@
 
 namespace zor::numeric {
 
-// The bits of a binary value behind its point, cleared. Zero keeps the sign; infinity and NaN stay.
-template <class T> T binaryIntegerPart(T value) {
-    constexpr int32_t kOne = decimal::kLargestExponent<T> / 2; // biased exponent
-    const int32_t whole = decimal::biasedExponent(value) - kOne; // bits ahead of the point, less 1
-    if (whole >= decimal::kFractionBits<T>) {
+// Rounded to an integer by adding what leaves no place for a fraction, and taken back.
+inline ZorBinary64 binaryIntegerPart(ZorBinary64 value) {
+    constexpr ZorBinary64 kNoFraction = 1ULL << decimal::kFractionBits<ZorBinary64>;
+    const ZorBinary64 size = __builtin_fabs(value);
+    if (!(size < kNoFraction)) {
         return value;
     }
-    const int32_t kept = decimal::kBits<T> - decimal::kFractionBits<T> + (whole < 0 ? 0 : whole);
-    decimal::Wide128 bits = decimal::bitsOf(value);
-    bits = whole < 0 ? decimal::Wide128{bits.high & 1ULL << 63, 0}
-                     : decimal::shiftedLeft(decimal::shiftedRight(bits, 128 - kept), 128 - kept);
-    return decimal::fromBits<T>(bits);
+    const ZorBinary64 rounded = size + kNoFraction - kNoFraction;
+    return __builtin_copysign(rounded > size ? rounded - 1 : rounded, value);
 }
 
+// By clearing the bits behind the point.
+inline ZorBinary128 binaryIntegerPart(ZorBinary128 value) {
+    using Form = ZorBinary128;
+    constexpr int32_t kOne = decimal::kLargestExponent<Form> / 2; // biased exponent
+    constexpr uint64_t kSign = 1ULL << 63;
+    const int32_t whole = decimal::biasedExponent(value) - kOne; // bits behind the leading one
+    const int32_t cleared = decimal::kFractionBits<Form> - whole;
+    if (cleared <= 0) {
+        return value;
+    }
+    const decimal::Wide128 bits = decimal::bitsOf(value);
+    return decimal::fromBits<Form>(whole < 0 ? decimal::Wide128{bits.high & kSign, 0}
+                                             : shiftedLeft(shiftedRight(bits, cleared), cleared));
+}
+
+// Zero keeps the sign; infinity and NaN stay.
 template <class T> T integerPart(T value) {
     if constexpr (std::is_same_v<T, ZorDecimal128>) {
         return decimal128::trunc(value);

@@ -22,11 +22,12 @@ inline constexpr int32_t monthLength[2][kMonths + 1] = {
     {0, 31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
 inline constexpr int32_t yearLength[2] = {365, 366};
 
-constexpr bool isLeapYear(int64_t year) {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
+// The functions below count in any Number; 32 bits do for the years 1601 to 9999.
 
-// The functions below count for any Number; 32 bits do for the years 1601 to 9999.
+// By 4 but not by 100, or by 400. What 25 divides needs to be a multiple of 16 for that.
+template <class Number> constexpr bool isLeapYear(Number year) {
+    return (year & (year % 25 == 0 ? 15 : 3)) == 0;
+}
 
 // Days ahead of a year, from 1601 on.
 template <class Number> constexpr Number julianDays(Number years) {
@@ -50,8 +51,7 @@ template <class Number> constexpr YearAndDay<Number> dayOfInteger(Number integer
     constexpr Number kTenThousandYears = 3652425;
     const Number centuries = integerDate * 100 / kTenThousandYears;
     const Number julian = integerDate + centuries - centuries / 4; // as if each 4th year were one
-    const Number years =
-        julian * 100 / kHundredYears - (julian * 100 % kHundredYears == 0 ? 1 : 0);
+    const Number years = julian * 100 / kHundredYears - (julian * 100 % kHundredYears == 0 ? 1 : 0);
     return {years + kFirstYear, julian - julianDays(years)};
 }
 

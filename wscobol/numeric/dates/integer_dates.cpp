@@ -8,12 +8,12 @@ namespace {
 
 constexpr int32_t kLastIntegerDate = 3067671;
 
-bool isIntegerDate(int32_t integerDate, const char *function) {
-    if (integerDate >= 1 && integerDate <= kLastIntegerDate) {
-        return true;
-    }
-    message::integerDateRange(function);
-    return false;
+constexpr bool isIntegerDate(int32_t integerDate) {
+    return integerDate >= 1 && integerDate <= kLastIntegerDate;
+}
+
+constexpr bool isYear(int32_t year) {
+    return year >= kFirstYear && year <= kLastYear;
 }
 
 template <class Number> Number dayNumber(YearAndDay<Number> date) {
@@ -34,13 +34,31 @@ template <class Number> Number dateNumber(YearAndDay<Number> date) {
     return date.year * 10000 + month * 100 + day;
 }
 
-bool isYear(int32_t year) {
-    return year >= kFirstYear && year <= kLastYear;
-}
-
 template <class Number> Number integerOfDate(Number year, int32_t month, Number day) {
     const Number leapDay = month > kFebruary && isLeapYear(year) ? 1 : 0;
     return integerOfDay(year, monthStart[std::clamp(month - 1, 0, kMonths)] + day + leapDay);
+}
+
+// ---- what is out of range, apart, so that usual calls need not prepare for messages
+
+[[gnu::noinline]] int32_t dateOfNoDay(int32_t integerDate) {
+    message::integerDateRange("DATE-OF-INTEGER");
+    return static_cast<int32_t>(dateNumber(dayOfInteger<int64_t>(integerDate)));
+}
+
+[[gnu::noinline]] int32_t dayOfNoDay(int32_t integerDate) {
+    message::integerDateRange("DAY-OF-INTEGER");
+    return static_cast<int32_t>(dayNumber(dayOfInteger<int64_t>(integerDate)));
+}
+
+[[gnu::noinline]] int32_t integerOfNoDate(int32_t year, int32_t month, int32_t day) {
+    message::dateRange("INTEGER-OF-DATE");
+    return static_cast<int32_t>(integerOfDate<int64_t>(year, month, day));
+}
+
+[[gnu::noinline]] int32_t integerOfNoDay(int32_t year, int32_t dayOfYear) {
+    message::dayOfYearRange("INTEGER-OF-DAY");
+    return static_cast<int32_t>(integerOfDay<int64_t>(year, dayOfYear));
 }
 
 } // namespace
@@ -50,40 +68,30 @@ using namespace zor;
 using namespace zor::numeric;
 
 int32_t _zorDateOfInteger(int32_t integerDate) {
-    if (isIntegerDate(integerDate, "DATE-OF-INTEGER")) [[likely]] {
-        return dateNumber(dayOfInteger(integerDate));
-    }
-    return static_cast<int32_t>(dateNumber(dayOfInteger<int64_t>(integerDate)));
+    return isIntegerDate(integerDate) ? dateNumber(dayOfInteger(integerDate))
+                                      : dateOfNoDay(integerDate);
 }
 
 int32_t _zorDayOfInteger(int32_t integerDate) {
-    if (isIntegerDate(integerDate, "DAY-OF-INTEGER")) [[likely]] {
-        return dayNumber(dayOfInteger(integerDate));
-    }
-    return static_cast<int32_t>(dayNumber(dayOfInteger<int64_t>(integerDate)));
+    return isIntegerDate(integerDate) ? dayNumber(dayOfInteger(integerDate))
+                                      : dayOfNoDay(integerDate);
 }
 
 int32_t _zorIntegerOfDate(int32_t date) {
     const int32_t year = date / 10000;
     const int32_t month = date / 100 % 100;
     const int32_t day = date % 100;
-    if (isYear(year) && month >= 1 && month <= kMonths && day >= 1 &&
-        day <= monthLength[isLeapYear(year) ? 1 : 0][month]) [[likely]] {
-        return integerOfDate(year, month, day);
-    }
-    message::dateRange("INTEGER-OF-DATE");
-    return static_cast<int32_t>(integerOfDate<int64_t>(year, month, day));
+    const bool isDate = isYear(year) && month >= 1 && month <= kMonths && day >= 1 &&
+                        day <= monthLength[isLeapYear(year) ? 1 : 0][month];
+    return isDate ? integerOfDate(year, month, day) : integerOfNoDate(year, month, day);
 }
 
 int32_t _zorIntegerOfDay(int32_t day) {
     const int32_t year = day / 1000;
     const int32_t dayOfYear = day % 1000;
-    if (isYear(year) && dayOfYear >= 1 && dayOfYear <= yearLength[isLeapYear(year) ? 1 : 0])
-        [[likely]] {
-        return integerOfDay(year, dayOfYear);
-    }
-    message::dayOfYearRange("INTEGER-OF-DAY");
-    return static_cast<int32_t>(integerOfDay<int64_t>(year, dayOfYear));
+    const bool isDay =
+        isYear(year) && dayOfYear >= 1 && dayOfYear <= yearLength[isLeapYear(year) ? 1 : 0];
+    return isDay ? integerOfDay(year, dayOfYear) : integerOfNoDay(year, dayOfYear);
 }
 
 int32_t _Tvq_date_of_integer(int32_t) __attribute__((alias("_zorDateOfInteger")));

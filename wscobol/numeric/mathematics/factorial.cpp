@@ -47,7 +47,7 @@ struct DecimalBits {
 
 // n! with one fraction digit, as long as the form has digits for it.
 constexpr std::array<DecimalBits, kMostDecimal + 1> factorialDecimal = [] {
-    constexpr int32_t kExponentShift = 49; // within the high half
+    constexpr int32_t kExponentShift = 49;                      // within the high half
     const auto times = [](DecimalBits value, uint64_t factor) { // of at most 32 bits
         const uint64_t low = (value.low & UINT32_MAX) * factor;
         const uint64_t middle = (value.low >> 32) * factor + (low >> 32);
@@ -87,8 +87,7 @@ ZorFactorial _Tvq_factorial(int32_t n) {
     ZorFactorial result{};
     if (isFactorial(n, kMostPacked)) {
         const PackedRow &row = factorialPacked[static_cast<std::size_t>(n)];
-        memcpy(result.digits, row.data() + row.size() - sizeof result.digits,
-               sizeof result.digits);
+        memcpy(result.digits, row.data() + row.size() - sizeof result.digits, sizeof result.digits);
     } else {
         result.digits[sizeof result.digits - 1] = factorialPacked[0].back() & 0x0F;
     }

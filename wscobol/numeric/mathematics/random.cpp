@@ -17,7 +17,8 @@ constexpr int64_t kSeedLimit = 1'000'000'000'000'000'000;
 constexpr int32_t kFloatingPeriod = 2147483645; // of seeds
 constexpr uint32_t kIntegerPeriod = 2147483646;
 
-// value * kMultiplier modulo kModulus. 2^31 is 1 modulo kModulus: what is above counts as it stands.
+// value * kMultiplier modulo kModulus. 2^31 is 1 modulo kModulus: what is above counts as it
+// stands.
 uint32_t following(uint32_t value) {
     constexpr int32_t kBits = 31;
     uint64_t product = static_cast<uint64_t>(value) * kMultiplier;
@@ -88,8 +89,7 @@ ZorBinary64 _zorRandomInt8(int64_t seed) {
     if (value >= kIntegerPeriod) {
         value %= kIntegerPeriod;
     }
-    return numberOf<ZorBinary64>(
-        advance(currentOrIdleRunUnit(), static_cast<uint32_t>(value) + 1));
+    return numberOf<ZorBinary64>(advance(currentOrIdleRunUnit(), static_cast<uint32_t>(value) + 1));
 }
 ZorBinary64 _zorRandomFloat8(ZorBinary64 seed) {
     return seeded(seed);

@@ -8,9 +8,7 @@
 namespace zor::numeric {
 
 // An element of a list: without the alignment of its form.
-template <class T> struct __attribute__((packed)) Element {
-    T value;
-};
+template <class T> struct __attribute__((packed)) Element { T value; };
 
 template <class T> class List {
 public:
