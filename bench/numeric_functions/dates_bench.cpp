@@ -76,17 +76,18 @@ ZOR_BENCH(dates) {
     bench::row("DATE-OF-INTEGER", toDate, "gmtime_r", each(days, byGmtime));
     bench::row("DATE-OF-INTEGER", toDate, "std::chrono", each(days, dateByChrono));
     char text[21];
-    bench::row("CURRENT-DATE", each(days, [&](int32_t) {
-                   _zorCurrentDate(text);
-                   return 0;
-               }),
+    bench::row("CURRENT-DATE",
+               each(days,
+                    [&](int32_t) {
+                        _zorCurrentDate(text);
+                        return 0;
+                    }),
                "localtime and strftime", each(days, [&](int32_t) {
                    const time_t now = time(nullptr);
                    tm local{};
                    tzset();
                    localtime_r(&now, &local);
-                   return static_cast<int32_t>(
-                       strftime(text, sizeof text, "%Y%m%d%H%M%S", &local));
+                   return static_cast<int32_t>(strftime(text, sizeof text, "%Y%m%d%H%M%S", &local));
                }));
 }
 

@@ -23,6 +23,16 @@ inline constinit Unary tan(decimalLibrary, "tand128");
 inline constinit Unary trunc(decimalLibrary, "truncd128");
 inline constinit Binary pow(decimalLibrary, "powd128");
 
+// The library's logarithm finds no value for some arguments whose first digits are 9995 or more.
+inline Real logarithm(Real value) {
+    const Real result = log(value);
+    if (result == result || !(value > Real(0))) [[likely]] {
+        return result;
+    }
+    const auto two = Real(2);
+    return log(value / two) + log(two);
+}
+
 // Reads a text as strtod does.
 inline constinit LateFunction<Real(const char *, char **)> parse(decimalLibrary, "strtod128");
 

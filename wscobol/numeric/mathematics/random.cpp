@@ -4,6 +4,7 @@
 
 #include "base/anchors.h"
 #include "base/message_list.h"
+#include "base/wide_arguments.h"
 #include "mathematics.h"
 #include "numeric/integer_part.h"
 #include "runcom.h"
@@ -94,12 +95,13 @@ ZorBinary64 _zorRandomInt8(int64_t seed) {
 ZorBinary64 _zorRandomFloat8(ZorBinary64 seed) {
     return seeded(seed);
 }
-ZorBinary128 _zorRandomFloat16(ZorBinary128 seed) {
-    return seeded(seed);
+ZOR_WIDE(Wide<ZorBinary128>, _zorRandomFloat16, Gap<3>, Wide<ZorBinary128> seed) {
+    return {seeded(seed.value)};
 }
-ZorDecimal128 _Tvq_random_decfloat16(ZorDecimal128 seed) {
-    return seeded(seed);
+ZOR_WIDE(Wide<ZorDecimal128>, _Tvq_random_decfloat16, Gap<3>, Wide<ZorDecimal128> seed) {
+    return {seeded(seed.value)};
 }
 ZorBinary64 _Tvq_random(void) __attribute__((alias("_zorRandom")));
 ZorBinary64 _Tvq_random_float8(ZorBinary64) __attribute__((alias("_zorRandomFloat8")));
-ZorBinary128 _Tvq_random_float16(ZorBinary128) __attribute__((alias("_zorRandomFloat16")));
+ZOR_WIDE_ALIAS("_zorRandomFloat16", Wide<ZorBinary128>, _Tvq_random_float16, Gap<3>,
+               Wide<ZorBinary128> seed);

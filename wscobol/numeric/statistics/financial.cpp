@@ -2,6 +2,7 @@
 // by: the result is then what a division by zero gives.
 #include "base/divide_masks.h"
 #include "base/message_list.h"
+#include "base/wide_arguments.h"
 #include "numeric/binary_math.h"
 #include "numeric/integer_part.h"
 #include "numeric/quad_math.h"
@@ -70,17 +71,18 @@ ZorBinary128 *_zorcPresentValue16(uint32_t count, ZorBinary128 *result, const Zo
 int32_t _Tvq_present_value(ZorBinary64 rate) {
     return checkRate(rate);
 }
-int32_t _Tvq_present_value_float16(ZorBinary128 rate) {
-    return checkRate(rate);
+ZOR_WIDE(int32_t, _Tvq_present_value_float16, Wide<ZorBinary128> rate) {
+    return checkRate(rate.value);
 }
-int32_t _Tvq_present_value_decfloat16(ZorDecimal128 rate) {
-    return checkRate(rate);
+ZOR_WIDE(int32_t, _Tvq_present_value_decfloat16, Wide<ZorDecimal128> rate) {
+    return checkRate(rate.value);
 }
 
 ZorBinary64 _zorcAnnuityFloat8(ZorBinary64 rate, ZorBinary64 periods) {
     return annuityOf<binary64::pow>(rate, periods);
 }
-ZorBinary128 _zorcAnnuityFloat16(ZorBinary128 rate, ZorBinary128 periods) {
-    return annuityOf<binary128::pow>(rate, periods);
+ZOR_WIDE(Wide<ZorBinary128>, _zorcAnnuityFloat16, Gap<3>, Wide<ZorBinary128> rate,
+         Wide<ZorBinary128> periods) {
+    return {annuityOf<binary128::pow>(rate.value, periods.value)};
 }
 ZorBinary64 _Tvq_annuity(ZorBinary64, ZorBinary64) __attribute__((alias("_zorcAnnuityFloat8")));
