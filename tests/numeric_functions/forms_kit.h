@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 #include <dlfcn.h>
+#include <limits>
+#include <random>
 #include <type_traits>
 
 #include "decimal_convert.h"
@@ -14,18 +16,17 @@
 namespace forms {
 
 template <class T> constexpr bool isDecimal = std::is_same_v<T, ZorDecimal128>;
-template <class T> constexpr int kRadix = isDecimal<T> ? 10 : 2;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The value of a text, rounded to the form.
-template <class T> T parse(const char *text) {
+template <class T> T parse(const std::string &text) {
     if constexpr (std::is_same_v<T, ZorBinary64>) {
-        return strtod(text, nullptr);
+        return strtod(text.c_str(), nullptr);
     } else {
-        static void *const library =
-            dlopen(isDecimal<T> ? "libdfp.so.1" : "libquadmath.so.0", RTLD_LAZY);
         static const auto read = reinterpret_cast<T (*)(const char *, char **)>(
-            dlsym(library, isDecimal<T> ? "strtod128" : "strtoflt128"));
-        return read(text, nullptr);
+            dlsym(dlopen(isDecimal<T> ? "libdfp.so.1" : "libquadmath.so.0", RTLD_LAZY),
+                  isDecimal<T> ? "strtod128" : "strtoflt128"));
+        return read(text.c_str(), nullptr);
     }
 }
 
@@ -53,29 +54,21 @@ template <class Body> std::string said(Body body) {
     body();
     return messages;
 }
+#define EXPECT_SAID(message, ...) EXPECT_EQ(said([&] { __VA_ARGS__; }), message)
 
-inline std::string argumentMessage(const char *number, const std::string &name, const char *what) {
-    return std::string("ZOR") + number + "W  An argument of function " + name + what;
+inline std::string argument(const std::string &number, const std::string &nameAndFault) {
+    return "ZOR" + number + "W  An argument of function " + nameAndFault + ".";
 }
 
-template <class T> void push(std::vector<uint32_t> &words, T value) {
-    words.resize(words.size() + sizeof value / sizeof words[0]);
-    memcpy(words.data() + words.size() - sizeof value / sizeof words[0], &value, sizeof value);
-}
-
-// Calls a function with the words as its arguments, so many bytes off a multiple of 16.
+// Calls a function with words as its arguments, so many bytes off a multiple of 16.
 template <class Function>
-void callAt(unsigned offset, Function *function, const std::vector<uint32_t> &words) {
-    const uint32_t *source = words.data();
-    std::size_t count = words.size();
+void callAt(unsigned offset, Function *function, const uint32_t *words, std::size_t count) {
     auto address = reinterpret_cast<uintptr_t>(function);
     unsigned room = 256 - offset;
     asm volatile("mov %%esp, %%ebx\n and $-16, %%esp\n sub %3, %%esp\n mov %%esp, %%edi\n"
                  "rep movsl\n call *%2\n mov %%ebx, %%esp"
-                 : "+S"(source), "+c"(count), "+a"(address), "+d"(room)
-                 :
-                 : "ebx", "edi", "memory", "cc", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5",
-                   "xmm6", "xmm7");
+                 : "+S"(words), "+c"(count), "+a"(address), "+d"(room)::"ebx", "edi", "memory",
+                   "cc", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7");
 }
 
 } // namespace forms

@@ -13,14 +13,10 @@
 namespace zor {
 
 // A value of 16 bytes as it lies on the stack, or where the hidden first argument points.
-template <class T> struct __attribute__((packed, aligned(4))) Wide {
-    T value;
-};
+template <class T> struct __attribute__((packed, aligned(4))) Wide { T value; };
 
 // The words ahead of the first such argument; behind the address of the result there are 3.
-template <int count> struct Gap {
-    uint32_t unused[count];
-};
+template <int count> struct Gap { uint32_t unused[count]; };
 
 // Begins the definition of an exported function. Its declaration in the header has the types that
 // callers use.
