@@ -7,7 +7,8 @@
  * result. No argument raises SIGFPE. errno may be set. A 128-bit entry loads the library of its
  * form at its first call; without it the run ends.
  *
- * How 128-bit arguments and results are passed is told in decimal_convert.h. */
+ * How 128-bit arguments and results are passed is told in decimal_convert.h; the functions here
+ * work from a stack that is aligned to 4 bytes only, too. */
 #ifndef ZOR_MATHEMATICS_H
 #define ZOR_MATHEMATICS_H
 
@@ -27,10 +28,12 @@ ZOR_EXPORT ZorBinary128 _zorAsinFloat16(ZorBinary128 argument);
 ZOR_EXPORT ZorBinary128 _Tvq_asin_float16(ZorBinary128 argument);
 ZOR_EXPORT ZorDecimal128 _Tvq_asin_decfloat16(ZorDecimal128 argument);
 
-/* ATAN, in radians; COS, SIN and TAN of radians: every argument. In decimal128 the digits of an
- * argument above 10^25 no longer suffice for the place within a turn. */
+/* ATAN of every argument. The result is in radians. */
 ZOR_EXPORT ZorBinary64 _zorAtanFloat8(ZorBinary64 argument);
 ZOR_EXPORT ZorBinary128 _zorAtanFloat16(ZorBinary128 argument);
+
+/* COS, SIN, TAN of radians. Infinity has no value, and gets no message. In decimal128 the result
+ * has fewer and fewer right digits for arguments above 10^25, and none from 10^60 on. */
 ZOR_EXPORT ZorBinary64 _zorCosFloat8(ZorBinary64 argument);
 ZOR_EXPORT ZorBinary64 _Tvq_cos(ZorBinary64 argument);
 ZOR_EXPORT ZorBinary128 _zorCosFloat16(ZorBinary128 argument);

@@ -46,8 +46,14 @@ TEST(Dates, WhatIsNoneIsToldAndCountedOn) {
              {_zorIntegerOfDate,
               "ZOR160W  The argument of function INTEGER-OF-DATE is not a valid date, or its "
               "century window does not end in the years 1699 to 10000.",
-              {{17000229, 36219}, {16010100, 0}, {16011301, 366}, {16019901, 366}, {16010001, 1},
-               {16010132, 32}, {16001231, 1}, {100000101, 3067672}}},
+              {{17000229, 36219},
+               {16010100, 0},
+               {16011301, 366},
+               {16019901, 366},
+               {16010001, 1},
+               {16010132, 32},
+               {16001231, 1},
+               {100000101, 3067672}}},
              {_zorIntegerOfDay,
               "ZOR161W  The argument of function INTEGER-OF-DAY is not a valid year and day of "
               "the year.",
@@ -68,8 +74,10 @@ TEST(Dates, WhatIsNoneIsToldAndCountedOn) {
 }
 
 TEST(Dates, CurrentDateIsThatOfTheZoneInForce) {
-    for (const auto &[zone, offset] : {std::pair{"AAA-5:30", "+0530"}, {"BBB4", "-0400"},
-                                       {"CCC1DDD,J1/0,J365/25", "+0000"}, {"UTC0", "+0000"}}) {
+    for (const auto &[zone, offset] : {std::pair{"AAA-5:30", "+0530"},
+                                       {"BBB4", "-0400"},
+                                       {"CCC1DDD,J1/0,J365/25", "+0000"},
+                                       {"UTC0", "+0000"}}) {
         setenv("TZ", zone, 1);
         char text[22] = "", again[22] = "";
         _zorCurrentDate(text);
@@ -102,7 +110,8 @@ TEST(Dates, YearsGetTheCenturyOfTheWindow) {
                 texts[1] = widened(_zorDayToYYYYDDD, yy * 1000 + 1, end);
                 texts[2] = widened(_zorDateToYYYYMMDD, yy * 10000 + 203, end);
             });
-            EXPECT_EQ(texts[0] + texts[1] + texts[2], digits + "....." + digits + "001.." + digits + "0203.");
+            EXPECT_EQ(texts[0] + texts[1] + texts[2],
+                      digits + "....." + digits + "001.." + digits + "0203.");
             for (const char *name : {"YEAR-TO-YYYY", "DAY-TO-YYYYDDD", "DATE-TO-YYYYMMDD"}) {
                 EXPECT_EQ(all.find(name) != all.npos, end < 1699 || end > 10000) << name;
             }

@@ -17,7 +17,8 @@ template <class T> struct Room {
     std::vector<char> bytes;
 };
 
-template <class T> std::vector<T> randomList(std::mt19937 &random, unsigned count, unsigned values) {
+template <class T>
+std::vector<T> randomList(std::mt19937 &random, unsigned count, unsigned values) {
     std::vector<T> list(count);
     for (T &value : list) {
         value = static_cast<int32_t>(random() % values) - 20;
@@ -68,7 +69,8 @@ template <class T> void expectVariances(MeanTo<T> variance, MeanTo<T> deviation)
             sum += (value - mean) * (value - mean);
         }
         Room<T> room(list);
-        EXPECT_TRUE(*variance(count, &result, mean, room.array()) == (count == 0 ? 0 : sum / count));
+        EXPECT_TRUE(*variance(count, &result, mean, room.array()) ==
+                    (count == 0 ? 0 : sum / count));
         EXPECT_EQ(deviation(count, &root, mean, room.array()), &root);
         EXPECT_TRUE(root == result || isNear(root * root, result));
     }
@@ -96,13 +98,13 @@ template <class T> void expectFinance(T *(*present)(uint32_t, T *, const T *), T
     EXPECT_TRUE(presentOf({}) == 0 && presentOf({3}) == 0);
     EXPECT_TRUE(presentOf({0.25, 125, 125, 125}) == 100 + 80 + 64);
     EXPECT_TRUE(isNear(presentOf({parse<T>("0.1"), 110, 121}), T(200)));
-    const std::string rate = "ZOR100W  The discount rate of function PRESENT-VALUE must be above -1.";
+    const std::string rate =
+        "ZOR100W  The discount rate of function PRESENT-VALUE must be above -1.";
     EXPECT_SAID(rate, EXPECT_TRUE(presentOf({-1, 5}) == kInfinity));
     EXPECT_SAID(rate, EXPECT_TRUE(presentOf({-3, 8, 8}) == -4 + 2));
     EXPECT_SAID("", EXPECT_TRUE(annuity(0, 4) == 0.25 && isNear(annuity(0.125, 1), T(1.125))));
     EXPECT_TRUE(isNear(annuity(2, 0.5), parse<T>("4.732050807568877293527446341505872366943")));
-    EXPECT_SAID(argument("163", "ANNUITY is negative"),
-                EXPECT_TRUE(annuity(-0.5, 1) == 0.5));
+    EXPECT_SAID(argument("163", "ANNUITY is negative"), EXPECT_TRUE(annuity(-0.5, 1) == 0.5));
     EXPECT_SAID(argument("177", "ANNUITY is -2, which is not allowed"),
                 EXPECT_TRUE(annuity(0, -2.5) == -1 / static_cast<T>(2.5)));
     EXPECT_SAID(argument("177", "ANNUITY is 0, which is not allowed"),
@@ -118,8 +120,7 @@ TEST(Finance, FollowsTheFormulas) {
         const auto message = said([&] { EXPECT_EQ(_Tvq_present_value(rate), wanted); });
         EXPECT_EQ(message.empty(), wanted == 0);
         EXPECT_SAID(message, EXPECT_EQ(_Tvq_present_value_float16(rate), wanted));
-        EXPECT_SAID(message,
-                    EXPECT_EQ(_Tvq_present_value_decfloat16(ZorDecimal128(rate)), wanted));
+        EXPECT_SAID(message, EXPECT_EQ(_Tvq_present_value_decfloat16(ZorDecimal128(rate)), wanted));
     }
 }
 
