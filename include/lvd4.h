@@ -12,6 +12,7 @@
 #include "collating.h"
 #include "concat.h"
 #include "cpm.h"
+#include "date_functions.h"
 #include "decimal.h"
 #include "decimal_convert.h"
 #include "decimal_moves.h"
@@ -21,6 +22,7 @@
 #include "fcb.h"
 #include "file.h"
 #include "inspect.h"
+#include "mathematics.h"
 #include "messages.h"
 #include "national.h"
 #include "pcb.h"
@@ -31,6 +33,7 @@
 #include "signal_row.h"
 #include "sort.h"
 #include "sort_engine.h"
+#include "statistics.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 

@@ -3,18 +3,12 @@
 #include "decimal/floating/float_trace.h"
 
 #include <cstdio>
-#include <dlfcn.h>
 
+#include "base/late_library.h"
 #include "base/quad_format.h"
 
 namespace zor::decimal {
 namespace {
-
-// Once loaded, the library answers for the modifier DD in the formats of printf. Loading it again
-// does nothing.
-bool decimalPrintingIsLoaded() {
-    return dlopen("libdfp.so.1", RTLD_LAZY | RTLD_LOCAL) != nullptr;
-}
 
 void traceQuad(const char *label, const ZorBinary128 &value) {
     constexpr int kPrecision = 37;
@@ -23,9 +17,10 @@ void traceQuad(const char *label, const ZorBinary128 &value) {
     fprintf(stderr, "%s%s\n", label, text);
 }
 
-// The formats are unknown to the compiler's own check.
+// Once loaded, the library answers for the modifier DD in the formats of printf. The formats are
+// unknown to the compiler's own check.
 void traceDecimal(const char *label, const char *format, const ZorDecimal128 &value) {
-    if (decimalPrintingIsLoaded()) {
+    if (decimalLibrary.isPresent()) {
         fprintf(stderr, format, value);
     } else {
         traceQuad(label, static_cast<ZorBinary128>(value));
