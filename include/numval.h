@@ -1,8 +1,8 @@
 /* NUMVAL and NUMVAL-C: the value of a text that looks like a number.
  *
- * Every function stores the value at result, which need not be aligned, and returns it. The value is
- * the one nearest to what the text says, ties to even; a decimal128 keeps the fraction digits of the
- * text, up to 34 digits in all. LC_NUMERIC makes no difference.
+ * Every function stores the value at result, which need not be aligned, and returns it. The value
+ * is the one nearest to what the text says, ties to even; a decimal128 keeps the fraction digits of
+ * the text, up to 34 digits in all. LC_NUMERIC makes no difference.
  *
  * NUMVAL takes blanks, a sign + or - in front or behind, or CR or DB behind, digits and one decimal
  * point. NUMVAL-C takes a currency in front of the digits too, and single commas between them (in
@@ -13,11 +13,10 @@
  *   97   no digit, or a length below 1: the value is 0
  *   151  more than 62 digits in a native text or 63 in a national one: the others are left out, and
  *        the value is that of the text without them
- *   152  a character that may not stand where it stands, with its position from 1: a text ends ahead
- *        of it, but a currency that is not the right one is passed over
- *   155  a currency string that begins or ends with a blank, or holds a sign, a comma, a point or a
- *        digit, with the position from 1 in bytes: the text is scanned all the same
- * The forms for native texts leave errno at 0.
+ *   152  a character that may not stand where it stands, with its position from 1: a text ends
+ * ahead of it, but a currency that is not the right one is passed over 155  a currency string that
+ * begins or ends with a blank, or holds a sign, a comma, a point or a digit, with the position from
+ * 1 in bytes: the text is scanned all the same The forms for native texts leave errno at 0.
  *
  * 128-bit results are returned where a hidden first argument points, which the function pops; see
  * decimal_convert.h for the types. */

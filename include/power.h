@@ -1,8 +1,8 @@
 /* Exponentiation, the operator **.
  *
  * Every function but KXESDXPD takes the address of a counter, which says how errors are told. While
- * it is 0 (there is no ON SIZE ERROR phrase) each brings a message. Otherwise each adds 1 to it, and
- * there is no message.
+ * it is 0 (there is no ON SIZE ERROR phrase) each brings a message. Otherwise each adds 1 to it,
+ * and there is no message.
  *
  *   number  error                                  result
  *   48      negative base, exponent no integer     the power of the base's magnitude
@@ -66,10 +66,11 @@ ZOR_EXPORT ZorDecimal128 _zorExpDFloat16Int8(ZorDecimal128 base, int64_t exponen
 /* As _zorExpFloat8Float8 with a counter of 0. */
 ZOR_EXPORT ZorBinary64 KXESDXPD(ZorBinary64 base, ZorBinary64 exponent);
 
-/* ---- the power of a decimal number by an integer exponent, by squaring and multiplying. The result
- * is a sign byte and resultDigits digits, cut at resultFractionDigits; one whose digits are all 0 is
- * positive. Intermediate results of more than 31 digits lose low-order fraction digits. The power of
- * a negative exponent is the reciprocal of the positive one. Messages, beside 49 and 50:
+/* ---- the power of a decimal number by an integer exponent, by squaring and multiplying. The
+ * result is a sign byte and resultDigits digits, cut at resultFractionDigits; one whose digits are
+ * all 0 is positive. Intermediate results of more than 31 digits lose low-order fraction digits.
+ * The power of a negative exponent is the reciprocal of the positive one. Messages, beside 49 and
+ * 50:
  *
  *   51      the reciprocal is too small for the result; whatever the counter says. The result is 0
  *   59      the exponent has more than 9 digits; whatever the counter says. The low-order 9 count

@@ -38,9 +38,8 @@ template <class T> T nearestBinaryTo(const ReadNumber &number) {
             value = decimal::nearestBinary<T>({0, word}, number.power);
         }
     } else if (const decimal::WideInteger integer = integerOf(number); !integer.isZero()) {
-        value = integer.bits() <= 128
-                    ? decimal::nearestBinary<T>(integer.low(), number.power)
-                    : decimal::nearestBinarySlowly<T>(integer, number.power);
+        value = integer.bits() <= 128 ? decimal::nearestBinary<T>(integer.low(), number.power)
+                                      : decimal::nearestBinarySlowly<T>(integer, number.power);
     }
     return number.isNegative ? -value : value;
 }

@@ -194,5 +194,4 @@ int32_t _zorcConvExtFltToDFlt(const ExternalFloatSource *picture, const char *te
 }
 
 int32_t _Tvq_convertExtToIntFloat(const ExternalFloatSource *picture, const char *text,
-                                  void *target)
-    __attribute__((alias("_zorcConvExtFltToIntFlt")));
+                                  void *target) __attribute__((alias("_zorcConvExtFltToIntFlt")));

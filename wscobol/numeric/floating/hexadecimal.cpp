@@ -28,7 +28,8 @@ uint32_t binaryOf(uint32_t hexadecimal) {
     if (fraction == 0) {
         return 0;
     }
-    int32_t exponent = (static_cast<int32_t>((hexadecimal & ~kSign) >> kFractionBits) - kExcess) * 4;
+    int32_t exponent =
+        (static_cast<int32_t>((hexadecimal & ~kSign) >> kFractionBits) - kExcess) * 4;
     for (; (fraction & kHidden) == 0; fraction <<= 1) {
         --exponent;
     }

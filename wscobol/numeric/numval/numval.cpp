@@ -55,10 +55,9 @@ using namespace zor::numval;
     T name(ZOR_TEXT_C, T *result) {                                                                \
         return way(kNumvalC, format, {string, length}, {currency, currencyLength}, result);        \
     }
-#define ZOR_ALIAS(name, T, text, other)                                                            \
-    T name(text, T *result) __attribute__((alias(other)));
+#define ZOR_ALIAS(name, T, text, other) T name(text, T *result) __attribute__((alias(other)));
 #define ZOR_RESERVED(name, ...)                                                                    \
-    void *name(__VA_ARGS__, void *result) {                                                               \
+    void *name(__VA_ARGS__, void *result) {                                                        \
         return result;                                                                             \
     }
 
@@ -85,5 +84,7 @@ ZOR_ALIAS(_zorcNumvalCFloat16, ZorBinary128, ZOR_TEXT_C, "_Tvq_numval_c_float16"
 
 ZOR_RESERVED(_Tvq_numval_decpacked3232, const NumvalFormat *, int32_t, const void *)
 ZOR_RESERVED(_Tvq_numval_deczoned6332, const NumvalFormat *, int32_t, const void *)
-ZOR_RESERVED(_Tvq_numval_c_decpacked3232, const NumvalFormat *, int32_t, const void *, int32_t, const void *)
-ZOR_RESERVED(_Tvq_numval_c_deczoned6332, const NumvalFormat *, int32_t, const void *, int32_t, const void *)
+ZOR_RESERVED(_Tvq_numval_c_decpacked3232, const NumvalFormat *, int32_t, const void *, int32_t,
+             const void *)
+ZOR_RESERVED(_Tvq_numval_c_deczoned6332, const NumvalFormat *, int32_t, const void *, int32_t,
+             const void *)

@@ -20,10 +20,9 @@ int32_t currencyAt(const NumvalFormat &format, Text<kUnit> text, int32_t at, Tex
     if (format.currencyMode == NUMVAL_CURRENCY_SIGN) {
         return text[at] == static_cast<uint8_t>(format.currencySign) ? 1 : 0;
     }
-    const bool isThere =
-        currency.count <= text.count - at && memcmp(text.bytes + at * kUnit, currency.bytes,
-                                                    static_cast<std::size_t>(currency.count) *
-                                                        kUnit) == 0;
+    const bool isThere = currency.count <= text.count - at &&
+                         memcmp(text.bytes + at * kUnit, currency.bytes,
+                                static_cast<std::size_t>(currency.count) * kUnit) == 0;
     return isThere ? currency.count : 0;
 }
 

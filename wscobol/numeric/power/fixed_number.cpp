@@ -53,8 +53,7 @@ bool FixedNumber::read(const char *text, int32_t digits, int32_t scale) {
     uint32_t limbs[kRoom] = {};
     for (int32_t i = 0; i < kept; ++i) {
         const int32_t place = kept - 1 - i;
-        limbs[place / kLimbDigits] +=
-            fixedDigit(text[i]) * kPowers[place % kLimbDigits];
+        limbs[place / kLimbDigits] += fixedDigit(text[i]) * kPowers[place % kLimbDigits];
     }
     return scale_ >= 0 && keepLeading(limbs, kRoom);
 }
@@ -71,8 +70,8 @@ int32_t FixedNumber::digits(uint8_t (&digits)[kMostDigits]) const {
     const int32_t count = digitsOf(limb_, count_);
     for (int32_t i = 0; i < count; ++i) {
         const int32_t place = count - 1 - i;
-        digits[i] = static_cast<uint8_t>(limb_[place / kLimbDigits] / kPowers[place % kLimbDigits] %
-                                         10);
+        digits[i] =
+            static_cast<uint8_t>(limb_[place / kLimbDigits] / kPowers[place % kLimbDigits] % 10);
     }
     return count;
 }
