@@ -31,6 +31,19 @@ bool ReadNumber::isZero() const {
     return std::all_of(digit, digit + count, [](uint8_t each) { return each == 0; });
 }
 
+// By parts that do not wait for each other.
+ZorBinary64 exactValueOf(const uint8_t *digits, int32_t count) {
+    constexpr int32_t kStep = 5;
+    static_assert(3 * kStep >= kExactDigits);
+    ZorBinary64 scale = 1;
+    ZorBinary64 value = 0;
+    for (; count > kStep; scale *= kPowers[kStep]) {
+        count -= kStep;
+        value += scale * static_cast<int32_t>(partOf(digits + count, kStep));
+    }
+    return value + scale * static_cast<int32_t>(partOf(digits, count));
+}
+
 uint64_t wordOf(const uint8_t *digits, int32_t count) {
     uint64_t word = 0;
     for (int32_t at = 0; at < count;) {

@@ -29,10 +29,21 @@ inline constexpr int32_t kWordDigits = 19;
 // The digits as an integer of any size.
 decimal::WideInteger integerOf(const ReadNumber &number);
 
+// Digits that a binary64 holds, and fraction digits that leave one exact division.
+inline constexpr int32_t kExactDigits = decimal::BinaryForm<ZorBinary64>::kDecimals;
+inline constexpr int32_t kExactPower = decimal::BinaryForm<ZorBinary64>::kExactPower;
+ZorBinary64 exactValueOf(const uint8_t *digits, int32_t count);
+
 // The binary value nearest to the number, ties to even. A zero has the sign of the number.
 template <class T> T nearestBinaryTo(const ReadNumber &number) {
     T value = 0;
-    if (number.count <= kWordDigits) {
+    if (std::is_same_v<T, ZorBinary64> && number.count <= kExactDigits && number.power <= 0 &&
+        number.power >= -kExactPower) {
+        const ZorBinary64 whole = exactValueOf(number.digit, number.count);
+        value = number.power == 0
+                    ? whole
+                    : whole / decimal::BinaryForm<ZorBinary64>::kPowers[-number.power];
+    } else if (number.count <= kWordDigits) {
         const uint64_t word = wordOf(number.digit, number.count);
         if (word != 0) {
             value = decimal::nearestBinary<T>({0, word}, number.power);

@@ -14,27 +14,24 @@ template <class T> T stored(T value, T *result) {
     return value;
 }
 
-template <class T>
-T nativeBinary(const Machine &machine, const NumvalFormat *format, NativeText text,
-               NativeText currency, T *result) {
-    const ReadNumber number = scan(machine, *format, text, currency);
+template <const Machine &machine, class T>
+T nativeBinary(const NumvalFormat *format, NativeText text, NativeText currency, T *result) {
+    const ReadNumber number = scan<machine>(*format, text, currency);
     errno = 0;
     return stored(nearestBinaryTo<T>(number), result);
 }
 
-template <class T>
-T nativeDecimal(const Machine &machine, const NumvalFormat *format, NativeText text,
-                NativeText currency, T *result) {
-    const ReadNumber number = scan(machine, *format, text, currency);
+template <const Machine &machine, class T>
+T nativeDecimal(const NumvalFormat *format, NativeText text, NativeText currency, T *result) {
+    const ReadNumber number = scan<machine>(*format, text, currency);
     errno = 0;
     return stored(nearestDecimalTo<T>(number), result);
 }
 
 // By way of 128 bits, for both forms of the result.
-template <class T>
-T national(const Machine &machine, const NumvalFormat *format, NationalText text,
-           NationalText currency, T *result) {
-    const ReadNumber number = scan(machine, *format, text, currency);
+template <const Machine &machine, class T>
+T national(const NumvalFormat *format, NationalText text, NationalText currency, T *result) {
+    const ReadNumber number = scan<machine>(*format, text, currency);
     return stored(static_cast<T>(nearestBinaryTo<ZorBinary128>(number)), result);
 }
 
@@ -49,11 +46,11 @@ using namespace zor::numval;
 
 #define ZOR_NUMVAL(name, T, way)                                                                   \
     T name(ZOR_TEXT, T *result) {                                                                  \
-        return way(kNumval, format, {string, length}, {nullptr, 0}, result);                       \
+        return way<kNumval>(format, {string, length}, {nullptr, 0}, result);                       \
     }
 #define ZOR_NUMVAL_C(name, T, way)                                                                 \
     T name(ZOR_TEXT_C, T *result) {                                                                \
-        return way(kNumvalC, format, {string, length}, {currency, currencyLength}, result);        \
+        return way<kNumvalC>(format, {string, length}, {currency, currencyLength}, result);        \
     }
 #define ZOR_ALIAS(name, T, text, other) T name(text, T *result) __attribute__((alias(other)));
 #define ZOR_RESERVED(name, ...)                                                                    \
