@@ -1,8 +1,8 @@
 /* External floating items, hexadecimal floating numbers, and the operations of 128-bit binary.
  *
- * 128-bit arguments lie on the stack 16-byte aligned, so their caller has to keep the stack so; a
- * 128-bit result is written where a hidden first argument points, which the function pops. See
- * decimal_convert.h for the types. */
+ * A 128-bit argument lies at the next multiple of 16 from the start of the arguments, and a 128-bit
+ * result where a hidden first argument points, which the function pops. The functions work from a
+ * stack that is aligned to 4 bytes only, too. See decimal_convert.h for the types. */
 #ifndef ZOR_FLOATING_FORMATS_H
 #define ZOR_FLOATING_FORMATS_H
 

@@ -11,6 +11,7 @@
 #include "codepage.h"
 #include "collating.h"
 #include "cpm.h"
+#include "date_functions.h"
 #include "decimal.h"
 #include "decimal_convert.h"
 #include "decimal_moves.h"
@@ -20,6 +21,7 @@
 #include "fcb.h"
 #include "floating_formats.h"
 #include "inspect.h"
+#include "mathematics.h"
 #include "messages.h"
 #include "national.h"
 #include "numval.h"
@@ -30,6 +32,7 @@
 #include "search_all.h"
 #include "segments.h"
 #include "signal_row.h"
+#include "statistics.h"
 #include "string_unstring.h"
 #include "text_functions.h"
 

@@ -10,9 +10,9 @@
  *   50      zero to a negative power               0
  *   58      infinite result                        infinity
  *
- * 128-bit arguments lie on the stack 16-byte aligned, so their caller has to keep the stack so; a
- * 128-bit result is written where a hidden first argument points, which the function pops. See
- * decimal_convert.h for the types. */
+ * A 128-bit argument lies at the next multiple of 16 from the start of the arguments, and a 128-bit
+ * result where a hidden first argument points, which the function pops. The functions work from a
+ * stack that is aligned to 4 bytes only, too. See decimal_convert.h for the types. */
 #ifndef ZOR_POWER_H
 #define ZOR_POWER_H
 

@@ -280,7 +280,6 @@ callMisaligned:
 
 namespace {
 
-// Those that take no 128-bit value: one such lies aligned, and so does the stack.
 TEST(Numeric, CallersMayAlignTheirStackToFourBytes) {
     struct Call {
         const void *function;
@@ -294,6 +293,13 @@ TEST(Numeric, CallersMayAlignTheirStackToFourBytes) {
     alignas(16) char result[16];
     int32_t count = 1;
     const __float128 three = 3;
+    const auto wide = [&](std::vector<uint32_t> more) {
+        uint32_t words[4];
+        memcpy(words, &three, sizeof words);
+        more.insert(more.begin(), {word(result), 0, 0, 0, words[0], words[1], words[2], words[3]});
+        more.push_back(word(&count));
+        return more;
+    };
     const Call calls[] = {
         {reinterpret_cast<void *>(_zorcNumval16),
          {word(result), word(&format), 2, word("27"), word(result)}},
@@ -304,6 +310,8 @@ TEST(Numeric, CallersMayAlignTheirStackToFourBytes) {
          {word(&picture), word(&three), word(result)}},
         {reinterpret_cast<void *>(_zorcConvExtFltToIntFlt),
          {word(&source), word("+2.70E+01"), word(result)}},
+        {reinterpret_cast<void *>(_zorExpFloat16Int8), wide({4, 0})},
+        {reinterpret_cast<void *>(_zorc_MPY_BFlt128), wide({0, 0, 0, 0x40000000})},
         {reinterpret_cast<void *>(_zorExpFloat8Int8), {0, 0x40080000, 3, 0, word(&count)}},
         {reinterpret_cast<void *>(_zorcExpFixedPt),
          {word(&power), word("-2"), word("+4"), word(result), word(&count)}},

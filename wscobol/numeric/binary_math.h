@@ -2,13 +2,16 @@
 #ifndef ZOR_NUMERIC_BINARY_MATH_H
 #define ZOR_NUMERIC_BINARY_MATH_H
 
+#include <emmintrin.h>
+
 #include "base/late_library.h"
 #include "decimal_convert.h"
 
 namespace zor::binary64 {
 
-using Unary = LateFunction<ZorBinary64(ZorBinary64)>;
-using Binary = LateFunction<ZorBinary64(ZorBinary64, ZorBinary64)>;
+using Real = ZorBinary64;
+using Unary = LateFunction<Real(Real)>;
+using Binary = LateFunction<Real(Real, Real)>;
 
 inline constinit Unary acos(mathLibrary, "acos");
 inline constinit Unary asin(mathLibrary, "asin");
@@ -21,6 +24,13 @@ inline constinit Unary sqrt(mathLibrary, "sqrt");
 inline constinit Unary tan(mathLibrary, "tan");
 inline constinit Binary fmod(mathLibrary, "fmod");
 inline constinit Binary pow(mathLibrary, "pow");
+
+// By the processor; the library has what is to be said of an argument that has no root.
+inline Real squareRoot(Real value) {
+    const __m128d packed = _mm_set_sd(value);
+    const Real root = _mm_cvtsd_f64(_mm_sqrt_sd(packed, packed));
+    return root == root ? root : sqrt(value);
+}
 
 } // namespace zor::binary64
 

@@ -8,8 +8,9 @@
 
 namespace zor::decimal128 {
 
-using Unary = LateFunction<ZorDecimal128(ZorDecimal128)>;
-using Binary = LateFunction<ZorDecimal128(ZorDecimal128, ZorDecimal128)>;
+using Real = ZorDecimal128;
+using Unary = LateFunction<Real(Real)>;
+using Binary = LateFunction<Real(Real, Real)>;
 
 inline constinit Unary acos(decimalLibrary, "acosd128");
 inline constinit Unary asin(decimalLibrary, "asind128");
@@ -19,12 +20,21 @@ inline constinit Unary log10(decimalLibrary, "log10d128");
 inline constinit Unary sin(decimalLibrary, "sind128");
 inline constinit Unary sqrt(decimalLibrary, "sqrtd128");
 inline constinit Unary tan(decimalLibrary, "tand128");
-inline constinit Binary fmod(decimalLibrary, "fmodd128");
+inline constinit Unary trunc(decimalLibrary, "truncd128");
 inline constinit Binary pow(decimalLibrary, "powd128");
 
+// The library's logarithm finds no value for some arguments whose first digits are 9995 or more.
+inline Real logarithm(Real value) {
+    const Real result = log(value);
+    if (result == result || !(value > Real(0))) [[likely]] {
+        return result;
+    }
+    const auto two = Real(2);
+    return log(value / two) + log(two);
+}
+
 // Reads a text as strtod does.
-inline constinit LateFunction<ZorDecimal128(const char *, char **)> parse(decimalLibrary,
-                                                                          "strtod128");
+inline constinit LateFunction<Real(const char *, char **)> parse(decimalLibrary, "strtod128");
 
 } // namespace zor::decimal128
 

@@ -9,8 +9,9 @@
 
 namespace zor::binary128 {
 
-using Unary = LateFunction<ZorBinary128(ZorBinary128)>;
-using Binary = LateFunction<ZorBinary128(ZorBinary128, ZorBinary128)>;
+using Real = ZorBinary128;
+using Unary = LateFunction<Real(Real)>;
+using Binary = LateFunction<Real(Real, Real)>;
 
 inline constinit Unary acos(quadLibrary, "acosq");
 inline constinit Unary asin(quadLibrary, "asinq");
@@ -25,12 +26,10 @@ inline constinit Unary floor(quadLibrary, "floorq");
 inline constinit Unary ceil(quadLibrary, "ceilq");
 inline constinit Binary fmod(quadLibrary, "fmodq");
 inline constinit Binary pow(quadLibrary, "powq");
-inline constinit LateFunction<ZorBinary128(ZorBinary128, ZorBinary128, ZorBinary128)>
-    fma(quadLibrary, "fmaq");
+inline constinit LateFunction<Real(Real, Real, Real)> fma(quadLibrary, "fmaq");
 
 // Reads a text as strtod does, and formats one as snprintf does, with the modifier Q.
-inline constinit LateFunction<ZorBinary128(const char *, char **)> parse(quadLibrary,
-                                                                         "strtoflt128");
+inline constinit LateFunction<Real(const char *, char **)> parse(quadLibrary, "strtoflt128");
 inline constinit LateFunction<int(char *, std::size_t, const char *, ...)>
     print(quadLibrary, "quadmath_snprintf");
 

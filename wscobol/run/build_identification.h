@@ -8,11 +8,8 @@ inline constexpr char kBuildIdentification[] = "liblvd4_32r.so 6.1.0, COBOL run-
 
 // One line each, behind a tab.
 inline constexpr const char *kIdentificationStrings[] = {
-    "run-unit control 6.1.0",
-    "dynamic programs 6.1.0",
-    "fixed-decimal arithmetic 6.1.0",
-    "data movement and text 6.1.0",
-    "code pages and national data 6.1.0",
+    "run-unit control 6.1.0", "dynamic programs 6.1.0",       "fixed-decimal arithmetic 6.1.0",
+    "numeric services 6.1.0", "data movement and text 6.1.0", "code pages and national data 6.1.0",
 };
 
 } // namespace zor

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "base/divide_masks.h"
+#include "base/wide_arguments.h"
 #include "decimal/floating/float_forms.h"
 #include "numeric/binary_math.h"
 #include "numeric/decimal_math.h"
@@ -128,16 +129,21 @@ using namespace zor;
     Form::Value name(Base base, Exponent exponent, int32_t *sizeErrorCount) {                      \
         return powerOf<Form>(base, exponent, sizeErrorCount);                                      \
     }
+#define ZOR_WIDE_POWER(name, Form, Exponent, exponentIn)                                           \
+    ZOR_WIDE(Wide<Form::Value>, name, Gap<3>, Wide<Form::Value> base, Exponent exponent,           \
+             int32_t *sizeErrorCount) {                                                            \
+        return {powerOf<Form>(base.value, exponentIn, sizeErrorCount)};                            \
+    }
 ZOR_POWER(_zorExpFloat8Float8, Power64, ZorBinary64, ZorBinary64)
-ZOR_POWER(_zorExpFloat16Float8, Power128, ZorBinary128, ZorBinary64)
-ZOR_POWER(_zorExpDFloat16DFloat16, DecimalPower128, ZorDecimal128, ZorDecimal128)
+ZOR_WIDE_POWER(_zorExpFloat16Float8, Power128, ZorBinary64, exponent)
+ZOR_WIDE_POWER(_zorExpDFloat16DFloat16, DecimalPower128, Wide<ZorDecimal128>, exponent.value)
 ZOR_POWER(_zorExpFloat4Float4, Power32, ZorBinary32, ZorBinary32)
 ZOR_POWER(_zorExpInt8Int8, Power64, int64_t, int64_t)
 ZOR_POWER(_zorExpInt4Int4, Power64, int32_t, int32_t)
 ZOR_POWER(_zorExpFloat4Int4, Power32, ZorBinary32, int32_t)
 ZOR_POWER(_zorExpFloat8Int8, Power64, ZorBinary64, int64_t)
-ZOR_POWER(_zorExpFloat16Int8, Power128, ZorBinary128, int64_t)
-ZOR_POWER(_zorExpDFloat16Int8, DecimalPower128, ZorDecimal128, int64_t)
+ZOR_WIDE_POWER(_zorExpFloat16Int8, Power128, int64_t, exponent)
+ZOR_WIDE_POWER(_zorExpDFloat16Int8, DecimalPower128, int64_t, exponent)
 
 ZorBinary64 KXESDXPD(ZorBinary64 base, ZorBinary64 exponent) {
     return powerOf<Power64>(base, exponent, nullptr);
