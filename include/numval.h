@@ -46,7 +46,7 @@ typedef struct NumvalFormat NumvalFormat;
 
 ZOR_BEGIN_C
 
-/* ---- NUMVAL of length bytes at string. */
+/* NUMVAL of length bytes at string. */
 ZOR_EXPORT ZorBinary64 _Tvq_numval(const NumvalFormat *format, int32_t length, const void *string,
                                    ZorBinary64 *result);
 ZOR_EXPORT ZorBinary64 _zorcNumval(const NumvalFormat *format, int32_t length, const void *string,
@@ -62,8 +62,8 @@ ZOR_EXPORT ZorBinary128 _zorcNumvalFloat16(const NumvalFormat *format, int32_t l
 ZOR_EXPORT ZorDecimal128 _Tvq_numval_decfloat16(const NumvalFormat *format, int32_t length,
                                                 const void *string, ZorDecimal128 *result);
 
-/* ---- NUMVAL-C. The currency of currencyLength bytes, at currency, counts unless the mode is
- * NUMVAL_CURRENCY_SIGN; an empty one matches nothing. */
+/* NUMVAL-C of length bytes at string. The currency of currencyLength bytes, at currency, counts
+ * unless the mode is NUMVAL_CURRENCY_SIGN; an empty one matches nothing. */
 ZOR_EXPORT ZorBinary64 _Tvq_numval_c(const NumvalFormat *format, int32_t length, const void *string,
                                      int32_t currencyLength, const void *currency,
                                      ZorBinary64 *result);
@@ -86,8 +86,8 @@ ZOR_EXPORT ZorDecimal128 _Tvq_numval_c_decfloat16(const NumvalFormat *format, in
                                                   const void *string, int32_t currencyLength,
                                                   const void *currency, ZorDecimal128 *result);
 
-/* ---- The same of national texts and currencies: lengths are in bytes, and a half character at the
- * end is not read. A character counts by its low byte, but a currency string by all of it. A 64-bit
+/* NUMVAL and NUMVAL-C of national texts: lengths are in bytes, and a half character at the end is
+ * not read. A character counts by its low byte, but a currency string by all of it. A 64-bit
  * value is narrowed from the 128-bit one. Positions in the text are counted in characters. */
 ZOR_EXPORT ZorBinary128 _zoruNumval16(const NumvalFormat *format, int32_t length,
                                       const void *string, ZorBinary128 *result);
@@ -100,7 +100,7 @@ ZOR_EXPORT ZorBinary64 _zoruNumvalC(const NumvalFormat *format, int32_t length, 
                                     int32_t currencyLength, const void *currency,
                                     ZorBinary64 *result);
 
-/* ---- Reserved for packed results of 32 bytes and zoned ones of 63, with 32 fraction digits: they
+/* Reserved for packed results of 32 bytes and zoned ones of 63, with 32 fraction digits: they
  * store nothing and return result. */
 ZOR_EXPORT void *_Tvq_numval_decpacked3232(const NumvalFormat *format, int32_t length,
                                            const void *string, void *result);
