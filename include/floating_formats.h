@@ -90,7 +90,10 @@ ZOR_EXPORT uint32_t _zorcConvIEEE4toHex(ZorBinary32 value);
 ZOR_EXPORT ZorBinary64 _zorcConvHex8toIEEE(uint64_t value);
 ZOR_EXPORT ZorBinary64 _zorcConvIEEE8toHex(ZorBinary64 value);
 
-/* ---- 128-bit binary. A division by zero gives infinity or NaN, and is never trapped. */
+/* ---- 128-bit binary. */
+
+/* Sum, difference, product, quotient and magnitude. A division by zero gives infinity or NaN, and
+ * is never trapped. */
 ZOR_EXPORT ZorBinary128 _zorc_ADD_BFlt128(ZorBinary128 left, ZorBinary128 right);
 ZOR_EXPORT ZorBinary128 _zorc_SUB_BFlt128(ZorBinary128 left, ZorBinary128 right);
 ZOR_EXPORT ZorBinary128 _zorc_MPY_BFlt128(ZorBinary128 left, ZorBinary128 right);

@@ -42,9 +42,9 @@ typedef struct ExpDescriptor ExpDescriptor;
 
 ZOR_BEGIN_C
 
-/* ---- floating powers, by the mathematical library of the result's form. Integers are converted to
- * that form; an integer exponent of 1 gives the base as it is. errno is cleared ahead of the
- * library's function and left as that leaves it; with a base of zero it is not touched. */
+/* base to the power exponent, by the mathematical library of the result's form. Integers are
+ * converted to that form; an integer exponent of 1 gives the base as it is. errno is cleared ahead
+ * of the library's function and left as that leaves it; with a base of zero it is not touched. */
 ZOR_EXPORT ZorBinary64 _zorExpFloat8Float8(ZorBinary64 base, ZorBinary64 exponent,
                                            int32_t *sizeErrorCount);
 ZOR_EXPORT ZorBinary128 _zorExpFloat16Float8(ZorBinary128 base, ZorBinary64 exponent,
@@ -66,11 +66,10 @@ ZOR_EXPORT ZorDecimal128 _zorExpDFloat16Int8(ZorDecimal128 base, int64_t exponen
 /* As _zorExpFloat8Float8 with a counter of 0. */
 ZOR_EXPORT ZorBinary64 KXESDXPD(ZorBinary64 base, ZorBinary64 exponent);
 
-/* ---- the power of a decimal number by an integer exponent, by squaring and multiplying. The
- * result is a sign byte and resultDigits digits, cut at resultFractionDigits; one whose digits are
- * all 0 is positive. Intermediate results of more than 31 digits lose low-order fraction digits.
- * The power of a negative exponent is the reciprocal of the positive one. Messages, beside 49 and
- * 50:
+/* A decimal number to the power of an integer, by squaring and multiplying. The result is a sign
+ * byte and resultDigits digits, cut at resultFractionDigits; one whose digits are all 0 is
+ * positive. Intermediate results of more than 31 digits lose low-order fraction digits. The power
+ * of a negative exponent is the reciprocal of the positive one. Messages, beside 49 and 50:
  *
  *   51      the reciprocal is too small for the result; whatever the counter says. The result is 0
  *   59      the exponent has more than 9 digits; whatever the counter says. The low-order 9 count
