@@ -1,4 +1,4 @@
-// The functions of the C mathematics library that are used, in 64 bits.
+// The functions of the C mathematics library that are used.
 #ifndef ZOR_NUMERIC_BINARY_MATH_H
 #define ZOR_NUMERIC_BINARY_MATH_H
 
@@ -33,5 +33,11 @@ inline Real squareRoot(Real value) {
 }
 
 } // namespace zor::binary64
+
+namespace zor::binary32 {
+
+inline constinit LateFunction<ZorBinary32(ZorBinary32, ZorBinary32)> pow(mathLibrary, "powf");
+
+} // namespace zor::binary32
 
 #endif

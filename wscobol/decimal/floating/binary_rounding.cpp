@@ -46,7 +46,7 @@ void dropBits(RoundedBinary &value, int32_t count, bool isInexact) {
 
 } // namespace
 
-RoundedBinary roundToBinary(Wide128 coefficient, int32_t power, int32_t precision,
+RoundedBinary roundToBinary(const WideInteger &coefficient, int32_t power, int32_t precision,
                             int32_t leastExponent) {
     power = power > kGreatestPower ? kGreatestPower : power;
     if (power < -kGreatestPower) {

@@ -17,11 +17,11 @@ struct RoundedBinary {
 // coefficient * 10^power, rounded to nearest with ties to even; the significand is shortened where
 // its last bit would lie below 2^leastExponent. The coefficient is not zero. A value below half of
 // 2^leastExponent gives zero; one above 2^16384 need not be exact.
-RoundedBinary roundToBinary(Wide128 coefficient, int32_t power, int32_t precision,
+RoundedBinary roundToBinary(const WideInteger &coefficient, int32_t power, int32_t precision,
                             int32_t leastExponent);
 
 // The form's value nearest to coefficient * 10^power: the way for every value.
-template <class T> T nearestBinarySlowly(Wide128 coefficient, int32_t power) {
+template <class T> T nearestBinarySlowly(const WideInteger &coefficient, int32_t power) {
     constexpr int32_t kPrecision = BinaryForm<T>::kPrecision;
     const RoundedBinary rounded = roundToBinary(coefficient, power, kPrecision, kLeastExponent<T>);
     const bool isNormal = !isZero(shiftedRight(rounded.significand, kFractionBits<T>));
@@ -52,7 +52,7 @@ template <class T> T nearestBinary(Wide128 coefficient, int32_t power);
 template <> inline ZorBinary128 nearestBinary<ZorBinary128>(Wide128 coefficient, int32_t power) {
     return power <= kQuadPower && power >= -kQuadPower
                ? nearestQuad(coefficient, power, false)
-               : nearestBinarySlowly<ZorBinary128>(coefficient, power);
+               : nearestBinarySlowly<ZorBinary128>(WideInteger(coefficient), power);
 }
 
 template <> inline ZorBinary64 nearestBinary<ZorBinary64>(Wide128 coefficient, int32_t power) {
@@ -78,15 +78,17 @@ template <> inline ZorBinary64 nearestBinary<ZorBinary64>(Wide128 coefficient, i
     }
     const auto wider = nearestBinary<ZorBinary128>(coefficient, power);
     const auto value = static_cast<ZorBinary64>(wider);
-    return isRiskyToNarrow(wider, value) ? nearestBinarySlowly<ZorBinary64>(coefficient, power)
-                                         : value;
+    return isRiskyToNarrow(wider, value)
+               ? nearestBinarySlowly<ZorBinary64>(WideInteger(coefficient), power)
+               : value;
 }
 
 template <> inline ZorBinary32 nearestBinary<ZorBinary32>(Wide128 coefficient, int32_t power) {
     const auto wider = nearestBinary<ZorBinary64>(coefficient, power);
     const auto value = static_cast<ZorBinary32>(wider);
-    return isRiskyToNarrow(wider, value) ? nearestBinarySlowly<ZorBinary32>(coefficient, power)
-                                         : value;
+    return isRiskyToNarrow(wider, value)
+               ? nearestBinarySlowly<ZorBinary32>(WideInteger(coefficient), power)
+               : value;
 }
 
 } // namespace zor::decimal

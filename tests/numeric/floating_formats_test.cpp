@@ -1,0 +1,332 @@
+// External and hexadecimal floating items, the operations of 128-bit binary, and what all numeric
+// services share: other locales, and callers that align their stack to four bytes.
+#include <clocale>
+#include <cmath>
+#include <random>
+
+#include "floating_formats.h"
+#include "numeric/heard_messages.h"
+#include "numval.h"
+#include "power.h"
+
+#ifdef __clang__ // for which the C library does not declare it
+extern "C" int strfromf128(char *text, size_t size, const char *format, __float128 value);
+#endif
+
+namespace {
+
+// ---- external to internal
+
+// implied: the integer digits in front of an implied point, or -1.
+template <class T>
+std::string read(int32_t (*convert)(const ExternalFloatSource *, const char *, void *),
+                 const std::string &text, int implied, T &value) {
+    const auto length = static_cast<int16_t>(text.size());
+    const ExternalFloatSource picture{static_cast<int16_t>(implied < 0 ? length : -length), 2,
+                                      static_cast<int16_t>(implied), sizeof(T)};
+    memset(&value, 0x55, sizeof value);
+    const int32_t status = convert(&picture, text.data(), &value);
+    const std::string heard = heard::take();
+    EXPECT_EQ(heard, status == 0 ? "" : std::to_string(status) + ";");
+    return heard;
+}
+
+struct ReadCase {
+    const char *text;
+    double value;
+    const char *messages = ""; // for 64 bits
+    const char *narrow = "";   // for 32 bits
+    int implied = -1;
+};
+// clang-format off
+const ReadCase kReadCases[] = {
+    {"+1.50E+02", 150}, {"1,5E+02", 150}, {" -12.5 E- 3 ", -0.0125}, {"", 0},      {"     ", 0},
+    {"E+02", 0},        {"+.E+05", 0},    {"+-5.E1", 50},            {"5x.x5", 5.5}, {"5E", 5},
+    {"5e-+1", 50},      {"+00.00E+99", 0}, {"1E2E1", 1e21},          {"+123E-01", 12.3, "", "", 9},
+    {"+12345E+00", 123.45, "", "", 3},    {"+12 45E+00", 12.45, "", "", 2},
+    {"1E400", 0, "53;", "53;"},           {"-1E-400", 0, "55;", "55;"},
+    {"1E39", 1e39, "", "53;"},            {"1E-46", 1e-46, "", "55;"},
+    {"4.94065645841246544177E-324", 0x1p-1074, "", "55;"},
+    {"1E99999999999", 0, "53;", "53;"},   {"1E-99999999999", 0, "55;", "55;"},
+};
+// clang-format on
+
+LISTENING_TEST(ExternalFloat, TextsAreRead) {
+    for (const ReadCase &c : kReadCases) {
+        SCOPED_TRACE(c.text);
+        double wide;
+        EXPECT_EQ(read(_zorcConvExtFltToIntFlt, c.text, c.implied, wide), c.messages);
+        EXPECT_EQ(wide, c.value);
+        float narrow;
+        EXPECT_EQ(read(_Tvq_convertExtToIntFloat, c.text, c.implied, narrow), c.narrow);
+        EXPECT_EQ(narrow, *c.narrow == 0 ? static_cast<float>(wide) : 0);
+    }
+}
+
+// Bytes of decimal forms: at the ends of their ranges, and rounded at their last digit.
+LISTENING_TEST(ExternalFloat, DecimalTargets) {
+    const auto expect = [](auto value, const char *text, const char *messages, const char *bytes) {
+        EXPECT_EQ(read(_zorcConvExtFltToDFlt, text, -1, value), messages) << text;
+        EXPECT_EQ(kit::hex(&value, sizeof value), bytes) << text;
+    };
+    const ZorDecimal32 narrow{};
+    const ZorDecimal64 usual{};
+    const ZorDecimal128 wide{};
+    expect(narrow, "+1.50E+02", "", "96008032");
+    expect(narrow, "-1234567.5E0", "", "88d692b2"); // a tie, to even
+    expect(narrow, "9999999.5E0", "", "40420f33");
+    expect(narrow, "1E96", "", "40428f5f");
+    expect(narrow, "9.9999995E96", "53;", "00008032");
+    expect(narrow, "1E-101", "", "01000000");
+    expect(narrow, "5E-102", "55;", "00008032"); // half of the smallest, to even
+    expect(narrow, "5.1E-102", "", "01000000");
+    expect(usual, "1E-398", "", "0100000000000000");
+    expect(usual, "1E385", "53;", "000000000000c031");
+    expect(wide, "1.5E0", "", "0f000000000000000000000000003e30");
+}
+
+// ---- internal to external
+
+std::string written(void (*convert)(const ExternalFloatTarget *, const void *, char *),
+                    const void *source, const ExternalFloatTarget &picture) {
+    const auto length = static_cast<size_t>(std::abs(picture.pictureLength));
+    std::string item(length + 1, '#');
+    convert(&picture, source, item.data());
+    EXPECT_EQ(item.back(), '#');
+    return item.substr(0, length);
+}
+
+LISTENING_TEST(ExternalFloat, ItemsAreWritten) {
+    // clang-format off
+    const struct {
+        double value;
+        ExternalFloatTarget picture;
+        const char *item;
+    } cases[] = {
+        {150, {9, 2, 1, '+', '+', '.'}, "+1.50E+02"},     {-0.00125, {9, 2, 1, '-', '-', ','}, "-1,25E-03"},
+        {150, {9, 2, 1, '-', '-', '.'}, " 1.50E 02"},     {1234, {9, 1, 2, '+', '+', '.'}, "+12.3E+02"},
+        {1234, {-8, 1, 2, '+', '+', '.'}, "+123E+02"},    {-0.0, {9, 1, 2, '+', '+', '.'}, "+00.0E+00"},
+        {1.5, {8, 2, 0, '+', '+', '.'}, "+.15E+01"},      {99.95, {8, 1, 1, '+', '+', '.'}, "+1.0E+02"},
+        {1e300, {10, 2, 1, '+', '+', '.'}, "+1.00E+300"}, {1e300, {9, 2, 1, '+', '+', '.'}, "+1.00E+30"},
+        {7, {8, 0, 1, '+', '+', '.'}, "+7.E+00 "},        {HUGE_VAL, {9, 2, 1, '-', '-', '.'}, " INF     "},
+        {-HUGE_VAL, {9, 2, 1, '-', '+', '.'}, "-INF     "}, {std::nan(""), {4, 2, 1, '+', '+', '.'}, "+NAN"},
+    };
+    // clang-format on
+    for (const auto &c : cases) {
+        EXPECT_EQ(written(_zorcConvIntFltToExtFlt, &c.value, c.picture), c.item);
+        EXPECT_EQ(written(_Tvq_convertIntToExtFloat, &c.value, c.picture), c.item);
+        const __float128 wide = c.value;
+        EXPECT_EQ(written(_zorcConvIntEFltToExtFlt, &wide, c.picture), c.item);
+    }
+}
+
+// Of as many digits as tell values apart, an item is read as the value that it was written from.
+LISTENING_TEST(ExternalFloat, ItemsGoBack) {
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 5'000; ++i) {
+        const uint64_t bits = random();
+        double value;
+        memcpy(&value, &bits, sizeof value);
+        const auto whole = static_cast<int16_t>(random() % 18);
+        const bool isImplied = random() % 2 == 0;
+        const ExternalFloatTarget picture{static_cast<int16_t>(isImplied ? -24 : 24),
+                                          static_cast<int16_t>(17 - whole),
+                                          whole,
+                                          '+',
+                                          '-',
+                                          ','};
+        double back;
+        const std::string item = written(_zorcConvIntFltToExtFlt, &value, picture);
+        if (std::isfinite(value)) {
+            read(_zorcConvExtFltToIntFlt, item, isImplied ? whole : -1, back);
+            ASSERT_EQ(back, value) << item;
+        }
+        const __float128 wide = static_cast<__float128>(value) / 3;
+        char text[64];
+        strfromf128(text, sizeof text, "%.32E", wide);
+        const std::string exact = std::isfinite(value) ? text : value < 0 ? "-INF" : "INF";
+        const std::string shown =
+            written(_zorcConvIntEFltToExtFlt, &wide, {40, 32, 1, '-', '+', '.'});
+        const size_t from = value < 0 ? 0 : 1;
+        ASSERT_TRUE(value != value || shown.substr(from, exact.size()) == exact) << shown;
+    }
+}
+
+// ---- hexadecimal
+
+LISTENING_TEST(HexadecimalFloat, BothWays) {
+    // clang-format off
+    const struct {
+        uint32_t hexadecimal;
+        float binary;
+        const char *messages = "";
+    } cases[] = {
+        {0x41100000, 1}, {0xC1100000, -1}, {0x40800000, 0.5F}, {0, 0}, {0x80000000, 0}, {0x46000000, 0},
+        {0x60FFFFFF, 0xFFFFFFp104F}, {0x61100000, 0, "53;"}, {0x7F100000, 0, "53;"},
+    };
+    // clang-format on
+    for (const auto &c : cases) {
+        const float binary = _zorcConvHex4toIEEE(c.hexadecimal);
+        EXPECT_EQ(kit::hex(&binary, sizeof binary), kit::hex(&c.binary, sizeof binary));
+        EXPECT_EQ(heard::take(), c.messages);
+    }
+    EXPECT_TRUE(std::signbit(_zorcConvHex4toIEEE(0x80000001)));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(_zorcConvIEEE4toHex(i == 0 ? HUGE_VALF : std::nanf("")), 0U);
+        EXPECT_EQ(heard::take(), i == 0 ? "53;" : "54;");
+    }
+    EXPECT_EQ(_zorcConvIEEE4toHex(-0.0F), 0U);
+    EXPECT_EQ(_zorcConvHex8toIEEE(~0ULL) + _zorcConvIEEE8toHex(5), 0);
+    std::mt19937 random(1);
+    for (int i = 0; i < 10'000; ++i) {
+        const auto integer = static_cast<float>(random() | 1);
+        const float value = std::ldexp(integer, static_cast<int>(random() % 220) - 126);
+        const uint32_t hexadecimal = _zorcConvIEEE4toHex(value);
+        const double read =
+            std::ldexp(hexadecimal & 0xFFFFFF, static_cast<int>(hexadecimal >> 24) * 4 - 280);
+        ASSERT_LE(read, value);
+        ASSERT_GT(read, value * (1 - 0x1p-20)); // three bits may go
+        ASSERT_EQ(_zorcConvHex4toIEEE(hexadecimal), static_cast<float>(read));
+    }
+}
+
+// ---- 128-bit binary
+
+LISTENING_TEST(QuadOperations, AreThoseOfTheForm) {
+    const __float128 third = static_cast<__float128>(1) / 3;
+    const bool isRight[] = {
+        _zorc_ADD_BFlt128(third, 1) == third + 1,
+        _zorc_SUB_BFlt128(third, 1) == third - 1,
+        _zorc_MPY_BFlt128(third, third) == third * third,
+        _zorc_DIV_BFlt128(1, 3) == third,
+        _zorc_DIV_BFlt128(-1, 0) == -HUGE_VAL,
+        _zorc_DIV_BFlt128(-1, -0.0) == HUGE_VAL,
+        std::isnan(static_cast<double>(_zorc_DIV_BFlt128(0, 0))),
+        !std::signbit(static_cast<double>(_zorc_ABS_BFlt128(-0.0))),
+        _zorc_CONV_Int4_To_BFlt128(-5) == -5,
+        _zorc_CONV_Uns4_To_BFlt128(~0U) == 0xFFFFFFFFU,
+        _zorc_CONV_Int8_To_BFlt128(INT64_MIN) == -0x1p63,
+        _zorc_CONV_Uns8_To_BFlt128(~0ULL) + 1 == 0x1p64,
+        _zorc_CONV_SFlt_To_BFlt128(0.1F) == 0.1F,
+        _zorc_CONV_LFlt_To_BFlt128(0.1) == 0.1,
+        _zorc_CONV_BFlt128_To_Int4(-5.9) == -5,
+        _zorc_CONV_BFlt128_To_Uns4(0xFFFFFFFF.8p0) == 0xFFFFFFFFU,
+        _zorc_CONV_BFlt128_To_Int8(-0x1p63) == INT64_MIN,
+        _zorc_CONV_BFlt128_To_Uns8(0x1.8p63) == 0xC000000000000000U,
+        _zorc_CONV_BFlt128_To_SFlt(third) == 1.0F / 3,
+        _zorc_CONV_BFlt128_To_LFlt(third) == 1.0 / 3,
+    };
+    for (const bool &right : isRight) {
+        EXPECT_TRUE(right) << &right - isRight;
+    }
+    const auto relations = [](__float128 a, __float128 b) {
+        return std::to_string(_zorc_EQU_BFlt128(a, b)) + std::to_string(_zorc_NEQ_BFlt128(a, b)) +
+               std::to_string(_zorc_GEQ_BFlt128(a, b)) + std::to_string(_zorc_LEQ_BFlt128(a, b)) +
+               std::to_string(_zorc_GRT_BFlt128(a, b)) + std::to_string(_zorc_LES_BFlt128(a, b));
+    };
+    EXPECT_EQ(relations(1, 2) + relations(2, 2) + relations(2, third), "010101101100011010");
+    EXPECT_EQ(relations(std::nan(""), 2), "010000");
+}
+
+// ---- all of them
+
+TEST(Numeric, ADecimalCommaOfTheLocaleMakesNoDifference) {
+    const kit::TemporaryDirectory directory;
+    const std::string build = "localedef -i de_DE -f UTF-8 " + directory.file("de_DE.UTF-8");
+    ASSERT_EQ(system(build.c_str()), 0);
+    setenv("LOCPATH", directory.path().c_str(), 1);
+    ASSERT_NE(setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
+    ASSERT_STREQ(localeconv()->decimal_point, ",");
+    const NumvalFormat format{'$', '.', 1};
+    double value = 0;
+    EXPECT_EQ(_zorcNumval(&format, 3, "1.5", &value), 1.5);
+    ASSERT_EQ(read(_zorcConvExtFltToIntFlt, "+1.50E+02", -1, value), "");
+    EXPECT_EQ(value, 150);
+    EXPECT_EQ(written(_zorcConvIntFltToExtFlt, &value, {9, 2, 1, '+', '+', '.'}), "+1.50E+02");
+    const __float128 wide = value;
+    EXPECT_EQ(written(_zorcConvIntEFltToExtFlt, &wide, {9, 2, 1, '+', '+', '.'}), "+1.50E+02");
+    setlocale(LC_NUMERIC, "C");
+}
+
+} // namespace
+
+// Calls with the words as arguments, which begin so many bytes below a multiple of 16, and drops a
+// floating result.
+extern "C" void callMisaligned(const void *function, const uint32_t *words, uint32_t count,
+                               uint32_t bytes);
+asm(R"(
+    .text
+callMisaligned:
+    push %ebp
+    mov %esp, %ebp
+    push %esi
+    push %edi
+    mov 12(%ebp), %esi
+    mov 16(%ebp), %ecx
+    lea (,%ecx,4), %eax
+    sub %eax, %esp
+    and $-16, %esp
+    sub 20(%ebp), %esp
+    mov %esp, %edi
+    rep movsl
+    call *8(%ebp)
+    fninit
+    lea -8(%ebp), %esp
+    pop %edi
+    pop %esi
+    pop %ebp
+    ret
+)");
+
+namespace {
+
+TEST(Numeric, CallersMayAlignTheirStackToFourBytes) {
+    struct Call {
+        const void *function;
+        std::vector<uint32_t> words;
+    };
+    const auto word = [](const void *address) { return reinterpret_cast<uint32_t>(address); };
+    const NumvalFormat format{'$', '.', 1};
+    const ExternalFloatTarget picture{9, 2, 1, '+', '+', '.'};
+    const ExternalFloatSource source{9, 2, 1, 4};
+    const ExpDescriptor power{1, {}, 1, 0, 0, 5, 2, 3};
+    alignas(16) char result[16];
+    int32_t count = 1;
+    const __float128 three = 3;
+    const auto wide = [&](std::vector<uint32_t> more) {
+        uint32_t words[4];
+        memcpy(words, &three, sizeof words);
+        more.insert(more.begin(), {word(result), 0, 0, 0, words[0], words[1], words[2], words[3]});
+        more.push_back(word(&count));
+        return more;
+    };
+    const Call calls[] = {
+        {reinterpret_cast<void *>(_zorcNumval16),
+         {word(result), word(&format), 2, word("27"), word(result)}},
+        {reinterpret_cast<void *>(_Tvq_numval_decfloat16),
+         {word(result), word(&format), 2, word("27"), word(result)}},
+        {reinterpret_cast<void *>(_zorcNumval), {word(&format), 2, word("27"), word(result)}},
+        {reinterpret_cast<void *>(_zorcConvIntEFltToExtFlt),
+         {word(&picture), word(&three), word(result)}},
+        {reinterpret_cast<void *>(_zorcConvExtFltToIntFlt),
+         {word(&source), word("+2.70E+01"), word(result)}},
+        {reinterpret_cast<void *>(_zorExpFloat16Int8), wide({4, 0})},
+        {reinterpret_cast<void *>(_zorc_MPY_BFlt128), wide({0, 0, 0, 0x40000000})},
+        {reinterpret_cast<void *>(_zorExpFloat8Int8), {0, 0x40080000, 3, 0, word(&count)}},
+        {reinterpret_cast<void *>(_zorcExpFixedPt),
+         {word(&power), word("-2"), word("+4"), word(result), word(&count)}},
+    };
+    for (const Call &call : calls) {
+        std::string aligned;
+        for (const uint32_t bytes : {0U, 4U, 8U, 12U}) {
+            memset(result, 0, sizeof result);
+            callMisaligned(call.function, call.words.data(),
+                           static_cast<uint32_t>(call.words.size()), bytes);
+            const std::string left = kit::hex(result, sizeof result);
+            EXPECT_EQ(left, bytes == 0 ? left : aligned) << &call - calls << " " << bytes;
+            aligned = left;
+        }
+    }
+}
+
+} // namespace

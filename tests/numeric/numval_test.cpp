@@ -1,0 +1,288 @@
+// NUMVAL and NUMVAL-C: cases by hand and random texts, against the grammar as an expression and the
+// C libraries' reading of the numbers that it finds.
+#include <cerrno>
+#include <dlfcn.h>
+#include <map>
+#include <random>
+#include <regex>
+#include <sys/mman.h>
+
+#include "numeric/heard_messages.h"
+#include "numval.h"
+
+#ifdef __clang__ // for which the C library does not declare it
+extern "C" __float128 strtof128(const char *text, char **end);
+#endif
+
+namespace {
+
+const std::string kDigits = "0123456789";
+
+struct Argument {
+    std::string text;
+    NumvalFormat format{'$', '.', NUMVAL_CURRENCY_SIGN};
+    std::string currency{};
+};
+
+struct Outcome {
+    std::string number; // as C reads it
+    std::string messages;
+};
+
+// What each capture of the grammar is: sign, currency, integer digits, fraction, or trailer.
+const std::string kCaptures = "scwff"
+                              "cwftftt"
+                              "wftft";
+
+// Every start of a text that is right. A text counts up to the end of the longest one.
+std::string grammar(const std::string &point, const std::string &comma, const std::string &money) {
+    const std::string whole = "(\\d+(?:" + comma + "\\d+)*)";
+    const std::string fraction = "(" + point + "\\d*)";
+    const std::string tail = " *([+-] *|CR *|C|DB *|D)?";
+    const std::string number =
+        whole + "(?:" + comma + "|" + fraction + "?" + tail + ")|" + fraction + tail;
+    return " *(?:([+-]) *(" + money + " *)?(?:" + whole + "(?:" + comma + "|" + fraction + "? *)|" +
+           fraction + " *)?|(" + money + " *)(?:" + number + "|" + tail + ")|" + number + ")?";
+}
+
+Outcome model(const Argument &a, bool isC, size_t room, size_t unit) {
+    std::string messages;
+    const std::string name = isC ? "NUMVAL-C;" : "NUMVAL;";
+    const auto refuse = [&](const char *message, const std::string &text, size_t at, size_t size) {
+        if (at < text.size()) {
+            messages += std::string(message) + " " + text[at] + " " +
+                        std::to_string(at * size + 1) + " " + name;
+        }
+    };
+    const char point = a.format.decimalPoint;
+    const bool isString = a.format.currencyMode == NUMVAL_CURRENCY_STRING;
+    const std::string currency = a.format.currencyMode == NUMVAL_CURRENCY_SIGN
+                                     ? std::string(1, a.format.currencySign)
+                                     : a.currency;
+    if (isC && isString && !currency.empty() && !a.text.empty()) {
+        refuse("155", currency, currency[0] == ' ' ? 0 : std::string::npos, unit);
+        refuse("155", currency, currency.find_first_of("+,-." + kDigits), unit);
+        refuse("155", currency, currency.find_last_not_of(' ') + 1, unit);
+    }
+    const std::string never = "(?!)";
+    const std::string noCurrency = "+-,. " + kDigits; // where none is looked for
+    std::string money = isC && currency.find_first_of(noCurrency) != 0 ? "" : never;
+    for (const char c : currency) {
+        money += std::string("[") + c + "]";
+    }
+    static std::map<std::string, std::regex> expressions;
+    const std::string text =
+        grammar(std::string("[") + point + "]", isC ? (point == '.' ? "," : "[.]") : never,
+                currency.empty() ? never : money);
+    const auto expression = expressions.try_emplace(text, text).first->second;
+    std::smatch found;
+    std::regex_search(a.text, found, expression, std::regex_constants::match_continuous);
+    std::string number, sign;
+    bool isBegun = false;
+    for (size_t i = 0; i < kCaptures.size(); ++i) {
+        const char what = kCaptures[i];
+        isBegun = isBegun || (what != 's' && found[i + 1].matched);
+        (what == 's' || what == 't' ? sign : what == 'c' ? money : number) += found[i + 1].str();
+    }
+    size_t digits = 0;
+    std::string kept = sign.find_first_of("-RB") != std::string::npos ? "-" : "";
+    for (const char c : number) {
+        const bool isDigit = isdigit(c) != 0;
+        kept += c == point ? "." : isDigit && ++digits <= room ? std::string(1, c) : "";
+    }
+    messages += digits > room && unit == 1 ? "151 " + name : "";
+    const auto end = static_cast<size_t>(found.length());
+    refuse("152", a.text, end, 1);
+    if (isC && !isBegun && end < a.text.size() &&
+        noCurrency.find(a.text[end]) > noCurrency.size()) {
+        refuse("152", a.text, a.text.find_first_of("+-,." + kDigits, end), 1);
+    }
+    messages += digits > room && unit == 2 ? "151 " + name : "";
+    return digits == 0 ? Outcome{"0", messages + "97 " + name} : Outcome{kept, messages};
+}
+
+std::string national(const std::string &text) {
+    std::string units;
+    for (const char c : text) {
+        units += {c, '\0'};
+    }
+    return units;
+}
+
+// A text whose page ends with it.
+const char *atPageEnd(const std::string &text, size_t which) {
+    constexpr size_t kPage = 4096;
+    static auto *const pages = static_cast<char *>(
+        mmap(nullptr, 4 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    char *const behind = pages + (2 * which + 1) * kPage;
+    mprotect(behind, kPage, PROT_NONE);
+    return static_cast<char *>(memcpy(behind - text.size(), text.data(), text.size()));
+}
+
+template <class T> std::string bytes(T value) {
+    return kit::hex(&value, sizeof value);
+}
+
+// The outcome of a function of either kind, whose value is returned and stored.
+template <class T, class Function>
+void expect(Function f, const Argument &a, const std::string &messages, bool isNational, T value) {
+    const std::string text = isNational ? national(a.text) : a.text;
+    const std::string currency = isNational ? national(a.currency) : a.currency;
+    const auto length = static_cast<int32_t>(text.size());
+    const auto currencyLength = static_cast<int32_t>(currency.size());
+    T stored{};
+    T returned;
+    errno = EDOM;
+    if constexpr (std::is_invocable_v<Function, const NumvalFormat *, int32_t, const void *, T *>) {
+        returned = f(&a.format, length, atPageEnd(text, 0), &stored);
+    } else {
+        returned = f(&a.format, length, atPageEnd(text, 0), currencyLength, atPageEnd(currency, 1),
+                     &stored);
+    }
+    EXPECT_TRUE(!messages.empty() || errno == (isNational ? EDOM : 0));
+    ASSERT_EQ(bytes(returned) + bytes(stored) + heard::take(),
+              bytes(value) + bytes(value) + messages)
+        << "[" << a.text << "] " << a.currency << a.format.decimalPoint;
+}
+
+template <class T> T read(const std::string &number) {
+    if constexpr (std::is_same_v<T, double>) {
+        return strtod(number.c_str(), nullptr);
+    } else if constexpr (std::is_same_v<T, __float128>) {
+        return strtof128(number.c_str(), nullptr);
+    } else {
+        static const auto strtod128 = reinterpret_cast<T (*)(const char *, char **)>(
+            dlsym(dlopen("libdfp.so.1", RTLD_NOW), "strtod128"));
+        return strtod128(number.c_str(), nullptr);
+    }
+}
+
+#define EXPECT_FORMS(numval, numval16, decimal, zoruNumval, zoruNumval16)                          \
+    expect(numval, a, native.messages, false, read<double>(native.number));                        \
+    expect(numval16, a, native.messages, false, read<__float128>(native.number));                  \
+    expect(zoruNumval, a, wide.messages, true, static_cast<double>(wideValue));                    \
+    expect(zoruNumval16, a, wide.messages, true, wideValue);                                       \
+    if (native.number.size() <= 34) { /* the library for decimals does not round well */           \
+        expect(decimal, a, native.messages, false, read<ZorDecimal128>(native.number));            \
+    }
+
+void expectValue(const Argument &a, bool isC) {
+    const Outcome native = model(a, isC, 62, 1);
+    const Outcome wide = model(a, isC, 63, 2);
+    const __float128 wideValue = read<__float128>(wide.number);
+    if (isC) {
+        EXPECT_FORMS(_Tvq_numval_c, _zorcNumvalC16, _Tvq_numval_c_decfloat16, _zoruNumvalC,
+                     _zoruNumvalC16)
+    } else {
+        EXPECT_FORMS(_Tvq_numval, _zorcNumval16, _Tvq_numval_decfloat16, _zoruNumval, _zoruNumval16)
+    }
+}
+
+LISTENING_TEST(Numval, TextsByHand) {
+    const std::string text62(62, '7');
+    for (const std::string text : {"",
+                                   " ",
+                                   "  -12.5 ",
+                                   "12.5-",
+                                   "12.5 -",
+                                   "12.5CR",
+                                   "12.5 DB",
+                                   "+12-",
+                                   "12.5 C",
+                                   "12C",
+                                   "12D",
+                                   ".5",
+                                   "5.",
+                                   ".",
+                                   "-",
+                                   "1,5",
+                                   "$1,234.50",
+                                   "1,,234",
+                                   "1,234,5",
+                                   "1,2",
+                                   "1,",
+                                   "-$ 5",
+                                   "$",
+                                   "EUR 12",
+                                   "12cr",
+                                   "1E5",
+                                   "-0",
+                                   "0.00",
+                                   "1.50",
+                                   "$$5",
+                                   "12$",
+                                   "+.",
+                                   "5+5",
+                                   "12 R",
+                                   "9007199254740993",
+                                   "179769313486231580793728971405303415",
+                                   "12CRX",
+                                   text62.c_str(),
+                                   (text62 + "7").c_str(),
+                                   (text62 + "78.5x").c_str(),
+                                   ("." + text62 + "99").c_str()}) {
+        for (const bool isC : {false, true}) {
+            expectValue({text}, isC);
+            expectValue({text, {'$', ',', 1}}, isC);
+            expectValue({text, {'$', '.', NUMVAL_CURRENCY_STRING}, "EUR"}, isC);
+        }
+    }
+    for (const char *currency : {"", " E", "E.R", "E ", "E  ", " ", "A-+", "$"}) {
+        expectValue({"E.R 1", {'$', '.', NUMVAL_CURRENCY_STRING}, currency}, true);
+    }
+    // 35 digits: a tie, and a number that rounds to a power of ten.
+    const auto ten = static_cast<ZorDecimal128>(10);
+    const auto nines = read<ZorDecimal128>("9999999999999999999999999999999999");
+    const auto even = read<ZorDecimal128>("1234567890123456789012345678901234");
+    expect(_Tvq_numval_decfloat16, {"12345678901234567890123456789012345"}, "", false, even * ten);
+    expect(_Tvq_numval_decfloat16, {"99999999999999999999999999999999995.01"}, "", false,
+           (nines + static_cast<ZorDecimal128>(1)) * ten);
+}
+
+LISTENING_TEST(Numval, RandomTexts) {
+    std::mt19937 random(1);
+    const auto oneOf = [&](std::initializer_list<const char *> parts) {
+        return std::string(parts.begin()[random() % parts.size()]);
+    };
+    for (int i = 0; i < 10'000 && !testing::Test::HasFailure(); ++i) {
+        const auto digits = [&] {
+            std::string made(random() % (i % 20 == 0 ? 70 : 9), '0');
+            for (char &digit : made) {
+                digit = kDigits[random() % 10];
+            }
+            return made;
+        };
+        std::string text = oneOf({"", "", " "}) + oneOf({"", "", "+", "-"}) + oneOf({"", " "}) +
+                           oneOf({"", "$", "EUR", "CR"}) + oneOf({"", " "}) + digits() +
+                           oneOf({"", "", ",", "."}) + digits() + oneOf({"", ".", ","}) + digits() +
+                           oneOf({"", " "}) + oneOf({"", "+", "-", "CR", "DB", "C"}) +
+                           oneOf({"", " "});
+        if (!text.empty() && random() % 4 == 0) {
+            text[random() % text.size()] = "+-,. 5CDRBEx$"[random() % 13];
+        }
+        NumvalFormat format{'$', i % 4 == 0 ? ',' : '.', static_cast<uint16_t>(random() % 3)};
+        expectValue({text, format, oneOf({"EUR", "C", "CR", "$", "", "E R"})}, i % 2 == 0);
+    }
+}
+
+LISTENING_TEST(Numval, OtherNamesLengthsBelowOneAndReservedForms) {
+    const NumvalFormat format{'$', '.', 1};
+    double result = 5;
+    EXPECT_EQ(_zorcNumval(&format, -1, "1", &result) + result, 0);
+    EXPECT_EQ(heard::take(), "97 NUMVAL;");
+    EXPECT_EQ(_zorcNumvalFloat8(&format, 2, "-1", &result), -1);
+    EXPECT_EQ(_zorcNumvalC(&format, 2, "$2", 0, nullptr, &result), 2);
+    EXPECT_EQ(_zorcNumvalCFloat8(&format, 2, "$3", 0, nullptr, &result), 3);
+    __float128 wide;
+    EXPECT_TRUE(_Tvq_numval_float16(&format, 1, "1", &wide) == 1 &&
+                _zorcNumvalFloat16(&format, 1, "2", &wide) == 2 &&
+                _Tvq_numval_c_float16(&format, 1, "3", 0, nullptr, &wide) == 3 &&
+                _zorcNumvalCFloat16(&format, 1, "4", 0, nullptr, &wide) == 4);
+    EXPECT_EQ(_Tvq_numval_decpacked3232(&format, 1, "1", &wide), &wide);
+    EXPECT_EQ(_Tvq_numval_deczoned6332(&format, 1, "1", &wide), &wide);
+    EXPECT_EQ(_Tvq_numval_c_decpacked3232(&format, 1, "1", 0, nullptr, &wide), &wide);
+    EXPECT_EQ(_Tvq_numval_c_deczoned6332(&format, 1, "1", 0, nullptr, &wide), &wide);
+    EXPECT_TRUE(wide == 4);
+}
+
+} // namespace
