@@ -196,8 +196,9 @@ void takeLeading(Item &item, Clause &clause) {
 
 // All matches, or the first one.
 void takeFound(Item &item, Clause &clause, Bytes text) {
+    const BytesFinder finder(clause.compared, item.characterSize);
     for (;;) {
-        const std::size_t found = findBytes(text, clause.compared, item.characterSize);
+        const std::size_t found = finder.find(text);
         if (found == kNowhere) {
             return;
         }
