@@ -151,13 +151,19 @@ TEST(ClassTests, NativePairs) {
                      kit::inProgram([] { nativePairs(); }));
 }
 
-TEST(TextFunctions, Case) {
+void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts) {
     const std::string text = "@AZ[`az{\xC4\xE4";
     std::string upper = text, lower = text;
     _zorToUpper(lengthOf(text), text.data(), upper.data());
     _zorToLower(lengthOf(text), lower.data(), lower.data());
-    EXPECT_EQ(upper, "@AZ[`AZ{\xC4\xE4");
-    EXPECT_EQ(lower, "@az[`az{\xC4\xE4");
+    EXPECT_EQ(upper, "@AZ[`AZ{" + bigUmlauts);
+    EXPECT_EQ(lower, "@az[`az{" + smallUmlauts);
+}
+
+TEST(TextFunctions, Case) {
+    expectFolded("\xC4\xE4", "\xC4\xE4");
+    kit::expectChild({.environment = locales::in("de_DE.ISO-8859-1")},
+                     kit::inProgram([] { expectFolded("\xC4\xC4", "\xE4\xE4"); }));
 }
 
 TEST(TextFunctions, ReverseOfEachLength) {
