@@ -23,8 +23,8 @@ enum {
     SEARCH_TYPE_MASK = 0x7F
 };
 
-/* Bits of the signFlags. A key has a sign when SEARCH_SIGNED is set and SEARCH_NO_DISPLAY_SIGN is
- * not. */
+/* Bits of the signFlags. A key whose type heeds a sign has one when SEARCH_SIGNED is set and
+ * SEARCH_NO_DISPLAY_SIGN is not. */
 enum {
     SEARCH_NO_DISPLAY_SIGN = 0x80,
     SEARCH_SIGNED = 0x40,
@@ -75,8 +75,9 @@ ZOR_BEGIN_C
  * bytes are in the order of the keys, first key first. Gives the offset of an entry all of whose
  * keys equal their arguments from that address; -1 when there is none, as when an argument is
  * longer than its key and the rest of it is no padding: no blanks behind a text, no zeros ahead of
- * a number. Of several equal entries the first that the search comes upon is given. Issues message
- * 907 when there is no storage for a statement of many or long keys; the result is -1 then. */
+ * a number, or in keys that are not national no bytes that weigh as much. Of several equal entries
+ * the first that the search comes upon is given. Issues message 907 when there is no storage for a
+ * statement of many or long keys; the result is -1 then. */
 ZOR_EXPORT int32_t _zorcSrchAll(const SearchBlock *block, const void *tableAddress,
                                 int32_t entryCount, int32_t entrySize,
                                 const SearchArgument *arguments, const int32_t *const *indexOffsets,

@@ -76,6 +76,7 @@ const Row kRows[] = {
     {kLatin, ToEbcdic, "", "0e410e41", -6, "0 4 0ec10ec1eeee"},
     {kLatin, ToEbcdic, "", "-0e410f", -4, "0 1 c1eeeeee"},
     {kLatin, ToEbcdic, "", "-410f", 4, "0 2 c10feeee"},
+    {kLatin, ToEbcdic, "", "-0e4142", 4, "0 2 c1c2eeee"},
     {kLatin, ToEbcdic, "", "41424344", 2, "0 2 c1c2"},
     {kLatin, ToEbcdic, "", "4142434445", 2, "15 0 eeee", FAILED("15")},
     {kLatin, ToAscii, "", "c1c2", 4, "0 2 41422020"},

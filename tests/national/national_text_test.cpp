@@ -39,7 +39,8 @@ CHILD_TEST(NationalText, ComparesInTheOrderOfTheLocale, locales::in("de_DE.ISO-8
     } cases[] = {{u"A", u"A", 0},     {u"A", u"A   ", 0},    {u"   ", u" ", 0},
                  {u"", u"", 0},       {u"a", u"B", -1},      {u"B", u"a", 1},
                  {u"ä", u"b", -1},    {u"ä", u"a", 1},       {u"Zebra", u"Äpfel", 1},
-                 {u"a b", u"ab", -1}, {u"a\u0308", u"ä", 0}, {u"a", u"A", -1}};
+                 {u"a b", u"ab", -1}, {u"a\u0308", u"ä", 0}, {u"a", u"A", -1},
+                 {u"  ", u"", 1}};
     for (const auto &[left, right, expected] : cases) {
         EXPECT_EQ(_zorCompareUnicode(left.data(), bytesOf(left), right.data(), bytesOf(right)),
                   expected)

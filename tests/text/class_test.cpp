@@ -151,13 +151,19 @@ TEST(ClassTests, NativePairs) {
                      kit::inProgram([] { nativePairs(); }));
 }
 
-TEST(TextFunctions, Case) {
+void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts) {
     const std::string text = "@AZ[`az{\xC4\xE4";
     std::string upper = text, lower = text;
     _zorToUpper(lengthOf(text), text.data(), upper.data());
     _zorToLower(lengthOf(text), lower.data(), lower.data());
-    EXPECT_EQ(upper, "@AZ[`AZ{\xC4\xE4");
-    EXPECT_EQ(lower, "@az[`az{\xC4\xE4");
+    EXPECT_EQ(upper, "@AZ[`AZ{" + bigUmlauts);
+    EXPECT_EQ(lower, "@az[`az{" + smallUmlauts);
+}
+
+TEST(TextFunctions, Case) {
+    expectFolded("\xC4\xE4", "\xC4\xE4");
+    kit::expectChild({.environment = locales::in("de_DE.ISO-8859-1")},
+                     kit::inProgram([] { expectFolded("\xC4\xC4", "\xE4\xE4"); }));
 }
 
 TEST(TextFunctions, ReverseOfEachLength) {
@@ -210,8 +216,10 @@ TEST(TextFunctions, Trim) {
         EXPECT_EQ(trimmed(_zor_trimr), c.right) << kit::hex(c.source);
         EXPECT_EQ(trimmed(_zor_trim), c.both) << kit::hex(c.source);
     }
-    char target[8];
-    EXPECT_EQ(_zor_trim(3, " a ", 0, "a", target, TRIM_BYTES), 1); // an empty set is that of blanks
+    // An empty set has no member; none stands for the blanks.
+    char target[4];
+    EXPECT_EQ(_zor_trim(3, " a ", 0, " ", target, TRIM_BYTES), 3);
+    EXPECT_EQ(_zor_trim(3, " a ", -1, nullptr, target, TRIM_BYTES), 1);
 }
 
 TEST(Segments, Refresh) {

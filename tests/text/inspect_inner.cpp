@@ -186,6 +186,13 @@ struct Maker : Random {
                      bytes);
     }
 
+    // Now and then not of whole characters.
+    Operand delimiter() {
+        Operand made = operand(2);
+        made.length -= made.length != 0 && size == 2 && oneIn(8) ? 1 : 0;
+        return made;
+    }
+
     InspectClause clause(uint32_t kind, bool plainSingles, uint32_t *counter) {
         const bool converts = kind == INSPECT_CONVERTING, tallies = counter != nullptr;
         uint32_t flags = kind;
@@ -193,8 +200,10 @@ struct Maker : Random {
                                  (tallies ? 0 : uint32_t{INSPECT_FIGURATIVE}) |
                                  (converts ? 0 : INSPECT_CHARACTERS | INSPECT_LEADING) |
                                  (tallies || converts ? 0 : uint32_t{INSPECT_FIRST});
-        for (uint32_t bit = 1; bit != 0 && !plainSingles; bit <<= 1) {
-            flags |= has(phrases, bit) && oneIn(4) ? bit : 0;
+        const uint32_t allowed =
+            plainSingles ? INSPECT_BEFORE | INSPECT_AFTER | INSPECT_FIRST : ~0U;
+        for (uint32_t bit = 1; bit != 0; bit <<= 1) {
+            flags |= has(phrases & allowed, bit) && oneIn(plainSingles ? 12 : 4) ? bit : 0;
         }
         const bool successive = converts && size == 1 && oneIn(2);
         const std::string digits = "01234567";
@@ -209,7 +218,7 @@ struct Maker : Random {
                                : successive && oneIn(2)
                                    ? place(0, digits.substr(2, length))
                                    : place(0, text(static_cast<uint32_t>(length) / size));
-        const Operand before = operand(2), after = operand(2);
+        const Operand before = delimiter(), after = delimiter();
         InspectClause made{flags,           target.length,    {target.address}, compared.flags,
                            compared.length, compared.address, before.flags,     before.length,
                            before.address,  after.flags,      after.length,     after.address};
@@ -226,7 +235,7 @@ struct Maker : Random {
 std::string outcome(unsigned seed, EndedPages &pages, void (*carryOut)(const InspectBlock &)) {
     constexpr uint32_t kWide[] = {INSPECT_NATIONAL, INSPECT_DBCS};
     Maker make(seed, pages);
-    const Maker::Operand item = make.operand(make.oneIn(2) ? 20 : 100);
+    const Maker::Operand item = make.operand(make.oneIn(2) ? 20 : 140);
     struct {
         InspectBlock head;
         InspectClause clauses[6];

@@ -8,6 +8,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 void inspectOne(uint32_t flags, std::string &item, std::string_view compared, const void *target,
                 std::size_t targetLength) {
     struct {
@@ -24,7 +26,7 @@ void inspectOne(uint32_t flags, std::string &item, std::string_view compared, co
 
 // Counts beyond what a byte holds.
 TEST(Inspect, LongItems) {
-    for (std::size_t length = 8000; length < 8040; length += 3) {
+    for (std::size_t length = 8190; length < 8230; length += 3) {
         std::string item(length, 'a');
         uint32_t counter = 1;
         inspectOne(INSPECT_TALLYING, item, "a", &counter, 1);
@@ -36,11 +38,15 @@ TEST(Inspect, LongItems) {
 
 // What an operand shares with the item is seen as it changes.
 TEST(Inspect, OperandsWithinTheItem) {
-    std::string replaced = "ABABA", converted = "ABAB";
+    std::string replaced = "ABABA", converted = "ABAB", target = "ABCA", counted = "\1abc\0\0\0\0"s;
     inspectOne(INSPECT_REPLACING, replaced, {replaced.data(), 1}, "C", 1);
     inspectOne(INSPECT_CONVERTING, converted, {converted.data(), 2}, "XY", 2);
+    inspectOne(INSPECT_CONVERTING, target, "AB", &target[1], 2);
+    inspectOne(INSPECT_TALLYING, counted, "\1", &counted[4], 4);
     EXPECT_EQ(replaced, "CBABA");
     EXPECT_EQ(converted, "XYAB");
+    EXPECT_EQ(target, "BCCC");
+    EXPECT_EQ(counted, "\1abc\2\0\0\0"s);
 }
 
 const std::string kDiffer = " differ in length. The shorter length is used for both.\n\n";

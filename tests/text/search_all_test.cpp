@@ -22,7 +22,9 @@ struct KeyKind {
     bool ebcdic() const { return is({9, 17, 97}); }
     bool display() const { return is({2, 16, 17}); }
     bool number() const { return display() || is({32, 64, 65}); }
-    bool hasSign() const { return (signFlags & 0xC0) == SEARCH_SIGNED; }
+    bool hasSign() const {
+        return (signFlags & 0xC0) == SEARCH_SIGNED && (display() || is({6, 96, 97}));
+    }
     bool separate() const { return hasSign() && (signFlags & SEARCH_SIGN_SEPARATE) != 0; }
     bool leading() const { return (signFlags & SEARCH_SIGN_LEADING) != 0; }
     std::size_t unit() const { return is({2, 4, 6}) ? 2 : 1; }
@@ -99,9 +101,7 @@ public:
     KeyKind kind(bool weighed) {
         constexpr uint8_t kTypes[] = {2, 4, 6, 8, 9, 16, 17, 32, 64, 65, 96, 97};
         KeyKind made{kTypes[below(12)], 0, oneIn(2), weighed, 0};
-        if (made.display() || made.is({6, 96, 97})) {
-            made.signFlags = static_cast<uint8_t>(below(16) << 4);
-        }
+        made.signFlags = static_cast<uint8_t>(below(16) << 4);
         made.length = made.unit() * (made.number() ? 3 + below(4)
                                      : oneIn(10)   ? 127
                                                    : 4 + below(20));
@@ -148,8 +148,9 @@ public:
         std::string stands = numberBytes(kind, kind.length + more, value, negative);
         const bool signAhead = kind.separate() && kind.leading();
         std::size_t at = kind.type == SEARCH_BINARY ? kind.length : signAhead ? kind.unit() : 0;
-        for (std::size_t left = fits ? 0 : more; left != 0; --left, ++at) {
-            stands[at] = static_cast<char>(~stands[at]);
+        const int weighsAsMuch = kind.weighed && kind.unit() == 1 && oneIn(2) ? 1 : 0;
+        for (std::size_t left = more; left != 0; --left, ++at) {
+            stands[at] = static_cast<char>(fits ? stands[at] ^ weighsAsMuch : ~stands[at]);
         }
         return {numberBytes(kind, kind.length, value, negative), stands,
                 numberRank(kind, value, negative)};

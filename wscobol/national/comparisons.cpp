@@ -84,12 +84,10 @@ int32_t _zorcCmpACS(const void *left, int32_t leftLength, const void *right, int
     const auto *const rightBytes = static_cast<const uint8_t *>(right);
     const std::size_t leftCount = magnitude(leftLength);
     const std::size_t rightCount = magnitude(rightLength);
-    // Of two constants the longer one is what the other is repeated against.
-    const bool rightIsConstant = rightLength < 0 && (leftLength >= 0 || leftCount >= rightCount);
-    if (rightIsConstant) {
+    if (rightLength < 0 && leftCount > rightCount) {
         return compareWithConstant(leftBytes, leftCount, rightBytes, rightCount, table);
     }
-    if (leftLength < 0) {
+    if (leftLength < 0 && rightCount > leftCount) {
         return -compareWithConstant(rightBytes, rightCount, leftBytes, leftCount, table);
     }
     return compareItems(leftBytes, leftCount, rightBytes, rightCount, table);

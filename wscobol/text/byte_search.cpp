@@ -9,59 +9,54 @@ __m128i load(const uint8_t *address) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
 }
 
-// Whether the text of a candidate, whose first and last bytes fit, is the wanted one.
-bool middleFits(const uint8_t *candidate, Bytes wanted) {
-    return wanted.size() <= 2 || equalBytes(candidate + 1, wanted.data() + 1, wanted.size() - 2);
-}
-
 } // namespace
 
-// A block of places is tested at once for the first and the last byte of what is wanted.
-std::size_t findBytes(Bytes text, Bytes wanted, std::size_t characterSize) {
-    const std::size_t length = wanted.size();
-    if (length == 0 || length > text.size()) {
-        return kNowhere;
+BytesFinder::BytesFinder(Bytes wanted, std::size_t characterSize)
+    : wanted_(wanted), characterSize_(characterSize),
+      boundaries_(characterSize == 1 ? 0xFFFF : 0x5555) {
+    if (!wanted.empty()) {
+        first_ = repeated(wanted.front());
+        last_ = repeated(wanted.back());
     }
-    const uint8_t *const start = text.data();
-    if (length == 1 && characterSize == 1) {
-        return findByte(text, wanted.front());
+}
+
+// Whether the text of a candidate, whose first and last bytes fit, is the wanted one.
+inline bool BytesFinder::middleFits(const uint8_t *candidate) const {
+    return wanted_.size() <= 2 || equalBytes(candidate + 1, wanted_.data() + 1, wanted_.size() - 2);
+}
+
+// The first of a block of places that fits, null when none does; the places that are allowed have
+// their bits set. All are tested at once for the first and the last byte of what is wanted.
+inline const uint8_t *BytesFinder::inBlock(const uint8_t *block, unsigned allowed) const {
+    const __m128i fits = _mm_and_si128(_mm_cmpeq_epi8(load(block), first_),
+                                       _mm_cmpeq_epi8(load(block + wanted_.size() - 1), last_));
+    auto candidates = static_cast<unsigned>(_mm_movemask_epi8(fits)) & allowed;
+    for (; candidates != 0; candidates &= candidates - 1) {
+        const uint8_t *const candidate = block + __builtin_ctz(candidates);
+        if (middleFits(candidate)) {
+            return candidate;
+        }
     }
-    const std::size_t places = text.size() - length + 1;
-    const unsigned boundaries = characterSize == 1 ? 0xFFFF : 0x5555;
-    const __m128i first = repeated(wanted.front());
-    const __m128i last = repeated(wanted.back());
-    // The places of a block that are allowed have their bits set.
-    const auto findInBlock = [&](std::size_t offset, unsigned allowed) {
-        const uint8_t *const block = start + offset;
-        const __m128i fits = _mm_and_si128(_mm_cmpeq_epi8(load(block), first),
-                                           _mm_cmpeq_epi8(load(block + length - 1), last));
-        auto candidates = static_cast<unsigned>(_mm_movemask_epi8(fits)) & allowed;
-        for (; candidates != 0; candidates &= candidates - 1) {
-            const auto at = static_cast<std::size_t>(__builtin_ctz(candidates));
-            if (middleFits(block + at, wanted)) {
-                return offset + at;
+    return nullptr;
+}
+
+const uint8_t *BytesFinder::inPlaces(const uint8_t *at, std::size_t places) const {
+    if (places < kBlock) {
+        for (const uint8_t *const end = at + places; at < end; at += characterSize_) {
+            if (*at == wanted_.front() && at[wanted_.size() - 1] == wanted_.back() &&
+                middleFits(at)) {
+                return at;
             }
         }
-        return kNowhere;
-    };
-    std::size_t offset = 0;
-    for (; offset + kBlock <= places; offset += kBlock) {
-        if (const std::size_t found = findInBlock(offset, boundaries); found != kNowhere) {
+        return nullptr;
+    }
+    for (; places >= kBlock; at += kBlock, places -= kBlock) {
+        if (const uint8_t *const found = inBlock(at, boundaries_); found != nullptr) {
             return found;
         }
     }
-    if (places >= kBlock) { // the last block overlaps the one before
-        const std::size_t again = offset + kBlock - places;
-        return findInBlock(places - kBlock, boundaries << again);
-    }
-    for (; offset < places; offset += characterSize) {
-        const uint8_t *const candidate = start + offset;
-        if (*candidate == wanted.front() && candidate[length - 1] == wanted.back() &&
-            middleFits(candidate, wanted)) {
-            return offset;
-        }
-    }
-    return kNowhere;
+    const std::size_t again = kBlock - places; // the last block overlaps the one before
+    return inBlock(at - again, boundaries_ << again);
 }
 
 } // namespace zor

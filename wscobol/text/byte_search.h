@@ -55,9 +55,40 @@ inline std::size_t findByte(Bytes text, uint8_t wanted) {
                : static_cast<std::size_t>(static_cast<const uint8_t *>(found) - text.data());
 }
 
-// The first offset, a multiple of the character size 1 or 2, at which text holds wanted; kNowhere
-// when there is none. An empty string is found nowhere.
-std::size_t findBytes(Bytes text, Bytes wanted, std::size_t characterSize);
+// A byte string that is searched for in one text or in many.
+class BytesFinder {
+public:
+    BytesFinder(Bytes wanted, std::size_t characterSize); // of 1 or 2 bytes
+
+    // The first offset, a multiple of the character size, at which text holds what is wanted;
+    // kNowhere when there is none. An empty string is found nowhere.
+    std::size_t find(Bytes text) const {
+        const std::size_t length = wanted_.size();
+        if (length == 0 || length > text.size()) {
+            return kNowhere;
+        }
+        if (length == 1 && characterSize_ == 1) {
+            return findByte(text, wanted_.front());
+        }
+        const uint8_t *const found = inPlaces(text.data(), text.size() - length + 1);
+        return found == nullptr ? kNowhere : static_cast<std::size_t>(found - text.data());
+    }
+
+private:
+    const uint8_t *inPlaces(const uint8_t *at, std::size_t places) const;
+    const uint8_t *inBlock(const uint8_t *block, unsigned allowed) const;
+    bool middleFits(const uint8_t *candidate) const;
+
+    Bytes wanted_;
+    std::size_t characterSize_;
+    unsigned boundaries_; // bits of a block's places at which a character begins
+    __m128i first_;       // the first byte wanted, repeated
+    __m128i last_;
+};
+
+inline std::size_t findBytes(Bytes text, Bytes wanted, std::size_t characterSize) {
+    return BytesFinder(wanted, characterSize).find(text);
+}
 
 } // namespace zor
 

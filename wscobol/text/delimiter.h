@@ -33,12 +33,9 @@ struct Characters {
                           [&](uint8_t left, uint8_t right) { return equal(left, right); });
     }
 
-    // The offset of the first delimiter in a text, or kNowhere.
-    std::size_t find(Bytes text, Bytes delimiter) const {
-        if (weights == nullptr) {
-            return findBytes(text, delimiter, size);
-        }
-        for (std::size_t at = 0; at < text.size(); at += size) {
+    // The offset of the first delimiter in a text of single bytes, or kNowhere.
+    std::size_t findByWeights(Bytes text, Bytes delimiter) const {
+        for (std::size_t at = 0; at < text.size(); ++at) {
             if (beginsWith(text.subspan(at), delimiter)) {
                 return at;
             }

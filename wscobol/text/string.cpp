@@ -47,12 +47,16 @@ void appendGroup(Target &target, std::span<const StringSender> senders, Bytes de
                  const Characters &characters) {
     if (delimiter.empty()) {
         append(target, senders, [](Bytes) { return kNowhere; });
-    } else if (delimiter.size() == 1 && characters.size == 1 && characters.weights == nullptr) {
+    } else if (characters.weights != nullptr) {
+        append(target, senders,
+               [&](Bytes text) { return characters.findByWeights(text, delimiter); });
+    } else if (delimiter.size() == 1 && characters.size == 1) {
         const uint8_t byte = delimiter.front();
         append(target, senders,
                [byte](Bytes text) { return text.empty() ? kNowhere : findByte(text, byte); });
     } else {
-        append(target, senders, [&](Bytes text) { return characters.find(text, delimiter); });
+        const BytesFinder finder(delimiter, characters.size);
+        append(target, senders, [&](Bytes text) { return finder.find(text); });
     }
 }
 

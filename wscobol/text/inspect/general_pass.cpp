@@ -1,7 +1,12 @@
 // The scan of the inspected item that carries out any group of clauses.
 #include "text/inspect/passes.h"
 
+#include <cstring>
+
+#include "national/item_bytes.h"
+
 namespace zor::inspect {
+
 // The first place of the character in FROM decides.
 void Scan::convert(const Clause &clause, uint8_t *character) const {
     const std::size_t size = item.characterSize;
@@ -52,15 +57,9 @@ std::size_t Scan::offer(Clause &clause, std::size_t offset) {
 }
 
 void fillWithFirst(const Item &item, Bytes target, uint8_t *place, std::size_t length) {
-    const uint8_t first = target.data()[0];
-    if (item.characterSize == 1) {
-        memset(place, first, length);
-        return;
-    }
-    const uint8_t second = target.data()[1];
-    for (std::size_t i = 0; i < length; ++i) {
-        place[i] = i % 2 == 0 ? first : second;
-    }
+    char character[2] = {}; // a copy: the place may hold the target
+    memcpy(character, target.data(), item.characterSize);
+    fillWithPattern(reinterpret_cast<char *>(place), length, character, item.characterSize);
 }
 
 void replace(Item &item, const Clause &clause, uint8_t *matched, std::size_t length) {

@@ -51,11 +51,11 @@ bool replaceEverywhere(const Item &item, std::span<const Clause> clauses) {
 }
 
 void translate(const Item &item, std::span<const Clause> clauses) {
-    Translation translation;
+    ByteTable table = kSameBytes;
     for (std::size_t i = clauses.size(); i-- > 0;) { // the first clause of a byte decides
-        translation.table[clauses[i].compared.front()] = clauses[i].target.data()[0];
+        table[clauses[i].compared.front()] = clauses[i].target.data()[0];
     }
-    translation.apply(item.start, item.size);
+    translateBytes(item.start, item.start, item.size, table);
 }
 
 // For each byte the clauses that can match where it stands, a bit each.

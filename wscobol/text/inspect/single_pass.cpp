@@ -135,14 +135,14 @@ void shiftCharacters(uint8_t *at, std::size_t bytes, Bytes from, Bytes to) {
 }
 
 void translate(uint8_t *at, std::size_t bytes, const Clause &clause) {
-    Translation translation;
+    ByteTable table = kSameBytes;
     const uint8_t *const from = clause.compared.data();
     const uint8_t *const to = clause.target.data();
     const std::size_t step = clause.figurative ? 0 : 1;
     for (std::size_t i = clause.compared.size(); i-- > 0;) { // the first place of a byte decides
-        translation.table[from[i]] = to[i * step];
+        table[from[i]] = to[i * step];
     }
-    translation.apply(at, bytes);
+    translateBytes(at, at, bytes, table);
 }
 
 bool convert(Item &item, const Clause &clause) {
@@ -196,8 +196,9 @@ void takeLeading(Item &item, Clause &clause) {
 
 // All matches, or the first one.
 void takeFound(Item &item, Clause &clause, Bytes text) {
+    const BytesFinder finder(clause.compared, item.characterSize);
     for (;;) {
-        const std::size_t found = findBytes(text, clause.compared, item.characterSize);
+        const std::size_t found = finder.find(text);
         if (found == kNowhere) {
             return;
         }

@@ -1,30 +1,18 @@
-// The bytes of an item translated through a table.
+// The table by which the bytes of an item are translated, while it changes nothing yet.
 #ifndef ZOR_TEXT_INSPECT_TRANSLATION_H
 #define ZOR_TEXT_INSPECT_TRANSLATION_H
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
+#include "national/byte_table.h"
 
 namespace zor::inspect {
 
-inline constexpr std::array<uint8_t, 256> kSameBytes = [] {
-    std::array<uint8_t, 256> table{};
+inline constexpr ByteTable kSameBytes = [] {
+    ByteTable table{};
     for (unsigned byte = 0; byte < table.size(); ++byte) {
         table[byte] = static_cast<uint8_t>(byte);
     }
     return table;
 }();
-
-struct Translation {
-    std::array<uint8_t, 256> table = kSameBytes;
-
-    void apply(uint8_t *at, std::size_t bytes) const {
-        for (uint8_t *const end = at + bytes; at != end; ++at) {
-            *at = table[*at];
-        }
-    }
-};
 
 } // namespace zor::inspect
 

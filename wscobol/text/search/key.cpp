@@ -45,6 +45,10 @@ bool isNumeric(const Key &key) {
     }
 }
 
+std::size_t characterOf(const Key &key) {
+    return isNational(key) ? kUnit : 1;
+}
+
 // ---- signs of display keys
 
 // Where the digits of a key stand, and its sign: in a byte of its own, or in one of the digits.
@@ -54,8 +58,8 @@ struct Digits {
     const uint8_t *sign; // null when there is none
 };
 
-// Of a key whose characters have this many bytes.
-Digits digitsOf(const Key &key, const uint8_t *item, std::size_t character) {
+Digits digitsOf(const Key &key, const uint8_t *item) {
+    const std::size_t character = characterOf(key);
     if (!key.hasSign || key.length < character) {
         return {item, key.length, nullptr};
     }
@@ -97,8 +101,8 @@ void normalizeText(const Key &key, const uint8_t *item, uint8_t *normal) {
 // Digits with the high four bits set, a byte per digit, what a sign of its own leaves empty behind
 // them. In national keys the high byte of each digit's unit is left out.
 void normalizeDigits(const Key &key, const uint8_t *item, uint8_t *normal) {
-    const std::size_t character = isNational(key) ? kUnit : 1;
-    const Digits digits = digitsOf(key, item, character);
+    const std::size_t character = characterOf(key);
+    const Digits digits = digitsOf(key, item);
     std::size_t count = 0;
     for (std::size_t at = 0; at < digits.length; at += character) {
         normal[count++] = digits.start[at] | kZonePart;
@@ -136,8 +140,8 @@ void normalizeBinary(const Key &key, const uint8_t *item, uint8_t *normal) {
 
 // The sign taken out of a number that is compared as a text.
 void dropSign(const Key &key, const uint8_t *item, uint8_t *plain) {
-    const std::size_t character = isNational(key) ? kUnit : 1;
-    const Digits digits = digitsOf(key, item, character);
+    const std::size_t character = characterOf(key);
+    const Digits digits = digitsOf(key, item);
     memcpy(plain, digits.start, digits.length);
     if (key.signSeparate) {
         memset(plain + digits.length, 0, character);
@@ -174,8 +178,9 @@ void normalize(const Key &key, const uint8_t *item, uint8_t *normal) {
 }
 
 bool signIsDropped(const Key &key) {
-    return !isNumeric(key) && key.hasSign &&
-           key.length >= (isNational(key) ? kUnit : std::size_t{1});
+    const bool dropsIts = key.type == SEARCH_NATIONAL_6 || key.type == SEARCH_TEXT_96 ||
+                          key.type == SEARCH_EBCDIC_TEXT_97;
+    return dropsIts && key.hasSign && key.length >= characterOf(key);
 }
 
 // ---- padding
@@ -197,23 +202,28 @@ bool areUnits(const uint8_t *bytes, std::size_t length, uint8_t padding) {
 }
 
 // The zeros ahead of a display number; the first of them may carry the sign.
-bool areZeros(const Key &key, const uint8_t *argument, std::size_t excess) {
-    const std::size_t character = isNational(key) ? kUnit : 1;
+bool areZeros(const Key &key, const uint8_t *argument, std::size_t excess, const uint8_t *weights) {
+    const std::size_t character = characterOf(key);
+    const uint8_t zero = isEbcdic(key) ? kZonePart : kAsciiZone;
+    const auto areAllZeros = [&](const uint8_t *bytes, std::size_t length) {
+        return isNational(key) ? areUnits(bytes, length, zero)
+                               : areAll(bytes, length, zero, weights);
+    };
     const bool leads = key.hasSign && key.signLeads;
     if (leads && key.signSeparate) {
         argument += character;
     } else if (leads && excess >= character) {
         const uint8_t digit =
             isNational(key) ? decimal::zonedDigitValue(*argument) : *argument & kDigitPart;
-        if (digit != 0 || (isNational(key) && argument[1] != 0)) {
+        const uint8_t first[kUnit] = {static_cast<uint8_t>(zero | digit),
+                                      isNational(key) ? argument[1] : uint8_t{0}};
+        if (!areAllZeros(first, character)) {
             return false;
         }
         argument += character;
         excess -= character;
     }
-    return isNational(key)
-               ? areUnits(argument, excess, kAsciiZone)
-               : areAll(argument, excess, isEbcdic(key) ? kZonePart : kAsciiZone, nullptr);
+    return areAllZeros(argument, excess);
 }
 
 uint8_t signFill(uint8_t highByte) {
@@ -287,13 +297,13 @@ bool excessIsPadding(const Key &key, const uint8_t *argument, std::size_t length
     case SEARCH_NATIONAL_NUMERIC:
     case SEARCH_ZONED:
     case SEARCH_EBCDIC_ZONED:
-        return areZeros(key, argument, excess);
+        return areZeros(key, argument, excess, weights);
     case SEARCH_PACKED:
-        return areAll(argument, excess, 0, nullptr);
+        return areAll(argument, excess, 0, weights);
     case SEARCH_BINARY:
-        return key.length == 0 || areAll(behind, excess, signFill(behind[-1]), nullptr);
+        return key.length == 0 || areAll(behind, excess, signFill(behind[-1]), weights);
     case SEARCH_BINARY_BIG:
-        return areAll(argument, excess, signFill(argument[excess]), nullptr);
+        return key.length == 0 || areAll(argument, excess, signFill(argument[excess]), weights);
     case SEARCH_NATIONAL:
     case SEARCH_NATIONAL_6:
         return areUnits(behind, excess, ' ');

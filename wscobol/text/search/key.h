@@ -36,8 +36,8 @@ Key makeKey(uint8_t keyType, uint8_t keyLength, int32_t keyOffset, uint8_t signF
 void normalizeArgument(const Key &key, uint8_t *normal);
 void normalizeItem(const Key &key, const uint8_t *item, uint8_t *normal);
 
-// Whether what an argument of this many bytes has beyond the key's length is padding. The blanks of
-// single-byte texts, EBCDIC ones as well, are told by the weights, if there are any.
+// Whether what an argument of this many bytes has beyond the key's length is padding. The bytes of
+// keys that are not national are told by the weights, if there are any, numbers as well.
 bool excessIsPadding(const Key &key, const uint8_t *argument, std::size_t length,
                      const uint8_t *weights);
 
