@@ -13,6 +13,7 @@ inline constexpr const char *kIdentificationStrings[] = {
     "file services 6.1.0",
     "sort 6.1.0",
     "fixed-decimal arithmetic 6.1.0",
+    "numeric services 6.1.0",
     "data movement and text 6.1.0",
     "code pages and national data 6.1.0",
 };
