@@ -81,6 +81,7 @@ void becomeOpen(FCB &file, const FileDescription &description) {
 Outcome openOnce(FCB &file, IPCB *ipcb, const FileDescription &description) {
     refuse(file, 0, 0);
     clear(file.flags, FCB_ABSENT_OPTIONAL);
+    dropModuleData(file); // for the text of an error, an OPEN that failed may have left some
     if (!nameFile(file, description)) {
         return Outcome::refused;
     }
