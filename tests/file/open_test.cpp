@@ -102,7 +102,7 @@ CHILD_TEST(Open, LeavesAnOpenBlock, .environment = {{"VFS_DEBUG_OPEN", "1"}},
     EXPECT_EQ(fcb.flags, FCB_POSITIONED | FCB_NAME_ALLOCATED);
     EXPECT_EQ(file.open(), 41);
     EXPECT_EQ(file.close(FCB_CLOSE_REEL), 7);
-    EXPECT_EQ(std::pair(fcb.flags, +fcb.lastverb), std::pair(0U, +FCB_VERB_CLOSE));
+    EXPECT_EQ(fcb.flags, 0U);
     EXPECT_EQ(file.close(), 42);
     EXPECT_EQ(file.open() + file.close(FCB_CLOSE_LOCK), 0);
     EXPECT_EQ(file.open(), 38);
@@ -130,13 +130,9 @@ TEST(Files, GoTheirWay) {
 32768|jdu-F|96/2, 96000002,jdu,F|dlopen(zorrfjdut_32r.so) error zorrfjdut_32r.so: cannot open 
 32768|pip-F|96/2, 96000002,pip,F|dlsym(_IO_Init) in zorrfpipe_32r.so error=)");
     constexpr auto body = [] {
-        const auto setting = [](const char *name) {
-            const char *value = getenv(name);
-            return std::string(value != nullptr ? value : "");
-        };
-        File file(setting("ASSIGNMENT"));
+        File file(getenv("ASSIGNMENT") ?: "");
         file.enter();
-        printf("%s, ", opened(file, std::stoi(setting("MODE"))).c_str());
+        printf("%s, ", opened(file, atoi(getenv("MODE") ?: "")).c_str());
         while (file.fcb.curmode != 0 && file.fcb.status < 10) {
             printf("%d, ", file.read());
         }
