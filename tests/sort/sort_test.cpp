@@ -166,6 +166,7 @@ void expectRoundTrip(int32_t format, const Records &records, const std::string &
     }
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
     EXPECT_EQ(called, call.empty() ? called : "1 " + call + ", 1 at0+3");
+    EXPECT_NE(access(inputName.c_str(), F_OK), 0);
     EXPECT_TRUE(returned() == sorted(expected)) << records.size() << " records";
     EXPECT_TRUE(returned().empty());
 }
@@ -181,6 +182,7 @@ SORT_TEST(ReturnsInOrderWhatWasReleased) {
     expectRoundTrip(SORT_VARIABLE, someRecords(1, 262140, 262140), "262144 to 262144");
     expectRoundTrip(SORT_VARIABLE, someRecords(3, 262140, 262140), "file 262144 to file 0");
     expectRoundTrip(SORT_VARIABLE, someRecords(2000, 0, 1500), ""); // several reads
+    EXPECT_FALSE(workFilesAreLeft());
 }
 
 SORT_TEST(RefusesRecordsThatDoNotFit) {
@@ -346,6 +348,7 @@ TEST(Sort, LeavesNoWorkFileBehind) {
         {"kill", {.errHolds = "SIGTERM", .status = kAborted}, released<[] { raise(SIGTERM); }>},
         {"SORT in the engine", {.errHolds = "ZOR013S", .status = kAborted}, engaged<kBegin>},
         {"another SORT", {}, givenUp<kBegin>},
+        {"SORT ends in the engine", {.err = "engine ended\n"}, engaged<endSorting>},
         {"a failure is told", {}, givenUp<[] { Sort(0).step(SORT_FAILED); }>},
         {"the end of sorting", {}, givenUp<endSorting>},
         {"RETURN stops early", {}, engaged<[] { meanwhile = nullptr; }>},
