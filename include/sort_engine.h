@@ -51,7 +51,6 @@ enum {
     SORT_ERROR_KEY_OUTSIDE = 5,    /* a key ends behind the longest record; value: which, from 1 */
     SORT_ERROR_LENGTH = 6,         /* fixed records of length 0 */
     SORT_ERROR_STORAGE = 7,        /* no storage */
-    SORT_ERROR_THREAD = 8,         /* the engine cannot wait for its own thread */
     SORT_ERROR_INPUT_OPEN = 10,    /* an input file or the input's work file cannot be opened */
     SORT_ERROR_INPUT_READ = 11,    /* it cannot be read, or closed */
     SORT_ERROR_INPUT_LONG = 12,    /* a record is longer than those that are sorted */

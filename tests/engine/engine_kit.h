@@ -46,6 +46,7 @@ struct TestFile {
     int failingVerb = 0; // FCB_VERB_
     std::size_t failingAt = 0;
     std::function<void()> during;
+    int16_t readStatus = 0; // of a good READ
     bool isOpen = false;
     int opened = 0;
 
@@ -90,6 +91,7 @@ private:
         if (fails(FCB_VERB_READ, 30)) {
             return;
         }
+        fcb.status = readStatus;
         if (next == records.size()) {
             fcb.status = 10;
             return;

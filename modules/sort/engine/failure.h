@@ -21,6 +21,10 @@ inline Failure systemFailure(int32_t word) {
     return {word, errno};
 }
 
+inline Failure longFailure(int32_t word, uint32_t length) {
+    return {word, static_cast<int32_t>(length)};
+}
+
 } // namespace zor::engine
 
 #endif

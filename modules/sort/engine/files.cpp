@@ -10,6 +10,15 @@ namespace {
 
 constexpr int16_t kLastGoodStatus = 9;
 constexpr int16_t kAtEnd = 10;
+constexpr int16_t kLengthDiffers = 4;
+constexpr int16_t kLineGoesOn = 6;
+
+// READ gave no more of a record than the file's description has room for: a sort would lose the
+// rest, or take it away from its head.
+bool isCut(const File &file, Record record) {
+    const int16_t status = file.fcb->status;
+    return (status == kLengthDiffers || status == kLineGoesOn) && record.length == file.form.length;
+}
 
 Failure callVector(const File &file, FileOperation operation, int32_t failureWord) {
     const Sort *sort = activeSort;
@@ -59,13 +68,16 @@ Failure readRecord(File &file, Record &record) {
                                                                                 : failure;
     }
     record = {fcb->data, static_cast<uint32_t>(fcb->reclen)};
-    return record.length > file.form.length ? Failure{SORT_ERROR_INPUT_READ, fcb->status}
+    if (isCut(file, record)) {
+        return {SORT_ERROR_INPUT_READ, fcb->status};
+    }
+    return record.length > file.form.length ? longFailure(SORT_ERROR_INPUT_LONG, record.length)
                                             : Failure{};
 }
 
 Failure writeRecord(const File &file, Record record) {
     if (record.length > file.form.length) {
-        return {SORT_ERROR_OUTPUT_LONG, static_cast<int32_t>(record.length)};
+        return longFailure(SORT_ERROR_OUTPUT_LONG, record.length);
     }
     FCB *fcb = file.fcb;
     memcpy(fcb->data, record.data, record.length);

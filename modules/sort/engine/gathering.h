@@ -3,6 +3,8 @@
 #ifndef ZOR_ENGINE_GATHERING_H
 #define ZOR_ENGINE_GATHERING_H
 
+#include <atomic>
+
 #include "engine/chunk.h"
 #include "engine/helper.h"
 #include "engine/merge.h"
@@ -14,11 +16,14 @@ namespace zor::engine {
 // filled.
 class Gathering {
 public:
-    Gathering(const Shape &shape, Helper &helper, Spill &spill, const bool volatile *ended)
+    Gathering(const Shape &shape, Helper &helper, Spill &spill, const std::atomic<bool> &ended)
         : shape_(shape), helper_(helper), spill_(spill), ended_(ended) {}
 
     // The block is for spilling.
     void use(Memory memory, Block *block);
+
+    // So many bytes of records will come at least.
+    void expect(std::size_t bytes) { chunks_[0].expect(bytes); }
 
     Failure add(Record record) {
         return chunks_[current_].add(shape_.keys, shape_.form, record) ? Failure{}
@@ -52,7 +57,7 @@ private:
     const Shape &shape_;
     Helper &helper_;
     Spill &spill_;
-    const bool volatile *ended_;
+    const std::atomic<bool> &ended_;
     Block *block_ = nullptr;
     Chunk chunks_[2];
     Work works_[2]{{this, 0}, {this, 1}};

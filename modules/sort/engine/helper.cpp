@@ -1,8 +1,12 @@
-// Two semaphores hand the work over, since these alone may be raised in a signal's handler. Signals
-// are for the program's own threads: this one takes none.
+// The work is handed over by words of memory, and not by anything of the C library that a thread
+// could be broken off within and that would hold the library's own notes on it. Signals are for the
+// program's own threads: this one takes none.
 #include "engine/helper.h"
 
 #include <csignal>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <utility>
 
 namespace zor::engine {
@@ -10,22 +14,34 @@ namespace {
 
 constexpr std::size_t kStack = std::size_t{1} << 20;
 
-void waitFor(sem_t &semaphore) {
-    while (sem_wait(&semaphore) != 0 && errno == EINTR) {
-    }
+long callFutex(std::atomic<uint32_t> &word, int operation, uint32_t value) {
+    return syscall(SYS_futex, &word, operation, value, nullptr, nullptr, 0);
 }
 
 } // namespace
 
+void Event::raise() {
+    raised_ = 1;
+    callFutex(raised_, FUTEX_WAKE_PRIVATE, 1);
+}
+
+// A futex may wake without cause, by a signal for one.
+void Event::wait() {
+    while (raised_.exchange(0) == 0) {
+        callFutex(raised_, FUTEX_WAIT_PRIVATE, 0);
+    }
+}
+
 void *Helper::run(void *self) {
     auto &helper = *static_cast<Helper *>(self);
     for (;;) {
-        waitFor(helper.go_);
-        if (helper.task_ == nullptr) {
+        helper.go_.wait();
+        const Task task = helper.task_;
+        if (task == nullptr) {
             return nullptr;
         }
-        helper.result_ = helper.task_(helper.argument_);
-        sem_post(&helper.done_);
+        helper.result_ = task(helper.argument_);
+        helper.done_.raise();
     }
 }
 
@@ -35,8 +51,6 @@ bool Helper::startThread() {
         return running_;
     }
     pthread_attr_setstacksize(&attributes, kStack);
-    sem_init(&go_, 0, 0);
-    sem_init(&done_, 0, 0);
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -47,38 +61,33 @@ bool Helper::startThread() {
     return running_;
 }
 
-void Helper::waitForDone() {
-    if (busy_) {
-        waitFor(done_);
-        busy_ = false;
-    }
-}
-
 Failure Helper::start(Task task, void *argument, bool worthAThread) {
     if (const Failure before = wait()) {
         return before;
     }
     if (!worthAThread || !allowed_ || !startThread()) {
-        result_ = task(argument);
-        return {};
+        return task(argument);
     }
-    task_ = task;
     argument_ = argument;
+    task_ = task;
     busy_ = true;
-    sem_post(&go_);
+    go_.raise();
     return {};
 }
 
 Failure Helper::wait() {
-    waitForDone();
+    if (busy_) {
+        done_.wait();
+        busy_ = false;
+    }
     return std::exchange(result_, {});
 }
 
+// Not a word here of what the thread is at: whoever handed it over may have been broken off within.
 void Helper::end() {
-    waitForDone();
     if (running_) {
         task_ = nullptr;
-        sem_post(&go_);
+        go_.raise();
         pthread_join(thread_, nullptr);
         running_ = false;
     }

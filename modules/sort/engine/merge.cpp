@@ -63,7 +63,7 @@ Failure nextOfFile(Source &source, const Shape &shape) {
         return {};
     }
     if (record.length > shape.form.length) {
-        return {SORT_ERROR_INPUT_LONG, static_cast<int32_t>(record.length)};
+        return longFailure(SORT_ERROR_INPUT_LONG, record.length);
     }
     storeRecord(shape.form, record, source.stored);
     writeKeys(shape.keys, shape.form.recordAt(source.stored), source.otherKey);
@@ -113,7 +113,7 @@ bool Merge::isTieLess(uint32_t left, uint32_t right) const {
     if (one.record == nullptr || other.record == nullptr) {
         return one.record != nullptr;
     }
-    const int order = memcmp(one.rest, other.rest, shape_.keys.restSize());
+    const int order = memcmp(one.rest, other.rest, shape_->keys.restSize());
     return order != 0 ? order < 0 : left < right;
 }
 
@@ -157,7 +157,7 @@ void Merge::replay() {
 Failure Merge::begin() {
     std::fill_n(contenders_, sources_.size() + 1, Contender{0, kNobody});
     for (Source &source : sources_) {
-        if (const Failure failure = source.next(source, shape_)) {
+        if (const Failure failure = source.next(source, *shape_)) {
             return failure;
         }
     }
@@ -169,25 +169,20 @@ Failure Merge::begin() {
 
 Failure Merge::fill(Block &block) {
     block.used = 0;
-    if (sources_.empty()) {
-        return {};
-    }
-    for (;;) {
+    while (!isAtEnd()) {
         Source &source = sources_[contenders_[0].source];
-        if (source.record == nullptr) {
-            return {};
-        }
-        const std::size_t size = shape_.form.storedSizeAt(source.record);
+        const std::size_t size = shape_->form.storedSizeAt(source.record);
         if (size > block.capacity - block.used) {
             return {};
         }
         memcpy(block.start + block.used, source.record, size);
         block.used += size;
-        if (const Failure failure = source.next(source, shape_)) {
+        if (const Failure failure = source.next(source, *shape_)) {
             return failure;
         }
         replay();
     }
+    return {};
 }
 
 } // namespace zor::engine

@@ -54,15 +54,22 @@ public:
         uint32_t source;
     };
 
+    // Of nothing.
+    Merge() = default;
     // contenders has room for one more than there are sources.
     Merge(const Shape &shape, std::span<Source> sources, Contender *contenders)
-        : shape_(shape), sources_(sources), contenders_(contenders) {}
+        : shape_(&shape), sources_(sources), contenders_(contenders) {}
 
     // Gets the first record of each source.
     Failure begin();
 
     // Fills a block, as far as whole records fit; it is empty only at the end.
     Failure fill(Block &block);
+
+    // Whether all has been given.
+    bool isAtEnd() const {
+        return sources_.empty() || sources_[contenders_[0].source].record == nullptr;
+    }
 
 private:
     bool isLess(const Contender &left, const Contender &right) const;
@@ -71,9 +78,9 @@ private:
     void enter(uint32_t source);
     void replay();
 
-    const Shape &shape_;
-    std::span<Source> sources_;
-    Contender *contenders_; // the winner, and from 1 on the loser of each match
+    const Shape *shape_ = nullptr;
+    std::span<Source> sources_{};
+    Contender *contenders_ = nullptr; // the winner, and from 1 on the loser of each match
 };
 
 } // namespace zor::engine

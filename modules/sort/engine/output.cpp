@@ -34,12 +34,13 @@ Failure Output::open(const Request &request, const RecordForm &form, File *files
         return {};
     }
     area_ = conversion;
+    path_ = request.outputWork; // whoever breaks the opening off finds what there is to remove
     descriptor_ =
         retryOpen(request.outputWork, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
     if (descriptor_ < 0) {
+        path_ = nullptr;
         return systemFailure(SORT_ERROR_OUTPUT_OPEN);
     }
-    path_ = request.outputWork;
     return {};
 }
 
@@ -51,23 +52,11 @@ Failure Output::flush() {
     return writeAll(descriptor_, area_.start, count, SORT_ERROR_OUTPUT_WRITE);
 }
 
-Failure Output::takeBytes(const void *bytes, std::size_t count) {
-    if (descriptor_ != kNoFile) {
-        return writeAll(descriptor_, bytes, count, SORT_ERROR_OUTPUT_WRITE);
-    }
-    if (count > area_.size - used_) {
-        return {SORT_ERROR_OUTPUT_FULL, 0};
-    }
-    memcpy(area_.start + used_, bytes, count);
-    used_ += count;
-    return {};
-}
-
 Failure Output::takeInOtherForm(const Block &block) {
     for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
         const Record record = form_.recordAt(block.start + at);
         if (record.length > outForm_.length) {
-            return {SORT_ERROR_OUTPUT_LONG, static_cast<int32_t>(record.length)};
+            return longFailure(SORT_ERROR_OUTPUT_LONG, record.length);
         }
         const std::size_t size = outForm_.storedSize(record.length);
         if (size > area_.size - used_) {
@@ -83,8 +72,13 @@ Failure Output::takeInOtherForm(const Block &block) {
 }
 
 Failure Output::take(const Block &block) {
+    if (files_.empty() && outForm_ != form_) {
+        return takeInOtherForm(block);
+    }
     if (files_.empty()) {
-        return outForm_ == form_ ? takeBytes(block.start, block.used) : takeInOtherForm(block);
+        return descriptor_ == kNoFile
+                   ? Failure{SORT_ERROR_OUTPUT_FULL, 0}
+                   : writeAll(descriptor_, block.start, block.used, SORT_ERROR_OUTPUT_WRITE);
     }
     for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
         const Record record = form_.recordAt(block.start + at);
@@ -95,6 +89,11 @@ Failure Output::take(const Block &block) {
         }
     }
     return {};
+}
+
+Memory Output::place() const {
+    const bool buffer = files_.empty() && descriptor_ == kNoFile;
+    return buffer && outForm_ == form_ ? area_ : Memory{};
 }
 
 Failure Output::close() {

@@ -18,10 +18,10 @@ namespace {
 
 constexpr uint64_t kMegabyte = uint64_t{1} << 20;
 constexpr uint64_t kLeastMemory = kMegabyte;
-constexpr uint64_t kMostMemory = 2048 * kMegabyte; // of one piece, in a process of 32 bits
+constexpr uint64_t kMostMemory = 2047 * kMegabyte; // whose addresses differ by a signed word
 constexpr uint64_t kLeastRecords = 16;             // that memory has room for
 constexpr uint64_t kLeastBlock = uint64_t{1} << 16;
-constexpr uint64_t kMostBlock = kMegabyte;
+constexpr uint64_t kMostBlock = kMegabyte / 4;
 constexpr uint64_t kBlockShare = 16;
 
 // ---- what is sorted
@@ -47,7 +47,9 @@ Failure chooseForm(Sort &sort) {
     const IPCB *ipcb = request.ipcb;
     const uint8_t *weights =
         ipcb != nullptr && ipcb->pcb != nullptr ? ipcb->pcb->collatingWeights : nullptr;
-    return readKeyText(request.keytext, length, weights, sort.weights, sort.shape.keys);
+    // A variable record may be too short for a key, and so may all of a file.
+    const uint32_t longest = variable ? std::max<uint32_t>(length, SORT_LONGEST) : length;
+    return readKeyText(request.keytext, longest, weights, sort.weights, sort.shape.keys);
 }
 
 // ---- memory
@@ -60,6 +62,7 @@ uint64_t memoryBound(uint32_t options) {
 
 // As much as there is, from the bound down to what a few records take.
 Memory mapWithin(uint64_t bound, uint64_t least) {
+    errno = ENOMEM;
     for (uint64_t size = std::max(bound, least); size <= kMostMemory; size /= 2) {
         const Memory memory = mapMemory(static_cast<std::size_t>(std::max(size, least)));
         if (memory.start != nullptr || size <= least) {
@@ -76,11 +79,12 @@ Failure divideMemory(Sort &sort) {
     const uint64_t stored =
         std::max(shape.form.storedSize(shape.form.length),
                  request.outputs.empty() ? outForm.storedSize(outForm.length) : 0);
-    const uint64_t keyed = stored + shape.keys.room() + 2 * sizeof(Entry);
-    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) + stored +
-                                2 * uint64_t{shape.keys.room()} + 4 * Divider::kBoundary;
+    const uint64_t keyRoom = shape.keys.room();
+    const uint64_t keyed = stored + keyRoom + uint64_t{2} * sizeof(Entry);
+    const uint64_t mergedFile = sizeof(Source) + sizeof(Merge::Contender) + stored + 2 * keyRoom +
+                                uint64_t{4} * Divider::kBoundary;
     const uint64_t least = std::max(kLeastMemory, kLeastRecords * (keyed + Divider::kBoundary)) +
-                           shape.keys.longest + request.outputs.size() * sizeof(File) +
+                           shape.keys.longest + uint64_t{request.outputs.size()} * sizeof(File) +
                            (request.merges ? mergedFile * request.inputs.size() : 0);
     sort.memory = mapWithin(memoryBound(request.options), least);
     if (sort.memory.start == nullptr) {
@@ -110,7 +114,7 @@ bool mayUseSecondCore(const Request &request) {
 
 Failure addRecord(Sort &sort, Record record) {
     return record.length > sort.shape.form.length
-               ? Failure{SORT_ERROR_INPUT_LONG, static_cast<int32_t>(record.length)}
+               ? longFailure(SORT_ERROR_INPUT_LONG, record.length)
                : sort.gathering.add(record);
 }
 
@@ -179,6 +183,7 @@ Failure gather(Sort &sort) {
             }
         }
         const Memory &buffer = request.inputBuffer;
+        sort.gathering.expect(request.inputWork == nullptr ? buffer.size : 0);
         if (const Failure failure =
                 readStored(sort, StoredReader(sort.shape.form, buffer.start, buffer.size))) {
             return failure;
@@ -189,46 +194,54 @@ Failure gather(Sort &sort) {
 
 // ---- output
 
-struct Filling {
-    Merge &merge;
-    Block *block;
-};
-
 Failure fillBlock(void *argument) {
-    auto &filling = *static_cast<Filling *>(argument);
-    return filling.merge.fill(*filling.block);
+    auto &[merge, block] = *static_cast<Sort::Filling *>(argument);
+    return merge->fill(*block);
+}
+
+// Into the output buffer itself.
+Failure deliverTo(const Memory &place, Merge &merge) {
+    Block all{place.start, place.size, 0};
+    const Failure failure = merge.fill(all);
+    return failure || merge.isAtEnd() ? failure : Failure{SORT_ERROR_OUTPUT_FULL, 0};
 }
 
 // One block is written while the next is filled.
-Failure deliver(Sort &sort, Merge merge, bool worthAThread) {
-    if (const Failure failure = merge.begin()) {
+Failure deliver(Sort &sort, bool worthAThread) {
+    if (const Failure failure = sort.merge.begin()) {
         return failure;
     }
-    Filling fillings[2] = {{merge, &sort.blocks[0]}, {merge, &sort.blocks[1]}};
-    Failure failure = sort.helper.start(fillBlock, &fillings[0], worthAThread);
+    const Memory place = sort.output.place();
+    if (place.start != nullptr) {
+        return deliverTo(place, sort.merge);
+    }
+    for (unsigned at = 0; at < std::size(sort.blocks); ++at) {
+        sort.fillings[at] = {&sort.merge, &sort.blocks[at]};
+    }
+    Failure failure = sort.helper.start(fillBlock, &sort.fillings[0], worthAThread);
     for (unsigned full = 0; !failure; full = 1 - full) {
         failure = sort.helper.wait();
-        if (failure || fillings[full].block->used == 0) {
+        if (failure || sort.blocks[full].used == 0) {
             break;
         }
-        failure = sort.helper.start(fillBlock, &fillings[1 - full], worthAThread);
+        failure = sort.helper.start(fillBlock, &sort.fillings[1 - full], worthAThread);
         if (!failure) {
-            failure = sort.output.take(*fillings[full].block);
+            failure = sort.output.take(sort.blocks[full]);
         }
     }
     return failure;
 }
 
-Failure openAndDeliver(Sort &sort, Merge merge, bool worthAThread) {
+Failure openAndDeliver(Sort &sort, const Merge &merge, bool worthAThread) {
+    sort.merge = merge;
     Failure failure = sort.output.open(sort.request, sort.shape.form, sort.files, sort.conversion);
     if (!failure) {
-        failure = deliver(sort, merge, worthAThread);
+        failure = deliver(sort, worthAThread);
     }
     if (!failure) {
         failure = sort.output.close();
     }
     if (failure && failure.word != SORT_ERROR_ENDED) {
-        sort.helper.wait();
         sort.output.abandon();
     }
     return failure;
@@ -244,7 +257,7 @@ Failure sortRecords(Sort &sort) {
         return openAndDeliver(sort, sort.gathering.mergeAll(), sort.gathering.isLarge());
     }
     if (const Failure failure =
-            sort.spill.reduce(sort.shape, sort.work, sort.blocks[0], &sort.ended)) {
+            sort.spill.reduce(sort.shape, sort.work, sort.blocks[0], sort.ended)) {
         return failure;
     }
     return openAndDeliver(sort, sort.spill.mergeAll(sort.shape, sort.work), true);

@@ -21,12 +21,18 @@ struct Sort {
     Request request;
     Shape shape;
     uint8_t weights[kWeights];
-    bool volatile ended; // tells the helper that all is over
+    std::atomic<bool> ended{false}; // tells the helper that all is over
     int inputWork = kNoFile;
     Helper helper;
     Spill spill;
     Output output;
-    Gathering gathering{shape, helper, spill, &ended};
+    Gathering gathering{shape, helper, spill, ended};
+    // Here and not on the stack, which may be left while the helper is at them.
+    Merge merge;
+    struct Filling {
+        Merge *merge;
+        Block *block;
+    } fillings[2];
 };
 
 // Null when there is no storage.

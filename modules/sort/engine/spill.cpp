@@ -39,10 +39,10 @@ uint32_t runsAtOnce(const Shape &shape, const Memory &memory) {
 
 } // namespace
 
-Failure Spill::append(Merge &merge, Block &block, const bool volatile *ended, Run &run) {
+Failure Spill::append(Merge &merge, Block &block, const std::atomic<bool> &ended, Run &run) {
     run = {end_, 0};
     for (;;) {
-        if (*ended) {
+        if (ended) {
             return {SORT_ERROR_ENDED, 0};
         }
         if (const Failure failure = merge.fill(block)) {
@@ -81,7 +81,7 @@ Failure Spill::add(const Run &run) {
     return {};
 }
 
-Failure Spill::write(Merge &merge, Block &block, const bool volatile *ended) {
+Failure Spill::write(Merge &merge, Block &block, const std::atomic<bool> &ended) {
     if (descriptor_ == kNoFile) {
         descriptor_ = openNamelessFile(folder_);
         if (descriptor_ == kNoFile) {
@@ -115,7 +115,8 @@ Merge Spill::mergeOf(const Shape &shape, Memory memory, uint32_t first, uint32_t
     return Merge(shape, {sources, count}, contenders);
 }
 
-Failure Spill::reduce(const Shape &shape, Memory memory, Block &block, const bool volatile *ended) {
+Failure Spill::reduce(const Shape &shape, Memory memory, Block &block,
+                      const std::atomic<bool> &ended) {
     const uint32_t atOnce = runsAtOnce(shape, memory);
     uint32_t first = 0;
     while (count_ > atOnce) {

@@ -2,6 +2,7 @@
 #ifndef ZOR_ENGINE_SPILL_H
 #define ZOR_ENGINE_SPILL_H
 
+#include <atomic>
 #include <span>
 
 #include "engine/memory.h"
@@ -17,11 +18,11 @@ public:
     bool isEmpty() const { return count_ == 0; }
 
     // Makes a run of all that a merge gives, through the block, behind the runs that are there.
-    // *ended, which may be set meanwhile, breaks it off.
-    Failure write(Merge &merge, Block &block, const bool volatile *ended);
+    // ended, which may be set meanwhile, breaks it off.
+    Failure write(Merge &merge, Block &block, const std::atomic<bool> &ended);
 
     // Merges runs until what is left of them can be merged at once in the memory.
-    Failure reduce(const Shape &shape, Memory memory, Block &block, const bool volatile *ended);
+    Failure reduce(const Shape &shape, Memory memory, Block &block, const std::atomic<bool> &ended);
 
     // A merge of all runs that are left, in the memory.
     Merge mergeAll(const Shape &shape, Memory memory);
@@ -29,7 +30,7 @@ public:
     void release();
 
 private:
-    Failure append(Merge &merge, Block &block, const bool volatile *ended, Run &run);
+    Failure append(Merge &merge, Block &block, const std::atomic<bool> &ended, Run &run);
     Failure add(const Run &run);
     Merge mergeOf(const Shape &shape, Memory memory, uint32_t first, uint32_t count);
 
