@@ -51,7 +51,8 @@ void offerBuffer(SortState &state, uint32_t bytes) {
 
 void chooseFolder(SortState &state) {
     const Proccom *process = proccom();
-    const char *folder = process == nullptr ? nullptr : process->sortdir;
+    const char *folder =
+        process == nullptr ? nullptr : __atomic_load_n(&process->sortdir, __ATOMIC_ACQUIRE);
     snprintf(state.folder, sizeof state.folder, "%s", folder == nullptr ? "." : folder);
 }
 

@@ -23,6 +23,12 @@ public:
         items_ = memory_.start + memory_.size;
     }
 
+    // So many bytes of records will come.
+    void expect(std::size_t bytes) {
+        const std::size_t coming = std::min(bytes, memory_.size / 2);
+        makeReal(memory_.start + memory_.size - coming, coming);
+    }
+
     // False when there is no room for the record.
     bool add(const KeySet &keys, const RecordForm &form, Record record) {
         const uint32_t size = keys.restSize() + form.storedSize(record.length);

@@ -22,6 +22,9 @@ public:
     // The block is for spilling.
     void use(Memory memory, Block *block);
 
+    // So many bytes of records will come at least.
+    void expect(std::size_t bytes) { chunks_[0].expect(bytes); }
+
     Failure add(Record record) {
         return chunks_[current_].add(shape_.keys, shape_.form, record) ? Failure{}
                                                                        : addElsewhere(record);

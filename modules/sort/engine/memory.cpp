@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kSmallAtStart = std::size_t{1} << 20;
 constexpr std::size_t kSmallAtEnd = std::size_t{4} << 20;
+constexpr std::size_t kPage = 4096;
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 
 } // namespace
@@ -36,6 +37,13 @@ void preferLargePages(uint8_t *start, std::size_t size) {
     const uintptr_t from = round(start + kSmallAtStart + kLargePage);
     const uintptr_t to = round(start + size - kSmallAtEnd);
     madvise(reinterpret_cast<void *>(from), to - from, MADV_HUGEPAGE);
+}
+
+// Where the kernel does not know how to, each page becomes real at its first use.
+void makeReal(uint8_t *start, std::size_t size) {
+    const uintptr_t page = reinterpret_cast<uintptr_t>(start) / kPage * kPage;
+    const uintptr_t end = reinterpret_cast<uintptr_t>(start) + size;
+    madvise(reinterpret_cast<void *>(page), end - page, MADV_POPULATE_WRITE);
 }
 
 uint64_t installedMemory() {

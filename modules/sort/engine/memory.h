@@ -21,6 +21,9 @@ void unmapMemory(Memory &memory);
 // uses of it.
 void preferLargePages(uint8_t *start, std::size_t size);
 
+// Makes pages real that will soon be used, all at once.
+void makeReal(uint8_t *start, std::size_t size);
+
 // The machine's, in bytes.
 uint64_t installedMemory();
 

@@ -169,14 +169,8 @@ Failure Merge::begin() {
 
 Failure Merge::fill(Block &block) {
     block.used = 0;
-    if (sources_.empty()) {
-        return {};
-    }
-    for (;;) {
+    while (!isAtEnd()) {
         Source &source = sources_[contenders_[0].source];
-        if (source.record == nullptr) {
-            return {};
-        }
         const std::size_t size = shape_->form.storedSizeAt(source.record);
         if (size > block.capacity - block.used) {
             return {};
@@ -188,6 +182,7 @@ Failure Merge::fill(Block &block) {
         }
         replay();
     }
+    return {};
 }
 
 } // namespace zor::engine

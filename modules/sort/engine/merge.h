@@ -66,6 +66,11 @@ public:
     // Fills a block, as far as whole records fit; it is empty only at the end.
     Failure fill(Block &block);
 
+    // Whether all has been given.
+    bool isAtEnd() const {
+        return sources_.empty() || sources_[contenders_[0].source].record == nullptr;
+    }
+
 private:
     bool isLess(const Contender &left, const Contender &right) const;
     bool isTieLess(uint32_t left, uint32_t right) const;

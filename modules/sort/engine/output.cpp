@@ -52,18 +52,6 @@ Failure Output::flush() {
     return writeAll(descriptor_, area_.start, count, SORT_ERROR_OUTPUT_WRITE);
 }
 
-Failure Output::takeBytes(const void *bytes, std::size_t count) {
-    if (descriptor_ != kNoFile) {
-        return writeAll(descriptor_, bytes, count, SORT_ERROR_OUTPUT_WRITE);
-    }
-    if (count > area_.size - used_) {
-        return {SORT_ERROR_OUTPUT_FULL, 0};
-    }
-    memcpy(area_.start + used_, bytes, count);
-    used_ += count;
-    return {};
-}
-
 Failure Output::takeInOtherForm(const Block &block) {
     for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
         const Record record = form_.recordAt(block.start + at);
@@ -84,8 +72,13 @@ Failure Output::takeInOtherForm(const Block &block) {
 }
 
 Failure Output::take(const Block &block) {
+    if (files_.empty() && outForm_ != form_) {
+        return takeInOtherForm(block);
+    }
     if (files_.empty()) {
-        return outForm_ == form_ ? takeBytes(block.start, block.used) : takeInOtherForm(block);
+        return descriptor_ == kNoFile
+                   ? Failure{SORT_ERROR_OUTPUT_FULL, 0}
+                   : writeAll(descriptor_, block.start, block.used, SORT_ERROR_OUTPUT_WRITE);
     }
     for (std::size_t at = 0; at < block.used; at += form_.storedSizeAt(block.start + at)) {
         const Record record = form_.recordAt(block.start + at);
@@ -96,6 +89,11 @@ Failure Output::take(const Block &block) {
         }
     }
     return {};
+}
+
+Memory Output::place() const {
+    const bool buffer = files_.empty() && descriptor_ == kNoFile;
+    return buffer && outForm_ == form_ ? area_ : Memory{};
 }
 
 Failure Output::close() {

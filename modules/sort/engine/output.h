@@ -14,6 +14,8 @@ public:
     // files has room for the output files; conversion, for a work file, for the longest record.
     Failure open(const Request &request, const RecordForm &form, File *files, Memory conversion);
     Failure take(const Block &block);
+    // Where records may be put at once, all of them; empty when they have to be taken.
+    Memory place() const;
     Failure close();
 
     // After a failure.
@@ -23,7 +25,6 @@ public:
 
 private:
     Failure takeInOtherForm(const Block &block);
-    Failure takeBytes(const void *bytes, std::size_t count);
     Failure flush();
 
     RecordForm form_{};    // of the blocks

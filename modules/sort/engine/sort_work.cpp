@@ -183,6 +183,7 @@ Failure gather(Sort &sort) {
             }
         }
         const Memory &buffer = request.inputBuffer;
+        sort.gathering.expect(request.inputWork == nullptr ? buffer.size : 0);
         if (const Failure failure =
                 readStored(sort, StoredReader(sort.shape.form, buffer.start, buffer.size))) {
             return failure;
@@ -198,10 +199,21 @@ Failure fillBlock(void *argument) {
     return merge->fill(*block);
 }
 
+// Into the output buffer itself.
+Failure deliverTo(const Memory &place, Merge &merge) {
+    Block all{place.start, place.size, 0};
+    const Failure failure = merge.fill(all);
+    return failure || merge.isAtEnd() ? failure : Failure{SORT_ERROR_OUTPUT_FULL, 0};
+}
+
 // One block is written while the next is filled.
 Failure deliver(Sort &sort, bool worthAThread) {
     if (const Failure failure = sort.merge.begin()) {
         return failure;
+    }
+    const Memory place = sort.output.place();
+    if (place.start != nullptr) {
+        return deliverTo(place, sort.merge);
     }
     for (unsigned at = 0; at < std::size(sort.blocks); ++at) {
         sort.fillings[at] = {&sort.merge, &sort.blocks[at]};
