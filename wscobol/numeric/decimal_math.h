@@ -1,5 +1,4 @@
-// The functions of libdfp that are used: decimal128, and the little that is wanted of the shorter
-// forms.
+// The functions of libdfp that are used: decimal128.
 #ifndef ZOR_NUMERIC_DECIMAL_MATH_H
 #define ZOR_NUMERIC_DECIMAL_MATH_H
 
@@ -33,25 +32,6 @@ inline Real logarithm(Real value) {
     return log(value / two) + log(two);
 }
 
-// Reads a text as strtod does.
-inline constinit LateFunction<Real(const char *, char **)> parse(decimalLibrary, "strtod128");
-
 } // namespace zor::decimal128
-
-namespace zor::decimal64 {
-
-inline constinit LateFunction<ZorDecimal64(ZorDecimal64, ZorDecimal64)> pow(decimalLibrary,
-                                                                            "powd64");
-inline constinit LateFunction<ZorDecimal64(const char *, char **)> parse(decimalLibrary,
-                                                                         "strtod64");
-
-} // namespace zor::decimal64
-
-namespace zor::decimal32 {
-
-inline constinit LateFunction<ZorDecimal32(const char *, char **)> parse(decimalLibrary,
-                                                                         "strtod32");
-
-} // namespace zor::decimal32
 
 #endif

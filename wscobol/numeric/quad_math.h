@@ -2,8 +2,6 @@
 #ifndef ZOR_NUMERIC_QUAD_MATH_H
 #define ZOR_NUMERIC_QUAD_MATH_H
 
-#include <cstddef>
-
 #include "base/late_library.h"
 #include "decimal_convert.h"
 
@@ -22,16 +20,8 @@ inline constinit Unary log10(quadLibrary, "log10q");
 inline constinit Unary sin(quadLibrary, "sinq");
 inline constinit Unary sqrt(quadLibrary, "sqrtq");
 inline constinit Unary tan(quadLibrary, "tanq");
-inline constinit Unary floor(quadLibrary, "floorq");
-inline constinit Unary ceil(quadLibrary, "ceilq");
 inline constinit Binary fmod(quadLibrary, "fmodq");
 inline constinit Binary pow(quadLibrary, "powq");
-inline constinit LateFunction<Real(Real, Real, Real)> fma(quadLibrary, "fmaq");
-
-// Reads a text as strtod does, and formats one as snprintf does, with the modifier Q.
-inline constinit LateFunction<Real(const char *, char **)> parse(quadLibrary, "strtoflt128");
-inline constinit LateFunction<int(char *, std::size_t, const char *, ...)>
-    print(quadLibrary, "quadmath_snprintf");
 
 } // namespace zor::binary128
 

@@ -23,12 +23,14 @@ template <class Number> Number dayNumber(YearAndDay<Number> date) {
 // A day that is no day of the year stays in the month nearest to it.
 template <class Number> Number dateNumber(YearAndDay<Number> date) {
     constexpr Number kShortMonth = 30;
+    const bool isLeap = isLeapYear(date.year);
     Number month = kFebruary;
     Number day = monthLength[1][kFebruary];
-    if (!isLeapYear(date.year) || date.day != kLastOfFebruary) {
-        day = date.day - (isLeapYear(date.year) && date.day > kLastOfFebruary ? 1 : 0);
-        const Number estimate = std::clamp<Number>(day / kShortMonth, 0, kMonths);
-        month = std::clamp<Number>(estimate + (monthStart[estimate] < day ? 1 : 0), 1, kMonths);
+    if (!isLeap || date.day != kLastOfFebruary) {
+        day = date.day - (isLeap && date.day > kLastOfFebruary ? 1 : 0);
+        const Number within = std::clamp<Number>(day, 1, yearLength[0]);
+        month = within / kShortMonth;
+        month += monthStart[month] < within ? 1 : 0;
         day -= monthStart[month - 1];
     }
     return date.year * 10000 + month * 100 + day;
