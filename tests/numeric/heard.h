@@ -27,7 +27,7 @@ inline std::string takeInserts() {
 
 // By their numbers: "48;58;".
 inline std::string takeNumbers() {
-    static const std::regex text("ZOR0*(\\d+)[A-Z]  [^Z]*");
+    static const std::regex text("ZOR0*(\\d+)[A-Z]  .*?(?=ZOR|$)");
     return std::regex_replace(std::exchange(forms::messages, {}), text, "$1;");
 }
 
