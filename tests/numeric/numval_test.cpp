@@ -165,13 +165,13 @@ TEST(Numval, TextsByHand) {
     heard::listen();
     const std::string text62(62, '7');
     // clang-format off
-    for (const std::string text :
+    const std::vector<std::string> texts =
          {"", " ", "  -12.5 ", "12.5-", "12.5 -", "12.5CR", "12.5 DB", "+12-", "12.5 C", "12C", "12D", ".5", "5.",
           ".", "-", "1,5", "$1,234.50", "1,,234", "1,234,5", "1,2", "1,", "-$ 5", "$", "EUR 12", "12cr", "1E5", "-0",
           "0.00", "1.50", "$$5", "12$", "+.", "5+5", "12 R", "12CRX", "9007199254740993",
-          "179769313486231580793728971405303415", text62.c_str(), (text62 + "7").c_str(),
-          (text62 + "78.5x").c_str(), ("." + text62 + "99").c_str()}) {
-        // clang-format on
+          "179769313486231580793728971405303415", text62, text62 + "7", text62 + "78.5x", "." + text62 + "99"};
+    // clang-format on
+    for (const std::string &text : texts) {
         for (const bool isC : {false, true}) {
             expectValue({text}, isC);
             expectValue({text, {'$', ',', 1}}, isC);
