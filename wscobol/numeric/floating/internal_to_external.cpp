@@ -70,7 +70,7 @@ void toExternal(const ExternalFloatTarget &picture, const void *source, char *ta
     const char plus = picture.mantissaSign == '-' ? ' ' : '+';
     *end++ = value != 0 && decimal::signBitOf(value) ? '-' : plus;
     if (decimal::biasedExponent(value) == decimal::kLargestExponent<T>) {
-        end = std::copy_n(value != value ? "NAN" : "INF", 3, end);
+        end = std::copy_n(__builtin_isnan(value) ? "NAN" : "INF", 3, end);
     } else {
         end = layOut(picture, value, end);
     }

@@ -35,10 +35,11 @@ int32_t currencyAt(const NumvalFormat &format, Text<kUnit> text, int32_t at, Tex
     if (format.currencyMode == NUMVAL_CURRENCY_SIGN) {
         return text[at] == static_cast<uint8_t>(format.currencySign) ? 1 : 0;
     }
-    const bool isThere = currency.count <= text.count - at &&
-                         memcmp(text.bytes + at * kUnit, currency.bytes,
-                                static_cast<std::size_t>(currency.count) * kUnit) == 0;
-    return isThere ? currency.count : 0;
+    if (currency.count == 0 || currency.count > text.count - at) {
+        return 0;
+    }
+    const auto bytes = static_cast<std::size_t>(currency.count) * kUnit;
+    return memcmp(text.bytes + at * kUnit, currency.bytes, bytes) == 0 ? currency.count : 0;
 }
 
 inline bool isDigit(uint8_t character) {

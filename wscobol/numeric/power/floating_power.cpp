@@ -84,7 +84,7 @@ template <class Form, class T = typename Form::Value>
 T power(T base, T exponent, int32_t *sizeErrorCount) {
     const auto zero = static_cast<T>(0);
     const bool isNegative = base < zero;
-    if (base == zero && exponent == exponent) {
+    if (base == zero && !__builtin_isnan(exponent)) {
         if (exponent == zero) {
             countOrTell(message::zeroToPowerZero, sizeErrorCount);
             return static_cast<T>(1);
@@ -99,11 +99,12 @@ T power(T base, T exponent, int32_t *sizeErrorCount) {
     const bool isUndefined = parity == Parity::fraction && Form::isFinite(base);
     errno = 0;
     T result = Form::pow(isNegative ? -base : base, exponent);
-    const bool isLost = result != result && base == base && exponent == exponent;
+    const bool isLost =
+        __builtin_isnan(result) && !__builtin_isnan(base) && !__builtin_isnan(exponent);
     if (isUndefined || isLost) {
         countOrTell(message::fractionalPowerOfNegative, sizeErrorCount);
     }
-    if (result == result && !Form::isFinite(result)) {
+    if (!Form::isFinite(result) && !__builtin_isnan(result)) {
         countOrTell(message::powerIsInfinite, sizeErrorCount);
     }
     return parity == Parity::odd ? -result : result;
