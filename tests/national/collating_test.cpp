@@ -112,8 +112,10 @@ void localeOrder() {
 }
 
 TEST(Collating, HasTheOrderOfTheLocale) {
-    for (const auto &[locale, expected] :
-         {std::pair{"C", "01"}, {"de_DE.ISO-8859-1", "10"}, {"en_US.UTF-8", "10"}}) {
+    for (const auto &[locale, expected] : {std::pair{"C", "01"},
+                                           {"de_DE.ISO-8859-1", "10"},
+                                           {"C.UTF-8", "10"},
+                                           {"en_US.UTF-8", "10"}}) {
         EXPECT_EQ(kit::runChild(localeOrder, locales::in(locale)).out, expected);
     }
     // Nothing stands in for the order of single bytes.

@@ -41,6 +41,8 @@ struct Row {
     "ZOR221W  A converter for code page " name " cannot be opened: status " status                 \
     ". Check that the name is right and the code page is installed."
 
+#define TEN "4230423042304230423042304230423042304230"
+
 const Row kRows[] = {
     {kLatin, ToUnicode, "", "41e4", 8, "0 4 4100e400eeeeeeee"},
     {kLatin, ToUnicode, "", "", 4, "0 0 eeeeeeee"},
@@ -90,12 +92,18 @@ const Row kRows[] = {
      "         that the name is right and the code page is installed."},
     {kUtf8, ToUnicode, "", "41e38182e381", 8, "11 4 41004230eeeeeeee", CUT},
     {kUtf8, ToUnicode, "", "e328", 4, "0 4 fdff2800"},
+    {kUtf8, AtoE, "", "41c3a442", 4, "0 1 c143c2ee"},
+    {kUtf8, AtoE, "", "41c3a442", 2, "15 2 c143", FAILED("15")},
+    {kUtf8, AtoE, "", "41c3", 4, "0 3 c1eeeeee", CUT},
+    {kUtf8, AtoE, "", "c341c380", 4, "0 1 3fc164ee"},
     {kUtf8, AtoE, "", "41c3a4e2", 4, "0 2 c143eeee", CUT},
     {kUtf8, AtoE, "", "4142e2", 1, "15 1 c1", CUT "\n\n" FAILED("15")},
     {kMixed, ToUnicode, "e", "0e44810f", 2, "0 2 4230"}, // SI is left when the target is full
     {kMixed, ToUnicode, "e", "0e44810fc1", 2, "15 2 4230", FAILED("15")},
     {kMixed, ToUnicode, "", "e38182e3", 2, "11 2 4230", CUT},
     {kMixed, FromUnicode, "e", "423042300e20", 5, "15 5 0e44814481", FAILED("15")},
+    {kMixed, FromUnicode, "e", TEN TEN TEN TEN, 3, "15 3 0e4481", FAILED("15")},
+    {kMixed, FromUnicode, "e", "4100", 1, "0 1 c1"},    // not as in the run that was cut
     {kLatin, FromUnicode, "", "41000e20", 1, "0 1 41"}, // a mark that only a display heeds
     {kMixed, AtoE, "", "41e3818242", 9, "0 3 c10e44810fc2eeeeee"},
     {kMixed, AtoE, "", "e38182e381", 4, "0 0 0e44810f", CUT},
@@ -211,6 +219,11 @@ CHILD_TEST(Conversions, TakeLongTextsInPlace, locales::in(kUtf8)) {
             EXPECT_EQ(_zorConvToASCII(area.data(), bytes - left, area.data(), &length), 0);
             EXPECT_EQ(area, native);
         }
+        // Onto itself, one byte further on.
+        std::string area = std::string(size, 'x') + 'y';
+        auto left = static_cast<int32_t>(size);
+        EXPECT_EQ(_zorUniAtoE(area.data(), left, &area[1], &left), 0);
+        EXPECT_EQ(area, 'x' + std::string(size, '\xA7'));
     }
 }
 

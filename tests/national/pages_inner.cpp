@@ -55,16 +55,21 @@ std::string allPairs() {
     return pairs;
 }
 
-std::string localeOf(const zor::LocaleRow &row) {
-    std::string name = std::string(row.locale) + ".ISO-8859-1";
+constexpr const char *kCodeSets[] = {"ISO-8859-1", "UTF-8"};
+
+std::string localeOf(const zor::LocaleRow &row, const std::string &codeSet) {
+    std::string name = std::string(row.locale) + "." + codeSet;
     std::transform(name.begin(), name.begin() + 2, name.begin(), tolower);
     return name;
 }
 
-void convertsLikeIcu(const std::string &page) {
+bool isSingle(const std::string &page) {
+    return _zorGetMaxCharSize(page.c_str()) == 1;
+}
+
+void singlesConvertLikeIcu(const std::string &page, const std::string &icuPage) {
     static const std::string pairs = allPairs();
-    const std::string icuPage = "ibm" + page.substr(3);
-    const bool single = _zorGetMaxCharSize(page.c_str()) == 1;
+    const bool single = isSingle(page);
     // These have bytes that give two or none of the other code page.
     const bool uneven =
         std::set<std::string>{"QBX-420", "QBX-9030", "QBX-12712", "QBX-16804"}.contains(page);
@@ -74,7 +79,9 @@ void convertsLikeIcu(const std::string &page) {
         // The part that goes by look-up alone.
         std::string part = pairs;
         const zor::Translation &translation = zor::translationTo(toPage);
-        std::erase_if(part, [&](unsigned char byte) { return translation.excluded[byte] != 0; });
+        std::erase_if(part, [&](unsigned char byte) {
+            return translation.kinds[byte] != zor::ByteKind::single;
+        });
         EXPECT_TRUE(byService(service, part) == byIcu(from, to, part)) << page;
         EXPECT_GT(part.size(), pairs.size() / 5) << page;
         return part == pairs;
@@ -86,10 +93,26 @@ void convertsLikeIcu(const std::string &page) {
     EXPECT_EQ(natives && ebcdics, single && !uneven) << page;
 }
 
+// From UTF-8, each beside one far from it, some between digits.
+void pairsConvertLikeIcu(const std::string &page, const std::string &icuPage) {
+    std::string text;
+    for (unsigned c = 0x80; c < 0x800; ++c) {
+        for (const unsigned character : {c, 0x87F - c}) {
+            text += static_cast<char>(0xC0 | character >> 6);
+            text += static_cast<char>(0x80 | (character & 0x3F));
+        }
+        text += c % 3 == 0 ? "1" : "";
+    }
+    EXPECT_TRUE(byService(_zorUniAtoE, text) == byIcu("UTF-8", icuPage, text)) << page;
+    const bool byLookUp = zor::translationTo(zor::kEbcdicPage).kinds[0xC3] == zor::ByteKind::lead;
+    EXPECT_EQ(byLookUp, isSingle(page)) << page;
+}
+
 // The process chooses its code pages anew for each.
-void allPages() {
+void allPages(const std::string &codeSet, decltype(&pairsConvertLikeIcu) convertLikeIcu) {
     for (const zor::LocaleRow &row : zor::kLocaleTable) {
-        setenv("LC_ALL", localeOf(row).c_str(), 1);
+        const std::string locale = localeOf(row, codeSet);
+        setenv("LC_ALL", locale.c_str(), 1);
         for (const std::string page : {"", row.ebcdicbase, row.ebcdicdefault}) {
             setenv("EBCDIC_CODEPAGE", page.c_str(), 1);
             _zorProccom->codepage = -1;
@@ -97,10 +120,10 @@ void allPages() {
                 _zorProccom->convclose();
             }
             _zorcSetCodePages();
-            EXPECT_EQ(_zorProccom->localename, localeOf(row));
+            EXPECT_EQ(_zorProccom->localename, locale);
             if (!page.empty()) {
                 EXPECT_EQ(_zorProccom->ebcdicname, page);
-                convertsLikeIcu(page);
+                convertLikeIcu(page, "ibm" + page.substr(3));
             } else if (std::string(row.ebcdicdefault) != "QBX-1390") { // of the second row of JA_JP
                 EXPECT_STREQ(_zorProccom->ebcdicname, row.ebcdicdefault);
             }
@@ -111,16 +134,21 @@ void allPages() {
 TEST(CodePages, OfAllLocalesConvertAsTheConversionLibraryDoes) {
     const kit::TemporaryDirectory directory;
     auto environment = locales::in("en_US.ISO-8859-1");
-    std::set<std::string> names = {"nb_NO.ISO-8859-1"}; // what the C library makes of no_NO
-    for (const zor::LocaleRow &row : zor::kLocaleTable) {
-        names.insert(localeOf(row));
-    }
-    for (const std::string &name : names) {
-        std::filesystem::create_directory_symlink(environment[0].second + "/en_US.ISO-8859-1",
-                                                  directory.file(name));
+    for (const std::string codeSet : kCodeSets) {
+        std::set<std::string> names = {"nb_NO." + codeSet}; // what the C library makes of no_NO
+        for (const zor::LocaleRow &row : zor::kLocaleTable) {
+            names.insert(localeOf(row, codeSet));
+        }
+        for (const std::string &name : names) {
+            std::filesystem::create_directory_symlink(environment[0].second + "/en_US." + codeSet,
+                                                      directory.file(name));
+        }
     }
     environment[0].second = directory.path();
-    kit::expectChild({.environment = environment}, allPages);
+    kit::expectChild({.environment = environment}, [] {
+        allPages(kCodeSets[0], singlesConvertLikeIcu);
+        allPages(kCodeSets[1], pairsConvertLikeIcu);
+    });
 }
 
 } // namespace

@@ -246,10 +246,21 @@ TEST(SearchAll, RandomTables) {
     EXPECT_GT(found, 1000U);
 }
 
-TEST(SearchAll, WithoutKeysTheFirstProbeIsAHit) {
+TEST(SearchAll, WithoutKeysOrBytesOfKeys) {
     const SearchBlock block{0, 0, 0, 0};
     EXPECT_EQ(_zorcSrchAll(&block, "", 0, 4, nullptr, nullptr, nullptr), -1);
     EXPECT_EQ(_zorcSrchAll(&block, "", 7, 4, nullptr, nullptr, nullptr), 12);
+    // Of an argument for an empty key all bytes have to be padding, also the place of a sign.
+    EndedPages pages;
+    for (const int type : {2, 16, 17, 32, 64, 65}) {
+        const std::string empty = half(0) + half(1) + half(1) + half(0) +
+                                  static_cast<char>(type | SEARCH_ASCENDING) + half(0) + '\0' +
+                                  half(1) + half(0) + "\x70";
+        const SearchArgument argument{"", pages.place("9")};
+        EXPECT_EQ(_zorcSrchAll(reinterpret_cast<const SearchBlock *>(empty.data()), "", 1, 0,
+                               &argument, nullptr, nullptr),
+                  type == SEARCH_BINARY || type == SEARCH_BINARY_BIG ? 0 : -1);
+    }
 }
 
 } // namespace

@@ -30,7 +30,7 @@ void checkInARow(UConverter &from, UConverter &to, Translation &translation) {
     ByteTable expected;
     int32_t length = 0;
     for (std::size_t i = 0; i < row.size(); ++i) {
-        if (translation.excluded[i] == 0) {
+        if (translation.kinds[i] == ByteKind::single) {
             row[static_cast<std::size_t>(length)] = static_cast<uint8_t>(i);
             expected[static_cast<std::size_t>(length)] = translation.table[i];
             ++length;
@@ -42,9 +42,52 @@ void checkInARow(UConverter &from, UConverter &to, Translation &translation) {
     const Produced bytes = fromNational(to, national, units.length, made.data(), row.size());
     if (units.status != 0 || bytes.status != 0 || bytes.length != length ||
         memcmp(made.data(), expected.data(), static_cast<std::size_t>(length)) != 0) {
-        translation.excluded.fill(1);
+        translation.kinds.fill(ByteKind::other);
         translation.ofAllBytes = false;
     }
+}
+
+// Converts the pairs of each lead in a row: where each is a character and becomes one byte, as many
+// come out.
+void addPairs(UConverter &from, UConverter &to, Translation &translation) {
+    constexpr int32_t kCount = kTrails;
+    for (uint8_t lead = kFirstLead; lead <= kLastLead; ++lead) {
+        if (translation.kinds[lead] != ByteKind::other) {
+            continue;
+        }
+        uint8_t source[2 * kTrails];
+        for (std::size_t i = 0; i < kTrails; ++i) {
+            source[2 * i] = lead;
+            source[2 * i + 1] = static_cast<uint8_t>(kFirstTrail + i);
+        }
+        char16_t national[2 * kTrails];
+        const Produced units = toNational(from, source, sizeof source, national, 2 * kCount);
+        const Produced bytes = fromNational(to, national, units.length,
+                                            translation.pairs[lead - kFirstLead].data(), kCount);
+        if (units.status == 0 && units.length == kCount && bytes.status == 0 &&
+            bytes.length == kCount) {
+            translation.kinds[lead] = ByteKind::lead;
+        }
+    }
+}
+
+bool beginsPair(const uint8_t *at, const uint8_t *end, const Translation &translation) {
+    return translation.kinds[*at] == ByteKind::lead && end - at >= 2 &&
+           static_cast<uint8_t>(at[1] - kFirstTrail) < kTrails;
+}
+
+bool areSingles(const uint8_t *from, std::size_t bytes, const Translation &translation) {
+    constexpr std::size_t kStride = 32; // looked at without a test for each byte
+    static_assert(ByteKind::single == ByteKind{});
+    unsigned others = 0;
+    while (bytes > 0 && others == 0) {
+        const uint8_t *const end = from + std::min(bytes, kStride);
+        bytes -= static_cast<std::size_t>(end - from);
+        for (; from != end; ++from) {
+            others |= static_cast<unsigned>(translation.kinds[*from]);
+        }
+    }
+    return others == 0;
 }
 
 // The four bytes of a word, each by the table.
@@ -79,25 +122,28 @@ Translation translationBetween(UConverter &from, UConverter &to) {
         const Conversion made = convertByte(from, to, static_cast<uint8_t>(i));
         const bool single = made.status == 0 && made.units == 1 && made.bytes == 1;
         result.table[i] = made.first;
-        result.excluded[i] = single ? 0 : 1;
+        result.kinds[i] = single ? ByteKind::single : ByteKind::other;
         result.ofAllBytes = result.ofAllBytes && single;
     }
+    addPairs(from, to, result);
     checkInARow(from, to, result);
     return result;
 }
 
-bool hasTranslatableBytes(const void *source, std::size_t bytes, const Translation &translation) {
-    constexpr std::size_t kStride = 32; // looked at without a test for each byte
+std::size_t translatedBytes(const void *source, std::size_t bytes, const Translation &translation) {
     const auto *from = static_cast<const uint8_t *>(source);
-    unsigned excluded = 0;
-    while (bytes > 0 && excluded == 0) {
-        const uint8_t *const end = from + std::min(bytes, kStride);
-        bytes -= static_cast<std::size_t>(end - from);
-        for (; from != end; ++from) {
-            excluded |= translation.excluded[*from];
-        }
+    if (translation.ofAllBytes || areSingles(from, bytes, translation)) {
+        return bytes;
     }
-    return excluded == 0;
+    std::size_t characters = 0;
+    for (const uint8_t *const end = from + bytes; from != end; ++characters) {
+        const bool single = translation.kinds[*from] == ByteKind::single;
+        if (!single && !beginsPair(from, end, translation)) {
+            return kUntranslatable;
+        }
+        from += single ? 1 : 2;
+    }
+    return characters;
 }
 
 void translateBytes(void *target, const void *source, std::size_t bytes, const ByteTable &table) {
@@ -119,6 +165,20 @@ void translateBytes(void *target, const void *source, std::size_t bytes, const B
     }
     while (bytes-- > 0) {
         *to++ = table[*from++];
+    }
+}
+
+void translateCharacters(void *target, const void *source, std::size_t characters,
+                         const Translation &translation) {
+    auto *to = static_cast<uint8_t *>(target);
+    const auto *from = static_cast<const uint8_t *>(source);
+    for (; characters > 0; --characters) {
+        if (translation.kinds[*from] == ByteKind::single) {
+            *to++ = translation.table[*from++];
+        } else {
+            *to++ = translation.pairs[from[0] - kFirstLead][from[1] - kFirstTrail];
+            from += 2;
+        }
     }
 }
 

@@ -64,17 +64,24 @@ int32_t convertBetween(int32_t fromPage, int32_t toPage, const void *source, int
                        void *target, int32_t *targetLength) {
     const int32_t capacity = *targetLength;
     const Translation &translation = translationTo(toPage);
-    if (sourceLength < 0 || capacity < 0 ||
-        !isTranslatable(source, static_cast<std::size_t>(sourceLength), translation)) {
+    const std::size_t bytes = lengthOrNone(sourceLength);
+    const std::size_t whole = sourceLength < 0 || capacity < 0
+                                  ? kUntranslatable
+                                  : translatedBytes(source, bytes, translation);
+    if (whole == kUntranslatable) {
         return convertThroughNational(fromPage, toPage, source, sourceLength, target, targetLength);
     }
-    const int32_t converted = std::min(sourceLength, capacity);
-    translateBytes(target, source, static_cast<std::size_t>(converted), translation.table);
-    if (converted < sourceLength) {
+    const std::size_t converted = std::min(whole, lengthOrNone(capacity));
+    if (whole == bytes) {
+        translateBytes(target, source, converted, translation.table);
+    } else {
+        translateCharacters(target, source, converted, translation);
+    }
+    if (converted < whole) {
         message::conversionFailed(kTargetTooSmall);
         return kTargetTooSmall;
     }
-    *targetLength = capacity - converted;
+    *targetLength = capacity - static_cast<int32_t>(converted);
     return 0;
 }
 

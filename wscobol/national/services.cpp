@@ -75,7 +75,7 @@ const Translation &translationTo(int32_t page) {
         UConverter *const native = cachedConverter(services, kNativePage, status);
         UConverter *const ebcdic = cachedConverter(services, kEbcdicPage, status);
         if (native == nullptr || ebcdic == nullptr) {
-            translation.excluded.fill(1);
+            translation.kinds.fill(ByteKind::other);
         } else {
             translation = page == kEbcdicPage ? translationBetween(*native, *ebcdic)
                                               : translationBetween(*ebcdic, *native);

@@ -21,7 +21,7 @@ struct Characters {
         return left == right || (weights != nullptr && weights[left] == weights[right]);
     }
 
-    // Whether the text begins with a delimiter, which is not empty.
+    // Whether the text begins with a delimiter; never with an empty one.
     bool beginsWith(Bytes text, Bytes delimiter) const {
         if (delimiter.empty() || delimiter.size() > text.size()) {
             return false;

@@ -66,7 +66,7 @@ void replace(Item &item, const Clause &clause, uint8_t *matched, std::size_t len
     item.replaced = true;
     if (clause.figurative) {
         fillWithFirst(item, clause.target, matched, length);
-    } else {
+    } else if (!clause.target.empty()) {
         // For CHARACTERS the target may be shorter than the character that it takes the place of.
         memmove(matched, clause.target.data(), clause.target.size());
     }

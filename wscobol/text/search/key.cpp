@@ -209,7 +209,7 @@ bool areZeros(const Key &key, const uint8_t *argument, std::size_t excess, const
         return isNational(key) ? areUnits(bytes, length, zero)
                                : areAll(bytes, length, zero, weights);
     };
-    const bool leads = key.hasSign && key.signLeads;
+    const bool leads = key.hasSign && key.signLeads && key.length >= character;
     if (leads && key.signSeparate) {
         argument += character;
     } else if (leads && excess >= character) {
