@@ -67,7 +67,8 @@ ZOR_SIZE(FileList, 8);
 enum {
     SORT_KEY_TEXT = 1,     /* by the collating table, if there is one */
     SORT_KEY_ZONED = 2,    /* a sign as format tells */
-    SORT_KEY_BINARY = 3,   /* of 2, 4 or 8 bytes in native order; signed as format tells */
+    SORT_KEY_BINARY = 3,   /* of 2, 4 or 8 bytes in native order, signed as format tells; of any
+                              other length it does not count */
     SORT_KEY_PACKED = 4,   /* a positive sign is the nibble 0xC */
     SORT_KEY_FLOAT = 5,    /* IEEE form of up to 8 bytes, native order */
     SORT_KEY_NATIONAL = 6, /* UTF-16 units; compared byte by byte as they stand */
@@ -135,13 +136,13 @@ typedef int32_t (*SortMerge)(int32_t function, RecordDesc recdesc, RecordDesc ou
  *   the program goes on with _zorRelease and, at its end, SORT_INPUT_DONE; with an OUTPUT PROCEDURE
  *   it takes the records by _zorReturn after that.
  *   SORT_INPUT_DONE: sorts what was released; of the arguments only control counts.
- *   SORT_FAILED: SORT-RETURN becomes 16.
- *   SORT_END: ends what is active, gives the work files and buffers back and lets the engine go;
- *   without an argument.
- * keytext, for the engine, ends at its first blank; it is not changed. The blocks are copied, the
- * FCBs and their arrays stay the caller's.
- * When the engine cannot be loaded SORT-RETURN is left alone, and stderr tells why. A status of the
- * engine other than 0 issues message 26 unless control->checked is set; a sort within the engine's
+ *   SORT_FAILED: SORT-RETURN becomes 16, and the statement is given up.
+ *   SORT_END: ends what the thread is at, gives the work files back and lets go of the engine,
+ *   which the next sort loads again; without any other argument.
+ * keytext, for the engine, ends at its first blank; it is not changed. The blocks are copied; the
+ * FCBs, their arrays and the halfword of SORT-RETURN must stay until the statement is through.
+ * When the engine cannot be loaded SORT-RETURN is left alone, and stderr tells why. Any other
+ * SORT-RETURN than 0 issues message 26 unless control->checked is set; a sort within the engine's
  * own call issues 13, and storage that cannot be had 907. */
 ZOR_EXPORT void _zorSortMerge(int32_t function, SortControl *control, const RecordDesc *recdesc,
                               int32_t keycount, const char *keytext, const FileList *inputs,
@@ -153,7 +154,8 @@ ZOR_EXPORT void _zorSortMerge(int32_t function, SortControl *control, const Reco
 ZOR_EXPORT void _zorRelease(uint32_t length, const void *record, int16_t *rc);
 
 /* RETURN: stores the next record at record and its length in *length. *eof becomes 1 when there is
- * none, and is left alone otherwise. */
+ * none, and is left alone otherwise. So it does when the work file cannot be read; SORT-RETURN
+ * becomes 16 then, which issues message 26 unless control->checked was set. */
 ZOR_EXPORT void _zorReturn(uint32_t *length, void *record, int16_t *eof);
 
 /* The error word of the engine that the calling thread's last sort left, 0 when there is none. */

@@ -9,6 +9,7 @@
 
 #include "sort.h"
 #include "support/bench.h"
+#include "support/nine_digits.h"
 
 namespace {
 
@@ -16,27 +17,10 @@ constexpr std::size_t kNameLength = 12;
 
 struct Element {
     char name[kNameLength];
-    uint8_t amount[5]; // nine digits
+    bench::NineDigits amount;
     char rest[23];
 };
 static_assert(sizeof(Element) == 40);
-
-void pack(uint32_t value, bool negative, uint8_t (&number)[5]) {
-    number[4] = static_cast<uint8_t>(value % 10 << 4 | (negative ? 0x0D : 0x0C));
-    value /= 10;
-    for (std::size_t at = 4; at-- > 0; value /= 100) {
-        number[at] = static_cast<uint8_t>(value / 10 % 10 << 4 | value % 10);
-    }
-}
-
-int32_t unpack(const uint8_t (&number)[5]) {
-    int32_t value = 0;
-    for (std::size_t at = 0; at < 4; ++at) {
-        value = value * 100 + (number[at] >> 4) * 10 + (number[at] & 0x0F);
-    }
-    value = value * 10 + (number[4] >> 4);
-    return (number[4] & 0x0F) == 0x0C ? value : -value;
-}
 
 std::string_view nameOf(const Element &element) {
     return {element.name, kNameLength};
@@ -51,7 +35,8 @@ std::vector<Element> table(std::size_t count, unsigned names) {
         snprintf(name, sizeof name, "BRANCH%06u",
                  static_cast<unsigned>(random()) % names * 7919 % 1000000);
         memcpy(element.name, name, kNameLength);
-        pack(static_cast<uint32_t>(random() % 1000000000), random() % 4 == 0, element.amount);
+        bench::pack(static_cast<uint32_t>(random() % 1000000000), random() % 4 == 0,
+                    element.amount);
         memset(element.rest, ' ', sizeof element.rest);
     }
     return elements;
@@ -85,14 +70,14 @@ void compare(const char *name, std::size_t count, unsigned names, const SortKey 
 }
 
 bool amountIsLess(const Element &left, const Element &right) {
-    const int32_t first = unpack(left.amount);
-    const int32_t second = unpack(right.amount);
+    const int32_t first = bench::unpack(left.amount);
+    const int32_t second = bench::unpack(right.amount);
     return first != second ? first < second : nameOf(left) < nameOf(right);
 }
 
 bool nameIsLess(const Element &left, const Element &right) {
     const int order = nameOf(left).compare(nameOf(right));
-    return order != 0 ? order < 0 : unpack(left.amount) < unpack(right.amount);
+    return order != 0 ? order < 0 : bench::unpack(left.amount) < bench::unpack(right.amount);
 }
 
 } // namespace

@@ -9,37 +9,19 @@
 
 #include "search_all.h"
 #include "support/bench.h"
+#include "support/nine_digits.h"
 
 namespace {
 
 constexpr int32_t kEntries = 100000;
-constexpr std::size_t kDigits = 9;
 constexpr std::size_t kNameLength = 12;
 
 struct Entry {
-    uint8_t number[kDigits / 2 + 1];
+    bench::NineDigits number;
     char name[kNameLength];
     char rest[23];
 };
 static_assert(sizeof(Entry) == 40);
-
-void pack(uint32_t value, uint8_t (&number)[5]) {
-    number[4] = static_cast<uint8_t>(value % 10 << 4 | 0x0C);
-    value /= 10;
-    for (std::size_t at = 4; at-- > 0; value /= 100) {
-        number[at] = static_cast<uint8_t>(value / 10 % 10 << 4 | value % 10);
-    }
-}
-
-int32_t unpack(const uint8_t (&number)[5]) {
-    int32_t value = 0;
-    for (std::size_t at = 0; at < 4; ++at) {
-        value = value * 100 + (number[at] >> 4) * 10 + (number[at] & 0x0F);
-    }
-    value = value * 10 + (number[4] >> 4);
-    const int sign = number[4] & 0x0F;
-    return sign == 0x0B || sign == 0x0D ? -value : value;
-}
 
 std::string_view nameOf(const Entry &entry) {
     return {entry.name, kNameLength};
@@ -48,7 +30,7 @@ std::string_view nameOf(const Entry &entry) {
 std::vector<Entry> table() {
     std::vector<Entry> entries(kEntries);
     for (unsigned i = 0; i < kEntries; ++i) {
-        pack(i * 7 + 3, entries[i].number);
+        bench::pack(i * 7 + 3, false, entries[i].number);
         char name[kNameLength + 1];
         snprintf(name, sizeof name, "N%07u    ", i * 11);
         memcpy(entries[i].name, name, kNameLength);
@@ -98,14 +80,14 @@ void searching(const std::vector<Entry> &entries, const KeysUsed &used) {
         }
     });
     const auto byNumber = [](const Entry &left, const Entry &right) {
-        return unpack(left.number) < unpack(right.number);
+        return bench::unpack(left.number) < bench::unpack(right.number);
     };
     const auto byName = [](const Entry &left, const Entry &right) {
         return nameOf(left) < nameOf(right);
     };
     const auto byBoth = [](const Entry &left, const Entry &right) {
-        const int32_t l = unpack(left.number);
-        const int32_t r = unpack(right.number);
+        const int32_t l = bench::unpack(left.number);
+        const int32_t r = bench::unpack(right.number);
         return l != r ? l < r : nameOf(left) < nameOf(right);
     };
     const auto bounding = [&](auto less) {

@@ -8,8 +8,7 @@ struct Call {
 };
 enum { OPTIONS = 18 };
 
-ZOR_EXPORT int32_t ENTRY(int32_t function, struct Call call);
-int32_t ENTRY(int32_t function, struct Call call) {
+ZOR_EXPORT int32_t sortmerge(int32_t function, struct Call call) {
     if (function == SORT_END)
         return (int32_t)write(STDERR_FILENO, "engine ended\n", 13);
     return ((int32_t(*)(int32_t, struct Call))call.word[OPTIONS])(function, call);

@@ -50,7 +50,9 @@ bool releaseRecord(SortState &state, uint32_t length, const void *record) {
         memcpy(target + SORT_PREFIX, record, length);
     } else {
         memcpy(target, record, length);
-        memset(target + length, kBlank, size - length);
+        if (length < size) {
+            memset(target + length, kBlank, size - length);
+        }
     }
     state.cursor += size;
     state.used += size;

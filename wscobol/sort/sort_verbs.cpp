@@ -23,7 +23,8 @@ constexpr int16_t kHighestGoodStatus = 9; // of a file
 // exhausted (message 907 was issued).
 bool copyKeyText(char *&copy, const char *text) {
     release(copy);
-    const std::size_t length = text == nullptr ? 0 : strcspn(text, " ");
+    text = text == nullptr ? "" : text;
+    const std::size_t length = strcspn(text, " ");
     copy = static_cast<char *>(allocateOrReport(length + 1));
     if (copy == nullptr) {
         return false;
@@ -50,7 +51,8 @@ void offerBuffer(SortState &state, uint32_t bytes) {
 
 void chooseFolder(SortState &state) {
     const Proccom *process = proccom();
-    const char *folder = process == nullptr ? nullptr : process->sortdir;
+    const char *folder =
+        process == nullptr ? nullptr : __atomic_load_n(&process->sortdir, __ATOMIC_ACQUIRE);
     snprintf(state.folder, sizeof state.folder, "%s", folder == nullptr ? "." : folder);
 }
 
