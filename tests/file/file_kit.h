@@ -14,7 +14,7 @@ struct File {
     explicit File(std::string assignment = "sok-F", const char *name = "MASTER",
                   uint8_t assign = FILE_WORD)
         : assigned(std::move(assignment)) {
-        memcpy(described.filename, name, strnlen(name, sizeof described.filename));
+        std::string(name).copy(described.filename, sizeof described.filename);
         described.assign = assign;
         described.assignname = assigned.c_str();
         described.assignlen = static_cast<int16_t>(assigned.size());
@@ -40,21 +40,16 @@ struct File {
         _zorProccom->libdir = directory;
     }
     // As statements do it; they give the file status.
+    int run(FileOperation operation) { return operation(block, program.ipcb), block->status; }
     int open(int mode = FCB_INPUT) {
         block->openmode = static_cast<uint16_t>(mode);
-        block->open(block, program.ipcb);
-        return block->status;
+        return run(block->open);
     }
     int close(uint16_t mode = 0) {
         block->closemode = mode;
-        block->close(block, program.ipcb);
-        return block->status;
+        return run(block->close);
     }
-    int read() {
-        block->read(block, program.ipcb);
-        return block->status;
-    }
-    std::string code() const { return {block->fscode, sizeof block->fscode}; }
+    int read() { return run(block->read); }
     // FILE STATUS and the extended status as the program sees them.
     std::string seen() const {
         const std::string text(status, sizeof status + sizeof extended);

@@ -15,14 +15,9 @@
 #define REFUSAL (-1)
 #endif
 
-ZOR_EXPORT void _IO_Init(FCB *file, struct IPCB *ipcb);
-ZOR_EXPORT void **vfs(void);
-
 static void trace(const char *event, const FCB *file) {
-    if (getenv("TRACE") != NULL) {
+    if (getenv("TRACE") != NULL)
         printf("%s(%s) ", event, file->name);
-        fflush(stdout);
-    }
 }
 
 static void openFile(FCB *file, struct IPCB *ipcb) {
@@ -65,20 +60,19 @@ static const char *errorText(void *handle, int32_t status2, int32_t zero, int32_
     return text;
 }
 
-void **vfs(void) {
+ZOR_EXPORT void **vfs(void) {
     static void *table[VFS_ERROR_TEXT + 1];
     table[VFS_ERROR_TEXT] = (void *)errorText;
     return table;
 }
 
 /* A refusal of 0 installs nothing all the same. */
-void _IO_Init(FCB *file, struct IPCB *ipcb) {
+ZOR_EXPORT void _IO_Init(FCB *file, struct IPCB *ipcb) {
     (void)ipcb;
-    if (REFUSAL >= 0) {
-        file->status = REFUSAL;
-        return;
+    if (REFUSAL < 0) {
+        file->open = openFile;
+        file->close = closeFile;
+        file->read = readFile;
     }
-    file->open = openFile;
-    file->close = closeFile;
-    file->read = readFile;
+    file->status = REFUSAL < 0 ? 0 : REFUSAL;
 }

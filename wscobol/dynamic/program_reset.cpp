@@ -20,6 +20,17 @@ bool isExternal(const FCB &file) {
            (file.desc != nullptr && has(file.desc->assign, FILE_EXTERNAL));
 }
 
+constinit FCB noFile{};
+
+bool isIn(const HashTable *files, const FCB *file) {
+    HashCursor cursor{};
+    const HashElement *element = hashTableNext(files, cursor);
+    while (element != nullptr && element->value != file) {
+        element = hashTableNext(files, cursor);
+    }
+    return element != nullptr;
+}
+
 } // namespace
 
 void resetPrograms(IPCB *programs, uint32_t statusBits) {
@@ -37,6 +48,17 @@ void closeOwnFiles(IPCB *programs, uint16_t closemode) {
             clear(file.closemode, closemode);
         }
     });
+}
+
+void forgetExternalFiles(const IPCB *programs, const HashTable *files) {
+    for (int32_t i = 0; i <= programs->nested; ++i) {
+        const IPCB &ipcb = programs[i];
+        for (int32_t n = 0; ipcb.fcbs != nullptr && n < ipcb.nfcbs; ++n) {
+            if (ipcb.fcbs[n] != nullptr && isIn(files, ipcb.fcbs[n])) {
+                ipcb.fcbs[n] = &noFile;
+            }
+        }
+    }
 }
 
 } // namespace zor

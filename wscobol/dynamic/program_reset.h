@@ -4,6 +4,7 @@
 #define ZOR_DYNAMIC_PROGRAM_RESET_H
 
 #include "base/bits.h"
+#include "dynamic/hash_table.h"
 #include "fcb.h"
 
 namespace zor {
@@ -15,6 +16,10 @@ void resetPrograms(IPCB *programs, uint32_t statusBits);
 // Closes their open files, EXTERNAL ones excepted, with bits of FCB.closemode. That calls code of
 // programs and of file-system modules.
 void closeOwnFiles(IPCB *programs, uint16_t closemode);
+
+// Puts a file that is always closed in the place of those of a table, whose blocks are about to go:
+// the next run unit may CANCEL a program that it has not entered.
+void forgetExternalFiles(const IPCB *programs, const HashTable *files);
 
 // Calls an action for each of their open files, and its program.
 template <class Action> void forEachOpenFile(IPCB *programs, Action action) {

@@ -61,16 +61,15 @@ bool findInEnvironment(FCB &file, std::string_view variable, const char *&value)
 }
 
 void chooseFileSystem(FCB &file, const char *prefix, const FileDescription &description) {
-    uint8_t number = findFileSystem(prefix != nullptr ? prefix : description.fscode);
-    if (prefix != nullptr && number == kNoFileSystem) {
+    const uint8_t number = findFileSystem(prefix != nullptr ? prefix : description.fscode);
+    if (number != kNoFileSystem && number != kUnnamed) {
+        useFileSystem(file, number);
+    } else if (prefix == nullptr) {
+        useDefaultFileSystem(file);
+    } else {
         file.fsid = kNoFileSystem;
         memcpy(file.fscode, prefix, kCodeBytes);
-        return;
     }
-    if (number == kNoFileSystem || number == kUnnamed) {
-        number = file.deffsid;
-    }
-    useFileSystem(file, number);
 }
 
 // An expansion that fails leaves the name as it is.
@@ -151,7 +150,7 @@ bool nameAssignment(FCB &file, const FileDescription &description) {
 }
 
 bool nameMember(FCB &file) {
-    useFileSystem(file, file.deffsid);
+    useDefaultFileSystem(file);
     const Name member = splitPrefix(file.name != nullptr ? file.name : "");
     const bool agrees = member.code == nullptr || liesOn(member.code, file.fsid);
     return agrees ? takeName(file, member.rest) : refuse(file, kNoList, kMixedList);

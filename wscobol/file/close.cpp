@@ -1,7 +1,6 @@
 // The last step of every CLOSE, which makes an open block a closed one, or readies it for the next
 // file of a concatenation.
 #include "base/bits.h"
-#include "base/storage.h"
 #include "file.h"
 #include "file/closed_block.h"
 #include "file/file_name.h"
@@ -14,13 +13,6 @@ namespace {
 constexpr uint32_t kLastingFlags = FCB_CONCATENATED | FCB_SHARED_EXTERNAL;
 constexpr int16_t kWithoutReel = 7;
 constexpr int16_t kFirstPermanentError = 30;
-
-void freeModuleData(FCB &file) {
-    release(file.modhandle1);
-    release(file.modhandle2);
-    file.modhandle1 = nullptr;
-    file.modhandle2 = nullptr;
-}
 
 void closeWhole(FCB &file, IPCB *ipcb, const FileDescription &description, int32_t usecode) {
     dropList(file);
@@ -57,7 +49,7 @@ void _zorGenericClose(FCB *fcb, IPCB *ipcb, int32_t usecode) {
     file.flags &= kLastingFlags;
     closeVectors(file);
     file.lastclose = file.closemode;
-    freeModuleData(file);
+    dropModuleData(file);
     if (has(file.closemode, FCB_CLOSE_NEXT_FILE)) {
         clear(file.closemode, FCB_CLOSE_NEXT_FILE); // the list's file system stays the default
     } else {

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/anchors.h"
+#include "base/storage.h"
 #include "concat.h"
 #include "file.h"
 #include "file/file_systems.h"
@@ -54,6 +55,13 @@ void closeUnlockVector(FCB &file) {
 void chooseDefaultFileSystem(FCB &file, const FileDescription &description) {
     const bool isLines = has(description.organization, FILE_LINE_SEQUENTIAL);
     setDefaultFileSystem(file, isLines ? static_cast<uint8_t>(kLsq) : runTimeDefault());
+}
+
+void dropModuleData(FCB &file) {
+    release(file.modhandle1);
+    release(file.modhandle2);
+    file.modhandle1 = nullptr;
+    file.modhandle2 = nullptr;
 }
 
 void dropList(FCB &file) {

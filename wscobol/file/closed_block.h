@@ -15,6 +15,9 @@ void closeUnlockVector(FCB &file);
 // Chooses the file system that serves the file unless its assignment names one.
 void chooseDefaultFileSystem(FCB &file, const FileDescription &description);
 
+// Frees what a module left in the block.
+void dropModuleData(FCB &file);
+
 // Frees the list of a file's concatenation.
 void dropList(FCB &file);
 

@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t kRecordTailBytes = 2;
 
+// The end of the run unit knows the blocks of programs as values of the table.
 struct ExternalFile {
     FCB block;
     FileDescription *firstDescription; // a copy, in storage of its own

@@ -65,4 +65,14 @@ void setDefaultFileSystem(FCB &file, uint8_t number) {
     memcpy(file.deffscode, kRows[number].code, kCodeBytes);
 }
 
+void useDefaultFileSystem(FCB &file) {
+    file.fsid = file.deffsid;
+    memcpy(file.fscode, file.deffscode, kCodeBytes);
+}
+
+void makeFileSystemDefault(FCB &file) {
+    file.deffsid = file.fsid;
+    memcpy(file.deffscode, file.fscode, kCodeBytes);
+}
+
 } // namespace zor

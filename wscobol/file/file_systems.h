@@ -28,9 +28,13 @@ uint8_t findFileSystem(const char *code);
 // The file of the module that serves a file system, null where there is none.
 const char *moduleFileOf(uint8_t number);
 
-// Enters a file system, by number and code, as that of the open and as the default.
+// Enters a file system of the table, by number and code, as that of the open or as the default.
 void useFileSystem(FCB &file, uint8_t number);
 void setDefaultFileSystem(FCB &file, uint8_t number);
+
+// Makes the default that of the open, and back.
+void useDefaultFileSystem(FCB &file);
+void makeFileSystemDefault(FCB &file);
 
 } // namespace zor
 

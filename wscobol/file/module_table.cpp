@@ -12,7 +12,7 @@
 namespace zor {
 namespace {
 
-constinit Module modules[kFileSystemRows];
+constinit Module modules[kFileSystemRows]{};
 
 template <class Function> Function symbolOf(void *handle, const char *name) {
     return reinterpret_cast<Function>(dlsym(handle, name));

@@ -81,11 +81,12 @@ void becomeOpen(FCB &file, const FileDescription &description) {
 Outcome openOnce(FCB &file, IPCB *ipcb, const FileDescription &description) {
     refuse(file, 0, 0);
     clear(file.flags, FCB_ABSENT_OPTIONAL);
+    dropModuleData(file); // for the text of an error, an OPEN that failed may have left some
     if (!nameFile(file, description)) {
         return Outcome::refused;
     }
     if (file.concat != nullptr) {
-        setDefaultFileSystem(file, file.fsid); // the members behind this one follow it
+        makeFileSystemDefault(file); // the members behind this one follow it
     }
     if (!installModule(file, ipcb)) {
         return Outcome::refused;
@@ -137,6 +138,7 @@ void finish(FCB &file, IPCB *ipcb, const FileDescription &description, Outcome o
     }
     if (outcome != Outcome::open) {
         closeVectors(file);
+        chooseDefaultFileSystem(file, description);
         dropList(file); // the name stays for whoever asks what could not be opened
         file.verb = FCB_VERB_OPEN;
         _zorCallUseProc(&file, outcome == Outcome::refused ? FILE_USE_REFUSED : FILE_USE_NO_TEXT,

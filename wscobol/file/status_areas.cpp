@@ -75,9 +75,9 @@ bool isConverted(std::span<const uint8_t> area) {
 }
 
 void fill(std::span<uint8_t> area, uint8_t blank, uint8_t zero) {
-    const std::size_t digits = area.size() >= kDigits ? kDigits : 0;
-    memset(area.data(), zero, digits);
-    memset(area.data() + digits, blank, area.size() - digits);
+    const std::ptrdiff_t digits = area.size() >= kDigits ? std::ptrdiff_t{kDigits} : 0;
+    std::fill(area.begin(), area.begin() + digits, zero);
+    std::fill(area.begin() + digits, area.end(), blank);
 }
 
 bool namesTheFile(const FCB &file) {

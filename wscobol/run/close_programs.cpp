@@ -29,8 +29,12 @@ void closeSilently(FCB &file, IPCB &ipcb) {
     fileBeingClosed = outer;
 }
 
+IPCB *programsOf(const LLE &entry) {
+    return entry.ipcb != nullptr ? entry.ipcb : entry.pcb->ipcb;
+}
+
 void closeAndResetCompilationUnit(const LLE &entry) {
-    IPCB *programs = entry.ipcb != nullptr ? entry.ipcb : entry.pcb->ipcb;
+    IPCB *programs = programsOf(entry);
     if (programs == nullptr) {
         return;
     }
@@ -38,6 +42,15 @@ void closeAndResetCompilationUnit(const LLE &entry) {
     entry.pcb->lle = nullptr;
     resetPrograms(programs, IPCB_STATUS_RUN_UNIT);
     forEachOpenFile(programs, closeSilently);
+}
+
+void forgetExternals(const Proccom &process, const LLE &entry) {
+    const Runcom *unit = currentRunUnit(&process);
+    const IPCB *programs = programsOf(entry);
+    if (programs != nullptr && unit != nullptr && unit->extfiles != nullptr) {
+        const EndingLock lock(PlleLock);
+        forgetExternalFiles(programs, unit->extfiles);
+    }
 }
 
 // Steps to the next program that has been entered; false at the end of the list.
@@ -64,6 +77,7 @@ bool closeEnteredPrograms(const Proccom &process, const HashTable *list) {
         if (proccom() != &process) {
             return false;
         }
+        forgetExternals(process, program);
         if (list->grows != grows) {
             grows = list->grows;
             cursor = {};
