@@ -173,7 +173,7 @@ Outcome recover(UqeFile &file) {
         }
     }
     if (file.writable) {
-        unlink(path.text);
+        RedoLog::remove(path.text);
     }
     return kDone;
 }
@@ -314,8 +314,9 @@ Outcome openDatabase(UqeFile &file, int slots, const char *schema) {
 }
 
 Outcome closeDatabase(UqeFile &file) {
+    const bool connected = file.connection != nullptr;
     Outcome outcome = kDone;
-    if (file.connection != nullptr) {
+    if (connected) {
         endWalk(file);
         outcome = file.failed ? file.failure : commitBatch(file);
         if (file.failed && redoChanges(file).good()) {
@@ -336,7 +337,7 @@ Outcome closeDatabase(UqeFile &file) {
         }
     }
     // The empty journal stays for others that have it open.
-    if (file.path != nullptr && file.writable && isAlone(file.descriptor)) {
+    if (connected && file.writable && isAlone(file.descriptor)) {
         const SidePath journal(file, "-journal");
         struct stat facts {};
         if (stat(journal.text, &facts) == 0 && facts.st_size == 0) {
@@ -351,7 +352,7 @@ Outcome closeDatabase(UqeFile &file) {
 }
 
 void dropRemains(UqeFile &file) {
-    unlink(SidePath(file, "-redo").text);
+    RedoLog::remove(SidePath(file, "-redo").text);
     unlink(SidePath(file, "-journal").text);
 }
 

@@ -35,9 +35,25 @@ void *mapped(int descriptor, std::size_t bytes) {
 
 } // namespace
 
+// A program can be killed ahead of the mark, too.
+void RedoLog::remove(const char *path) {
+    char mark[sizeof kMark] = {};
+    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return;
+    }
+    const ssize_t done = read(descriptor, mark, sizeof mark);
+    ::close(descriptor);
+    constexpr char kNoMark[sizeof kMark] = {};
+    if (done >= 0 &&
+        (memcmp(mark, kMark, sizeof mark) == 0 || memcmp(mark, kNoMark, sizeof mark) == 0)) {
+        unlink(path);
+    }
+}
+
 // All of the file is given its place on the disk: an access to a page that finds none is a signal.
 bool RedoLog::create(const char *path, const uint8_t (&id)[kFileIdBytes], int64_t base) {
-    unlink(path);
+    remove(path);
     const int descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) {
         return false;

@@ -2,6 +2,7 @@
 #ifndef ZOR_TESTS_MODULES_COBOL_FILE_H
 #define ZOR_TESTS_MODULES_COBOL_FILE_H
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -50,8 +51,7 @@ public:
         description.minrec = std::max(shape.minrec, 0);
         description.nkeys = static_cast<int32_t>(shape.keys.size());
         description.keyoffset = sizeof(FileDescription);
-        memcpy(storage_.data() + sizeof(FileDescription), shape.keys.data(),
-               shape.keys.size() * sizeof(FileKey));
+        std::ranges::copy(shape.keys, reinterpret_cast<FileKey *>(&description + 1));
         strcpy(description.filename, "TESTED");
         description.assignname = name_.c_str();
         description.assignlen = static_cast<int16_t>(name_.size());
