@@ -1,6 +1,7 @@
 // An entry counts from the moment that the head's word `used` covers it.
 #include "redo_log.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <fcntl.h>
@@ -108,7 +109,7 @@ void RedoLog::note(const RedoEntry &entry, std::span<const uint8_t> record) {
     const uint32_t used = head_->used.load(std::memory_order_relaxed);
     uint8_t *target = entries() + used;
     memcpy(target, &entry, sizeof entry);
-    memcpy(target + sizeof entry, record.data(), record.size());
+    std::ranges::copy(record, target + sizeof entry);
     head_->count++;
     head_->used.store(used + static_cast<uint32_t>(spaceOf(record.size())),
                       std::memory_order_release);

@@ -47,13 +47,10 @@ TEST(Sharing, Claims) {
     const Case cases[] = {
         {plain, FCB_INPUT, plain, FCB_INPUT, 0},
         {plain, FCB_INPUT, plain, FCB_IO, 61},
-        {plain, FCB_IO, plain, FCB_INPUT, 61},
         {plain, FCB_IO, all, FCB_IO, 61},
         {all, FCB_IO, all, FCB_IO, 0},
         {all, FCB_IO, plain, FCB_INPUT, 61},
-        {all, FCB_IO, everybody, FCB_INPUT, 0},
         {all, FCB_IO, all, FCB_OUTPUT, 61},
-        {readers, FCB_IO, everybody, FCB_INPUT, 0},
         {readers, FCB_IO, all, FCB_IO, 61},
         {everybody, FCB_INPUT, readers, FCB_IO, 0},
         {everybody, FCB_IO, everybody, FCB_EXTEND, 0},
