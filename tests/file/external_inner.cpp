@@ -19,7 +19,6 @@ using Change = void (*)(Described &);
 
 TEST(ExternalFiles, DifferInWhatProgramsShare) {
     const std::pair<const char *, Change> cases[] = {
-        {"-", [](Described &) {}},
         {"-", [](Described &d) { d.keys[2].position = d.fixed.status2len = 4; }},
         {"-", [](Described &d) { d.fixed.statusflags = FILE_STATUS_EBCDIC; }},
         {"-", [](Described &d) { d.fixed.lockmode = d.fixed.lockinfo = 0; }},
@@ -36,11 +35,11 @@ TEST(ExternalFiles, DifferInWhatProgramsShare) {
         {"LINAGE NAME/VALUE, LINAGE FOOTING NAME/VALUE, LINAGE TOP NAME/VALUE, LINAGE BOTTOM "
          "NAME/VALUE",
          [](Described &d) { memset(d.linage, 1, sizeof d.linage); }},
-        {"LINAGE BOTTOM NAME/VALUE", [](Described &d) { d.linage[3][35] = 1; }},
+        {"LINAGE BOTTOM NAME/VALUE, RELATIVE KEY",
+         [](Described &d) { d.linage[3][35] = d.relativeKey[35] = 1; }},
         {"NUMBER OF KEYS", [](Described &d) { d.fixed.nkeys = 1; }},
         {"INDEXED KEY", [](Described &d) { d.keys[1].position = 4; }},
         {"INDEXED KEY", [](Described &d) { d.keys[0].attribute = 1; }},
-        {"RELATIVE KEY", [](Described &d) { d.relativeKey[35] = 1; }},
         {"RELATIVE KEY", [](Described &d) { d.fixed.reloffset = 0; }}};
     Described first;
     first.fixed.lockinfo = 1;

@@ -24,8 +24,7 @@ CHILD_TEST(ExternalFiles, AreOneForAllPrograms, .environment = {{"TRACE", "1"}},
     FCB *shared = first.block;
     EXPECT_EQ(std::string(shared->eyecatcher, 3) + char('0' + shared->level), "FCB1");
     EXPECT_EQ(shared->maxrec + shared->descindex, 81);
-    EXPECT_EQ(shared->data, static_cast<uint8_t *>(first.recordAt) + 32);
-    EXPECT_EQ(*static_cast<FCB **>(shared->record), shared);
+    EXPECT_EQ(*reinterpret_cast<FCB **>(shared->data - 32), shared);
     memset(shared->data, 'x', 82);
     EXPECT_EQ(first.open(), 0);
     memset(&first.described, 0xFF, offsetof(FileDescription, statusoffset));

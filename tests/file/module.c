@@ -30,7 +30,6 @@ static void openFile(FCB *file, struct IPCB *ipcb) {
     }
     file->status2 = file->status != 0 ? 2 : 0;
     file->modhandle1 = malloc(8);
-    file->modhandle2 = malloc(8);
 }
 
 static void closeFile(FCB *file, struct IPCB *ipcb) {

@@ -64,13 +64,11 @@ TEST(Assignments, AreLookedAt) {
     constexpr auto look = [] {
         kit::writeFile("psx", std::string(24, '.') + std::string("vfs\0", 4));
         kit::writeFile("uqe", "........UQE.................");
-        kit::writeFile("bni", ".........UQE................");
-        kit::writeFile("vfs", std::string(24, '.') + "vfs.");
+        kit::writeFile("bni", ".........UQE............vfs.");
         kit::writeFile("short", "........UQE................");
         kit::writeFile("empty", "");
         mkfifo("fifo", 0666);
-        for (const std::string name :
-             {"psx", "uqe", "bni", "vfs", "short", "empty", "fifo", "no", "."}) {
+        for (const std::string name : {"psx", "uqe", "bni", "short", "empty", "fifo", "no", "."}) {
             File file("wka-" + name);
             file.enter();
             printf("%.4s ", opened(file).c_str());
@@ -80,7 +78,7 @@ TEST(Assignments, AreLookedAt) {
         const kit::TemporaryDirectory directory;
         kit::ChildOptions options{{{"VFS_NO_FORCE_FS", other[0] == 'u' ? "" : "1"}}};
         options.directory = directory.path();
-        EXPECT_EQ(kit::runChild(look, options).out, "psx  uqe  bni  bni  bni  " + other + "93/0 ");
+        EXPECT_EQ(kit::runChild(look, options).out, "psx  uqe  bni  bni  " + other + "93/0 ");
     }
 }
 
@@ -102,7 +100,7 @@ CHILD_TEST(Open, LeavesAnOpenBlock, .environment = {{"VFS_DEBUG_OPEN", "1"}},
     EXPECT_EQ(fcb.flags, FCB_POSITIONED | FCB_NAME_ALLOCATED);
     EXPECT_EQ(file.open(), 41);
     EXPECT_EQ(file.close(FCB_CLOSE_REEL), 7);
-    EXPECT_EQ(std::pair(fcb.flags, +fcb.lastverb), std::pair(0U, +FCB_VERB_CLOSE));
+    EXPECT_EQ(fcb.flags, 0U);
     EXPECT_EQ(file.close(), 42);
     EXPECT_EQ(file.open() + file.close(FCB_CLOSE_LOCK), 0);
     EXPECT_EQ(file.open(), 38);
@@ -119,9 +117,7 @@ TEST(Files, GoTheirWay) {
 32768|sok-A:psx-B|open(A) sok A, read(A) close(A) 33, 33000039,psx-B|
 32768|sok-A:B=35|open(A) sok A, read(A) close(A) open(B=35) 35, 35000000|
 32768|:::|33/34, 33000034,:::|
-32768|zzz-A:B|96/2, 96000002,zzz,A|
 16384|sok-A:B|37/0, 37000000|
-8192|gyp-A:B|37/0, 37000000|
 32768|gyp-A:B|33/2, 33000002,A|GYP shortname usage requires setting:
 4096|sok-A|open(A) sok A, read(A) 10, close(A) 00000000|
 32768|sok-A=35|open(A=35) 35/2, 35|
@@ -130,13 +126,9 @@ TEST(Files, GoTheirWay) {
 32768|jdu-F|96/2, 96000002,jdu,F|dlopen(zorrfjdut_32r.so) error zorrfjdut_32r.so: cannot open 
 32768|pip-F|96/2, 96000002,pip,F|dlsym(_IO_Init) in zorrfpipe_32r.so error=)");
     constexpr auto body = [] {
-        const auto setting = [](const char *name) {
-            const char *value = getenv(name);
-            return std::string(value != nullptr ? value : "");
-        };
-        File file(setting("ASSIGNMENT"));
+        File file(getenv("ASSIGNMENT") ?: "");
         file.enter();
-        printf("%s, ", opened(file, std::stoi(setting("MODE"))).c_str());
+        printf("%s, ", opened(file, atoi(getenv("MODE") ?: "")).c_str());
         while (file.fcb.curmode != 0 && file.fcb.status < 10) {
             printf("%d, ", file.read());
         }

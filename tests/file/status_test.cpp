@@ -44,7 +44,7 @@ Answer expected(int verb, const FCB &f, const FileDescription &d) {
             return answer;
         }
     }
-    return {30, 5};
+    return {30, 5}; // the module has no such verb
 }
 
 // A file whose USE procedures note their names.
