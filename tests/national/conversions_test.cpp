@@ -96,6 +96,7 @@ const Row kRows[] = {
     {kUtf8, AtoE, "", "41c3a442", 2, "15 2 c143", FAILED("15")},
     {kUtf8, AtoE, "", "41c3", 4, "0 3 c1eeeeee", CUT},
     {kUtf8, AtoE, "", "c341c380", 4, "0 1 3fc164ee"},
+    {kUtf8, AtoE, "", "c3c3a4", 4, "0 2 3f43eeee"},
     {kUtf8, AtoE, "", "41c3a4e2", 4, "0 2 c143eeee", CUT},
     {kUtf8, AtoE, "", "4142e2", 1, "15 1 c1", CUT "\n\n" FAILED("15")},
     {kMixed, ToUnicode, "e", "0e44810f", 2, "0 2 4230"}, // SI is left when the target is full

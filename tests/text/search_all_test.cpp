@@ -186,8 +186,13 @@ int32_t expected(const std::vector<Entry> &entries, const std::vector<Rank> &wan
     return -1;
 }
 
-std::string half(std::size_t value) {
-    return {static_cast<char>(value), static_cast<char>(value >> 8)};
+std::string halves(std::initializer_list<std::size_t> values) {
+    std::string bytes;
+    for (const std::size_t value : values) {
+        bytes += static_cast<char>(value);
+        bytes += static_cast<char>(value >> 8);
+    }
+    return bytes;
 }
 
 TEST(SearchAll, RandomTables) {
@@ -213,8 +218,8 @@ TEST(SearchAll, RandomTables) {
             wanted.push_back(argument.rank);
             arguments.push_back({pages.place(argument.laidOut), pages.place(argument.stands)});
             keys += static_cast<char>(kind.type | (kind.ascending ? SEARCH_ASCENDING : 0));
-            keys += static_cast<char>(kind.length) + half(size);
-            lengths += half(argument.stands.size()) + half(0);
+            keys += static_cast<char>(kind.length) + halves({size});
+            lengths += halves({argument.stands.size(), 0});
             flags += static_cast<char>(kind.signFlags);
             size += kind.length;
         }
@@ -231,8 +236,7 @@ TEST(SearchAll, RandomTables) {
         for (const Entry &entry : entries) {
             table += entry.second;
         }
-        const std::string block =
-            half(2) + half(count) + half(count) + half(0) + keys + lengths + flags;
+        const std::string block = halves({2, count, count, 0}).append(keys).append(lengths + flags);
         const int32_t offsets[] = {1000, -300};
         const int32_t *const indexes[] = {&offsets[0], &offsets[1]};
         const auto entrySize = static_cast<int32_t>(size);
@@ -253,9 +257,8 @@ TEST(SearchAll, WithoutKeysOrBytesOfKeys) {
     // Of an argument for an empty key all bytes have to be padding, also the place of a sign.
     EndedPages pages;
     for (const int type : {2, 16, 17, 32, 64, 65}) {
-        const std::string empty = half(0) + half(1) + half(1) + half(0) +
-                                  static_cast<char>(type | SEARCH_ASCENDING) + half(0) + '\0' +
-                                  half(1) + half(0) + "\x70";
+        const auto keyType = static_cast<std::size_t>(type | SEARCH_ASCENDING);
+        const std::string empty = halves({0, 1, 1, 0, keyType, 0, 1, 0}) + "\x70";
         const SearchArgument argument{"", pages.place("9")};
         EXPECT_EQ(_zorcSrchAll(reinterpret_cast<const SearchBlock *>(empty.data()), "", 1, 0,
                                &argument, nullptr, nullptr),
