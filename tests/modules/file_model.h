@@ -51,6 +51,9 @@ public:
             return 46;
         }
         hasCurrent_ = canReadNext_ = false;
+        if (back && plain() && (shape_.minrec >= 0 || shape_.system == "lsq")) {
+            return 30; // nothing tells where the record ahead begins
+        }
         const int along = byKey ? keyref : std::get<0>(at_);
         const auto entries = entriesOf(along);
         const Entry from =
@@ -153,6 +156,9 @@ public:
         if (mode_ != FCB_INPUT && mode_ != FCB_IO) {
             return 47;
         }
+        if (plain()) {
+            return 30; // has no START
+        }
         hasCurrent_ = canReadNext_ = false;
         key = indexed() ? key.substr(0, length != 0 ? length : std::string::npos) : keyOf(relative);
         const auto entries = entriesOf(keyref);
@@ -192,7 +198,8 @@ private:
     };
     using Entry = std::tuple<std::string, int64_t, std::string>; // key, sequence, prime key
 
-    bool sequential() const { return shape_.organization == 0; }
+    bool sequential() const { return !indexed() && shape_.organization != FILE_RELATIVE; }
+    bool plain() const { return shape_.system == "rsd" || shape_.system == "lsq"; }
     bool named() const { return !sequential() && shape_.access != FILE_SEQUENTIAL; }
     bool fits(const std::string &data) const {
         const auto size = static_cast<int32_t>(data.size());

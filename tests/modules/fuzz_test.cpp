@@ -30,8 +30,11 @@ std::vector<Subject> subjects() {
                                        .keys = std::move(keys),
                                        .lock = lock}});
         };
-        for (const char *system : {"psx", "uqe"}) {
+        for (const char *system : {"rsd", "psx", "uqe"}) {
             add("sequential", system, 0, FILE_SEQUENTIAL);
+        }
+        add("lines", "lsq", FILE_LINE_SEQUENTIAL, FILE_SEQUENTIAL);
+        for (const char *system : {"psx", "uqe"}) {
             for (const uint8_t access : kAccesses) {
                 add("relative", system, FILE_RELATIVE, access);
                 add("shared relative", system, FILE_RELATIVE, access, {}, FILE_LOCK_AUTOMATIC);
