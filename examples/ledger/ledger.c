@@ -66,23 +66,23 @@ enum { kByNumber, kByBranch };
 static struct {
     FileDescription file;
     FileKey keys[2];
-} accounts = {.file = {.index = 2,
-                       .fscode = "uqe",
-                       .organization = FILE_INDEXED,
-                       .access = FILE_DYNAMIC,
-                       .assign = FILE_OPTIONAL | FILE_ENVIRONMENT,
-                       .maxrec = sizeof account - kRecordAt,
-                       .nkeys = 2,
-                       .filename = "ACCOUNT-FILE",
-                       .assignlen = 8,
-                       .keyoffset = sizeof(FileDescription),
-                       .recordptr = &accountArea,
-                       .assignname = "ACCOUNTS",
-                       .statusbase = (uint8_t **)&fileStatusItem},
-              .keys = {[kByNumber] = {.position = 0, .length = kAccount},
-                       [kByBranch] = {.position = kAccount,
-                                      .attribute = FILE_KEY_DUPLICATES,
-                                      .length = kBranch}}};
+} accounts = {
+    .file = {.index = 2,
+             .fscode = "uqe",
+             .organization = FILE_INDEXED,
+             .access = FILE_DYNAMIC,
+             .assign = FILE_OPTIONAL | FILE_ENVIRONMENT,
+             .maxrec = sizeof account - kRecordAt,
+             .nkeys = 2,
+             .filename = "ACCOUNT-FILE",
+             .assignlen = 8,
+             .keyoffset = sizeof(FileDescription),
+             .recordptr = &accountArea,
+             .assignname = "ACCOUNTS",
+             .statusbase = (uint8_t **)&fileStatusItem},
+    .keys = {
+        [kByNumber] = {.position = 0, .length = kAccount},
+        [kByBranch] = {.position = kAccount, .attribute = FILE_KEY_DUPLICATES, .length = kBranch}}};
 
 static FileDescription entries = {.index = 1,
                                   .fscode = "???",
@@ -158,7 +158,7 @@ static struct {
 
 static const struct RateOfBranch {
     char branch[kBranch];
-    uint8_t rate[PACKED(kRate)]; /* a month's, of 4 decimals */
+    uint8_t rate[PACKED(kRate)];             /* a month's, of 4 decimals */
 } rates[3] = {{"BERN", {0x00, 0x02, 0x5C}},  /* 0.0025 */
               {"KIEL", {0x00, 0x03, 0x1C}},  /* 0.0031 */
               {"OSLO", {0x00, 0x01, 0x7C}}}; /* 0.0017 */
@@ -212,9 +212,8 @@ static const FileList procedure = {0, 0};
 
 static void display(const char *text, const void *item, uint32_t length) {
     static const DisplayControl control = {.count = 2, .device = DISPLAY_ON_SYSOUT, .point = '.'};
-    DisplayItem items[] = {
-        {.address = text, .size = (uint32_t)strlen(text), .type = DISPLAY_TEXT},
-        {.address = item, .size = length, .type = DISPLAY_TEXT}};
+    DisplayItem items[] = {{.address = text, .size = (uint32_t)strlen(text), .type = DISPLAY_TEXT},
+                           {.address = item, .size = length, .type = DISPLAY_TEXT}};
     _zorcDisplay(&control, items);
 }
 
@@ -242,7 +241,7 @@ static void stopWith(int32_t returnCode) {
 static void checkStatus(void) {
     if (fileStatus[0] >= '3') {
         display("STATUS ", fileStatus, sizeof fileStatus);
-            stopWith(16);
+        stopWith(16);
     }
 }
 
@@ -398,8 +397,7 @@ static const uint8_t *rateOf(const char *wanted) {
                kBranch,
                0};
     const SearchArgument argument = {wanted, wanted};
-    const int32_t found =
-        _zorcSrchAll(&block.head, rates, 3, sizeof rates[0], &argument, 0, &pcb);
+    const int32_t found = _zorcSrchAll(&block.head, rates, 3, sizeof rates[0], &argument, 0, &pcb);
     static const uint8_t none[PACKED(kRate)] = {0x00, 0x00, 0x0C};
     return found < 0 ? none : ((const struct RateOfBranch *)((const char *)rates + found))->rate;
 }
@@ -433,7 +431,9 @@ static void reportAccounts(void) {
     heading();
     move(branch, kBranch, " ", 1);
     accountFile.keyref = kByBranch;
-    accountFile.relation = FCB_FIRST;
+    accountFile.keylength = 0;
+    accountFile.relation = FCB_NOT_LESS;
+    _zorcMoveFigConst(account.branch, kBranch, "\0", 1);
     verb(&accountFile, accountFile.start, FCB_INVALID_KEY);
     if (accountFile.status < 10)
         for (;;) {

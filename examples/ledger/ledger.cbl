@@ -66,6 +66,7 @@
        WORKING-STORAGE SECTION.
        01  FILE-STATUS             PIC XX.
        01  END-OF-SORT             PIC X VALUE "N".
+       01  REASON                  PIC X(18).
        01  BRANCH                  PIC X(4).
        01  INTEREST                PIC S9(7)V99 PACKED-DECIMAL.
        01  BRANCH-TOTAL            PIC S9(11)V99 PACKED-DECIMAL.
@@ -129,8 +130,13 @@
                DISPLAY "THE SORT HAS FAILED"
                MOVE 16 TO RETURN-CODE
                STOP RUN.
-      * REFUSE fills the account, the date and the code from the record
-      * at hand, and writes REFUSED-RECORD.
+      * The records begin alike with account, date and code.
+       REFUSE-ENTRY.
+           MOVE ENTRY-RECORD TO REFUSED-RECORD.
+           MOVE REASON TO REFUSED-REASON. WRITE REFUSED-RECORD.
+       REFUSE-SORTED.
+           MOVE SORT-RECORD TO REFUSED-RECORD.
+           MOVE REASON TO REFUSED-REASON. WRITE REFUSED-RECORD.
 
        TAKE-ENTRIES.
            OPEN INPUT ENTRY-FILE.
@@ -141,12 +147,17 @@
        TAKE-ENTRY.
            EVALUATE TRUE
                WHEN ENTRY-ACCOUNT NOT NUMERIC OR ENTRY-DATE NOT NUMERIC
-                   MOVE "ACCOUNT OR DATE" TO REFUSED-REASON
-                   PERFORM REFUSE
+                   MOVE "ACCOUNT OR DATE" TO REASON
+                   PERFORM REFUSE-ENTRY
                WHEN ENTRY-AMOUNT NOT NUMERIC
-                   MOVE "AMOUNT" TO REFUSED-REASON PERFORM REFUSE
+                   MOVE "AMOUNT" TO REASON PERFORM REFUSE-ENTRY
                WHEN OTHER
-                   MOVE CORRESPONDING ENTRY-RECORD TO SORT-RECORD
+                   MOVE ENTRY-ACCOUNT TO SORT-ACCOUNT
+                   MOVE ENTRY-DATE TO SORT-DATE
+                   MOVE ENTRY-CODE TO SORT-CODE
+                   MOVE ENTRY-AMOUNT TO SORT-AMOUNT
+                   MOVE ENTRY-BRANCH TO SORT-BRANCH
+                   MOVE ENTRY-OWNER TO SORT-OWNER
                    RELEASE SORT-RECORD
            END-EVALUATE.
 
@@ -165,31 +176,33 @@
                MOVE SORT-AMOUNT TO ACCOUNT-BALANCE
                WRITE ACCOUNT-RECORD
                    INVALID KEY
-                       MOVE "OPEN ALREADY" TO REFUSED-REASON
-                       PERFORM REFUSE
+                       MOVE "OPEN ALREADY" TO REASON
+                       PERFORM REFUSE-SORTED
            ELSE READ ACCOUNT-FILE
                INVALID KEY
-                   MOVE "NO SUCH ACCOUNT" TO REFUSED-REASON
-                   PERFORM REFUSE
+                   MOVE "NO SUCH ACCOUNT" TO REASON
+                   PERFORM REFUSE-SORTED
                NOT INVALID KEY EVALUATE TRUE
                    WHEN SORT-CODE = "P" PERFORM POST
                    WHEN SORT-CODE NOT = "C"
-                       MOVE "CODE" TO REFUSED-REASON PERFORM REFUSE
+                       MOVE "CODE" TO REASON PERFORM REFUSE-SORTED
                    WHEN ACCOUNT-BALANCE NOT = 0
-                       MOVE "BALANCE NOT ZERO" TO REFUSED-REASON
-                       PERFORM REFUSE
+                       MOVE "BALANCE NOT ZERO" TO REASON
+                       PERFORM REFUSE-SORTED
                    WHEN OTHER DELETE ACCOUNT-FILE.
        POST.
            ADD SORT-AMOUNT TO ACCOUNT-BALANCE
                ON SIZE ERROR
-                   MOVE "BALANCE TOO LARGE" TO REFUSED-REASON
-                   PERFORM REFUSE
+                   MOVE "BALANCE TOO LARGE" TO REASON
+                   PERFORM REFUSE-SORTED
                NOT ON SIZE ERROR REWRITE ACCOUNT-RECORD.
 
        REPORT-ACCOUNTS.
            OPEN OUTPUT REPORT-FILE.
            PERFORM HEADING-LINES. MOVE SPACES TO BRANCH.
-           START ACCOUNT-FILE FIRST ACCOUNT-BRANCH.
+           MOVE LOW-VALUES TO ACCOUNT-BRANCH.
+           START ACCOUNT-FILE KEY NOT LESS ACCOUNT-BRANCH
+               INVALID KEY MOVE "10" TO FILE-STATUS.
            PERFORM UNTIL FILE-STATUS = "10"
                READ ACCOUNT-FILE NEXT NOT AT END PERFORM LIST-ACCOUNT
            END-PERFORM.
