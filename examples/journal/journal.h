@@ -35,9 +35,8 @@ static FCB noFile; /* what stands in the slot of an EXTERNAL file until the firs
 
 static inline void display(const char *text, const char *item, uint32_t length) {
     static const DisplayControl control = {.count = 2, .device = DISPLAY_ON_SYSOUT, .point = '.'};
-    DisplayItem items[] = {
-        {.address = text, .size = (uint32_t)strlen(text), .type = DISPLAY_TEXT},
-        {.address = item, .size = length, .type = DISPLAY_TEXT}};
+    DisplayItem items[] = {{.address = text, .size = (uint32_t)strlen(text), .type = DISPLAY_TEXT},
+                           {.address = item, .size = length, .type = DISPLAY_TEXT}};
     _zorcDisplay(&control, items);
 }
 
