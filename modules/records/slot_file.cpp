@@ -52,9 +52,13 @@ SlotFileHead headOf(const SlotFile &file) {
 Outcome settleHead(SlotFile &file) {
     const SlotFileHead mine = headOf(file);
     if (file.size == 0) {
-        return file.updates()
-                   ? putAt(file, reinterpret_cast<const uint8_t *>(&mine), sizeof mine, 0)
-                   : kDone;
+        const Outcome outcome =
+            file.updates() ? putAt(file, reinterpret_cast<const uint8_t *>(&mine), sizeof mine, 0)
+                           : kDone;
+        if (!outcome.good()) {
+            ftruncate(file.descriptor, 0); // a part of it would be a file of another kind
+        }
+        return outcome;
     }
     SlotFileHead head{};
     const ssize_t done = pread(file.descriptor, &head, sizeof head, 0);

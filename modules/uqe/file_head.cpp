@@ -51,7 +51,9 @@ Outcome settleHead(const OpenFile &file, int64_t size, uint8_t (&id)[kFileIdByte
         memcpy(page, &mine, sizeof mine);
         const ssize_t done = pwrite(file.descriptor, page, sizeof page, 0);
         if (done != sizeof page) {
-            return failureOf(done < 0 ? errno : ENOSPC);
+            const Outcome failure = failureOf(done < 0 ? errno : ENOSPC);
+            ftruncate(file.descriptor, 0); // a part of it would be a file of another kind
+            return failure;
         }
     } else {
         FileHead head{};

@@ -141,4 +141,24 @@ TEST(Failure, FullDisk) {
     }
 }
 
+// A disk that had no room for the head of a new file leaves one that can be made later.
+TEST(Failure, NoRoomForTheHead) {
+    for (const char *system : {"uqe", "psx"}) {
+        SCOPED_TRACE(system);
+        const kit::TemporaryDirectory directory;
+        Shape shape = shapeOn(system);
+        shape.optional = true;
+        CobolFile file(shape, directory.file("data"));
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{20, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const int refused = file.open(FCB_EXTEND);
+        limit.rlim_cur = RLIM_INFINITY;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        EXPECT_EQ(refused, 34);
+        EXPECT_EQ(file.open(FCB_EXTEND), 0);
+        EXPECT_EQ(file.close(), 0);
+    }
+}
+
 } // namespace

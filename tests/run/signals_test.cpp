@@ -6,6 +6,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <tuple>
 
 #include "display.h"
@@ -113,6 +114,24 @@ PROGRAM_TEST(Signals, OnlyShownLetTheRunGoOn,
         EXPECT_EQ(errno, ENOTTY);
     }
     inWildFrame(SIGUSR1, raise); // ends the traceback alone
+}
+
+// The log of a run and what it displays are files like others: what is told of the limit meets it.
+PROGRAM_TEST(Signals, TellsALimitThatItsOwnTextExceeds, .out = "goes on\n") {
+    FILE *full = tmpfile();
+    const int streams[] = {dup(STDOUT_FILENO), dup(STDERR_FILENO)};
+    fputs("pending", stdout);
+    dup2(fileno(full), STDOUT_FILENO);
+    dup2(fileno(full), STDERR_FILENO);
+    rlimit limit{0, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    alarm(20);
+    EXPECT_EQ(pwrite(fileno(full), "x", 1, 0), -1);
+    limit.rlim_cur = RLIM_INFINITY;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    dup2(streams[0], STDOUT_FILENO);
+    dup2(streams[1], STDERR_FILENO);
+    displayLine(DISPLAY_ON_SYSOUT, {"goes on"});
 }
 
 constexpr int kLines = 100000;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <execinfo.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -132,6 +133,19 @@ void passOn(const struct sigaction &action, int signo, siginfo_t *info, void *co
     }
 }
 
+// Where standard output or error has come to the file size limit itself, each write of what is told
+// here raises the same signal once more, and telling that would never end.
+void dropEcho(int signo) {
+    if (signo != SIGXFSZ) {
+        return;
+    }
+    sigset_t echo;
+    sigemptyset(&echo);
+    sigaddset(&echo, signo);
+    const timespec now{};
+    sigtimedwait(&echo, nullptr, &now);
+}
+
 // A table above others replaced this same dispatcher: then the lower table says how it goes on.
 const SignalRow *decidingRow(int index, const SignalRow *row, int signo) {
     while (row != nullptr && row->after == SIGNAL_AFTER_PREVIOUS && isDispatcher(row->previous)) {
@@ -159,16 +173,16 @@ void dispatchSignal(int signo, siginfo_t *info, void *context) {
     if (info != nullptr) {
         commentOnCause(signo, *info);
     }
-    if (row->handler == reinterpret_cast<void *>(SIG_IGN)) {
-        return; // the default table has it as the template does
-    }
-    if (row->handler != nullptr) {
+    // The default table has SIG_IGN where the template has it.
+    const bool ignored = row->handler == reinterpret_cast<void *>(SIG_IGN);
+    if (row->handler != nullptr && !ignored) {
         reinterpret_cast<SignalRoutine>(row->handler)(signo, info, context);
-    } else {
+    } else if (!ignored) {
         showSignal(*row, info, context);
     }
+    dropEcho(signo);
 
-    row = decidingRow(top, row, signo);
+    row = ignored ? nullptr : decidingRow(top, row, signo);
     errno = savedErrno;
     switch (row == nullptr ? SIGNAL_AFTER_RETURN : row->after) {
     case SIGNAL_AFTER_RETURN:
