@@ -366,6 +366,15 @@ void goOnInTheNextRunUnit() {
         expectMany();
     }>();
 }
+// Within a sort of files in the INPUT PROCEDURE.
+void endProcedureInTheEngine() {
+    released<[] {
+        meanwhile = [] { Sort(0).step(SORT_INPUT_DONE); };
+        FCB file{};
+        FCB *files[] = {&file};
+        Sort(0).step(SORT_FILES, {1, files}, {1, files});
+    }>();
+}
 // A run unit that comes and goes in between takes nothing from the one that goes on.
 void runNested() {
     static kit::Program nested("NESTED");
@@ -405,6 +414,9 @@ TEST(Sort, LeavesNoWorkFileBehind) {
         {"SORT in the engine, behind a nested run unit",
          {.errHolds = "ZOR013S", .status = kAborted},
          engaged<kBeginAfterANestedRunUnit>},
+        {"the procedure ends in the engine",
+         {.errHolds = "ZOR013S", .status = kAborted},
+         endProcedureInTheEngine},
         {"a nested run unit", {}, goOnAfterANestedRunUnit},
         {"another SORT", {}, givenUp<kBegin>},
         {"SORT ends in the engine", {.err = "engine ended\n"}, engaged<endSorting>},
