@@ -1,5 +1,7 @@
 // Programs that are called by name: what they keep between their calls, and what CANCEL, the end of
 // a run unit and the cache take from them.
+#include <dlfcn.h>
+
 #include "calls.h"
 #include "cpm.h"
 
@@ -168,10 +170,14 @@ TEST(Call, OutlivesTheRunUnitInTheCache) {
 
 TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
     expectRun(
-        "1 1 0 01 00 01 00 11 closed 1 100", calls::Programs("SUB.so BYMAIN=RUNPAY.so"),
+        "1 1 0 01 00 10 00 11 closed 1 100", calls::Programs("SUB.so BYMAIN=RUNPAY.so"),
         {{"COBOL_CPM_CACHE", "1"}}, [] {
             showCalls({"SUB"});
+            void *held = dlopen("./SUB.so", RTLD_NOW);
+            const PCB &pcb = calls::call("SUB")->pcb;
             printf("%d ", _zor_cpm_unload("SUB"));
+            EXPECT_EQ(pcb.lle, nullptr);
+            dlclose(held);
             showCalls({"SUB"});
             _zorCOBOLLink();
             runUnit([] {
@@ -179,7 +185,7 @@ TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
                 ZOR_CPM_UNLOAD_ALL();
                 showCalls({"RUNPAY", "OTHER"});
             });
-            showCalls({"SUB", "RUNPAY"}); // the second one was known to the nested run unit alone
+            showCalls({"RUNPAY", "SUB"}); // the first one was known to the nested run unit alone
             _zor_cpm_disable();
             showCalls({"RUNPAY", "OTHER"});
             _zor_cpm_enable();

@@ -97,15 +97,18 @@ TEST(ExternalData, IsOneForAllThreads) {
 
 TEST(ExternalData, EndsTheRunByItsMessages) {
     const kit::Expected noRoom{.errHolds = "ZOR907S", .status = failure::kAborted};
+    const kit::Expected otherLength{
+        .err = failure::kTraceback +
+               "ZOR066S  EXTERNAL item RATES was defined with another length by a program that ran "
+               "earlier. Define it alike in all programs.\n" +
+               failure::kClosing + "\n",
+        .status = failure::kAborted};
     kit::expectChildren({
-        {"other length",
-         {.err = failure::kTraceback +
-                 "ZOR066S  EXTERNAL item RATES was defined with another length by a program that "
-                 "ran earlier. Define it alike in all programs.\n" +
-                 failure::kClosing + "\n",
-          .status = failure::kAborted},
-         kit::inProgram([] {
+        {"longer", otherLength, kit::inProgram([] {
              addressesOf({{"RATES", 8}, {"RATES", 9}});
+         })},
+        {"shorter", otherLength, kit::inProgram([] {
+             addressesOf({{"RATES", 8}, {"RATES", 7}});
          })},
         {"no room", noRoom, kit::inProgram([] { addressOf("A", 0xFFFFFFF0); })},
         {"no length at all", noRoom, kit::inProgram([] { addressOf("A", 0xFFFFFFFF); })},

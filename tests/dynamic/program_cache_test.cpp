@@ -39,6 +39,7 @@ TEST(ProgramCache, WholeRuns) {
         void (*body)();
         const char *mode, *out, *err; // up to the first address
     } cases[] = {{showTwoRunUnits, "", "2- 1+ ", ""},
+                 {showTwoRunUnits, "maybe", "2- 1+ ", ""},
                  {showTwoRunUnits, "1", "1+ 1+ ", ""},
                  {showTwoRunUnits, "0", "0- 0- ", ""},
                  {switchOnAndOff, "", "11 00 11 00 0 100", ""},

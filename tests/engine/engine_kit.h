@@ -30,6 +30,7 @@ struct TestFile {
         description.recfmt = variable ? FILE_VARIABLE : FILE_FIXED;
         fcb.desc = &description;
         fcb.data = area.data();
+        fcb.advancekind = FCB_AFTER_LINES; // of the program's last WRITE
         area.back() = kGuard;
         fcb.open = verb<&TestFile::open>;
         fcb.close = verb<&TestFile::close>;
@@ -101,7 +102,7 @@ private:
         fcb.reclen = static_cast<int32_t>(record.size());
     }
     void write() {
-        EXPECT_TRUE(isOpen && fcb.curmode == FCB_OUTPUT);
+        EXPECT_TRUE(isOpen && fcb.curmode == FCB_OUTPUT && fcb.advancekind == FCB_ADVANCE_NONE);
         if (!fails(FCB_VERB_WRITE, 24)) {
             ++next;
             records.emplace_back(reinterpret_cast<char *>(fcb.data),

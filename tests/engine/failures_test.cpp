@@ -153,10 +153,11 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
         {kVariable, stored({"a", "b"}, true) + "\5"},
         {kVariable, std::string("\3\0\0\0", 4)},
         {kVariable, std::string("\xFF\xFF\xFF\xFF", 4)},
-        {kVariable, std::string("\6\0\0\0a", 5)}};
+        {kVariable, std::string("\6\0\0\0a", 5)},
+        {kVariable, stored({std::string(SORT_LONGEST + 1, 'x')}, true)}};
     for (const auto &[record, buffer] : damaged) {
         Call call = bufferCall(record, "at0+1", buffer);
-        expectFailure(call, SORT_ERROR_INPUT_DAMAGED, 0, kit::hex(buffer));
+        expectFailure(call, SORT_ERROR_INPUT_DAMAGED, 0, kit::hex(buffer.substr(0, 9)));
     }
     TestFile longer(12, true, {"0123456789", "0123456789ab"});
     TestFile target(10);
@@ -165,9 +166,11 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
     call.record.length = 12;
     expectFailure(call, SORT_ERROR_OUTPUT_LONG, 12, "output");
     // A file's record that its description has no room for is not cut.
-    longer.readStatus = 4;
     call.outputs = {&longer};
-    expectFailure(call, SORT_ERROR_INPUT_READ, 4, "cut");
+    for (const int16_t status : {int16_t{4}, int16_t{6}}) {
+        longer.readStatus = status;
+        expectFailure(call, SORT_ERROR_INPUT_READ, status, "cut");
+    }
     longer.records.pop_back();
     expectGood(call);
     Call full = bufferCall(kVariable, "at0+1", stored({"a", "b"}, true));
@@ -197,6 +200,13 @@ TEST(Engine, ShortRecordsHaveTheirPlace) {
     Call text = bufferCall(kVariable, "at1+3", stored({"xa!", "xa", "xa\x1f", "", "xab"}, true));
     expectGood(text);
     EXPECT_EQ(text.buffer, stored({"", "xa\x1f", "xa", "xa!", "xab"}, true));
+    const auto units = [](const std::u16string &value) {
+        return std::string(reinterpret_cast<const char *>(value.data()), 2 * value.size());
+    };
+    const Records names = {units(u"a\x1F"), units(u"a"), units(u"a!")};
+    Call national = bufferCall(kVariable, "an0+4", stored({names[2], names[1], names[0]}, true));
+    expectGood(national);
+    EXPECT_EQ(national.buffer, stored(names, true));
     Call binary = bufferCall(kVariable, "ab0+2s", stored({"\1", "\xFF\xFF", "", "\1\1"}, true));
     expectGood(binary);
     EXPECT_EQ(binary.buffer, stored({"\xFF\xFF", "", "\1", "\1\1"}, true));
@@ -334,6 +344,11 @@ namespace {
 
 sigjmp_buf epilogue;
 
+void endAndJump(int /*signal*/) {
+    endEngine();
+    siglongjmp(epilogue, 1);
+}
+
 void setTimer(int microseconds, bool repeats) {
     const itimerval timer{{0, repeats ? microseconds : 0}, {0, microseconds}};
     setitimer(ITIMER_REAL, &timer, nullptr);
@@ -341,15 +356,35 @@ void setTimer(int microseconds, bool repeats) {
 
 } // namespace
 
+// Most of the time goes into the opening and closing of work files.
+TEST(EngineEnds, WithinAnOpen) {
+    const kit::TemporaryDirectory directory;
+    const std::string in = directory.file("in");
+    const std::string out = directory.file("out");
+    kit::writeFile(in, "ten bytes.");
+    Call call = bufferCall(kFixed10, "at0+10");
+    call.inputWork = in.c_str();
+    call.outputWork = out.c_str();
+    expectGood(call);
+    signal(SIGALRM, endAndJump);
+    const std::vector<std::size_t> before = holdings();
+    static int round = 0; // outlasts the jump
+    for (; round < 500; ++round) {
+        if (sigsetjmp(epilogue, 1) == 0) {
+            setTimer(1 + round, false);
+            call.run();
+            setTimer(0, false);
+        }
+    }
+    EXPECT_EQ(holdings(), before);
+}
+
 // A signal ends the engine wherever it is; nothing is left. A signal that does not end it does it
 // no harm.
 TEST(EngineEnds, WithinASignal) {
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
-    signal(SIGALRM, [](int) {
-        endEngine();
-        siglongjmp(epilogue, 1);
-    });
+    signal(SIGALRM, endAndJump);
     Call call = largeCall(directory.path(), out);
     const std::vector<std::size_t> before = holdings();
     engine();             // the loader must not be left half-way

@@ -19,6 +19,7 @@ using Records = std::vector<std::string>;
 
 // What the engine was given last, what it does before it sorts, and what it answers.
 thread_local std::string called, inputName;
+thread_local const IPCB *caller;
 void (*meanwhile)() = nullptr;
 int32_t engineStatus = 0;
 
@@ -33,12 +34,22 @@ struct Call {
                                     : (word[first] != 0 ? "file " : "") + number;
     }
 };
-enum { kInput = 6, kOutput = 11, kKeyCount = 16, kKeyText, kOptions, kErrorWord = 20, kErrorValue };
+enum {
+    kInput = 6,
+    kOutput = 11,
+    kKeyCount = 16,
+    kKeyText,
+    kOptions,
+    kErrorWord = 20,
+    kErrorValue,
+    kIpcb
+};
 
 // Leaves the sorting to the real engine, but there are no files that it could read.
 int32_t engine(int32_t function, Call call) {
     called = std::to_string(function) + " " + call.side(kInput) + " to " + call.side(kOutput) +
              ", " + std::to_string(call.word[kKeyCount]) + " " + call.at<char>(kKeyText);
+    caller = call.at<IPCB>(kIpcb);
     inputName = call.word[kInput] == 0 ? "" : call.at<char>(kInput);
     if (meanwhile != nullptr) {
         meanwhile();
@@ -180,11 +191,17 @@ SORT_TEST(ReturnsInOrderWhatWasReleased) {
     expectRoundTrip(SORT_VARIABLE, someRecords(1, 262140, 262140), "262144 to 262144");
     expectRoundTrip(SORT_VARIABLE, someRecords(3, 262140, 262140), "file 262144 to file 0");
     expectRoundTrip(SORT_VARIABLE, someRecords(2000, 0, 1500), ""); // several reads
-    EXPECT_FALSE(workFilesAreLeft());
+    for (const char *kind : {"sortwki.", "sortwko."}) {             // of an earlier process
+        kit::writeFile(getenv("TMPDIR") + workName(kind), "old");
+    }
+    Sort sort(SORT_VARIABLE);
+    EXPECT_EQ(sortMany(sort), 0);
+    EXPECT_EQ(returned(kMany.size()).size(), kMany.size());
+    EXPECT_FALSE(workFilesAreLeft()); // with the last read
 }
 
 SORT_TEST(RefusesRecordsThatDoNotFit) {
-    Sort fixed(0, 3), variable(SORT_VARIABLE);
+    Sort fixed(0, 3), variable(SORT_VARIABLE), large(0, 262145);
     EXPECT_EQ(release("early") + fixed.step(SORT_INPUT_DONE), 16 + 16);
     fixed.step(SORT_FILES);
     EXPECT_TRUE(returned().empty());
@@ -192,6 +209,8 @@ SORT_TEST(RefusesRecordsThatDoNotFit) {
     EXPECT_EQ(release("b") + fixed.step(SORT_INPUT_DONE), 0);
     EXPECT_EQ(release("c"), 16);
     EXPECT_EQ(returned(), Records{"b  "});
+    large.step(SORT_FILES);
+    EXPECT_EQ(release("x"), 16);
     variable.step(SORT_FILES);
     EXPECT_EQ(release(std::string(262141, 'x')), 16);
     EXPECT_EQ(variable.step(5), 0); // no function
@@ -212,7 +231,9 @@ SORT_TEST(HandsFilesToTheEngine) {
     EXPECT_EQ(release("record"), 0);
     EXPECT_EQ(sort.step(MERGE_FILES, two, two), 0); // leaves the one that is under way alone
     EXPECT_EQ(called, "2 lsq to lsq, 1 at0+3");
+    sort.control.ipcb = nullptr;
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
+    EXPECT_EQ(caller, nullptr);
     EXPECT_EQ(called, "1 10 to lsq, 1 at0+3");
     EXPECT_EQ(sort.step(SORT_FILES, two), 0);
     EXPECT_EQ(called, "1 lsq to file 0, 1 at0+3");
@@ -221,6 +242,9 @@ SORT_TEST(HandsFilesToTheEngine) {
     EXPECT_EQ(sort.step(SORT_FILES, {}, two), 0);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
     EXPECT_EQ(fileLog, "open 0040 close");
+    file.status = 37; // of the OPEN
+    EXPECT_EQ(sort.step(SORT_FILES, {}, two) + sort.step(SORT_INPUT_DONE), 0);
+    EXPECT_EQ(fileLog, "open 0040 closeopen 0040");
 }
 
 SORT_TEST(TellsFailures) {
@@ -233,6 +257,21 @@ SORT_TEST(TellsFailures) {
         EXPECT_EQ(told, word);
         EXPECT_EQ(returned().size(), status == 0 ? kMany.size() : 0);
     }
+    engineStatus = 16;
+    meanwhile = [] { kit::writeFile(getenv("TMPDIR") + workName("sortwko."), "half of it"); };
+    sortMany(sort);
+    EXPECT_FALSE(workFilesAreLeft());
+    std::thread([] {
+        Sort other(SORT_VARIABLE);
+        sortMany(other);
+    }).join();
+    std::thread([] { // has that one's record
+        int32_t told = -1;
+        Sort(0).step(SORT_FILES);
+        ZORGETSORTERRNO(&told);
+        EXPECT_EQ(told, 0);
+    })
+        .join();
 }
 
 const std::string kLost = "ZOR026S  The sort or merge in program PROG failed and the program does "
@@ -264,6 +303,10 @@ SORT_TEST(RefusesWhatTheWorkFileCannotTake) {
     kept.erase(kept.begin() + 192, kept.begin() + 194);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
     EXPECT_TRUE(returned() == sorted(kept));
+    spill();
+    EXPECT_EQ(unlink((getenv("TMPDIR") + workName("sortwki.")).c_str()), 0);
+    const auto refused = [](const std::string &record) { return release(record) != 0; };
+    EXPECT_TRUE(std::any_of(kMany.begin(), kMany.end(), refused));
 }
 
 // Each way leaves a sort: in its INPUT PROCEDURE,
@@ -323,11 +366,35 @@ void goOnInTheNextRunUnit() {
         expectMany();
     }>();
 }
+// Within a sort of files in the INPUT PROCEDURE.
+void endProcedureInTheEngine() {
+    released<[] {
+        meanwhile = [] { Sort(0).step(SORT_INPUT_DONE); };
+        FCB file{};
+        FCB *files[] = {&file};
+        Sort(0).step(SORT_FILES, {1, files}, {1, files});
+    }>();
+}
+// A run unit that comes and goes in between takes nothing from the one that goes on.
+void runNested() {
+    static kit::Program nested("NESTED");
+    _zorCOBOLLink();
+    kit::runMainProgram(nested, [] {});
+}
+void goOnAfterANestedRunUnit() {
+    released<[] {
+        runNested();
+        EXPECT_EQ(Sort(0).step(SORT_INPUT_DONE), 0);
+        EXPECT_TRUE(returned() == sorted(kMany));
+    }>();
+}
 const auto expectInThisFolder = [] {
     expectMany();
     EXPECT_EQ(inputName, "." + workName("sortwki."));
 };
 const auto kBegin = [] { Sort(0).step(SORT_FILES); };
+const auto kBeginAfterANestedRunUnit = [] { runNested(), kBegin(); };
+const std::string kFolderTooLong = std::string(1000, '/') + "tmp";
 const std::string kStillActive =
     "engine ended\nZOR012I  The run-time ends while a sort or merge is active.";
 
@@ -344,6 +411,13 @@ TEST(Sort, LeavesNoWorkFileBehind) {
         {"a fault", {.errHolds = "SIGSEGV", .status = kAborted}, released<failure::readNothing>},
         {"kill", {.errHolds = "SIGTERM", .status = kAborted}, released<[] { raise(SIGTERM); }>},
         {"SORT in the engine", {.errHolds = "ZOR013S", .status = kAborted}, engaged<kBegin>},
+        {"SORT in the engine, behind a nested run unit",
+         {.errHolds = "ZOR013S", .status = kAborted},
+         engaged<kBeginAfterANestedRunUnit>},
+        {"the procedure ends in the engine",
+         {.errHolds = "ZOR013S", .status = kAborted},
+         endProcedureInTheEngine},
+        {"a nested run unit", {}, goOnAfterANestedRunUnit},
         {"another SORT", {}, givenUp<kBegin>},
         {"SORT ends in the engine", {.err = "engine ended\n"}, engaged<endSorting>},
         {"a failure is told", {}, givenUp<[] { Sort(0).step(SORT_FAILED); }>},
@@ -355,6 +429,9 @@ TEST(Sort, LeavesNoWorkFileBehind) {
         {"two threads", {}, inMain<[] { std::jthread first(sortOften), second(sortOften); }>},
         {"no folder", {.environment = {{"TMPDIR", ""}}}, inMain<expectInThisFolder>},
         {"no such folder", {.environment = {{"TMPDIR", "/no/thing"}}}, inMain<expectInThisFolder>},
+        {"folder too long",
+         {.environment = {{"TMPDIR", kFolderTooLong}}},
+         inMain<expectInThisFolder>},
     };
     for (const kit::ChildCase &way : ways) {
         expectSort(way.name, way.expected, way.body);

@@ -226,19 +226,25 @@ TEST(TableSort, RefusesATableWithoutStorage) {
         kit::hostTerm(1); // without the run-time the message ends nothing
         // 2^31 bytes reckoned with in the small and in the large mode, what leaves 32 bits, and
         // what is more than there can be.
-        const uint32_t tooLarge[][3] = {
-            {(1U << 30) - 72, 50, 2},   {(1U << 27) - 18, 112, 16},
-            {(1U << 28) - 11, 101, 16}, {0xFFFFFFF0U, 101, 3},
-            {10, 100, INT32_MAX},       {1, 0xFFFFFFFFU, 2},
-            {0, 1, 180000000},          {0, 1, ZOR_UNDER_SANITIZER ? 180000000 : 140000000}};
-        for (const auto &[length, size, count] : tooLarge) {
-            const SortKey key = textKey(0, length);
+        const uint32_t tooLarge[][4] = {{(1U << 30) - 72, 50, 2},
+                                        {(1U << 27) - 18, 112, 16},
+                                        {(1U << 28) - 11, 101, 16},
+                                        {0xFFFFFFF0U, 101, 3},
+                                        {10, 100, INT32_MAX},
+                                        {1, 0xFFFFFFFFU, 2},
+                                        {0, 1, 180000000},
+                                        {0, 1, ZOR_UNDER_SANITIZER ? 180000000 : 140000000},
+                                        {(1U << 27) - 20, 112, 16, SORT_KEY_PACKED},
+                                        {(1U << 28) - 42, 112, 16, SORT_KEY_ZONED}};
+        for (const auto &[length, size, count, type] : tooLarge) {
+            SortKey key = textKey(0, length);
+            key.type = type != 0 ? type : key.type;
             _zorcTSort(0, nullptr, size, static_cast<int32_t>(count), nullptr, 1, &key);
         }
     });
     EXPECT_EQ(child.status, 0);
     std::size_t at = 0;
-    for (std::size_t told = 0; told < 8; ++told) {
+    for (std::size_t told = 0; told < 10; ++told) {
         at = child.err.find("ZOR907S", at) + 1;
         EXPECT_NE(at, 0U) << told;
     }

@@ -3,11 +3,12 @@
 // program's own threads: this one takes none.
 #include "engine/helper.h"
 
-#include <csignal>
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
+
+#include "engine/signals.h"
 
 namespace zor::engine {
 namespace {
@@ -51,12 +52,10 @@ bool Helper::startThread() {
         return running_;
     }
     pthread_attr_setstacksize(&attributes, kStack);
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    running_ = pthread_create(&thread_, &attributes, run, this) == 0;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    {
+        const SignalsHeld held; // which the thread inherits
+        running_ = pthread_create(&thread_, &attributes, run, this) == 0;
+    }
     pthread_attr_destroy(&attributes);
     return running_;
 }

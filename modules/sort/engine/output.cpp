@@ -5,14 +5,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "base/system_calls.h"
-
 namespace zor::engine {
-namespace {
-
-constexpr mode_t kOwnerOnly = 0600;
-
-} // namespace
 
 Failure Output::open(const Request &request, const RecordForm &form, File *files,
                      Memory conversion) {
@@ -35,9 +28,7 @@ Failure Output::open(const Request &request, const RecordForm &form, File *files
     }
     area_ = conversion;
     path_ = request.outputWork; // whoever breaks the opening off finds what there is to remove
-    descriptor_ =
-        retryOpen(request.outputWork, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly);
-    if (descriptor_ < 0) {
+    if (!openWorkFile(descriptor_, request.outputWork, O_WRONLY | O_CREAT | O_TRUNC)) {
         path_ = nullptr;
         return systemFailure(SORT_ERROR_OUTPUT_OPEN);
     }
@@ -108,7 +99,7 @@ Failure Output::close() {
     if (const Failure failure = flush()) {
         return failure;
     }
-    if (retryClose(std::exchange(descriptor_, kNoFile)) != 0) {
+    if (closeWorkFile(descriptor_) != 0) {
         return systemFailure(SORT_ERROR_OUTPUT_WRITE);
     }
     path_ = nullptr;
@@ -124,7 +115,7 @@ void Output::abandon() {
 
 void Output::removeWorkFile() {
     if (descriptor_ != kNoFile) {
-        retryClose(std::exchange(descriptor_, kNoFile));
+        closeWorkFile(descriptor_);
     }
     if (path_ != nullptr) {
         unlink(path_);

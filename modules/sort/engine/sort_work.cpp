@@ -12,6 +12,7 @@
 #include "base/bits.h"
 #include "base/system_calls.h"
 #include "engine/active.h"
+#include "engine/signals.h"
 
 namespace zor::engine {
 namespace {
@@ -86,7 +87,10 @@ Failure divideMemory(Sort &sort) {
     const uint64_t least = std::max(kLeastMemory, kLeastRecords * (keyed + Divider::kBoundary)) +
                            shape.keys.longest + uint64_t{request.outputs.size()} * sizeof(File) +
                            (request.merges ? mergedFile * request.inputs.size() : 0);
-    sort.memory = mapWithin(memoryBound(request.options), least);
+    {
+        const SignalsHeld held;
+        sort.memory = mapWithin(memoryBound(request.options), least);
+    }
     if (sort.memory.start == nullptr) {
         return systemFailure(SORT_ERROR_STORAGE);
     }
@@ -147,16 +151,16 @@ Failure readStored(Sort &sort, StoredReader reader) {
 }
 
 Failure readWorkFile(Sort &sort) {
-    sort.inputWork = retryOpen(sort.request.inputWork, O_RDONLY | O_CLOEXEC, 0);
     struct stat about {};
-    if (sort.inputWork < 0 || fstat(sort.inputWork, &about) != 0) {
+    if (!openWorkFile(sort.inputWork, sort.request.inputWork, O_RDONLY) ||
+        fstat(sort.inputWork, &about) != 0) {
         return systemFailure(SORT_ERROR_INPUT_OPEN);
     }
     const Block &block = sort.blocks[0];
     const Failure failure = readStored(
         sort, StoredReader(sort.shape.form, Memory{block.start, block.capacity}, sort.inputWork,
                            Run{0, about.st_size}, SORT_ERROR_INPUT_READ));
-    retryClose(std::exchange(sort.inputWork, kNoFile));
+    closeWorkFile(sort.inputWork);
     return failure;
 }
 
@@ -330,7 +334,7 @@ void releaseSort(Sort *sort) {
     sort->spill.release();
     sort->output.removeWorkFile();
     if (sort->inputWork != kNoFile) {
-        retryClose(sort->inputWork);
+        closeWorkFile(sort->inputWork);
     }
     unmapMemory(sort->memory);
     Memory own = sort->own;

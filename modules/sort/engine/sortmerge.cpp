@@ -2,6 +2,7 @@
 #include "sort_engine.h"
 
 #include "engine/active.h"
+#include "engine/signals.h"
 #include "engine/sort_work.h"
 
 namespace zor::engine {
@@ -26,9 +27,16 @@ struct Report {
 };
 
 void endSort() {
+    const SignalsHeld held;
     Sort *sort = activeSort;
     activeSort = nullptr;
     releaseSort(sort);
+}
+
+Sort *beginSort(const Request &request) {
+    const SignalsHeld held;
+    activeSort = makeSort(request);
+    return activeSort;
 }
 
 std::size_t countOf(int32_t count) {
@@ -58,24 +66,23 @@ int32_t sortmerge(int32_t function, RecordDesc recdesc, RecordDesc outdesc, cons
     if (activeSort != nullptr) {
         return report({SORT_ERROR_ACTIVE, 0});
     }
-    Sort *sort = makeSort({.merges = merges,
-                           .record = recdesc,
-                           .outRecord = outdesc,
-                           .inputs = {inputfcbs, countOf(inputcount)},
-                           .inputWork = inputwork,
-                           .inputBuffer = {inputbuffer, inputbytes},
-                           .outputs = {outputfcbs, countOf(outputcount)},
-                           .outputWork = outputwork,
-                           .outputBuffer = {outputbuffer, outputsize},
-                           .keyCount = static_cast<uint32_t>(countOf(keycount)),
-                           .keytext = keytext == nullptr ? "" : keytext,
-                           .options = options,
-                           .folder = sortdir,
-                           .ipcb = ipcb});
+    Sort *sort = beginSort({.merges = merges,
+                            .record = recdesc,
+                            .outRecord = outdesc,
+                            .inputs = {inputfcbs, countOf(inputcount)},
+                            .inputWork = inputwork,
+                            .inputBuffer = {inputbuffer, inputbytes},
+                            .outputs = {outputfcbs, countOf(outputcount)},
+                            .outputWork = outputwork,
+                            .outputBuffer = {outputbuffer, outputsize},
+                            .keyCount = static_cast<uint32_t>(countOf(keycount)),
+                            .keytext = keytext == nullptr ? "" : keytext,
+                            .options = options,
+                            .folder = sortdir,
+                            .ipcb = ipcb});
     if (sort == nullptr) {
         return report(systemFailure(SORT_ERROR_STORAGE));
     }
-    activeSort = sort;
     const Failure failure = runSort(*sort);
     if (failure.word == SORT_ERROR_ENDED) {
         return SORT_BAD; // whoever ended it took all there is

@@ -9,8 +9,6 @@
 #include <unistd.h>
 #include <utility>
 
-#include "base/system_calls.h"
-
 namespace zor::engine {
 namespace {
 
@@ -87,11 +85,8 @@ Failure Spill::add(const Run &run) {
 }
 
 Failure Spill::write(Merge &merge, Block &block, const std::atomic<bool> &ended) {
-    if (descriptor_ == kNoFile) {
-        descriptor_ = openNamelessFile(folder_);
-        if (descriptor_ == kNoFile) {
-            return systemFailure(SORT_ERROR_WORK_OPEN);
-        }
+    if (descriptor_ == kNoFile && !openNamelessFile(descriptor_, folder_)) {
+        return systemFailure(SORT_ERROR_WORK_OPEN);
     }
     Run run{};
     if (const Failure failure = append(merge, block, ended, run)) {
@@ -157,7 +152,7 @@ Merge Spill::mergeAll(const Shape &shape, Memory memory) {
 
 void Spill::release() {
     if (descriptor_ != kNoFile) {
-        retryClose(std::exchange(descriptor_, kNoFile));
+        closeWorkFile(descriptor_);
     }
     unmapMemory(list_);
     count_ = 0;

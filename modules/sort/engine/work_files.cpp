@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 #include "base/system_calls.h"
+#include "engine/signals.h"
 
 namespace zor::engine {
 namespace {
@@ -33,11 +35,25 @@ int openAndUnlink(const char *folder) {
 
 } // namespace
 
-int openNamelessFile(const char *folder) {
+bool openWorkFile(int &descriptor, const char *path, int flags) {
+    const SignalsHeld held;
+    descriptor = retryOpen(path, flags | O_CLOEXEC, kOwnerOnly);
+    return descriptor != kNoFile;
+}
+
+bool openNamelessFile(int &descriptor, const char *folder) {
+    const SignalsHeld held;
     const char *where = folder == nullptr || *folder == '\0' ? "." : folder;
-    const int descriptor = retryOpen(where, O_TMPFILE | O_RDWR | O_CLOEXEC, kOwnerOnly);
-    const bool unsupported = errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL;
-    return descriptor < 0 && unsupported ? openAndUnlink(where) : descriptor;
+    if (!openWorkFile(descriptor, where, O_TMPFILE | O_RDWR) &&
+        (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+        descriptor = openAndUnlink(where);
+    }
+    return descriptor != kNoFile;
+}
+
+int closeWorkFile(int &descriptor) {
+    const SignalsHeld held;
+    return retryClose(std::exchange(descriptor, kNoFile));
 }
 
 Failure writeAll(int descriptor, const void *bytes, std::size_t count, int32_t failureWord) {

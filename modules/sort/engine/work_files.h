@@ -11,8 +11,12 @@ namespace zor::engine {
 
 constexpr int kNoFile = -1;
 
-// A file without a name in a folder; kNoFile, with errno, when none can be made.
-int openNamelessFile(const char *folder);
+// Each opens a file, by its name or without one in a folder; false, with errno, when that fails. No
+// signal finds it open and the descriptor not set, nor the other way round when it is closed.
+bool openWorkFile(int &descriptor, const char *path, int flags);
+bool openNamelessFile(int &descriptor, const char *folder);
+// Gives the result of close().
+int closeWorkFile(int &descriptor);
 
 Failure writeAll(int descriptor, const void *bytes, std::size_t count, int32_t failureWord);
 

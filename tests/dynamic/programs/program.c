@@ -1,5 +1,6 @@
 /* Built once for each test program: PROGRAM is the entry's symbol, PROGRAM_NAME the name in its
- * PCB. PROGRAM_PADDING makes it large, PROGRAM_SLOW slow to load. */
+ * PCB, PROGRAM_ALSO a symbol that is not its entry. PROGRAM_PADDING makes it large, PROGRAM_SLOW
+ * slow to load. */
 #include "program.h"
 
 #include <stdio.h>
@@ -12,6 +13,10 @@
 #endif
 #ifdef PROGRAM_PADDING
 char padding[PROGRAM_PADDING];
+#endif
+#ifdef PROGRAM_ALSO
+void other(void) __asm__(TEXT(PROGRAM_ALSO));
+void other(void) {}
 #endif
 #ifdef PROGRAM_SLOW
 __attribute__((constructor)) static void tellOfLoad(void) {
