@@ -12,8 +12,9 @@
  * fit are not reported: integers wrap, items lose high-order digits. COBOL_BCD_DEBUG traces the
  * calls on stderr. Sources and targets may not overlap with anything else that is passed.
  *
- * 128-bit arguments lie on the stack 16-byte aligned, so their caller has to keep the stack so; a
- * 128-bit result is written where a hidden first argument points, which the function pops. */
+ * A 128-bit argument lies at the next multiple of 16 from the start of the arguments; a 128-bit
+ * result is written where a hidden first argument points, which the function pops. Neither the
+ * stack nor that place need be aligned to more than 4 bytes. */
 #ifndef ZOR_DECIMAL_CONVERT_H
 #define ZOR_DECIMAL_CONVERT_H
 

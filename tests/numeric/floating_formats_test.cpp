@@ -5,9 +5,12 @@
 #include <random>
 
 #include "floating_formats.h"
+#include "mathematics.h"
 #include "numeric/heard.h"
 #include "numval.h"
 #include "power.h"
+#include "statistics.h"
+#include "support/any_stack.h"
 
 #ifdef __clang__ // for which the C library does not declare it
 extern "C" int strfromf128(char *text, size_t size, const char *format, __float128 value);
@@ -226,26 +229,39 @@ TEST(Numeric, ADecimalCommaOfTheLocaleMakesNoDifference) {
     setlocale(LC_NUMERIC, "C");
 }
 
-TEST(Numeric, CallersMayAlignTheirStackToFourBytes) {
-    const auto word = [](const void *address) { return reinterpret_cast<uint32_t>(address); };
+TEST(Numeric, StackAndResultMayLieAnywhere) {
+    using kit::fillsAnywhere, kit::kRoom, kit::word;
+    heard::listen();
     const NumvalFormat format{'$', '.', 1};
     const ExternalFloatTarget picture{9, 2, 1, '+', '+', '.'};
-    alignas(16) char result[16];
+    __float128 list[] = {1, 1, 1};
     int32_t count = 1;
-    const __float128 one = 1; // the last word is 3FFF0000
-    const auto expect = [&](auto *function, std::vector<uint32_t> words, const std::string &bytes) {
-        for (const uint32_t offset : {0U, 4U, 8U, 12U}) {
-            memset(result, 0, sizeof result);
-            forms::callAt(offset, function, words.data(), words.size());
-            EXPECT_EQ(kit::hex(result, sizeof result).substr(32 - bytes.size()), bytes) << offset;
-        }
+    constexpr uint32_t kOne = 0x3FFF0000;        // the last word of 1
+    constexpr uint32_t kDecimalOne = 0x30400000; // and of 1 in decimal128, whose first is 1
+    const auto expect = [](auto *function, const std::vector<uint32_t> &words, const char *end) {
+        EXPECT_TRUE(fillsAnywhere(function, words).ends_with(end)) << end;
     };
-    const uint32_t to = word(result);
-    expect(_zorcNumval16, {to, word(&format), 2, word("+1"), to}, "ff3f");
-    expect(_Tvq_numval_decfloat16, {to, word(&format), 2, word("-1"), to}, "40b0");
-    expect(_zorExpFloat16Int8, {to, 0, 0, 0, 0, 0, 0, 0x3FFF0000, 2, 0, word(&count)}, "ff3f");
-    expect(_zorc_MPY_BFlt128, {to, 0, 0, 0, 0, 0, 0, 0x3FFF0000, 0, 0, 0, 0xC0000000}, "00c0");
-    expect(_zorcConvIntEFltToExtFlt, {word(&picture), word(&one), to + 7}, "2b312e3030452b3030");
+    for (auto *numval : {_zorcNumval16, _zoruNumval16}) {
+        const char *one = numval == _zorcNumval16 ? "+1" : "+\0001\0";
+        const uint32_t length = numval == _zorcNumval16 ? 2 : 4;
+        expect(numval, {kRoom, word(&format), length, word(one), kRoom}, "ff3f");
+    }
+    expect(_Tvq_numval_c_decfloat16, {kRoom, word(&format), 2, word("-1"), 0, 0, kRoom}, "40b0");
+    expect(_zorExpFloat16Int8, {kRoom, 0, 0, 0, 0, 0, 0, kOne, 2, 0, word(&count)}, "ff3f");
+    expect(_zorc_MPY_BFlt128, {kRoom, 0, 0, 0, 0, 0, 0, kOne, 0, 0, 0, 0xC0000000}, "00c0");
+    expect(_zorc_CONV_Int4_To_BFlt128, {kRoom, 2}, "0040");
+    expect(_zorc_CONV_LFlt_To_BFlt128, {kRoom, 0, 0x3FF00000}, "ff3f");
+    expect(_zorc_CONV_BFlt128_To_LFlt, {0, 0, 0, kOne}, "");
+    expect(_zorc_GRT_BFlt128, {0, 0, 0, kOne, 0, 0, 0, kOne}, "");
+    expect(_zorcConvIntEFltToExtFlt, {word(&picture), word(&list), kRoom},
+           "2b312e3030452b303000000000000000");
+    expect(_zorLogFloat16, {kRoom, 0, 0, 0, 0, 0, 0, kOne}, "0000");
+    expect(_zorInteger16, {kRoom, 0, 0, 0, 0, 0, 0, kOne}, "ff3f");
+    expect(_Tvq_random_decfloat16, {kRoom, 0, 0, 0, 1, 0, 0, kDecimalOne}, "fd2f");
+    expect(_Tvq_factorial_decfloat16, {kRoom, 1}, "3e30");
+    expect(_zorcMedianFloat16, {kRoom, 3, word(list)}, "ff3f");
+    expect(_zorcVariance16, {3, kRoom, 0, 0, 0, 0, 0, 0x40000000, word(list)}, "ff3f");
+    expect(_Tvq_present_value_decfloat16, {1, 0, 0, kDecimalOne}, "");
 }
 
 } // namespace

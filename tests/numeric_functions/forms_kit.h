@@ -1,4 +1,4 @@
-// Values of the three forms, what a running program is told, and calls from any stack.
+// Values of the three forms, and what a running program is told.
 #ifndef ZOR_TESTS_NUMERIC_FUNCTIONS_FORMS_KIT_H
 #define ZOR_TESTS_NUMERIC_FUNCTIONS_FORMS_KIT_H
 
@@ -58,17 +58,6 @@ template <class Body> std::string said(Body body) {
 
 inline std::string argument(const std::string &number, const std::string &nameAndFault) {
     return "ZOR" + number + "W  An argument of function " + nameAndFault + ".";
-}
-
-// Calls a function with words as its arguments, so many bytes off a multiple of 16.
-template <class Function>
-void callAt(unsigned offset, Function *function, const uint32_t *words, std::size_t count) {
-    auto address = reinterpret_cast<uintptr_t>(function);
-    unsigned room = 256 - offset;
-    asm volatile("mov %%esp, %%ebx\n and $-16, %%esp\n sub %3, %%esp\n mov %%esp, %%edi\n"
-                 "rep movsl\n call *%2\n mov %%ebx, %%esp"
-                 : "+S"(words), "+c"(count), "+a"(address), "+d"(room)::"ebx", "edi", "memory",
-                   "cc", "xmm0", "xmm1", "xmm2", "xmm3", "xmm4", "xmm5", "xmm6", "xmm7");
 }
 
 } // namespace forms

@@ -125,23 +125,4 @@ TEST(Integers, AreThoseOfTheirForm) {
     EXPECT_TRUE(_zorIntegerPart16(-kInfinity) == -kInfinity && _zorInteger(1e300) == 1e300);
 }
 
-TEST(Mathematics, WorksFromAnyStack) {
-    const auto expectSame = []<class T>(T (*function)(T), const char *text) {
-        const T argument = parse<T>(text);
-        T room[2]; // the result too lies anywhere
-        for (const unsigned offset : {0U, 4U, 8U, 12U}) {
-            const uintptr_t at = reinterpret_cast<uintptr_t>(room) + offset;
-            uint32_t words[8] = {at};
-            memcpy(words + 4, &argument, sizeof argument);
-            callAt(offset, function, words, 8);
-            memmove(room, reinterpret_cast<void *>(at), sizeof(T));
-            EXPECT_TRUE(room[0] == function(argument));
-        }
-    };
-    expectSame(_zorLogFloat16, "0.7");
-    expectSame(_zorInteger16, "-0.7");
-    expectSame(_Tvq_acos_decfloat16, "0.7");
-    expectSame(_Tvq_random_decfloat16, "7");
-}
-
 } // namespace

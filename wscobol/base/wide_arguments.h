@@ -1,12 +1,14 @@
-// Exported functions with arguments of 16 bytes. Such an argument lies at the next multiple of 16
-// from the start of the arguments, and the compiler believes that this is an aligned address: it
-// aligns no stack for the function, and loads and calls fail when the caller has aligned its stack
-// to 4 bytes only. Written with the types below, the same words lie in the same places, and nothing
-// is believed.
+// Exported functions with arguments or results of 16 bytes. Such an argument lies at the next
+// multiple of 16 from the start of the arguments, and the compiler believes that this is an aligned
+// address: it aligns no stack for the function, and loads and calls fail when the caller has
+// aligned its stack to 4 bytes only. So do stores of a result, of which the caller's stack has the
+// room. Written with the types below, the same words lie in the same places, and nothing is
+// believed.
 #ifndef ZOR_BASE_WIDE_ARGUMENTS_H
 #define ZOR_BASE_WIDE_ARGUMENTS_H
 
 #include <cstdint>
+#include <type_traits>
 
 #include "zor_abi.h"
 
@@ -14,6 +16,15 @@ namespace zor {
 
 // A value of 16 bytes as it lies on the stack, or where the hidden first argument points.
 template <class T> struct __attribute__((packed, aligned(4))) Wide { T value; };
+
+// How a value of any form is passed.
+template <class T> using Passed = std::conditional_t<sizeof(T) == 16, Wide<T>, T>;
+template <class T> T passedValue(T value) {
+    return value;
+}
+template <class T> T passedValue(Wide<T> value) {
+    return value.value;
+}
 
 // The words ahead of the first such argument; behind the address of the result there are 3.
 template <int count> struct Gap { uint32_t unused[count]; };

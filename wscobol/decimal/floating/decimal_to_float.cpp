@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "base/wide_arguments.h"
 #include "decimal/floating/binary_rounding.h"
 #include "decimal/floating/float_trace.h"
 #include "decimal/floating/packed_to_double.h"
@@ -200,11 +201,12 @@ T toFloat(const uint8_t *source, int32_t digits, int32_t decs, const char *heade
 } // namespace
 } // namespace zor::decimal
 
+using namespace zor;
 using namespace zor::decimal;
 
 #define ZOR_TO_FLOAT(name, Result, radix, Form, header)                                            \
-    Result name(const uint8_t *source, int32_t sourceDigits, int32_t decs) {                       \
-        return toFloat<Result, Radix::radix, Form>(source, sourceDigits, decs, header);            \
+    ZOR_WIDE(Passed<Result>, name, const uint8_t *source, int32_t sourceDigits, int32_t decs) {    \
+        return {toFloat<Result, Radix::radix, Form>(source, sourceDigits, decs, header)};          \
     }
 ZOR_TO_FLOAT(_zorcBCD_CONV_Pckd_To_SFlt, ZorBinary32, binary, Packed,
              "packed to float ... prec %d decs %d\n")

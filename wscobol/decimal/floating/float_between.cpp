@@ -1,4 +1,5 @@
 // Conversions between the floating forms, and from them to 64-bit integers.
+#include "base/wide_arguments.h"
 #include "decimal/floating/float_forms.h"
 #include "decimal_convert.h"
 
@@ -30,31 +31,32 @@ bool cutToWord(DecimalParts parts, uint64_t &whole) {
 } // namespace
 } // namespace zor::decimal
 
+using namespace zor;
 using namespace zor::decimal;
 
-ZorBinary128 _zorcBCD_CONV_DFlt_To_EFlt(ZorDecimal128 value) {
-    return static_cast<ZorBinary128>(value);
+ZOR_WIDE(Wide<ZorBinary128>, _zorcBCD_CONV_DFlt_To_EFlt, Gap<3>, Wide<ZorDecimal128> value) {
+    return {static_cast<ZorBinary128>(value.value)};
 }
-ZorBinary64 _zorcBCD_CONV_DFlt_To_LFlt(ZorDecimal128 value) {
-    return static_cast<ZorBinary64>(static_cast<ZorBinary128>(value));
+ZOR_WIDE(ZorBinary64, _zorcBCD_CONV_DFlt_To_LFlt, Wide<ZorDecimal128> value) {
+    return static_cast<ZorBinary64>(static_cast<ZorBinary128>(value.value));
 }
-ZorBinary32 _zorcBCD_CONV_DFlt_To_SFlt(ZorDecimal128 value) {
-    return static_cast<ZorBinary32>(static_cast<ZorBinary128>(value));
+ZOR_WIDE(ZorBinary32, _zorcBCD_CONV_DFlt_To_SFlt, Wide<ZorDecimal128> value) {
+    return static_cast<ZorBinary32>(static_cast<ZorBinary128>(value.value));
 }
-ZorDecimal128 _zorcBCD_CONV_EFlt_To_DFlt(ZorBinary128 value) {
-    return static_cast<ZorDecimal128>(value);
+ZOR_WIDE(Wide<ZorDecimal128>, _zorcBCD_CONV_EFlt_To_DFlt, Gap<3>, Wide<ZorBinary128> value) {
+    return {static_cast<ZorDecimal128>(value.value)};
 }
-ZorDecimal128 _zorcBCD_CONV_LFlt_To_DFlt(ZorBinary64 value) {
-    return static_cast<ZorDecimal128>(static_cast<ZorBinary128>(value));
+ZOR_WIDE(Wide<ZorDecimal128>, _zorcBCD_CONV_LFlt_To_DFlt, ZorBinary64 value) {
+    return {static_cast<ZorDecimal128>(static_cast<ZorBinary128>(value))};
 }
-ZorDecimal128 _zorcBCD_CONV_SFlt_To_DFlt(ZorBinary32 value) {
-    return static_cast<ZorDecimal128>(static_cast<ZorBinary128>(value));
+ZOR_WIDE(Wide<ZorDecimal128>, _zorcBCD_CONV_SFlt_To_DFlt, ZorBinary32 value) {
+    return {static_cast<ZorDecimal128>(static_cast<ZorBinary128>(value))};
 }
 
 // The compiler's own conversions from decimal forms are wrong near the limits.
-int64_t _zorcBCD_CONV_DFlt_To_Int8(ZorDecimal128 value) {
-    const DecimalParts parts = decimalParts(value);
-    const bool negative = signBitOf(value);
+ZOR_WIDE(int64_t, _zorcBCD_CONV_DFlt_To_Int8, Wide<ZorDecimal128> value) {
+    const DecimalParts parts = decimalParts(value.value);
+    const bool negative = signBitOf(value.value);
     uint64_t whole;
     if (!parts.isFinite || !cutToWord(parts, whole) ||
         whole > static_cast<uint64_t>(INT64_MAX) + (negative ? 1 : 0)) {
@@ -63,15 +65,15 @@ int64_t _zorcBCD_CONV_DFlt_To_Int8(ZorDecimal128 value) {
     return static_cast<int64_t>(negative ? 0 - whole : whole);
 }
 
-uint64_t _zorcBCD_CONV_DFlt_To_UInt8(ZorDecimal128 value) {
-    const DecimalParts parts = decimalParts(value);
+ZOR_WIDE(uint64_t, _zorcBCD_CONV_DFlt_To_UInt8, Wide<ZorDecimal128> value) {
+    const DecimalParts parts = decimalParts(value.value);
     uint64_t whole;
-    if (!parts.isFinite || signBitOf(value) || !cutToWord(parts, whole)) {
+    if (!parts.isFinite || signBitOf(value.value) || !cutToWord(parts, whole)) {
         return 0;
     }
     return whole;
 }
 
-int64_t _zorcBCD_CONV_EFlt_To_Int8(ZorBinary128 value) {
-    return static_cast<int64_t>(value);
+ZOR_WIDE(int64_t, _zorcBCD_CONV_EFlt_To_Int8, Wide<ZorBinary128> value) {
+    return static_cast<int64_t>(value.value);
 }

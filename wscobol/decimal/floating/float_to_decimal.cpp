@@ -6,6 +6,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "base/wide_arguments.h"
 #include "decimal/arithmetic/limbs.h"
 #include "decimal/digit_at.h"
 #include "decimal/floating/decimal_value.h"
@@ -399,12 +400,14 @@ uint8_t *fromFloat(T value, uint8_t *item, int32_t digits, int32_t decs, Roundin
 } // namespace
 } // namespace zor::decimal
 
+using namespace zor;
 using namespace zor::decimal;
 
 #define ZOR_FROM_FLOAT(name, Source, radix, Form, rounding, words)                                 \
-    uint8_t *name(Source value, uint8_t *target, int32_t targetDigits, int32_t decs) {             \
-        return fromFloat<Source, Radix::radix, Form>(value, target, targetDigits, decs,            \
-                                                     Rounding::rounding,                           \
+    ZOR_WIDE(uint8_t *, name, Passed<Source> value, uint8_t *target, int32_t targetDigits,         \
+             int32_t decs) {                                                                       \
+        return fromFloat<Source, Radix::radix, Form>(passedValue(value), target, targetDigits,     \
+                                                     decs, Rounding::rounding,                     \
                                                      words "... prec %d  decs %d\n");              \
     }
 ZOR_FROM_FLOAT(_zorcBCD_CONV_SFlt_To_Pckd, ZorBinary32, binary, Packed, cut, "float to packed")

@@ -44,8 +44,8 @@ ZOR_WIDE(Quad, _zorc_ABS_BFlt128, Gap<3>, Quad value) {
 }
 
 #define ZOR_TO_QUAD(name, From)                                                                    \
-    ZorBinary128 name(From value) {                                                                \
-        return static_cast<ZorBinary128>(value);                                                   \
+    ZOR_WIDE(Quad, name, From value) {                                                             \
+        return {static_cast<ZorBinary128>(value)};                                                 \
     }
 ZOR_TO_QUAD(_zorc_CONV_Int4_To_BFlt128, int32_t)
 ZOR_TO_QUAD(_zorc_CONV_Uns4_To_BFlt128, uint32_t)

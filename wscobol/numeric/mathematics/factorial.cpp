@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/message_list.h"
+#include "base/wide_arguments.h"
 #include "decimal/floating/float_forms.h"
 #include "mathematics.h"
 
@@ -97,14 +98,14 @@ ZorFactorial _Tvq_factorial_decpacked320(int32_t) __attribute__((alias("_Tvq_fac
 
 void _Tvq_factorial_deczoned630(int32_t /*n*/) {}
 
-ZorDecimal128 _Tvq_factorial_decfloat16(int32_t n) {
+ZOR_WIDE(Wide<ZorDecimal128>, _Tvq_factorial_decfloat16, int32_t n) {
     if (n > kMostDecimal) {
         message::argumentAboveMaximum("FACTORIAL", kMostDecimal);
     }
     if (!isFactorial(n, kMostDecimal)) {
-        return ZorDecimal128(0);
+        return {ZorDecimal128(0)};
     }
-    ZorDecimal128 result;
+    Wide<ZorDecimal128> result;
     memcpy(&result, &factorialDecimal[static_cast<std::size_t>(n)], sizeof result);
     return result;
 }

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "base/wide_arguments.h"
 #include "numeric/numval/scan.h"
 
 namespace zor::numval {
@@ -45,14 +46,14 @@ using namespace zor::numval;
 #define ZOR_TEXT_C ZOR_TEXT, int32_t currencyLength, const void *currency
 
 #define ZOR_NUMVAL(name, T, way)                                                                   \
-    T name(ZOR_TEXT, T *result) {                                                                  \
-        return way<kNumval>(format, {string, length}, {nullptr, 0}, result);                       \
+    ZOR_WIDE(Passed<T>, name, ZOR_TEXT, T *result) {                                               \
+        return {way<kNumval>(format, {string, length}, {nullptr, 0}, result)};                     \
     }
 #define ZOR_NUMVAL_C(name, T, way)                                                                 \
-    T name(ZOR_TEXT_C, T *result) {                                                                \
-        return way<kNumvalC>(format, {string, length}, {currency, currencyLength}, result);        \
+    ZOR_WIDE(Passed<T>, name, ZOR_TEXT_C, T *result) {                                             \
+        return {way<kNumvalC>(format, {string, length}, {currency, currencyLength}, result)};      \
     }
-#define ZOR_ALIAS(name, T, text, other) T name(text, T *result) __attribute__((alias(other)));
+#define ZOR_ALIAS(name, T, text, other) ZOR_WIDE_ALIAS(other, Passed<T>, name, text, T *result);
 #define ZOR_RESERVED(name, ...)                                                                    \
     void *name(__VA_ARGS__, void *result) {                                                        \
         return result;                                                                             \

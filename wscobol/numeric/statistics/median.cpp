@@ -2,6 +2,7 @@
 // of the values and however often they repeat.
 #include <algorithm>
 
+#include "base/wide_arguments.h"
 #include "numeric/statistics/list.h"
 #include "statistics.h"
 
@@ -35,6 +36,7 @@ template <class T> T medianOf(uint32_t count, T *array) {
 } // namespace
 } // namespace zor::numeric
 
+using namespace zor;
 using namespace zor::numeric;
 
 ZorBinary64 _zorcMedianFloat8(uint32_t count, ZorBinary64 *array) {
@@ -43,8 +45,8 @@ ZorBinary64 _zorcMedianFloat8(uint32_t count, ZorBinary64 *array) {
 ZorBinary64 *_zorcMedian(uint32_t count, ZorBinary64 *result, ZorBinary64 *array) {
     return store(result, medianOf(count, array));
 }
-ZorBinary128 _zorcMedianFloat16(uint32_t count, ZorBinary128 *array) {
-    return medianOf(count, array);
+ZOR_WIDE(Wide<ZorBinary128>, _zorcMedianFloat16, uint32_t count, ZorBinary128 *array) {
+    return {medianOf(count, array)};
 }
 ZorBinary128 *_zorcMedian16(uint32_t count, ZorBinary128 *result, ZorBinary128 *array) {
     return store(result, medianOf(count, array));
