@@ -114,7 +114,9 @@ enum {
 /* Bits of FileDescription.linageflags. */
 enum { FILE_LINAGE = 0x80, FILE_FOOTING = 0x40, FILE_TOP = 0x20, FILE_BOTTOM = 0x10 };
 
-/* A name record: the RELATIVE KEY has one; LINAGE four, for itself, FOOTING, TOP and BOTTOM. */
+/* A name record: the RELATIVE KEY has one; LINAGE four, for itself, FOOTING, TOP and BOTTOM. It is
+ * only compared as a whole, between the programs of an EXTERNAL file: write the name and the value
+ * in any form, in the same way each time, and zeros into the rest. */
 enum { FILE_NAME_RECORD_BYTES = 36 };
 
 /* Bits of FileKey.attribute. */
