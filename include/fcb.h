@@ -3,8 +3,8 @@
  *
  * What a verb means beyond its vector stands in fields of the FCB that generated code writes before
  * the call: `verbopts`, `keyref`, `relation`, `keylength`, `relative`, `reclen`, `advance`. A
- * module leaves its answers in `status`, `status2`, `relative` and `reclen`, and the record at
- * `data`. */
+ * module leaves its answers in `status`, `status2`, `relative` and `reclen`, END-OF-PAGE in
+ * `flags`, and the record at `data`. */
 #ifndef ZOR_FCB_H
 #define ZOR_FCB_H
 
@@ -177,7 +177,7 @@ struct FCB {
     uint8_t reserved92[4];
     uint8_t openstate;
     uint8_t reserved97[3];
-    int32_t linageset[4]; /* LINAGE values of the file */
+    int32_t linageset[4]; /* LINAGE values of the file: lines, footing, top, bottom */
     int32_t linage[4];    /* current LINAGE values */
     int32_t linecount;
     int32_t line;

@@ -74,10 +74,7 @@ Outcome examine(OpenFile &file) {
 
 Outcome claimFile(OpenFile &file) {
     Claim claim = claimOf(*file.description, file.mode);
-    if (kFileSystem.buffersOutput && claim.writes) {
-        claim.deniesWriters = true;
-        claim.deniesReaders = claim.deniesReaders || file.mode != FCB_IO;
-    }
+    claim.deniesWriters = claim.deniesWriters || (kFileSystem.buffersOutput && claim.writes);
     file.shared = !claim.deniesWriters;
     if (!take(file.descriptor, claim)) {
         return kFileLocked;

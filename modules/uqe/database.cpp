@@ -173,7 +173,7 @@ Outcome recover(UqeFile &file) {
         }
     }
     if (file.writable) {
-        unlink(path.text);
+        RedoLog::remove(path.text);
     }
     return kDone;
 }
@@ -314,8 +314,9 @@ Outcome openDatabase(UqeFile &file, int slots, const char *schema) {
 }
 
 Outcome closeDatabase(UqeFile &file) {
+    const bool connected = file.connection != nullptr;
     Outcome outcome = kDone;
-    if (file.connection != nullptr) {
+    if (connected) {
         endWalk(file);
         outcome = file.failed ? file.failure : commitBatch(file);
         if (file.failed && redoChanges(file).good()) {
@@ -336,7 +337,7 @@ Outcome closeDatabase(UqeFile &file) {
         }
     }
     // The empty journal stays for others that have it open.
-    if (file.path != nullptr && file.writable && isAlone(file.descriptor)) {
+    if (connected && file.writable && isAlone(file.descriptor)) {
         const SidePath journal(file, "-journal");
         struct stat facts {};
         if (stat(journal.text, &facts) == 0 && facts.st_size == 0) {
@@ -351,7 +352,7 @@ Outcome closeDatabase(UqeFile &file) {
 }
 
 void dropRemains(UqeFile &file) {
-    unlink(SidePath(file, "-redo").text);
+    RedoLog::remove(SidePath(file, "-redo").text);
     unlink(SidePath(file, "-journal").text);
 }
 
@@ -406,8 +407,10 @@ void bind(sqlite3_stmt *statement, int index, std::span<const uint8_t> bytes) {
 
 std::span<const uint8_t> columnOf(sqlite3_stmt *statement, int column) {
     const auto *data = static_cast<const uint8_t *>(sqlite3_column_blob(statement, column));
+    static constexpr uint8_t kNothing = 0; // an empty value has no address of its own
     const int bytes = sqlite3_column_bytes(statement, column);
-    return {data, data != nullptr ? static_cast<std::size_t>(bytes) : 0};
+    return {data != nullptr ? data : &kNothing,
+            data != nullptr ? static_cast<std::size_t>(bytes) : 0};
 }
 
 Outcome giveRecord(const UqeFile &file, std::span<const uint8_t> record, FCB &fcb) {

@@ -1,6 +1,7 @@
 // An entry counts from the moment that the head's word `used` covers it.
 #include "redo_log.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <fcntl.h>
@@ -35,9 +36,25 @@ void *mapped(int descriptor, std::size_t bytes) {
 
 } // namespace
 
+// A program can be killed ahead of the mark, too.
+void RedoLog::remove(const char *path) {
+    char mark[sizeof kMark] = {};
+    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return;
+    }
+    const ssize_t done = read(descriptor, mark, sizeof mark);
+    ::close(descriptor);
+    constexpr char kNoMark[sizeof kMark] = {};
+    if (done >= 0 &&
+        (memcmp(mark, kMark, sizeof mark) == 0 || memcmp(mark, kNoMark, sizeof mark) == 0)) {
+        unlink(path);
+    }
+}
+
 // All of the file is given its place on the disk: an access to a page that finds none is a signal.
 bool RedoLog::create(const char *path, const uint8_t (&id)[kFileIdBytes], int64_t base) {
-    unlink(path);
+    remove(path);
     const int descriptor = ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) {
         return false;
@@ -92,7 +109,7 @@ void RedoLog::note(const RedoEntry &entry, std::span<const uint8_t> record) {
     const uint32_t used = head_->used.load(std::memory_order_relaxed);
     uint8_t *target = entries() + used;
     memcpy(target, &entry, sizeof entry);
-    memcpy(target + sizeof entry, record.data(), record.size());
+    std::ranges::copy(record, target + sizeof entry);
     head_->count++;
     head_->used.store(used + static_cast<uint32_t>(spaceOf(record.size())),
                       std::memory_order_release);

@@ -23,6 +23,9 @@ struct RedoHead;
 
 class RedoLog {
 public:
+    // Removes the file, if it is a log and no other file that happens to have its name.
+    static void remove(const char *path);
+
     // Makes the file for changes behind number `base`. False when it cannot be had.
     bool create(const char *path, const uint8_t (&id)[kFileIdBytes], int64_t base);
     // Maps what is there: false when there is none, or it belongs to another file or state.

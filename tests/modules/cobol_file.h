@@ -2,6 +2,7 @@
 #ifndef ZOR_TESTS_MODULES_COBOL_FILE_H
 #define ZOR_TESTS_MODULES_COBOL_FILE_H
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -50,8 +51,7 @@ public:
         description.minrec = std::max(shape.minrec, 0);
         description.nkeys = static_cast<int32_t>(shape.keys.size());
         description.keyoffset = sizeof(FileDescription);
-        memcpy(storage_.data() + sizeof(FileDescription), shape.keys.data(),
-               shape.keys.size() * sizeof(FileKey));
+        std::ranges::copy(shape.keys, reinterpret_cast<FileKey *>(&description + 1));
         strcpy(description.filename, "TESTED");
         description.assignname = name_.c_str();
         description.assignlen = static_cast<int16_t>(name_.size());
@@ -101,10 +101,6 @@ public:
         putKey(keyValue, keyref);
         return read(options);
     }
-    int readNumber(uint32_t number) {
-        fcb.relative = number;
-        return read();
-    }
     int write(const std::string &record) { return call(fcb.write, &record); }
     int rewrite(const std::string &record) { return call(fcb.rewrite, &record); }
     int erase() { return call(fcb.delete_); }
@@ -124,7 +120,9 @@ public:
     }
 
     // The record as the last READ left it.
-    std::string record() const { return {reinterpret_cast<char *>(fcb.data), length()}; }
+    std::string record() const {
+        return {reinterpret_cast<char *>(fcb.data), static_cast<std::size_t>(fcb.reclen)};
+    }
     // All records from here on, and the status behind them.
     std::pair<std::vector<std::string>, int> rest(uint32_t options = FCB_NEXT) {
         std::vector<std::string> records;
@@ -138,8 +136,6 @@ public:
     FCB fcb{};
 
 private:
-    std::size_t length() const { return static_cast<std::size_t>(fcb.reclen); }
-
     int call(FileOperation operation, const std::string *record = nullptr) {
         if (record != nullptr) {
             memset(fcb.data, ' ', static_cast<std::size_t>(shape_.maxrec));

@@ -179,6 +179,11 @@ public:
     }
 
     bool indexed() const { return shape_.organization == FILE_INDEXED; }
+    static std::string keyOf(uint32_t number) {
+        char text[16];
+        snprintf(text, sizeof text, "%010u", number);
+        return text;
+    }
 
 private:
     struct Stored {
@@ -192,11 +197,6 @@ private:
     bool fits(const std::string &data) const {
         const auto size = static_cast<int32_t>(data.size());
         return shape_.minrec < 0 || (size >= shape_.minrec && size <= shape_.maxrec);
-    }
-    static std::string keyOf(uint32_t number) {
-        char text[16];
-        snprintf(text, sizeof text, "%010u", number);
-        return text;
     }
     static uint32_t numberOf(const std::string &key) {
         return static_cast<uint32_t>(strtoul(key.c_str(), nullptr, 10));

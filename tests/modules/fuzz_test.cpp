@@ -86,7 +86,7 @@ private:
         } else if (verb < 45) {
             static constexpr uint32_t kOptions[] = {0, FCB_NEXT, FCB_PREVIOUS};
             const uint32_t options = kOptions[below(3)];
-            const std::string wanted = model_.indexed() ? keyValue : numberKey(number);
+            const std::string wanted = model_.indexed() ? keyValue : FileModel::keyOf(number);
             const int got = file_.readKey(keyValue, keyref, options);
             check("READ", got, model_.read(options, wanted, keyref));
             if (got < 10) {
@@ -112,11 +112,6 @@ private:
         }
     }
 
-    static std::string numberKey(uint32_t number) {
-        char text[16];
-        snprintf(text, sizeof text, "%010u", number);
-        return text;
-    }
     void check(const char *verb, int got, int wanted) {
         done_ += std::string(verb) + " " + std::to_string(got) + ", ";
         EXPECT_EQ(got, wanted) << done_.substr(done_.size() > 400 ? done_.size() - 400 : 0);

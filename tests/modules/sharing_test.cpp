@@ -1,6 +1,6 @@
 // Several opens of one file, in one process and in two.
 
-#include <span>
+#include <sstream>
 #include <sys/wait.h>
 
 #include "modules/cobol_file.h"
@@ -47,13 +47,10 @@ TEST(Sharing, Claims) {
     const Case cases[] = {
         {plain, FCB_INPUT, plain, FCB_INPUT, 0},
         {plain, FCB_INPUT, plain, FCB_IO, 61},
-        {plain, FCB_IO, plain, FCB_INPUT, 61},
         {plain, FCB_IO, all, FCB_IO, 61},
         {all, FCB_IO, all, FCB_IO, 0},
         {all, FCB_IO, plain, FCB_INPUT, 61},
-        {all, FCB_IO, everybody, FCB_INPUT, 0},
         {all, FCB_IO, all, FCB_OUTPUT, 61},
-        {readers, FCB_IO, everybody, FCB_INPUT, 0},
         {readers, FCB_IO, all, FCB_IO, 61},
         {everybody, FCB_INPUT, readers, FCB_IO, 0},
         {everybody, FCB_IO, everybody, FCB_EXTEND, 0},
@@ -76,58 +73,42 @@ TEST(Sharing, Claims) {
     }
 }
 
-// What one open holds and another gets: verbs of A and B in turn, with their statuses.
+// What one open holds and another gets, as words: who (A, B), the verb (read, with Lock, with No
+// lock, reWrite, Erase, Unlock), the key, and the status.
 TEST(Sharing, RecordLocks) {
-    struct Step {
-        char who;
-        const char *verb;
-        const char *keyValue;
-        uint32_t options;
-        int status;
+    struct Case {
+        Shape shape;
+        const char *steps;
     };
-    constexpr uint32_t kLock = FCB_WITH_LOCK;
-    const Step manual[] = {
-        {'A', "read", "aa", kLock, 0},       {'B', "read", "aa", 0, 51},
-        {'B', "read", "aa", FCB_NO_LOCK, 0}, {'B', "rewrite", "aa", 0, 51},
-        {'B', "erase", "aa", 0, 51},         {'B', "read", "bb", kLock, 0},
-        {'A', "read", "bb", 0, 51},          {'B', "read", "aa", 0, 51},
-        {'A', "read", "cc", kLock, 0},       {'B', "read", "aa", 0, 0},
-        {'A', "read", "bb", 0, 0},           {'A', "read", "cc", kLock, 0},
-        {'A', "rewrite", "cc", 0, 0},        {'B', "rewrite", "cc", 0, 0},
-    };
-    const Step several[] = {
-        {'A', "read", "aa", kLock, 0}, {'A', "read", "bb", kLock, 0}, {'A', "rewrite", "bb", 0, 0},
-        {'B', "erase", "aa", 0, 51},   {'B', "erase", "bb", 0, 51},   {'A', "unlock", "", 0, 0},
-        {'B', "rewrite", "aa", 0, 0},
-    };
-    const Step automatic[] = {
-        {'A', "read", "aa", 0, 0},  {'B', "read", "aa", 0, 51},          {'B', "read", "bb", 0, 0},
-        {'A', "read", "bb", 0, 51}, {'A', "read", "bb", FCB_NO_LOCK, 0}, {'B', "read", "aa", 0, 0},
-    };
-    const auto run = [](const Shape &shape, std::span<const Step> steps) {
+    const Case cases[] = {
+        {shapeWith(FILE_LOCK_MANUAL, FILE_SHARE_ALL),
+         "ALaa00 Braa51 BNaa00 BWaa51 BEaa51 BLbb00 Arbb51 Braa51 ALcc00 Braa00 Arbb00 ALcc00 "
+         "AWcc00 BWcc00"},
+        {shapeWith(FILE_LOCK_MANUAL, FILE_SHARE_ALL, true),
+         "ALaa00 ALbb00 AWbb00 BEaa51 BEbb51 AU__00 BWaa00"},
+        {shapeWith(FILE_LOCK_AUTOMATIC, FILE_SHARE_ALL),
+         "Araa00 Braa51 Brbb00 Arbb51 ANbb00 Braa00"}};
+    for (const Case &test : cases) {
         const kit::TemporaryDirectory directory;
-        makeFile(directory.file("data"), {"aa11", "bb11", "cc22"});
-        CobolFile a(shape, directory.file("data"));
-        CobolFile b(shape, directory.file("data"));
+        makeFile(directory.file("data"), {"aa11", "bb22", "cc33"});
+        CobolFile a(test.shape, directory.file("data"));
+        CobolFile b(test.shape, directory.file("data"));
         ASSERT_EQ(a.open(FCB_IO), 0);
         ASSERT_EQ(b.open(FCB_IO), 0);
-        for (const Step &step : steps) {
-            CobolFile &file = step.who == 'A' ? a : b;
-            const std::string verb = step.verb;
-            const std::string wanted = step.keyValue;
+        std::istringstream steps(test.steps);
+        for (std::string step; steps >> step;) {
+            CobolFile &file = step[0] == 'A' ? a : b;
+            const std::string wanted = step.substr(2, 2);
             file.putKey(wanted, 0);
-            const int status = verb == "read"      ? file.readKey(wanted, 0, step.options)
-                               : verb == "rewrite" ? file.rewrite(wanted + "99")
-                               : verb == "erase"   ? file.erase()
-                                                   : file.unlock();
-            EXPECT_TRUE(status == step.status || (status == 2 && step.status == 0))
-                << verb << " " << wanted << " by " << step.who << " at " << &step - steps.data()
-                << ": " << status;
+            const int status = step[1] == 'W'   ? file.rewrite(wanted + wanted)
+                               : step[1] == 'E' ? file.erase()
+                               : step[1] == 'U' ? file.unlock()
+                                                : file.read(step[1] == 'L'   ? FCB_WITH_LOCK
+                                                            : step[1] == 'N' ? FCB_NO_LOCK
+                                                                             : 0);
+            EXPECT_EQ(status, std::stoi(step.substr(4))) << step << " of " << test.steps;
         }
-    };
-    run(shapeWith(FILE_LOCK_MANUAL, FILE_SHARE_ALL), manual);
-    run(shapeWith(FILE_LOCK_MANUAL, FILE_SHARE_ALL, true), several);
-    run(shapeWith(FILE_LOCK_AUTOMATIC, FILE_SHARE_ALL), automatic);
+    }
 }
 
 // Two processes add to the same counters, each under the lock of its record.
@@ -145,13 +126,11 @@ TEST(Sharing, TwoProcessesCount) {
             file.fcb.relative = static_cast<uint32_t>(i % 2 + 1);
             file.putKey(i % 2 == 0 ? "aa" : "bb", 0);
         };
-        {
+        for (const int i : {0, 1}) {
             CobolFile file(shape, directory.file("data"));
-            ASSERT_EQ(file.open(FCB_OUTPUT), 0);
-            file.fcb.relative = 1;
-            EXPECT_LT(file.write("aa110000"), 10);
-            file.fcb.relative = 2;
-            EXPECT_LT(file.write("bb110000"), 10);
+            ASSERT_EQ(file.open(i == 0 ? FCB_OUTPUT : FCB_IO), 0);
+            choose(file, i);
+            EXPECT_LT(file.write(i == 0 ? "aa110000" : "bb110000"), 10);
         }
         const auto count = [&] {
             CobolFile file(shape, directory.file("data"));
