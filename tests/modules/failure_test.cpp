@@ -84,7 +84,12 @@ TEST(Failure, WhatOpenRefuses) {
         CobolFile none(shapeOn(system), directory.path());
         EXPECT_EQ(none.open(FCB_INPUT), 37);
         CobolFile lost(shapeOn(system), directory.path() + "/no/such/place");
+        std::string extended(directory.path().size() + 20, '#');
+        auto *extendedAt = reinterpret_cast<uint8_t *>(extended.data());
+        lost.description().status2base = &extendedAt;
+        lost.description().status2len = static_cast<int16_t>(extended.size() - 1);
         EXPECT_EQ(lost.open(FCB_OUTPUT), 35);
+        EXPECT_EQ(extended, "000002," + directory.path() + "/no/such/pla#");
     }
 }
 
