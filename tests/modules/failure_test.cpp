@@ -146,4 +146,28 @@ TEST(Failure, FullDisk) {
     }
 }
 
+// At the end of a run unit nobody asks for the status of a CLOSE.
+TEST(Failure, LossAtTheEndOfTheRunIsTold) {
+    const kit::TemporaryDirectory directory;
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    for (const char *system : {"lsq", "rsd"}) {
+        CobolFile file(shapeOn(system), directory.file("data"));
+        EXPECT_EQ(file.open(FCB_OUTPUT), 0);
+        for (int i = 0; i < 50; i++) {
+            EXPECT_EQ(file.write(std::string(200, 'x')), 0);
+        }
+        testing::internal::CaptureStderr();
+        const rlimit small{4096, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        file.fcb.closemode = FCB_CLOSE_NO_USE;
+        file.fcb.close(&file.fcb, nullptr);
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "TESTED: output could not be written: File too large\n");
+    }
+    signal(SIGXFSZ, SIG_DFL);
+}
+
 } // namespace
