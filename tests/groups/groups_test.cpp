@@ -56,7 +56,7 @@ TEST_F(Groups, ResolveReferences) {
     std::vector<Resolved> cases = {
         {"PAY", "+" + all}, {"PAY(*)", "+" + all}, {"PAY(0)", "PAY.g0003v00"},
         {"PAY(+0)", "PAY.g0003v00"}, {"PAY(-1)", "PAY.g0002v00"}, {"PAY(1)", "PAY.g0002v00"},
-        {"PAY(2)", "PAY.g0001v00"}, {"PAY.g0002v00", "PAY.g0002v00"}, {"NEW", "+"},
+        {"PAY(2)", "PAY.g0001v00"}, {"PAY( -1)", "PAY.g0002v00"}, {"PAY.g0002v00", "PAY.g0002v00"}, {"NEW", "+"},
         {"D/PAY(1)", "D/PAY.g0002v00"}, {"A:PAY(-1)", "+A PAY.g0002v00"},
         {"PAY:A:PAY(*):NEW:NONE(1)", "+" + all + " A " + all + " NONE(1)"},
     };
