@@ -44,16 +44,17 @@ enum { SORT_LONGEST = (int)SORT_BUFFER - (int)SORT_PREFIX };
 /* The error word of a status that is not 0. The error value beside it is the errno of the call that
  * failed, or the file status (0 to 99) where a file is at fault. */
 enum {
-    SORT_ERROR_FUNCTION = 1,       /* a function that is none, or a MERGE without files */
-    SORT_ERROR_ACTIVE = 2,         /* this thread is within a sort already */
-    SORT_ERROR_KEY_TEXT = 3,       /* keytext is malformed; value: bytes of it that were good */
-    SORT_ERROR_KEY_COUNT = 4,      /* keytext has another number of keys; value: how many */
-    SORT_ERROR_KEY_OUTSIDE = 5,    /* a key ends behind the longest record; value: which, from 1 */
-    SORT_ERROR_LENGTH = 6,         /* fixed records of length 0 */
-    SORT_ERROR_STORAGE = 7,        /* no storage */
-    SORT_ERROR_INPUT_OPEN = 10,    /* an input file or the input's work file cannot be opened */
-    SORT_ERROR_INPUT_READ = 11,    /* it cannot be read, or closed */
-    SORT_ERROR_INPUT_LONG = 12,    /* a record is longer than those that are sorted */
+    SORT_ERROR_FUNCTION = 1,    /* a function that is none, or a MERGE without files */
+    SORT_ERROR_ACTIVE = 2,      /* this thread is within a sort already */
+    SORT_ERROR_KEY_TEXT = 3,    /* keytext is malformed; value: bytes of it that were good */
+    SORT_ERROR_KEY_COUNT = 4,   /* keytext has another number of keys; value: how many */
+    SORT_ERROR_KEY_OUTSIDE = 5, /* a key ends behind the longest record; value: which, from 1 */
+    SORT_ERROR_LENGTH = 6,      /* fixed records of length 0 */
+    SORT_ERROR_STORAGE = 7,     /* no storage */
+    SORT_ERROR_INPUT_OPEN = 10, /* an input file or the input's work file cannot be opened */
+    SORT_ERROR_INPUT_READ = 11, /* it cannot be read, or closed */
+    SORT_ERROR_INPUT_LONG =
+        12, /* a record is longer than those that are sorted; value: its bytes */
     SORT_ERROR_INPUT_DAMAGED = 13, /* buffer or work file does not end with a whole record, or a
                                       prefix is wrong */
     SORT_ERROR_INPUT_ORDER = 14,  /* an input of MERGE is not in order; value: which file, from 1 */

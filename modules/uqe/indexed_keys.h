@@ -21,7 +21,9 @@ struct KeyValue {
     KeyValue() {} // the bytes stay as they are
     KeyValue(const KeyValue &other) { set(other.value()); }
     KeyValue &operator=(const KeyValue &other) {
-        set(other.value());
+        if (this != &other) {
+            set(other.value());
+        }
         return *this;
     }
     KeyValue(const FileKey &key, std::span<const uint8_t> record) { set(key, record); }

@@ -129,14 +129,12 @@ struct Call {
     IPCB *ipcb = nullptr;
 
     int32_t run() {
-        std::vector<FCB *> ins;
-        std::vector<FCB *> outs;
-        for (TestFile *file : inputs) {
-            ins.push_back(&file->fcb);
-        }
-        for (TestFile *file : outputs) {
-            outs.push_back(&file->fcb);
-        }
+        const auto blocksOf = [](const std::vector<TestFile *> &files) {
+            return std::vector<FCB *>(reinterpret_cast<FCB *const *>(files.data()),
+                                      reinterpret_cast<FCB *const *>(files.data() + files.size()));
+        };
+        std::vector<FCB *> ins = blocksOf(inputs);
+        std::vector<FCB *> outs = blocksOf(outputs);
         auto *bytes = reinterpret_cast<uint8_t *>(buffer.data());
         const auto size = static_cast<uint32_t>(buffer.size());
         return engine()(function, record, outRecord, inputWork, size, bytes,

@@ -25,8 +25,7 @@ Records someRecords(std::size_t count) {
     uint32_t state = 12345;
     for (std::size_t number = 0; number < count; ++number) {
         state = state * 1103515245 + 12345;
-        std::string record = std::to_string(1000000000 + state / 8);
-        records.push_back(record);
+        records.push_back(std::to_string(1000000000 + state / 8));
     }
     return records;
 }
@@ -46,14 +45,37 @@ std::size_t entriesOf(const std::string &folder) {
     return count;
 }
 
+std::size_t pagesMapped() {
+    return std::stoul(kit::readFile("/proc/self/statm"));
+}
+
 // Open files, threads, and mapped areas as far as they are large.
 std::vector<std::size_t> holdings() {
-    long pages = 0;
-    FILE *file = fopen("/proc/self/statm", "r");
-    EXPECT_EQ(fscanf(file, "%ld", &pages), 1);
-    fclose(file);
-    return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"),
-            static_cast<std::size_t>(pages) / 25600};
+    return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), pagesMapped() / 25600};
+}
+
+Call bufferCall(const RecordDesc &record, const std::string &keytext,
+                const std::string &buffer = "") {
+    Call call{.record = record, .outRecord = record, .keytext = keytext};
+    call.buffer = buffer;
+    return call;
+}
+
+Call fileCall(int32_t function, const RecordDesc &record, const std::string &keytext,
+              const std::vector<TestFile *> &inputs, const std::vector<TestFile *> &outputs) {
+    Call call{.function = function, .record = record, .keytext = keytext};
+    call.inputs = inputs;
+    call.outputs = outputs;
+    return call;
+}
+
+// Sorts more than a megabyte within one.
+Call largeCall(const std::string &folder, const std::string &out) {
+    Call call = bufferCall(kFixed10, "at0+10", stored(someRecords(200000), false));
+    call.outputWork = out.c_str();
+    call.options = 1;
+    call.folder = folder;
+    return call;
 }
 
 void expectFailure(Call &call, int32_t word, int32_t value, const std::string &what) {
@@ -68,46 +90,30 @@ void expectGood(Call &call) {
 
 } // namespace
 
+// The bar stands behind what is good of a text.
 TEST(EngineFailures, KeysThatCannotBe) {
-    const struct {
-        const char *text;
-        int32_t count;
-        int32_t word;
-        int32_t value;
-    } cases[] = {
-        {"", 1, SORT_ERROR_KEY_TEXT, 0},
-        {"xt0+1", 1, SORT_ERROR_KEY_TEXT, 0},
-        {"aq0+1", 1, SORT_ERROR_KEY_TEXT, 1},
-        {"at+1", 1, SORT_ERROR_KEY_TEXT, 2},
-        {"at0", 1, SORT_ERROR_KEY_TEXT, 3},
-        {"at0+0", 1, SORT_ERROR_KEY_TEXT, 5},
-        {"at0+1s", 1, SORT_ERROR_KEY_TEXT, 5},
-        {"at0+1;", 1, SORT_ERROR_KEY_TEXT, 6},
-        {"ab0+3s", 1, SORT_ERROR_KEY_TEXT, 5},
-        {"af0+10", 1, SORT_ERROR_KEY_TEXT, 6},
-        {"an0+5", 1, SORT_ERROR_KEY_TEXT, 5},
-        {"az0+1L", 1, SORT_ERROR_KEY_TEXT, 6},
-        {"w00;at0+1", 1, SORT_ERROR_KEY_TEXT, 3},
-        {"wat0+1", 1, SORT_ERROR_KEY_TEXT, 2},
-        {"at99999999999999999999+1", 1, SORT_ERROR_KEY_TEXT, 12},
-        {"at0+1", 2, SORT_ERROR_KEY_COUNT, 1},
-        {"at0+1;at1+1", 1, SORT_ERROR_KEY_COUNT, 2},
-        {"at0+1", 0, SORT_ERROR_KEY_COUNT, 1},
-        {"at0+1", -1, SORT_ERROR_KEY_COUNT, 1},
-        {"at0+10;at1+10", 2, SORT_ERROR_KEY_OUTSIDE, 2},
-        {"at2147483647+2147483647", 1, SORT_ERROR_KEY_OUTSIDE, 1},
-    };
-    for (const auto &each : cases) {
-        Call call{.record = kFixed10,
-                  .outRecord = kFixed10,
-                  .keytext = each.text,
-                  .keycount = each.count};
-        expectFailure(call, each.word, each.value, each.text);
+    for (std::string text :
+         {"|", "|xt0+1", "a|q0+1", "at|+1", "at0|", "at0+0|", "at0+1|s", "at0+1;|", "ab0+3|s",
+          "af0+10|", "an0+5|", "az0+1L|", "w00|;at0+1", "wa|t0+1", "at9999999999|9999999999+1"}) {
+        const std::size_t good = text.find('|');
+        Call call = bufferCall(kFixed10, text.erase(good, 1));
+        expectFailure(call, SORT_ERROR_KEY_TEXT, static_cast<int32_t>(good), text);
     }
-    Call lengthless{.record = {}, .outRecord = kFixed10, .keytext = "at0+1"};
-    expectFailure(lengthless, SORT_ERROR_LENGTH, 0, "no length");
-    Call nothing{.function = 3, .record = kFixed10, .outRecord = kFixed10, .keytext = "at0+1"};
-    expectFailure(nothing, SORT_ERROR_FUNCTION, 0, "function");
+    const auto refused = [](const char *text, int32_t count, int32_t word, int32_t value) {
+        Call call = bufferCall(kFixed10, text);
+        call.keycount = count;
+        expectFailure(call, word, value, text);
+    };
+    refused("at0+1", 2, SORT_ERROR_KEY_COUNT, 1);
+    refused("at0+1;at1+1", 1, SORT_ERROR_KEY_COUNT, 2);
+    refused("at0+1", 0, SORT_ERROR_KEY_COUNT, 1);
+    refused("at0+1", -1, SORT_ERROR_KEY_COUNT, 1);
+    refused("at0+10;at1+10", 2, SORT_ERROR_KEY_OUTSIDE, 2);
+    refused("at2147483647+2147483647", 1, SORT_ERROR_KEY_OUTSIDE, 1);
+    Call call = bufferCall({}, "at0+1");
+    expectFailure(call, SORT_ERROR_LENGTH, 0, "no length");
+    call.function = SORT_INPUT_DONE;
+    expectFailure(call, SORT_ERROR_FUNCTION, 0, "function");
 }
 
 // Each verb of each file fails once; the files are closed afterwards, and the next sort works.
@@ -116,30 +122,20 @@ TEST(EngineFailures, FilesThatFail) {
         bool output;
         int verb;
         std::size_t at;
-        int32_t word;
-        int32_t value;
-    } cases[] = {
-        {false, FCB_VERB_OPEN, 0, SORT_ERROR_INPUT_OPEN, 35},
-        {false, FCB_VERB_READ, 0, SORT_ERROR_INPUT_READ, 30},
-        {false, FCB_VERB_READ, 7, SORT_ERROR_INPUT_READ, 30},
-        {false, FCB_VERB_CLOSE, 0, SORT_ERROR_INPUT_READ, 34},
-        {true, FCB_VERB_OPEN, 0, SORT_ERROR_OUTPUT_OPEN, 35},
-        {true, FCB_VERB_WRITE, 0, SORT_ERROR_OUTPUT_WRITE, 24},
-        {true, FCB_VERB_WRITE, 19, SORT_ERROR_OUTPUT_WRITE, 24},
-        {true, FCB_VERB_CLOSE, 0, SORT_ERROR_OUTPUT_WRITE, 34},
-    };
+        int32_t word, value;
+    } cases[] = {{false, FCB_VERB_OPEN, 0, SORT_ERROR_INPUT_OPEN, 35},
+                 {false, FCB_VERB_READ, 7, SORT_ERROR_INPUT_READ, 30},
+                 {false, FCB_VERB_CLOSE, 0, SORT_ERROR_INPUT_READ, 34},
+                 {true, FCB_VERB_OPEN, 0, SORT_ERROR_OUTPUT_OPEN, 35},
+                 {true, FCB_VERB_WRITE, 19, SORT_ERROR_OUTPUT_WRITE, 24},
+                 {true, FCB_VERB_CLOSE, 0, SORT_ERROR_OUTPUT_WRITE, 34}};
     for (const int32_t function : {SORT_FILES, MERGE_FILES}) {
         for (const auto &each : cases) {
-            const Records records = inOrder(someRecords(10));
-            TestFile first(10, false, records);
-            TestFile second(10, false, records);
+            TestFile first(10, false, inOrder(someRecords(10)));
+            TestFile second(10, false, first.records);
             TestFile target(10);
             TestFile &failing = each.output ? target : second;
-            Call call{.function = function,
-                      .record = kFixed10,
-                      .keytext = "at0+10",
-                      .inputs = {&first, &second},
-                      .outputs = {&target}};
+            Call call = fileCall(function, kFixed10, "at0+10", {&first, &second}, {&target});
             failing.failingVerb = each.verb;
             failing.failingAt = each.at;
             expectFailure(call, each.word, each.value, std::to_string(each.verb));
@@ -152,18 +148,19 @@ TEST(EngineFailures, FilesThatFail) {
 }
 
 TEST(EngineFailures, RecordsThatDoNotFit) {
-    const auto damaged = [](const std::string &buffer, const RecordDesc &record, int32_t word) {
-        Call call{.record = record, .outRecord = record, .keytext = "at0+1", .buffer = buffer};
-        expectFailure(call, word, 0, kit::hex(buffer));
-    };
-    damaged("twelve bytes", kFixed10, SORT_ERROR_INPUT_DAMAGED);
-    damaged(stored({"a", "b"}, true) + "\5", kVariable, SORT_ERROR_INPUT_DAMAGED);
-    damaged(std::string("\3\0\0\0", 4), kVariable, SORT_ERROR_INPUT_DAMAGED);
-    damaged(std::string("\xFF\xFF\xFF\xFF", 4), kVariable, SORT_ERROR_INPUT_DAMAGED);
-    damaged(std::string("\6\0\0\0a", 5), kVariable, SORT_ERROR_INPUT_DAMAGED);
+    const std::pair<RecordDesc, std::string> damaged[] = {
+        {kFixed10, "twelve bytes"},
+        {kVariable, stored({"a", "b"}, true) + "\5"},
+        {kVariable, std::string("\3\0\0\0", 4)},
+        {kVariable, std::string("\xFF\xFF\xFF\xFF", 4)},
+        {kVariable, std::string("\6\0\0\0a", 5)}};
+    for (const auto &[record, buffer] : damaged) {
+        Call call = bufferCall(record, "at0+1", buffer);
+        expectFailure(call, SORT_ERROR_INPUT_DAMAGED, 0, kit::hex(buffer));
+    }
     TestFile longer(12, true, {"0123456789", "0123456789ab"});
     TestFile target(10);
-    Call call{.record = kFixed10, .keytext = "at0+1", .inputs = {&longer}, .outputs = {&target}};
+    Call call = fileCall(SORT_FILES, kFixed10, "at0+1", {&longer}, {&target});
     expectFailure(call, SORT_ERROR_INPUT_LONG, 12, "input");
     call.record.length = 12;
     expectFailure(call, SORT_ERROR_OUTPUT_LONG, 12, "output");
@@ -173,10 +170,8 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
     expectFailure(call, SORT_ERROR_INPUT_READ, 4, "cut");
     longer.records.pop_back();
     expectGood(call);
-    Call full{.record = kVariable,
-              .outRecord = kFixed10,
-              .keytext = "at0+1",
-              .buffer = stored({"a", "b"}, true)};
+    Call full = bufferCall(kVariable, "at0+1", stored({"a", "b"}, true));
+    full.outRecord = kFixed10;
     expectFailure(full, SORT_ERROR_OUTPUT_FULL, 0, "buffer");
 }
 
@@ -184,36 +179,25 @@ TEST(Engine, RecordsChangeTheirForm) {
     TestFile input(12, true, {"ccc", "", "a", "bb"});
     TestFile fixed(4);
     TestFile variable(4, true);
-    Call call{.record = {0, 0, 3},
-              .keytext = "dt0+2",
-              .inputs = {&input},
-              .outputs = {&fixed, &variable}};
+    Call call = fileCall(SORT_FILES, {0, 0, 3}, "dt0+2", {&input}, {&fixed, &variable});
     expectGood(call);
     EXPECT_EQ(fixed.records, (Records{"ccc ", "bb  ", "a   ", "    "}));
     EXPECT_EQ(variable.records, (Records{"ccc", "bb ", "a  ", "   "}));
+    Call toFixed = bufferCall(kVariable, "at0+4", stored({"y", "xxxx"}, true));
+    toFixed.outRecord = {0, 0, 4};
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
-    Call toFixed{.record = kVariable,
-                 .outRecord = {0, 0, 4},
-                 .keytext = "at0+4",
-                 .buffer = stored({"y", "xxxx"}, true),
-                 .outputWork = out.c_str()};
+    toFixed.outputWork = out.c_str();
     expectGood(toFixed);
     EXPECT_EQ(kit::readFile(out), "xxxxy   ");
 }
 
 // Blanks go on where text ends, zeros where a number does.
 TEST(Engine, ShortRecordsHaveTheirPlace) {
-    Call text{.record = kVariable,
-              .outRecord = kVariable,
-              .keytext = "at1+3",
-              .buffer = stored({"xa!", "xa", "xa\x1f", "", "xab"}, true)};
+    Call text = bufferCall(kVariable, "at1+3", stored({"xa!", "xa", "xa\x1f", "", "xab"}, true));
     expectGood(text);
     EXPECT_EQ(text.buffer, stored({"", "xa\x1f", "xa", "xa!", "xab"}, true));
-    Call binary{.record = kVariable,
-                .outRecord = kVariable,
-                .keytext = "ab0+2s",
-                .buffer = stored({"\1", "\xFF\xFF", "", std::string("\1\1", 2)}, true)};
+    Call binary = bufferCall(kVariable, "ab0+2s", stored({"\1", "\xFF\xFF", "", "\1\1"}, true));
     expectGood(binary);
     EXPECT_EQ(binary.buffer, stored({"\xFF\xFF", "", "\1", "\1\1"}, true));
 }
@@ -227,12 +211,9 @@ TEST(Engine, RecordsOfAllLengths) {
     }
     TestFile input(65535, true, records);
     TestFile target(65535, true);
-    Call call{.record = kVariable,
-              .keytext = "dt65530+1;at0+65535",
-              .keycount = 2,
-              .inputs = {&input},
-              .outputs = {&target},
-              .options = 1};
+    Call call = fileCall(SORT_FILES, kVariable, "dt65530+1;at0+65535", {&input}, {&target});
+    call.keycount = 2;
+    call.options = 1;
     expectGood(call);
     std::stable_sort(records.begin(), records.end(), [](std::string left, std::string right) {
         left.resize(65535, ' ');
@@ -241,20 +222,17 @@ TEST(Engine, RecordsOfAllLengths) {
     });
     EXPECT_TRUE(target.records == records);
 
-    Call bytes{.record = {0, 0, 1}, .outRecord = {0, 0, 1}, .keytext = "dt0+1", .options = 1};
+    Call bytes = bufferCall({0, 0, 1}, "dt0+1");
     for (int number = 0; number < 250000; ++number) {
         bytes.buffer += static_cast<char>(number * 7 % 251);
     }
-    std::string expected = bytes.buffer;
-    std::sort(expected.begin(), expected.end(),
-              [](uint8_t left, uint8_t right) { return left > right; });
     expectGood(bytes);
-    EXPECT_TRUE(bytes.buffer == expected);
+    EXPECT_TRUE(std::is_sorted(bytes.buffer.begin(), bytes.buffer.end(), std::greater<uint8_t>()));
 }
 
 TEST(Engine, MergesManyFilesInTheirOrder) {
     std::vector<std::unique_ptr<TestFile>> files;
-    Call call{.function = MERGE_FILES, .record = kVariable, .keytext = "at0+3", .options = 1};
+    Call call = fileCall(MERGE_FILES, kVariable, "at0+3", {}, {});
     Records all;
     for (int number = 0; number < 40; ++number) {
         Records records;
@@ -276,50 +254,17 @@ TEST(Engine, MergesManyFilesInTheirOrder) {
     expectFailure(call, SORT_ERROR_INPUT_ORDER, 6, "order");
 }
 
-TEST(Engine, UsesTheProgramsCollatingSequence) {
-    uint8_t weights[256];
-    for (int byte = 0; byte < 256; ++byte) {
-        weights[byte] = static_cast<uint8_t>(255 - byte);
-    }
-    kit::Program program("SORTER");
-    program.ipcb[0].pcb = &program.pcb;
-    Call call{.record = {0, 0, 1}, .outRecord = {0, 0, 1}, .keytext = "w;at0+1", .buffer = "bac"};
-    call.ipcb = program.ipcb;
-    expectGood(call);
-    EXPECT_EQ(call.buffer, "abc");
-    program.pcb.collatingWeights = weights;
-    expectGood(call);
-    EXPECT_EQ(call.buffer, "cba");
-}
-
-namespace {
-
-// Sorts more than a megabyte within one.
-Call largeCall(const std::string &folder, const std::string &out) {
-    static const std::string records = stored(someRecords(200000), false);
-    return {.record = kFixed10,
-            .outRecord = kFixed10,
-            .keytext = "at0+10",
-            .buffer = records,
-            .outputWork = out.c_str(),
-            .options = 1,
-            .folder = folder};
-}
-
-} // namespace
-
 TEST(EngineFailures, WorkFilesThatFail) {
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
-    Call nowhere = largeCall(directory.file("missing"), out);
-    expectFailure(nowhere, SORT_ERROR_WORK_OPEN, ENOENT, "folder");
-    Call unwritable = largeCall(directory.path(), directory.file("missing/out"));
     const std::string missing = directory.file("missing/out");
-    unwritable.outputWork = missing.c_str();
-    expectFailure(unwritable, SORT_ERROR_OUTPUT_OPEN, ENOENT, "output");
-    Call unread = largeCall(directory.path(), out);
-    unread.inputWork = missing.c_str();
-    expectFailure(unread, SORT_ERROR_INPUT_OPEN, ENOENT, "input");
+    Call call = largeCall(directory.file("missing"), out);
+    expectFailure(call, SORT_ERROR_WORK_OPEN, ENOENT, "folder");
+    call.folder = directory.path();
+    call.outputWork = missing.c_str();
+    expectFailure(call, SORT_ERROR_OUTPUT_OPEN, ENOENT, "output");
+    call.inputWork = missing.c_str();
+    expectFailure(call, SORT_ERROR_INPUT_OPEN, ENOENT, "input");
 
     // Files may not grow: first those of runs, and then, where memory suffices, the output.
     signal(SIGXFSZ, SIG_IGN);
@@ -327,13 +272,13 @@ TEST(EngineFailures, WorkFilesThatFail) {
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit small{1000000, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
-    Call full = largeCall(directory.path(), out);
-    expectFailure(full, SORT_ERROR_WORK_WRITE, EFBIG, "runs");
-    full.options = 100;
-    expectFailure(full, SORT_ERROR_OUTPUT_WRITE, EFBIG, "output");
+    call = largeCall(directory.path(), out);
+    expectFailure(call, SORT_ERROR_WORK_WRITE, EFBIG, "runs");
+    call.options = 100;
+    expectFailure(call, SORT_ERROR_OUTPUT_WRITE, EFBIG, "output");
     setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(entriesOf(directory.path()), 2U);
-    expectGood(full);
+    expectGood(call);
 }
 
 // A sort makes do with the address space that there is, and tells when there is none.
@@ -345,11 +290,7 @@ CHILD_TEST(EngineFailures, StorageThatIsShort) {
     const std::string out = directory.file("out");
     Call call = largeCall(directory.path(), out);
     engine();
-    long pages = 0;
-    FILE *file = fopen("/proc/self/statm", "r");
-    EXPECT_EQ(fscanf(file, "%ld", &pages), 1);
-    fclose(file);
-    const auto used = static_cast<rlim_t>(pages) * 4096;
+    const rlim_t used = pagesMapped() * 4096;
     const auto limit = [](rlim_t bytes) {
         const rlimit both{bytes, RLIM_INFINITY};
         setrlimit(RLIMIT_AS, &both);
@@ -358,11 +299,7 @@ CHILD_TEST(EngineFailures, StorageThatIsShort) {
     limit(used + 12000000);
     expectGood(call);
     limit(used);
-    const int32_t status = call.run();
-    limit(RLIM_INFINITY);
-    EXPECT_EQ(status, SORT_BAD);
-    EXPECT_EQ(call.word, SORT_ERROR_STORAGE);
-    EXPECT_EQ(call.value, ENOMEM);
+    expectFailure(call, SORT_ERROR_STORAGE, ENOMEM, "nothing left");
 }
 
 // A USE procedure within READ tries to sort, and ends the engine, whose call comes back all the
@@ -373,17 +310,13 @@ TEST(EngineEnds, WithinTheReadOfAFile) {
             const std::vector<std::size_t> before = holdings();
             TestFile input(10, false, inOrder(someRecords(60000)));
             TestFile target(10);
-            Call call{.function = function,
-                      .record = kFixed10,
-                      .keytext = "at0+10",
-                      .inputs = {&input},
-                      .outputs = {&target},
-                      .options = 1};
+            Call call = fileCall(function, kFixed10, "at0+10", {&input}, {&target});
+            call.options = 1;
             TestFile &file = verb == FCB_VERB_READ ? input : target;
             file.failingVerb = verb;
             file.failingAt = 55000;
             file.during = [] {
-                Call nested{.record = kFixed10, .outRecord = kFixed10, .keytext = "at0+1"};
+                Call nested = bufferCall(kFixed10, "at0+1");
                 expectFailure(nested, SORT_ERROR_ACTIVE, 0, "nested");
                 endEngine();
             };
@@ -451,12 +384,9 @@ TEST(EngineEnds, KilledWithoutAWorkFileLeft) {
     TestFile target(10);
     const pid_t child = fork();
     if (child == 0) {
-        Call call{.record = kFixed10,
-                  .keytext = "at0+10",
-                  .inputs = {&input},
-                  .outputs = {&target},
-                  .options = 1,
-                  .folder = directory.path()};
+        Call call = fileCall(SORT_FILES, kFixed10, "at0+10", {&input}, {&target});
+        call.options = 1;
+        call.folder = directory.path();
         target.failingVerb = FCB_VERB_WRITE;
         target.failingAt = 100;
         target.during = [] { raise(SIGKILL); };

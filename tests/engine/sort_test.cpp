@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
-#include <variant>
 
 #include "engine_kit.h"
 
@@ -16,217 +15,138 @@ int pick(int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-using Value = std::variant<std::string, std::u16string, int64_t, double>;
-
-// A kind of key: what its text is, how a value is made, and how it lies in a record.
+// A kind of key as its text tells it.
 struct Kind {
     char letter;
     const char *sign;
-    int length;
-    Value (*make)();
-    std::string (*encode)(const Value &value);
+    std::size_t length;
 };
 
-Value number(int digits, bool isSigned) {
-    int64_t value = 0;
-    for (int count = pick(0, digits); count > 0; --count) {
-        value = value * 10 + pick(0, 9);
+constexpr Kind kKinds[] = {{'t', "", 3},  {'t', "", 40}, {'t', "", 300}, {'z', "", 5},
+                           {'z', "L", 6}, {'z', "T", 6}, {'z', "l", 5},  {'z', "t", 5},
+                           {'p', "s", 3}, {'p', "", 3},  {'b', "s", 2},  {'b', "", 4},
+                           {'b', "s", 8}, {'f', "", 4},  {'f', "", 8},   {'n', "", 4}};
+
+// What a key compares by: the ranks of its characters, or its number.
+using Value = std::pair<std::u32string, long double>;
+
+// Long texts differ far behind only.
+Value putText(std::size_t length, const uint8_t *weights, std::string &record) {
+    Value value;
+    for (std::size_t at = 0; at < length; ++at) {
+        const int byte = at + 6 < length ? '=' : length == 40 ? pick(0, 255) : pick('a', 'd');
+        record += static_cast<char>(byte);
+        value.first += weights != nullptr ? weights[byte] : static_cast<char32_t>(byte);
     }
-    return isSigned && pick(0, 1) == 1 ? -value : value;
+    return value;
 }
 
-std::string digitsOf(const Value &value, int digits) {
-    std::string text = std::to_string(std::abs(std::get<int64_t>(value)));
-    return std::string(static_cast<std::size_t>(digits) - text.size(), '0') + text;
+Value putNational(std::string &record) {
+    const char16_t units[] = {static_cast<char16_t>(pick(250, 260)),
+                              static_cast<char16_t>(pick(0, 0xFFFF))};
+    record.append(reinterpret_cast<const char *>(units), sizeof units);
+    return {{units[0], units[1]}, 0};
 }
 
-bool isNegative(const Value &value) {
-    return std::get<int64_t>(value) < 0;
+template <class Plain> Value putPlain(Plain plain, std::string &record) {
+    record.append(reinterpret_cast<const char *>(&plain), sizeof plain);
+    return {{}, static_cast<long double>(plain)};
 }
 
-template <class Plain> std::string bytesOf(Plain value) {
-    return std::string(reinterpret_cast<const char *>(&value), sizeof value);
-}
-
-std::string packed(const Value &value, char positive) {
-    const std::string digits = digitsOf(value, 5);
-    const char sign = isNegative(value) ? '\x0D' : positive;
-    return {static_cast<char>((digits[0] & 15) << 4 | (digits[1] & 15)),
-            static_cast<char>((digits[2] & 15) << 4 | (digits[3] & 15)),
-            static_cast<char>((digits[4] & 15) << 4 | sign)};
-}
-
-std::string overpunched(std::string digits, std::size_t at, bool negative) {
-    digits[at] = static_cast<char>(digits[at] + (negative ? 0x40 : 0));
-    return digits;
-}
-
-Value textOf(int length, int low, int high) {
-    std::string text;
-    for (int at = 0; at < length; ++at) {
-        text += static_cast<char>(pick(low, high));
-    }
-    return text;
-}
-
-const Kind kKinds[] = {
-    {'t', "", 3, [] { return textOf(3, 'a', 'd'); },
-     [](const Value &value) { return std::get<std::string>(value); }},
-    {'t', "", 40,
-     [] { return Value(std::string(30, 'x') + std::get<std::string>(textOf(10, 0, 255))); },
-     [](const Value &value) { return std::get<std::string>(value); }},
-    {'t', "", 300,
-     [] { return Value(std::string(294, '=') + std::get<std::string>(textOf(6, 0, 3))); },
-     [](const Value &value) { return std::get<std::string>(value); }},
-    {'z', "", 5, [] { return number(5, false); },
-     [](const Value &value) { return digitsOf(value, 5); }},
-    {'z', "L", 6, [] { return number(5, true); },
-     [](const Value &value) { return (isNegative(value) ? "-" : "+") + digitsOf(value, 5); }},
-    {'z', "T", 6, [] { return number(5, true); },
-     [](const Value &value) { return digitsOf(value, 5) + (isNegative(value) ? "-" : "+"); }},
-    {'z', "l", 5, [] { return number(5, true); },
-     [](const Value &value) { return overpunched(digitsOf(value, 5), 0, isNegative(value)); }},
-    {'z', "t", 5, [] { return number(5, true); },
-     [](const Value &value) { return overpunched(digitsOf(value, 5), 4, isNegative(value)); }},
-    {'p', "s", 3, [] { return number(5, true); },
-     [](const Value &value) { return packed(value, '\x0C'); }},
-    {'p', "", 3, [] { return number(5, false); },
-     [](const Value &value) { return packed(value, '\x0F'); }},
-    {'b', "s", 2, [] { return number(4, true); },
-     [](const Value &value) { return bytesOf(static_cast<int16_t>(std::get<int64_t>(value))); }},
-    {'b', "", 4, [] { return Value(static_cast<int64_t>(random())); },
-     [](const Value &value) { return bytesOf(static_cast<uint32_t>(std::get<int64_t>(value))); }},
-    {'b', "s", 8, [] { return number(18, true); },
-     [](const Value &value) { return bytesOf(std::get<int64_t>(value)); }},
-    {'f', "", 4, [] { return Value(pick(-500, 500) / 4.0); },
-     [](const Value &value) { return bytesOf(static_cast<float>(std::get<double>(value))); }},
-    {'f', "", 8, [] { return Value(pick(-500, 500) * 1e200); },
-     [](const Value &value) { return bytesOf(std::get<double>(value)); }},
-    {'n', "", 4,
-     [] {
-         return Value(std::u16string{static_cast<char16_t>(pick(250, 260)),
-                                     static_cast<char16_t>(pick(0, 0xFFFF))});
-     },
-     [](const Value &value) {
-         return std::string(reinterpret_cast<const char *>(std::get<std::u16string>(value).data()),
-                            4);
-     }},
-};
-
-struct Field {
-    const Kind *kind;
-    bool ascending;
-};
-
-struct Made {
-    std::vector<Value> values;
-    std::string record;
-};
-
-int compareValues(const Value &left, const Value &right, const uint8_t *weights) {
-    if (weights != nullptr && std::holds_alternative<std::string>(left)) {
-        const auto weighed = [weights](std::string text) {
-            for (char &byte : text) {
-                byte = static_cast<char>(weights[static_cast<uint8_t>(byte)]);
-            }
-            return text;
-        };
-        return weighed(std::get<std::string>(left)).compare(weighed(std::get<std::string>(right)));
-    }
-    return left < right ? -1 : right < left ? 1 : 0;
-}
-
-// A sort of random keys; the tail of each record tells where it stood.
-struct Scenario {
-    std::vector<Field> fields{};
-    std::vector<Made> made{};
-    bool variable = false;
-    uint32_t longest = 0;
-    uint8_t weights[256]{};
-    bool weighed = false;
-
-    Scenario(int keys, std::size_t count, bool variableRecords) : variable(variableRecords) {
-        for (int key = 0; key < keys; ++key) {
-            fields.push_back({&kKinds[pick(0, std::size(kKinds) - 1)], pick(0, 1) == 1});
+// Five digits, with a sign where there is one.
+Value putDecimal(const Kind &kind, std::string &record) {
+    const int value = pick(0, 99999) % (pick(0, 1) == 1 ? 100000 : 100);
+    const bool negative = *kind.sign != '\0' && pick(0, 1) == 1;
+    std::string digits = std::to_string(100000 + value).substr(1);
+    const char sign = negative ? '-' : '+';
+    if (kind.letter == 'p') {
+        const int nibble = negative ? 13 : *kind.sign == '\0' ? 15 : 12;
+        for (std::size_t at = 0; at < 5; at += 2) {
+            const int low = at == 4 ? nibble : digits[at + 1] - '0';
+            record += static_cast<char>((digits[at] - '0') << 4 | low);
         }
-        weighed = pick(0, 2) == 0;
+    } else if (*kind.sign == 'L' || *kind.sign == 'T') {
+        record += *kind.sign == 'L' ? sign + digits : digits + sign;
+    } else {
+        char &overpunched = *kind.sign == 'l' ? digits.front() : digits.back();
+        overpunched = static_cast<char>(overpunched + (negative ? 0x40 : 0));
+        record += digits;
+    }
+    return {{}, static_cast<long double>(negative ? -value : value)};
+}
+
+Value put(const Kind &kind, const uint8_t *weights, std::string &record) {
+    switch (kind.letter) {
+    case 't':
+        return putText(kind.length, weights, record);
+    case 'n':
+        return putNational(record);
+    case 'b':
+        return kind.length == 2 ? putPlain(static_cast<int16_t>(random()), record)
+               : kind.length == 4
+                   ? putPlain(static_cast<uint32_t>(random()), record)
+                   : putPlain(static_cast<int64_t>(random()) * pick(-9999, 9999), record);
+    case 'f':
+        return kind.length == 4 ? putPlain(static_cast<float>(pick(-500, 500)) / 4, record)
+                                : putPlain(pick(-500, 500) * 1e200, record);
+    default:
+        return putDecimal(kind, record);
+    }
+}
+
+// A sort of random keys; a number in each record tells where it stood.
+struct Scenario {
+    std::string keytext;
+    int32_t keys = 0;
+    uint32_t longest = 400;
+    Records records;
+    Records sorted;
+    uint8_t weights[256];
+
+    Scenario(int count, bool variable) {
+        const bool weighed = pick(0, 2) == 0;
         for (int byte = 0; byte < 256; ++byte) {
             weights[byte] = static_cast<uint8_t>(255 - byte / 2);
         }
-        for (std::size_t number = 0; number < count; ++number) {
-            Made one;
-            for (const Field &field : fields) {
-                one.values.push_back(field.kind->make());
-                one.record += field.kind->encode(one.values.back());
-            }
-            one.record += bytesOf(static_cast<uint32_t>(number));
-            one.record += std::string(variable ? static_cast<std::size_t>(pick(0, 90)) : 31, '.');
-            longest = std::max(longest, static_cast<uint32_t>(one.record.size()));
-            made.push_back(std::move(one));
-        }
-        longest = std::max(longest, 400U);
-        if (!variable) {
-            for (Made &one : made) {
-                one.record.resize(longest, ' ');
-            }
-        }
-    }
-
-    std::string keytext(bool ownWeights) const {
-        std::string text = weighed ? "w" : "";
-        for (int byte = 0; weighed && ownWeights && byte < 256; ++byte) {
-            text += kit::hex(&weights[byte], 1);
-        }
-        text += weighed ? ";" : "";
+        const bool byProgram = pick(0, 1) == 1; // the weights are those of the program
+        keytext = weighed ? "w" + (byProgram ? "" : kit::hex(weights, sizeof weights)) + ";" : "";
+        std::vector<std::pair<const Kind *, bool>> fields;
         std::size_t offset = 0;
-        for (const Field &field : fields) {
-            text += std::string(offset == 0 ? "" : ";") + (field.ascending ? 'a' : 'd') +
-                    field.kind->letter + std::to_string(offset) + "+" +
-                    std::to_string(field.kind->length) + field.kind->sign;
-            offset += static_cast<std::size_t>(field.kind->length);
+        for (keys = pick(1, 5); fields.size() < static_cast<std::size_t>(keys);) {
+            fields.emplace_back(&kKinds[pick(0, std::size(kKinds) - 1)], pick(0, 1) == 1);
+            const auto &[kind, ascending] = fields.back();
+            keytext += std::string(offset == 0 ? "" : ";") + (ascending ? 'a' : 'd') +
+                       kind->letter + std::to_string(offset) + "+" + std::to_string(kind->length) +
+                       kind->sign;
+            offset += kind->length;
         }
-        return text;
-    }
-
-    Records records() const {
-        Records all;
-        for (const Made &one : made) {
-            all.push_back(one.record);
+        longest = std::max(longest, static_cast<uint32_t>(offset) + 100);
+        std::vector<std::vector<Value>> values;
+        std::vector<std::size_t> order;
+        for (int number = 0; number < count; ++number) {
+            std::string record;
+            values.emplace_back();
+            for (const auto &field : fields) {
+                values.back().push_back(put(*field.first, weighed ? weights : nullptr, record));
+            }
+            putPlain(number, record);
+            record.resize(variable ? record.size() + static_cast<unsigned>(pick(0, 90)) : longest);
+            records.push_back(record);
+            order.push_back(order.size());
         }
-        return all;
-    }
-
-    Records sorted() const {
-        std::vector<const Made *> order;
-        for (const Made &one : made) {
-            order.push_back(&one);
-        }
-        std::stable_sort(order.begin(), order.end(), [this](const Made *left, const Made *right) {
+        std::stable_sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
             for (std::size_t key = 0; key < fields.size(); ++key) {
-                const int result = compareValues(left->values[key], right->values[key],
-                                                 weighed ? weights : nullptr);
-                if (result != 0) {
-                    return fields[key].ascending == (result < 0);
+                if (values[left][key] != values[right][key]) {
+                    return fields[key].second == (values[left][key] < values[right][key]);
                 }
             }
             return false;
         });
-        Records all;
-        for (const Made *one : order) {
-            all.push_back(one->record);
+        for (const std::size_t place : order) {
+            sorted.push_back(records[place]);
         }
-        return all;
     }
 };
-
-Call callFor(const Scenario &scenario) {
-    const RecordDesc record{scenario.variable ? SORT_VARIABLE : 0, 0,
-                            scenario.variable ? 0 : scenario.longest};
-    return {.record = record,
-            .outRecord = record,
-            .keytext = scenario.keytext(true),
-            .keycount = static_cast<int32_t>(scenario.fields.size())};
-}
 
 } // namespace
 
@@ -236,35 +156,37 @@ TEST(Engine, SortsAsTheModelDoes) {
     const kit::TemporaryDirectory directory;
     const std::string in = directory.file("in");
     const std::string out = directory.file("out");
+    kit::Program program("SORTER");
+    program.ipcb[0].pcb = &program.pcb;
     for (int round = 0; round < 120; ++round) {
         const bool many = round % 13 == 12;
-        const Scenario scenario(pick(1, 5), static_cast<std::size_t>(many ? 30000 : pick(0, 300)),
-                                round % 2 == 0);
-        Call call = callFor(scenario);
+        const bool variable = round % 2 == 0;
+        const Scenario scenario(many ? 30000 : round < 20 ? round / 4 : pick(0, 300), variable);
+        const int goal = many ? round / 26 % 2 : round / 9 % 3;
+        const int source = goal == 2 ? 2 : round / 3 % 3;
+        const auto half = scenario.records.begin() + scenario.records.size() / 2;
+        const Records firstHalf(scenario.records.begin(), half);
+        const Records secondHalf(half, scenario.records.end());
+        TestFile first(scenario.longest, variable, firstHalf);
+        TestFile second(scenario.longest, variable, secondHalf);
+        TestFile target(scenario.longest, variable, {"old"});
+        TestFile copy(scenario.longest, variable);
+        const RecordDesc record{variable ? SORT_VARIABLE : 0, 0, variable ? 0 : scenario.longest};
+        Call call{.record = record,
+                  .outRecord = record,
+                  .keytext = scenario.keytext,
+                  .keycount = scenario.keys};
         call.options = static_cast<uint32_t>(many || round % 3 == 0 ? 1 : 0) |
                        static_cast<uint32_t>(round % 8 < 4 ? SORT_ONE_THREAD : 0);
         call.folder = directory.path();
-        const Records records = scenario.records();
-        const std::size_t half = records.size() / 2;
-        const Records parts[2] = {{records.begin(), records.begin() + static_cast<long>(half)},
-                                  {records.begin() + static_cast<long>(half), records.end()}};
-        TestFile first(scenario.longest, scenario.variable, parts[0]);
-        TestFile second(scenario.longest, scenario.variable, parts[1]);
-        TestFile target(scenario.longest, scenario.variable, {"old"});
-        TestFile copy(scenario.longest, scenario.variable);
-        const int source = round / 3 % 3;
-        const int goal = many ? round / 26 % 2 : round / 9 % 3;
+        call.ipcb = program.ipcb;
+        program.pcb.collatingWeights = scenario.weights;
         if (source == 0) {
             call.inputs = {&first, &second};
-        } else if (source == 1) {
-            call.inputWork = in.c_str();
-            kit::writeFile(in, stored(parts[0], scenario.variable));
-            call.buffer = stored(parts[1], scenario.variable);
-        }
-        if (source == 2 || goal == 2) {
-            call.inputs = {};
-            call.inputWork = nullptr;
-            call.buffer = stored(records, scenario.variable);
+        } else {
+            kit::writeFile(in, stored(firstHalf, variable));
+            call.inputWork = source == 1 ? in.c_str() : nullptr;
+            call.buffer = stored(source == 1 ? secondHalf : scenario.records, variable);
         }
         if (goal == 0) {
             call.outputs = {&target, &copy};
@@ -272,11 +194,10 @@ TEST(Engine, SortsAsTheModelDoes) {
             call.outputWork = out.c_str();
         }
         ASSERT_EQ(call.run(), SORT_GOOD) << call.word << " " << call.value << " " << call.keytext;
-        const std::string expected = stored(scenario.sorted(), scenario.variable);
-        const std::string got = goal == 0   ? stored(target.records, scenario.variable)
+        const std::string got = goal == 0   ? stored(target.records, variable)
                                 : goal == 1 ? kit::readFile(out)
                                             : call.buffer;
-        ASSERT_TRUE(got == expected) << round << " " << call.keytext << " " << records.size();
+        ASSERT_TRUE(got == stored(scenario.sorted, variable)) << round << " " << call.keytext;
         ASSERT_TRUE(copy.records == target.records || goal != 0);
     }
 }

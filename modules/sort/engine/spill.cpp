@@ -14,7 +14,11 @@
 namespace zor::engine {
 namespace {
 
+// The more memory there is, the more it is worth to read in large pieces rather than from many runs
+// at once.
 constexpr std::size_t kLeastBuffer = std::size_t{1} << 16;
+constexpr std::size_t kEnoughBuffer = std::size_t{1} << 19;
+constexpr std::size_t kManyRuns = 256;
 constexpr std::size_t kMostBuffer = std::size_t{1} << 20;
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kFirstRuns = kPage / sizeof(Run);
@@ -30,7 +34,8 @@ std::size_t longestStored(const Shape &shape) {
 }
 
 uint32_t runsAtOnce(const Shape &shape, const Memory &memory) {
-    const std::size_t buffer = Divider::roundUp(std::max(kLeastBuffer, longestStored(shape)));
+    const std::size_t least = std::clamp(memory.size / kManyRuns, kLeastBuffer, kEnoughBuffer);
+    const std::size_t buffer = Divider::roundUp(std::max(least, longestStored(shape)));
     const std::size_t one = buffer + overheadPerRun(shape);
     // One contender more than there are runs.
     const std::size_t fitting = (memory.size - sizeof(Merge::Contender)) / one;
