@@ -1,7 +1,4 @@
 // The step from one of several concatenated files to the next, which a program sees as one READ.
-#include <cstdlib>
-#include <cstring>
-
 #include "base/bits.h"
 #include "concat.h"
 #include "core/verbs.h"
@@ -14,15 +11,13 @@ bool stepToNextMember(FCB &fcb, IPCB *ipcb) {
         return false;
     }
     const char *next = _zor_Concat_Next(fcb.concat);
-    char *name = next != nullptr ? strdup(next) : nullptr;
-    if (name == nullptr) {
+    if (next == nullptr) {
         return false;
     }
     const uint16_t mode = fcb.curmode;
     set(fcb.closemode, FCB_CLOSE_NEXT_FILE);
     fcb.close(&fcb, ipcb);
-    fcb.name = name;
-    set(fcb.flags, FCB_NAME_ALLOCATED);
+    fcb.name = const_cast<char *>(next); // the list's; OPEN copies it
     fcb.openmode = mode;
     fcb.open(&fcb, ipcb);
     return true;

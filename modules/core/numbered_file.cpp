@@ -156,14 +156,7 @@ Outcome startNumbered(OpenFile &opened, FCB &fcb) {
 Outcome deleteNumbered(OpenFile &opened, FCB &fcb) {
     NumberedFile &file = numbered(opened);
     const int64_t number = recordToChange(file, fcb);
-    if (!file.locks.update(number)) {
-        return kRecordLocked;
-    }
-    const Outcome outcome = file.store->erase(file, number);
-    if (outcome.good() && number == file.last) {
-        file.last = -1;
-    }
-    return outcome;
+    return file.locks.update(number) ? file.store->erase(file, number) : kRecordLocked;
 }
 
 } // namespace zor::modules

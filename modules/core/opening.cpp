@@ -23,8 +23,17 @@ Sync syncSetting() {
     return *value == '2' ? Sync::Disk : *value == '1' ? Sync::System : Sync::Buffered;
 }
 
+bool isPipe(const char *name) {
+    struct stat facts {};
+    return stat(name, &facts) == 0 && S_ISFIFO(facts.st_mode);
+}
+
 // The right to read comes with output as well, for the locks; a file that lacks it goes without.
+// A pipe has no locks: its writer waits for a reader, and hears when that one leaves.
 int openWith(const char *name, int flags) {
+    if (isPipe(name)) {
+        return retryOpen(name, O_WRONLY | kFlags, 0);
+    }
     int descriptor = retryOpen(name, O_RDWR | kFlags | flags, kPermissions);
     if (descriptor < 0 && errno == EACCES) {
         descriptor = retryOpen(name, O_WRONLY | kFlags | flags, kPermissions);

@@ -3,6 +3,7 @@
 // here allocates or formats when all goes well.
 #include "core/verbs.h"
 
+#include <cstdio>
 #include <cstring>
 
 #include "core/file_claims.h"
@@ -166,6 +167,13 @@ void unlockVerb(FCB *fcb, IPCB *ipcb) {
     report(*fcb, ipcb, FCB_VERB_UNLOCK, kDone);
 }
 
+// The end of the run unit asks for no status, and nobody else would hear of records that are lost.
+void tellLoss(const FCB &fcb, const FileDescription &description) {
+    const char *reason = strerrordesc_np(fcb.status2);
+    fprintf(stderr, "%.31s: output could not be written: %s\n", description.filename,
+            reason != nullptr ? reason : "file system error");
+}
+
 // What a verb that a jump broke off left open is not touched: the file is as safe as after the end
 // of the process.
 void closeVerb(FCB *fcb, IPCB *ipcb) {
@@ -176,6 +184,9 @@ void closeVerb(FCB *fcb, IPCB *ipcb) {
     const Outcome closed = closeDescriptor(file);
     outcome = outcome.good() ? closed : outcome;
     setStatus(*fcb, outcome);
+    if (has(fcb->closemode, FCB_CLOSE_NO_USE) && broken.good() && !outcome.good()) {
+        tellLoss(*fcb, descriptionOf(*fcb, ipcb));
+    }
     if (!has(fcb->closemode, FCB_CLOSE_NO_USE | FCB_CLOSE_NEXT_FILE)) {
         buildExtendedStatus(*fcb, descriptionOf(*fcb, ipcb));
     }

@@ -72,6 +72,7 @@ ZOR_EXPORT void _IO_Init(FCB *file, struct IPCB *ipcb) {
         file->open = openFile;
         file->close = closeFile;
         file->read = readFile;
+        file->unlock = file->level != 0 ? readFile : NULL;
     }
     file->status = REFUSAL < 0 ? 0 : REFUSAL;
 }

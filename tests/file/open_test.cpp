@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "file_kit.h"
+#include "groups/group_kit.h"
 
 using files::File;
 
@@ -15,6 +16,8 @@ std::string opened(File &file, int mode = FCB_INPUT) {
     EXPECT_EQ(std::string(file.status, 2), (status < 10 ? "0" : "") + std::to_string(status));
     EXPECT_EQ(file.fcb.open, file.fcb.curmode != 0 ? _zorOpenError : _zorGenericOpen);
     EXPECT_EQ(file.fcb.lastverb, FCB_VERB_OPEN);
+    EXPECT_TRUE(status < 10 || file.fcb.unlock == _zorUnlockError);
+    EXPECT_TRUE(status > 9 || (file.fcb.flags & FCB_POSITIONED) != 0);
     return status < 10 ? std::string(file.fcb.fscode, 3) + " " + file.fcb.name
                        : std::to_string(status) + "/" + std::to_string(file.fcb.status2);
 }
@@ -38,7 +41,8 @@ CHILD_TEST(Assignments, NameFileSystemAndFile, ) {
         "28 sok-NO=sok NO;04 sok-~/a$B=sok /home/me/ab;04 sok-a$TWO=95/2;04 sok-$NO=95/2;"
         "04 sok-$(echo x)=sok $(echo x);08 gyp-PAY(3)=gyp /.:/kots/gyp/srv/PAY;"
         "08 gyp-/.:/kots/gyp/x/F=gyp /.:/kots/gyp/x/F;08 bni-/.:/kots/gyp/F(1)=gyp /.:/kots/gyp/F;"
-        "08 bni-F(1)=bni F;08 wka-/.:/kots/gyp/F=uqe /.:/kots/gyp/F;"
+        "08 bni-/.:/kots/gyp/F=gyp /.:/kots/gyp/F;08 bni-F(1)=bni F;08 wka-/.:/kots/gyp/F=uqe "
+        "/.:/kots/gyp/F;"
         "08 wka-/.:/kots/gyp/s/F=gyp /.:/kots/gyp/s/F");
     for (std::string each; std::getline(cases, each, ';');) {
         const std::size_t divider = each.find('=');
@@ -73,12 +77,15 @@ TEST(Assignments, AreLookedAt) {
             file.enter();
             printf("%.4s ", opened(file).c_str());
         }
+        File forbidden("wka-psx"); // to a process that has just the right to ask for it
+        forbidden.enter();
+        printf("%s", seteuid(1) == 0 ? opened(forbidden).c_str() : "91/0");
     };
     for (const std::string other : {"uqe  uqe  uqe  ", "bni  bni  bni  "}) {
         const kit::TemporaryDirectory directory;
         kit::ChildOptions options{{{"VFS_NO_FORCE_FS", other[0] == 'u' ? "" : "1"}}};
         options.directory = directory.path();
-        EXPECT_EQ(kit::runChild(look, options).out, "psx  uqe  bni  bni  " + other + "93/0 ");
+        EXPECT_EQ(kit::runChild(look, options).out, "psx  uqe  bni  bni  " + other + "93/0 91/0");
     }
 }
 
@@ -89,14 +96,18 @@ CHILD_TEST(Open, LeavesAnOpenBlock, .environment = {{"VFS_DEBUG_OPEN", "1"}},
                        "Opening sok-MASTER as 'F'   FS1=00 FS2=0\n") {
     File file;
     FCB &fcb = file.fcb;
+    fcb.level = 0;
     file.enter();
+    EXPECT_EQ(fcb.unlock, nullptr);
     file.described.linageflags = FILE_LINAGE;
     fcb.linageset[3] = 7;
-    fcb.flags = FCB_READ_GOOD;
+    fcb.flags = FCB_READ_GOOD | FCB_ABSENT_OPTIONAL;
+    fcb.position = 9;
     EXPECT_EQ(file.open(FCB_OUTPUT | FCB_OPEN_NO_REWIND), 7);
     EXPECT_EQ(file.seen(), "07000000");
     EXPECT_EQ(std::pair(+fcb.curmode, +fcb.openmode), std::pair(0x4400, 0));
-    EXPECT_EQ(fcb.linage[3] + fcb.linecount + fcb.line + fcb.openkind + fcb.openstate, 12);
+    EXPECT_EQ(
+        fcb.position + fcb.linage[3] + fcb.linecount + fcb.line + fcb.openkind + fcb.openstate, 12);
     EXPECT_EQ(fcb.flags, FCB_POSITIONED | FCB_NAME_ALLOCATED);
     EXPECT_EQ(file.open(), 41);
     EXPECT_EQ(file.close(FCB_CLOSE_REEL), 7);
@@ -104,6 +115,45 @@ CHILD_TEST(Open, LeavesAnOpenBlock, .environment = {{"VFS_DEBUG_OPEN", "1"}},
     EXPECT_EQ(file.close(), 42);
     EXPECT_EQ(file.open() + file.close(FCB_CLOSE_LOCK), 0);
     EXPECT_EQ(file.open(), 38);
+    EXPECT_EQ(fcb.lastclose, FCB_CLOSE_LOCK);
+    File absent("sok-absent");
+    absent.enter();
+    EXPECT_EQ(absent.open(FCB_INPUT | FCB_OPEN_NO_REWIND), 5);
+    File odd("sok-odd");
+    odd.enter();
+    EXPECT_EQ(odd.open() + odd.close(FCB_CLOSE_REEL), 30);
+}
+
+// The three generations of a group, by mode, access and assignment: the name, and how many there
+// are then.
+TEST(Open, ResolvesGenerations) {
+    const kit::TemporaryDirectory directory;
+    kit::ChildOptions options;
+    options.directory = directory.path();
+    const auto child = kit::runChild(
+        [] {
+            std::istringstream cases(
+                "32768 80 00 PAY(+1)=sok PAY(+1)=3;8192 80 00 PAY(+1)=sok PAY(+1)=3;"
+                "32768 80 80 PAY(+1)=sok PAY(+1)=3;32768 80 00 PAY=sok PAY.g0003v00=3;"
+                "8192 00 00 PAY(-1)=sok PAY.g0002v00=3;32768 00 00 PAY=37/0=3;"
+                "8192 80 00 PAY=37/0=3;16384 80 00 PAY(+1)=sok PAY.g0004v00=4;"
+                "8192 80 80 PAY(+1)=sok PAY.g0004v00=4;");
+            for (std::string each; std::getline(cases, each, ';');) {
+                group::make("PAY", group::makeBlock(255, {1, 2, 3}));
+                const std::size_t name = each.find("PAY");
+                const std::size_t divider = each.find('=');
+                File file("sok-" + each.substr(name, divider - name));
+                file.described.access = each[name - 6] == '8' ? FILE_SEQUENTIAL : 0;
+                file.described.assign =
+                    each[name - 3] == '8' ? FILE_WORD | FILE_OPTIONAL : FILE_WORD;
+                file.enter();
+                const std::string how = opened(file, stoi(each)) + "=";
+                const std::size_t count = group::entriesOf("PAY.catalogue").size();
+                EXPECT_EQ(how + std::to_string(count), each.substr(divider + 1)) << each;
+            }
+        },
+        options);
+    EXPECT_EQ(child.status, 0) << child.out;
 }
 
 // OPEN, READs up to a status above 9, and CLOSE, between what the file system does; then what the
@@ -114,6 +164,7 @@ TEST(Files, GoTheirWay) {
 32768|sok-absent1:B:absent|open(absent1) close(absent1) open(B) sok B, read(B) close(B) open(absent) close(absent) 5, 10, 00000000|
 32768|sok-absent:absent|open(absent) close(absent) open(absent) close(absent) sok sok-absent:absent, 10, 00000000|
 32768|uqe-A:wka-B|open(A) uqe A, read(A) close(A) open(B) 0, read(B) 10, close(B) 00000000|
+32768|bni-A:wka-B|open(A) bni A, read(A) close(A) open(B) 0, read(B) 10, close(B) 00000000|
 32768|sok-A:psx-B|open(A) sok A, read(A) close(A) 33, 33000039,psx-B|
 32768|sok-A:B=35|open(A) sok A, read(A) close(A) open(B=35) 35, 35000000|
 32768|:::|33/34, 33000034,:::|
@@ -135,7 +186,11 @@ TEST(Files, GoTheirWay) {
         file.fcb.curmode != 0 ? file.close() : 0;
         printf("%s", file.seen().c_str());
         EXPECT_EQ(file.fcb.concat, nullptr);
+        EXPECT_NE(file.fcb.fsid, 2); // it has no server
         EXPECT_EQ(file.read() + file.fcb.deffsid, 47 + 12);
+        file.described.assignlen = 0;
+        EXPECT_EQ(file.open(), 95);
+        EXPECT_EQ(file.fcb.modhandle1, nullptr); // of an OPEN that failed before
     };
     std::string mode;
     for (std::string name, out, err; std::getline(cases >> std::ws, mode, '|');) {

@@ -158,6 +158,10 @@ TEST(UseProcedures, AreChosenByTheMode) {
     for (int status = 0; status < 100; ++status) {
         EXPECT_EQ(chosen(1, 0, 0, status, FCB_INVALID_KEY), status / 5 == 4 ? "" : "file");
         EXPECT_EQ(chosen(1, 0, 0, status, FCB_AT_END), status == 10 ? "" : "file");
+        UsedFile closed;
+        closed.fcb.status = static_cast<int16_t>(status);
+        _zorGenericClose(&closed.fcb, nullptr, FILE_USE_NO_TEXT);
+        EXPECT_EQ(used, status > 9 ? "file" : "");
     }
 }
 
@@ -175,19 +179,27 @@ TEST(FileErrors, EndTheRunWhereNobodyLooks) {
         errno = 7;
         file.fcb.use(file.block, usecode, file.program.ipcb);
     };
-    const std::string message =
-        "ZOR200S  START of file LEDGER-OF-THE-YEAR-2024-AND-MOR failed with "
-        "file status 96, and the program has neither FILE STATUS nor a USE "
-        "procedure for it. ";
+    static constexpr auto open = [] {
+        File file("zzz-F", "LEDGER-OF-THE-YEAR-2024-AND-MOR");
+        file.enter();
+        file.described.statusbase = file.described.status2base = nullptr;
+        file.open();
+    };
+    const std::string message = " of file LEDGER-OF-THE-YEAR-2024-AND-MOR failed with "
+                                "file status 96, and the program has neither FILE STATUS nor a USE "
+                                "procedure for it. ";
     const std::string refused = "The run-time refused it before a file system was called.";
     const std::string rest = ":0 errno=7 verb=10 last=2 file=LEDGER-OF-THE-YEAR-2024-AND-MOR\nFS1=";
     kit::expectChildren(
         {{"no text",
-          {.errHolds = message + "\nZOR901S ", .status = failure::kAborted},
+          {.errHolds = "ZOR200S  START" + message + "\nZOR901S ", .status = failure::kAborted},
           [] { run(96, 0, 0); }},
          {"text",
-          {.errHolds = message + refused + "\nZOR901S ", .status = failure::kAborted},
+          {.errHolds = "START" + message + refused + "\nZOR901S ", .status = failure::kAborted},
           [] { run(96, FILE_USE_REFUSED, 0); }},
+         {"text of OPEN",
+          {.errHolds = "OPEN" + message + refused + "\nZOR901S ", .status = failure::kAborted},
+          [] { open(); }},
          {"looks",
           {.environment = {{"VFS_DEBUG_ERROR", "1"}},
            .out = "taking at end!\n",

@@ -56,7 +56,7 @@ TEST_F(Groups, ResolveReferences) {
     std::vector<Resolved> cases = {
         {"PAY", "+" + all}, {"PAY(*)", "+" + all}, {"PAY(0)", "PAY.g0003v00"},
         {"PAY(+0)", "PAY.g0003v00"}, {"PAY(-1)", "PAY.g0002v00"}, {"PAY(1)", "PAY.g0002v00"},
-        {"PAY(2)", "PAY.g0001v00"}, {"PAY.g0002v00", "PAY.g0002v00"}, {"NEW", "+"},
+        {"PAY(2)", "PAY.g0001v00"}, {"PAY( -1)", "PAY.g0002v00"}, {"PAY.g0002v00", "PAY.g0002v00"}, {"NEW", "+"},
         {"D/PAY(1)", "D/PAY.g0002v00"}, {"A:PAY(-1)", "+A PAY.g0002v00"},
         {"PAY:A:PAY(*):NEW:NONE(1)", "+" + all + " A " + all + " NONE(1)"},
     };
@@ -125,6 +125,11 @@ TEST_F(Groups, LoseOldAndMissingGenerations) {
     EXPECT_EQ(resolve("PAY(+1)", "sys", 1), "PAY.g0006v00");
     EXPECT_EQ(entriesOf(kPay), (Entries{2, 3, 5, 6}));
     EXPECT_FALSE(fs::exists("PAY.g0001v00"));
+    Block odd = makeBlock(9, {0x8001});
+    odd[kEra] |= 0x7FFF; // bits of a number, which are none of an era
+    make("ODD", odd);
+    EXPECT_EQ(resolve("ODD(+1)", "sys", 1), "ODD.g0002v00");
+    EXPECT_EQ(entriesOf("ODD.catalogue"), (Entries{0x8001, 0x8002}));
 }
 
 // A group that is fit for use comes first: nothing of it must serve the next one.

@@ -133,3 +133,18 @@ TEST(GroupHistories, AreThoseOfTheModel) {
         }
     }
 }
+
+// What is not said, and what is not there.
+TEST(GroupOperations, KeepWhatTheyAreNotTold) {
+    const Place place;
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(gdgCreate("G", {0, -5, -1, -1}, "sys"));
+    EXPECT_EQ(read("G.catalogue"), makeBlock(255, {}, 0x02000002));
+    make("G", makeBlock(3, {1, 2, 3}, 1, 7));
+    kit::writeFile(file(9), "");
+    EXPECT_FALSE(gdgRemove("G.g0009v00", "sys")); // it is none of the group
+    EXPECT_EQ(read("G.catalogue"), makeBlock(3, {1, 2, 3}, 1, 7));
+    EXPECT_TRUE(gdgAlter("G", {0, -1, -1, -1}, ""));
+    EXPECT_EQ(read("G.catalogue"), makeBlock(255, {1, 2, 3}, 0x03000001, 7));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error: GDS G.g0009v00 not found.\n");
+}

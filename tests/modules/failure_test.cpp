@@ -84,7 +84,12 @@ TEST(Failure, WhatOpenRefuses) {
         CobolFile none(shapeOn(system), directory.path());
         EXPECT_EQ(none.open(FCB_INPUT), 37);
         CobolFile lost(shapeOn(system), directory.path() + "/no/such/place");
+        std::string extended(directory.path().size() + 20, '#');
+        auto *extendedAt = reinterpret_cast<uint8_t *>(extended.data());
+        lost.description().status2base = &extendedAt;
+        lost.description().status2len = static_cast<int16_t>(extended.size() - 1);
         EXPECT_EQ(lost.open(FCB_OUTPUT), 35);
+        EXPECT_EQ(extended, "000002," + directory.path() + "/no/such/pla#");
     }
 }
 
@@ -159,6 +164,30 @@ TEST(Failure, NoRoomForTheHead) {
         EXPECT_EQ(file.open(FCB_EXTEND), 0);
         EXPECT_EQ(file.close(), 0);
     }
+}
+
+// At the end of a run unit nobody asks for the status of a CLOSE.
+TEST(Failure, LossAtTheEndOfTheRunIsTold) {
+    const kit::TemporaryDirectory directory;
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    for (const char *system : {"lsq", "rsd"}) {
+        CobolFile file(shapeOn(system), directory.file("data"));
+        EXPECT_EQ(file.open(FCB_OUTPUT), 0);
+        for (int i = 0; i < 50; i++) {
+            EXPECT_EQ(file.write(std::string(200, 'x')), 0);
+        }
+        testing::internal::CaptureStderr();
+        const rlimit small{4096, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        file.fcb.closemode = FCB_CLOSE_NO_USE;
+        file.fcb.close(&file.fcb, nullptr);
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "TESTED: output could not be written: File too large\n");
+    }
+    signal(SIGXFSZ, SIG_DFL);
 }
 
 } // namespace

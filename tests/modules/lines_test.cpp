@@ -1,5 +1,9 @@
 // Line sequential files: what bytes a program's records become, and what records come of bytes.
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <thread>
+
 #include "modules/cobol_file.h"
 
 namespace {
@@ -135,6 +139,27 @@ TEST(Lines, RewriteKeepsTheLength) {
     EXPECT_EQ(statuses, (Statuses{43, 0, 44, 0, 0, 43, 6, 0, 0}));
     EXPECT_EQ(file.close(), 0);
     EXPECT_EQ(kit::readFile(path), "ab\nx  \nabcdEFG\n");
+}
+
+// A writer waits for the reader of its pipe, which gets all of it.
+TEST(Lines, GoThroughPipes) {
+    const Shape records = {.system = "rsd", .maxrec = 4};
+    for (const Shape &shape : {kLines, records}) {
+        const kit::TemporaryDirectory directory;
+        const std::string path = directory.file("pipe");
+        ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+        std::thread writer([&] {
+            CobolFile file(shape, path);
+            EXPECT_EQ(file.open(FCB_OUTPUT), 0);
+            EXPECT_EQ(file.write("abc"), 0);
+        });
+        usleep(20'000);
+        const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+        writer.join();
+        char text[8] = "";
+        EXPECT_EQ(read(reader, text, sizeof text), 4) << shape.system;
+        close(reader);
+    }
 }
 
 TEST(Lines, SeveralFilesAsOne) {

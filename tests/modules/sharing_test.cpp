@@ -71,10 +71,18 @@ TEST(Sharing, Claims) {
         EXPECT_EQ(first.open(FCB_INPUT), 0);
         EXPECT_EQ(first.readKey("aa"), 0); // a refused OUTPUT has emptied nothing
     }
+    // What waits in a writer's buffer would overwrite another's.
+    Shape records = all;
+    records.system = "rsd";
+    records.organization = 0;
+    CobolFile writer(records, directory.file("records"));
+    CobolFile other(records, directory.file("records"));
+    EXPECT_EQ(writer.open(FCB_OUTPUT) + writer.close() + writer.open(FCB_EXTEND), 0);
+    EXPECT_EQ(other.open(FCB_EXTEND), 61);
 }
 
 // What one open holds and another gets, as words: who (A, B), the verb (read, with Lock, with No
-// lock, reWrite, Erase, Unlock), the key, and the status.
+// lock, Sequential, reWrite, Erase, Unlock), the key, and the status.
 TEST(Sharing, RecordLocks) {
     struct Case {
         Shape shape;
@@ -85,7 +93,7 @@ TEST(Sharing, RecordLocks) {
          "ALaa00 Braa51 BNaa00 BWaa51 BEaa51 BLbb00 Arbb51 Braa51 ALcc00 Braa00 Arbb00 ALcc00 "
          "AWcc00 BWcc00"},
         {shapeWith(FILE_LOCK_MANUAL, FILE_SHARE_ALL, true),
-         "ALaa00 ALbb00 AWbb00 BEaa51 BEbb51 AU__00 BWaa00"},
+         "ALaa00 ALbb00 AWbb00 BEaa51 BEbb51 BS__51 BS__51 AU__00 BS__00 BWaa00"},
         {shapeWith(FILE_LOCK_AUTOMATIC, FILE_SHARE_ALL),
          "Araa00 Braa51 Brbb00 Arbb51 ANbb00 Braa00"}};
     for (const Case &test : cases) {
@@ -105,6 +113,7 @@ TEST(Sharing, RecordLocks) {
                                : step[1] == 'U' ? file.unlock()
                                                 : file.read(step[1] == 'L'   ? FCB_WITH_LOCK
                                                             : step[1] == 'N' ? FCB_NO_LOCK
+                                                            : step[1] == 'S' ? FCB_NEXT
                                                                              : 0);
             EXPECT_EQ(status, std::stoi(step.substr(4))) << step << " of " << test.steps;
         }

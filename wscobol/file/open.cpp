@@ -138,6 +138,7 @@ void finish(FCB &file, IPCB *ipcb, const FileDescription &description, Outcome o
     }
     if (outcome != Outcome::open) {
         closeVectors(file);
+        closeUnlockVector(file); // a module may have put its own there before it failed
         chooseDefaultFileSystem(file, description);
         dropList(file); // the name stays for whoever asks what could not be opened
         file.verb = FCB_VERB_OPEN;

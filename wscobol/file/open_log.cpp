@@ -17,10 +17,10 @@ void logFileEvent(FileEvent event, const FCB &file, const FileDescription &descr
     const bool concatenated = has(file.flags, FCB_CONCATENATED);
     // A list that is no concatenation stands for one generation of a group.
     const bool isGeneration = !concatenated && file.concat != nullptr;
-    fprintf(stderr, "%s %.3s-%.31s as '%.*s' %s %s FS1=%2.2d FS2=%d\n",
-            event == FileEvent::opening ? "Opening" : "Closing", file.fscode, description.filename,
-            static_cast<int>(name.size()), name.data(), concatenated ? "(concat)" : "",
-            isGeneration ? "(GDS)" : "", file.status, file.status2);
+    fprintf(stderr, "%s %c%c%c-%.31s as '%.*s' %s %s FS1=%2.2d FS2=%d\n",
+            event == FileEvent::opening ? "Opening" : "Closing", file.fscode[0], file.fscode[1],
+            file.fscode[2], description.filename, static_cast<int>(name.size()), name.data(),
+            concatenated ? "(concat)" : "", isGeneration ? "(GDS)" : "", file.status, file.status2);
 }
 
 } // namespace zor

@@ -141,6 +141,7 @@ bool gdgCreate(const char *name, const GroupChoices &choices, const char *code) 
         closeCatalogue(*context);
         return false;
     }
+    context->filesystem = systemOfFile(*context, context->basename);
     const int32_t days = daysFor(choices.days, context->filesystem);
     makeCatalogue(context->catalogue, limitFor(choices.limit), days, flagsFor(kScratch, choices),
                   context->filesystem);

@@ -159,7 +159,7 @@ Outcome resolve(GdgContext &context, const char *name, Mode mode, FileSystem giv
         return Outcome::failed;
     }
     memcpy(context.basename, base, strlen(base) + 1);
-    context.filesystem = fileSystemFor(context.basename, given);
+    context.filesystem = isOpen(given) && isOnServer(base) ? FileSystem::server : given;
     if (!cataloguePath(context.cataloguepath, context.basename, context.filesystem)) {
         return Outcome::failed;
     }
@@ -170,6 +170,7 @@ Outcome resolve(GdgContext &context, const char *name, Mode mode, FileSystem giv
     if (!openCatalogue(context)) {
         return Outcome::failed;
     }
+    context.filesystem = systemOfFile(context, context.basename);
     if (isOpen(context.filesystem)) {
         const FileSystem known = context.catalogue.filesystem;
         context.filesystem = isOpen(known) ? FileSystem::plain : known;
