@@ -300,7 +300,7 @@ CHILD_TEST(EngineFailures, StorageThatIsShort) {
     const std::string out = directory.file("out");
     Call call = largeCall(directory.path(), out);
     engine();
-    const rlim_t used = pagesMapped() * 4096;
+    const rlim_t used = rlim_t{pagesMapped()} * 4096;
     const auto limit = [](rlim_t bytes) {
         const rlimit both{bytes, RLIM_INFINITY};
         setrlimit(RLIMIT_AS, &both);

@@ -3,14 +3,13 @@
 #include "engine/sort_work.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <new>
 #include <sched.h>
 #include <sys/stat.h>
-#include <utility>
 
 #include "base/bits.h"
-#include "base/system_calls.h"
 #include "engine/active.h"
 #include "engine/signals.h"
 
