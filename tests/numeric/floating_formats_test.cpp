@@ -219,7 +219,8 @@ TEST(QuadOperations, AreThoseOfTheForm) {
     EXPECT_FALSE(std::signbit(static_cast<double>(_zorc_ABS_BFlt128(-0.0))));
     EXPECT_TRUE(_zorc_CONV_Uns8_To_BFlt128(~0ULL) + 1 == 0x1p64 &&
                 _zorc_CONV_Int8_To_BFlt128(INT64_MIN) == -0x1p63);
-    EXPECT_TRUE(_zorc_CONV_Uns4_To_BFlt128(~0U) + 1 == 0x1p32 && _zorc_CONV_Int4_To_BFlt128(-1) < 0);
+    EXPECT_TRUE(_zorc_CONV_Uns4_To_BFlt128(~0U) + 1 == 0x1p32 &&
+                _zorc_CONV_Int4_To_BFlt128(-1) < 0);
     EXPECT_EQ(_zorc_CONV_BFlt128_To_Uns4(0xFFFFFFFF.8p0), 0xFFFFFFFFU);
     EXPECT_EQ(_zorc_CONV_BFlt128_To_Uns8(0x1.8p63), 3ULL << 62);
     EXPECT_EQ(_zorc_CONV_BFlt128_To_Int8(-0x1p63), INT64_MIN);
