@@ -51,6 +51,7 @@ const ReadCase kReadCases[] = {
     {"1E39", 1e39, "", "53;"},            {"1E-46", 1e-46, "", "55;"},
     {"4.94065645841246544177E-324", 0x1p-1074, "", "55;"},
     {"1E99999999999", 0, "53;", "53;"},   {"1E-99999999999", 0, "55;", "55;"},
+    {"1000000000000000000000000000000000000000000000000000000000000000005E-66", 1}, // 67 digits
 };
 // clang-format on
 
@@ -88,6 +89,7 @@ TEST(ExternalFloat, DecimalTargets) {
     expect(usual, "1E-398", "", "0100000000000000");
     expect(usual, "1E385", "53;", "000000000000c031");
     expect(wide, "1.5E0", "", "0f000000000000000000000000003e30");
+    expect(wide, "0.0E0", "", "00000000000000000000000000003e30"); // no underflow
 }
 
 // ---- internal to external
@@ -168,6 +170,7 @@ TEST(HexadecimalFloat, BothWays) {
     } cases[] = {
         {0x41100000, 1}, {0xC1100000, -1}, {0x40800000, 0.5F}, {0, 0}, {0x80000000, 0}, {0x46000000, 0},
         {0x60FFFFFF, 0xFFFFFFp104F}, {0x61100000, 0, "53;"}, {0x7F100000, 0, "53;"},
+        {0x21300000, 0x1p-127F}, // without the leading bit
     };
     // clang-format on
     for (const auto &c : cases) {
@@ -195,18 +198,33 @@ TEST(HexadecimalFloat, BothWays) {
 
 // ---- 128-bit binary
 
-TEST(QuadOperations, AtTheirEdges) {
+TEST(QuadOperations, AreThoseOfTheForm) {
     heard::listen();
     const auto nan = static_cast<__float128>(std::nan(""));
+    for (const __float128 right : {__float128(2), __float128(-1) / 3, nan}) {
+        const __float128 left = 2;
+        EXPECT_TRUE(right != right || (_zorc_ADD_BFlt128(left, right) == left + right &&
+                                       _zorc_SUB_BFlt128(left, right) == left - right &&
+                                       _zorc_MPY_BFlt128(left, right) == left * right &&
+                                       _zorc_DIV_BFlt128(left, right) == left / right));
+        EXPECT_EQ(_zorc_EQU_BFlt128(left, right), left == right);
+        EXPECT_EQ(_zorc_NEQ_BFlt128(left, right), left != right);
+        EXPECT_TRUE(_zorc_GEQ_BFlt128(left, right) == (left >= right) &&
+                    _zorc_LEQ_BFlt128(right, left) == (right <= left));
+        EXPECT_TRUE(_zorc_GRT_BFlt128(left, right) == (left > right) &&
+                    _zorc_LES_BFlt128(left, right) == (left < right));
+    }
     EXPECT_TRUE(_zorc_DIV_BFlt128(-1, 0) == -HUGE_VAL && _zorc_DIV_BFlt128(-1, -0.0) == HUGE_VAL);
     EXPECT_TRUE(std::isnan(static_cast<double>(_zorc_DIV_BFlt128(0, 0))));
     EXPECT_FALSE(std::signbit(static_cast<double>(_zorc_ABS_BFlt128(-0.0))));
-    EXPECT_TRUE(_zorc_CONV_Uns8_To_BFlt128(~0ULL) + 1 == 0x1p64);
+    EXPECT_TRUE(_zorc_CONV_Uns8_To_BFlt128(~0ULL) + 1 == 0x1p64 &&
+                _zorc_CONV_Int8_To_BFlt128(INT64_MIN) == -0x1p63);
+    EXPECT_TRUE(_zorc_CONV_Uns4_To_BFlt128(~0U) + 1 == 0x1p32 &&
+                _zorc_CONV_Int4_To_BFlt128(-1) < 0);
     EXPECT_EQ(_zorc_CONV_BFlt128_To_Uns4(0xFFFFFFFF.8p0), 0xFFFFFFFFU);
+    EXPECT_EQ(_zorc_CONV_BFlt128_To_Uns8(0x1.8p63), 3ULL << 62);
     EXPECT_EQ(_zorc_CONV_BFlt128_To_Int8(-0x1p63), INT64_MIN);
-    EXPECT_EQ(_zorc_NEQ_BFlt128(nan, nan), 1);
-    EXPECT_EQ(_zorc_EQU_BFlt128(nan, nan) + _zorc_GEQ_BFlt128(nan, 1) + _zorc_LES_BFlt128(nan, 1),
-              0);
+    EXPECT_EQ(_zorc_CONV_BFlt128_To_Int4(-2.9), -2);
 }
 
 // ---- all of them

@@ -86,6 +86,7 @@ TEST(FloatingPower, IntegersBeyondDoubles) {
     const auto minusOne = static_cast<ZorDecimal128>(-1);
     EXPECT_TRUE(_zorExpDFloat16Int8(minusOne, kOdd, &count) == minusOne);
     EXPECT_EQ(_zorExpInt8Int8(kOdd, 1, &count), 9007199254740992.0);
+    EXPECT_EQ(_zorExpFloat8Float8(-1, 0x1p52 + 1, &count), -1);   // the last bit of its form
     EXPECT_TRUE(std::isinf(_zorExpFloat4Float4(10, 39, &count))); // a number in 64 bits
     EXPECT_EQ(heard::takeNumbers(), "58;");
     errno = EDOM;

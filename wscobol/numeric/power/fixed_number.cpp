@@ -55,7 +55,7 @@ bool FixedNumber::read(const char *text, int32_t digits, int32_t scale) {
         const int32_t place = kept - 1 - i;
         limbs[place / kLimbDigits] += fixedDigit(text[i]) * kPowers[place % kLimbDigits];
     }
-    return scale_ >= 0 && keepLeading(limbs, kRoom);
+    return keepLeading(limbs, kRoom);
 }
 
 bool FixedNumber::multiply(const FixedNumber &factor) {

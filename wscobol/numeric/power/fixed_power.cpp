@@ -233,7 +233,7 @@ void _zorcExpFixedPt(const ExpDescriptor *descriptor, const char *exponent, cons
         return;
     }
     const Digits digits(product, number.isNegative && (count & 1) != 0);
-    const bool isReciprocal = times.isNegative && count != 0;
+    const bool isReciprocal = times.isNegative;
     // Integer digits of the result; for a reciprocal 10^n or more, but below 10^(n + 1).
     int64_t whole = digits.count - digits.scale;
     if (isReciprocal) {
