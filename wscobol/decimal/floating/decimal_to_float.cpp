@@ -206,7 +206,8 @@ using namespace zor::decimal;
 
 #define ZOR_TO_FLOAT(name, Result, radix, Form, header)                                            \
     ZOR_WIDE(Passed<Result>, name, const uint8_t *source, int32_t sourceDigits, int32_t decs) {    \
-        return {toFloat<Result, Radix::radix, Form>(source, sourceDigits, decs, header)};          \
+        return Passed<Result>{                                                                     \
+            toFloat<Result, Radix::radix, Form>(source, sourceDigits, decs, header)};              \
     }
 ZOR_TO_FLOAT(_zorcBCD_CONV_Pckd_To_SFlt, ZorBinary32, binary, Packed,
              "packed to float ... prec %d decs %d\n")

@@ -47,11 +47,12 @@ using namespace zor::numval;
 
 #define ZOR_NUMVAL(name, T, way)                                                                   \
     ZOR_WIDE(Passed<T>, name, ZOR_TEXT, T *result) {                                               \
-        return {way<kNumval>(format, {string, length}, {nullptr, 0}, result)};                     \
+        return Passed<T>{way<kNumval>(format, {string, length}, {nullptr, 0}, result)};            \
     }
 #define ZOR_NUMVAL_C(name, T, way)                                                                 \
     ZOR_WIDE(Passed<T>, name, ZOR_TEXT_C, T *result) {                                             \
-        return {way<kNumvalC>(format, {string, length}, {currency, currencyLength}, result)};      \
+        return Passed<T>{                                                                          \
+            way<kNumvalC>(format, {string, length}, {currency, currencyLength}, result)};          \
     }
 #define ZOR_ALIAS(name, T, text, other) ZOR_WIDE_ALIAS(other, Passed<T>, name, text, T *result);
 #define ZOR_RESERVED(name, ...)                                                                    \
