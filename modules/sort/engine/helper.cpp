@@ -14,6 +14,7 @@ namespace zor::engine {
 namespace {
 
 constexpr std::size_t kStack = std::size_t{1} << 20;
+constexpr int kPatience = 1000; // looks at an event before sleeping, which costs as much as these
 
 long callFutex(std::atomic<uint32_t> &word, int operation, uint32_t value) {
     return syscall(SYS_futex, &word, operation, value, nullptr, nullptr, 0);
@@ -28,6 +29,9 @@ void Event::raise() {
 
 // A futex may wake without cause, by a signal for one.
 void Event::wait() {
+    for (int look = 0; look < kPatience && raised_ == 0; ++look) {
+        __builtin_ia32_pause();
+    }
     while (raised_.exchange(0) == 0) {
         callFutex(raised_, FUTEX_WAIT_PRIVATE, 0);
     }

@@ -21,7 +21,7 @@ constexpr uint64_t kLeastMemory = kMegabyte;
 constexpr uint64_t kMostMemory = 2047 * kMegabyte; // whose addresses differ by a signed word
 constexpr uint64_t kLeastRecords = 16;             // that memory has room for
 constexpr uint64_t kLeastBlock = uint64_t{1} << 16;
-constexpr uint64_t kMostBlock = kMegabyte / 4;
+constexpr uint64_t kMostBlock = kMegabyte; // so long that threads seldom wait for each other
 constexpr uint64_t kBlockShare = 16;
 
 // ---- what is sorted
