@@ -1,8 +1,9 @@
 // Entries are distributed by the bytes in which their prefixes differ, the foremost ones only and
 // no more at a time than will tell most of them apart; groups that these leave alike are
 // distributed again by what comes behind. Many entries go by one byte at a time, so that the groups
-// fit into the processor's caches from then on. Where prefixes are alike altogether, the next bytes
-// of the keys take their place for a while.
+// fit into the processor's caches from then on. Where prefixes begin alike and what follows would
+// tell few entries apart, the next bytes of the keys take the place of the common ones for a while:
+// of BRANCH01|2345 the first six give way, and BRANCH012345 goes by all its digits.
 #include "sort/entries.h"
 
 #include <algorithm>
@@ -37,16 +38,21 @@ private:
     void insert(Entry *entries, uint32_t count, uint32_t depth) const;
     void distribute(Entry *entries, uint32_t count, uint64_t mask) const;
     void orderRests(Entry *entries, uint32_t count, uint32_t depth) const;
+    void orderFurther(Entry *entries, uint32_t count, uint32_t depth, uint32_t alike) const;
 
     uint32_t rest_;
     Entry *spare_;
 };
 
+// How many bits tell most of so many entries apart.
+unsigned bitsFor(uint32_t count) {
+    return static_cast<unsigned>(std::bit_width(count)) + kSpareBits;
+}
+
 // The foremost bytes of the prefix to go by, as a mask, for so many entries that differ in these
 // bits.
 uint64_t bytesToGoBy(uint64_t differing, uint32_t count) {
-    const unsigned wanted =
-        count > kInCache ? 1 : static_cast<unsigned>(std::bit_width(count)) + kSpareBits;
+    const unsigned wanted = count > kInCache ? 1 : bitsFor(count);
     uint64_t mask = 0;
     for (unsigned bits = 0; bits < wanted && differing != 0;) {
         const auto shift = (std::bit_width(differing) - 1U) / kByteBits * kByteBits;
@@ -97,25 +103,30 @@ void Ordering::distribute(Entry *entries, uint32_t count, uint64_t mask) const {
     }
 }
 
-// Orders entries whose prefixes are alike.
+// Orders entries whose prefixes are alike by what is left of their rests.
 void Ordering::orderRests(Entry *entries, uint32_t count, uint32_t depth) const {
-    if (depth == rest_) {
-        return;
-    }
-    if (depth >= kDeepest) {
-        std::sort(entries, entries + count, [&](const Entry &left, const Entry &right) {
-            const int order = memcmp(left.item + depth, right.item + depth, rest_ - depth);
-            return order != 0 ? order < 0 : left.item > right.item;
-        });
-        return;
-    }
-    const uint64_t prefix = entries->prefix;
+    std::sort(entries, entries + count, [&](const Entry &left, const Entry &right) {
+        const int order = memcmp(left.item + depth, right.item + depth, rest_ - depth);
+        return order != 0 ? order < 0 : left.item > right.item;
+    });
+}
+
+// Orders entries whose prefixes have this many of their first bytes in common, from 1 to all. Twice
+// half the bits, because a number is not shifted by all its bits at once.
+void Ordering::orderFurther(Entry *entries, uint32_t count, uint32_t depth, uint32_t alike) const {
+    const uint32_t taken = std::min(alike, rest_ - depth);
+    const unsigned half = taken * kByteBits / 2;
+    const uint64_t low = entries->prefix << half << half >> half >> half;
+    const uint64_t common = entries->prefix ^ low;
+    const uint32_t from = std::min(depth, rest_ - kPrefix);
     for (uint32_t at = 0; at < count; ++at) {
-        entries[at].prefix = prefixAt(entries[at].item + depth);
+        Entry &entry = entries[at];
+        const uint64_t next = prefixAt(entry.item + from) << (depth - from) * kByteBits;
+        entry.prefix = entry.prefix << half << half | next >> (kPrefix - taken) * kByteBits;
     }
-    order(entries, count, depth + kPrefix);
+    order(entries, count, depth + taken);
     for (uint32_t at = 0; at < count; ++at) {
-        entries[at].prefix = prefix;
+        entries[at].prefix = common | entries[at].prefix >> half >> half;
     }
 }
 
@@ -128,8 +139,16 @@ void Ordering::order(Entry *entries, uint32_t count, uint32_t depth) const {
     for (uint32_t at = 1; at < count; ++at) {
         differing |= entries[at].prefix ^ entries[0].prefix;
     }
+    const auto alike = static_cast<uint32_t>(std::countl_zero(differing)) / kByteBits;
+    const bool tellsFew = static_cast<unsigned>(std::popcount(differing)) < bitsFor(count);
+    if (depth < rest_ && depth < kDeepest && alike != 0 && tellsFew) {
+        orderFurther(entries, count, depth, alike);
+        return;
+    }
     if (differing == 0) {
-        orderRests(entries, count, depth);
+        if (depth < rest_) {
+            orderRests(entries, count, depth);
+        }
         return;
     }
     const uint64_t mask = bytesToGoBy(differing, count);
