@@ -111,24 +111,14 @@ bool isAlone(int descriptor) {
 
 // The lock is asked for again and again rather than waited for: its holder may be a file of this
 // very program whose verb a signal broke off, and the end of the run closes one after the other.
-VerbLock::VerbLock(int descriptor, bool shared, bool writable)
-    : descriptor_(shared ? descriptor : -1), held_(true) {
-    if (!shared) {
-        return;
-    }
+bool VerbLock::take(int descriptor, bool writable) {
     for (int i = 0; i < kVerbTries; i++) {
         if (setLock(descriptor, writable ? F_WRLCK : F_RDLCK, kVerbByte, 1)) {
-            return;
+            return true;
         }
         pause(kVerbPause);
     }
-    held_ = false;
-}
-
-VerbLock::~VerbLock() {
-    if (descriptor_ >= 0 && held_) {
-        setLock(descriptor_, F_UNLCK, kVerbByte, 1);
-    }
+    return false;
 }
 
 } // namespace zor::modules

@@ -5,6 +5,7 @@
 #define ZOR_MODULES_CORE_FILE_CLAIMS_H
 
 #include <cstdint>
+#include <fcntl.h>
 
 #include "core/outcome.h"
 #include "fcb.h"
@@ -46,15 +47,23 @@ bool othersHold(int descriptor, int64_t start);
 class VerbLock {
 public:
     // Without the right to write, just writers are kept out.
-    VerbLock(int descriptor, bool shared, bool writable);
-    ~VerbLock();
+    VerbLock(int descriptor, bool shared, bool writable)
+        : descriptor_(descriptor), held_(!shared || take(descriptor, writable)), shared_(shared) {}
+    ~VerbLock() {
+        if (shared_ && held_) {
+            setLock(descriptor_, F_UNLCK, kVerbByte, 1);
+        }
+    }
     VerbLock(const VerbLock &) = delete;
     VerbLock &operator=(const VerbLock &) = delete;
     bool held() const { return held_; }
 
 private:
+    static bool take(int descriptor, bool writable);
+
     int descriptor_;
     bool held_;
+    bool shared_;
 };
 
 } // namespace zor::modules

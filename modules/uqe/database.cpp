@@ -405,23 +405,6 @@ void bind(sqlite3_stmt *statement, int index, std::span<const uint8_t> bytes) {
     sqlite3_bind_blob(statement, index, data, static_cast<int>(bytes.size()), SQLITE_STATIC);
 }
 
-// The value is asked, not the column: each question of a column looks whether storage ran out.
-std::span<const uint8_t> columnOf(sqlite3_stmt *statement, int column) {
-    sqlite3_value *value = sqlite3_column_value(statement, column);
-    const auto *data = static_cast<const uint8_t *>(sqlite3_value_blob(value));
-    const int bytes = sqlite3_value_bytes(value);
-    return {data, data != nullptr ? static_cast<std::size_t>(bytes) : 0};
-}
-
-Outcome giveRecord(const UqeFile &file, std::span<const uint8_t> record, FCB &fcb) {
-    if (record.size() > static_cast<std::size_t>(file.maxrec)) {
-        return kDamaged;
-    }
-    memcpy(fcb.data, record.data(), record.size());
-    fcb.reclen = static_cast<int32_t>(record.size());
-    return kDone;
-}
-
 Outcome makeChange(UqeFile &file, Change change, int64_t number, std::span<const uint8_t> record) {
     Outcome outcome = beginChange(file, record.size());
     if (!outcome.good()) {

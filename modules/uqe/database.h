@@ -6,6 +6,7 @@
 #ifndef ZOR_MODULES_UQE_DATABASE_H
 #define ZOR_MODULES_UQE_DATABASE_H
 
+#include <cstring>
 #include <sqlite3.h>
 
 #include "core/numbered_file.h"
@@ -68,10 +69,24 @@ Outcome step(UqeFile &file, sqlite3_stmt *statement);
 Outcome run(UqeFile &file, sqlite3_stmt *statement);
 
 void bind(sqlite3_stmt *statement, int index, std::span<const uint8_t> bytes);
-std::span<const uint8_t> columnOf(sqlite3_stmt *statement, int column);
+
+// The value is asked, not the column: each question of a column looks whether storage ran out.
+inline std::span<const uint8_t> columnOf(sqlite3_stmt *statement, int column) {
+    sqlite3_value *value = sqlite3_column_value(statement, column);
+    const auto *data = static_cast<const uint8_t *>(sqlite3_value_blob(value));
+    const int bytes = sqlite3_value_bytes(value);
+    return {data, data != nullptr ? static_cast<std::size_t>(bytes) : 0};
+}
 
 // Gives a row's record to the block.
-Outcome giveRecord(const UqeFile &file, std::span<const uint8_t> record, FCB &fcb);
+inline Outcome giveRecord(const UqeFile &file, std::span<const uint8_t> record, FCB &fcb) {
+    if (record.size() > static_cast<std::size_t>(file.maxrec)) {
+        return kDamaged;
+    }
+    memcpy(fcb.data, record.data(), record.size());
+    fcb.reclen = static_cast<int32_t>(record.size());
+    return kDone;
+}
 
 // Makes a change that lasts when it comes back good.
 Outcome makeChange(UqeFile &file, Change change, int64_t number, std::span<const uint8_t> record);

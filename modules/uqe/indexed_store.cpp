@@ -320,11 +320,6 @@ Outcome walkOn(UqeFile &file) {
     return outcome;
 }
 
-Row rowOf(const UqeFile &file) {
-    const bool prime = file.indexed->walkedKey == 0;
-    return {columnOf(file.walk, 0), prime ? 0 : sqlite3_column_int64(file.walk, 1)};
-}
-
 bool hasEqual(UqeFile &file, int keyref, const KeyValue &key, int64_t sequence, bool behind) {
     sqlite3_stmt *probe =
         behind ? statementOf(file, slotOf(keyref, kProbeBehind),

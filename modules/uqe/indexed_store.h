@@ -49,7 +49,10 @@ void leaveRow(UqeFile &file);
 // One step on in the walk at hand.
 Outcome walkOn(UqeFile &file);
 // The row where the walk is. Its record lasts until the next step.
-Row rowOf(const UqeFile &file);
+inline Row rowOf(const UqeFile &file) {
+    const bool prime = file.indexed->walkedKey == 0;
+    return {columnOf(file.walk, 0), prime ? 0 : sqlite3_column_int64(file.walk, 1)};
+}
 
 // Whether another entry with that key comes behind the sequence number, or ahead of it.
 bool hasEqual(UqeFile &file, int keyref, const KeyValue &key, int64_t sequence, bool behind);
