@@ -27,9 +27,9 @@ struct Program {
     IPCB ipcb{};
 };
 
-void runProcess(const char *path) {
+void runProcess(const char *path, const char *argument) {
     pid_t child = 0;
-    char *const arguments[] = {const_cast<char *>(path), nullptr};
+    char *const arguments[] = {const_cast<char *>(path), const_cast<char *>(argument), nullptr};
     if (posix_spawn(&child, path, nullptr, nullptr, arguments, environ) != 0) {
         abort();
     }
@@ -67,10 +67,10 @@ ZOR_BENCH(runUnit) {
     bench::row("activation of a linked program", activation, "thread, start to end", thread);
 }
 
-double process(const char *path) {
+double process(const char *path, const char *argument = nullptr) {
     return bench::nanoseconds([=](unsigned times) {
         while (times-- > 0) {
-            runProcess(path);
+            runProcess(path, argument);
         }
     });
 }
@@ -81,6 +81,8 @@ ZOR_BENCH(processes) {
                process(MINIMAL_PLAIN));
     bench::row("process, minimal program", ours, "process with setlocale and catopen",
                process(MINIMAL_CATALOGUE));
+    bench::row("process, minimal program", ours, "process with these and the unwinder",
+               process(MINIMAL_CATALOGUE, "libgcc_s.so.1"));
 }
 
 } // namespace

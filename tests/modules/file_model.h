@@ -116,7 +116,7 @@ public:
         return status;
     }
 
-    int rewrite(const std::string &data, uint32_t relative) {
+    int rewrite(std::string data, uint32_t relative) {
         if (mode_ != FCB_IO) {
             return 49;
         }
@@ -124,9 +124,12 @@ public:
         if (!named() && !current) {
             return 43;
         }
-        if (!fits(data) || (sequential() && data.size() != rows_[current_].record.size())) {
+        const std::size_t old = sequential() ? rows_[current_].record.size() : data.size();
+        const bool lines = shape_.system == "lsq"; // whose text may be shorter by blanks
+        if (!fits(data) || data.size() > old || (data.size() < old && !lines)) {
             return 44;
         }
+        data.resize(old, ' ');
         std::string prime = named() ? keyOf(relative) : current_;
         if (indexed()) {
             prime = data.substr(0, shape_.keys[0].length);
