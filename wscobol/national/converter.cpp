@@ -1,3 +1,5 @@
+// ICU's converters, with what its rules lack for items of a program: a character that the end cuts
+// is told, not replaced, and a target that is just full is not too small.
 #include "national/converter.h"
 
 #include <algorithm>
@@ -125,12 +127,6 @@ int32_t ccsidOf(const UConverter &converter) {
 
 int32_t maxCharacterBytes(const UConverter &converter) {
     return icuConversion()->ucnv_getMaxCharSize(&converter);
-}
-
-CodePageName nameOf(const UConverter &converter) {
-    UErrorCode status = U_ZERO_ERROR;
-    const char *const name = icuConversion()->ucnv_getName(&converter, &status);
-    return systemCodePageName(name != nullptr ? name : "");
 }
 
 } // namespace zor

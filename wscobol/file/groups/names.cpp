@@ -143,7 +143,8 @@ bool isOnServer(const char *name) {
 bool cataloguePath(Name &target, const char *base, FileSystem system) {
     const NameParts parts = partsOf(base);
     if (isLocal(system)) {
-        return compose(target, sizeof target, "%.*s/%s.catalogue", ZOR_PARTS(parts));
+        return compose(target, sizeof target, "%.*s/%s.catalogue", parts.directoryLength,
+                       parts.directory, parts.last);
     }
     Name component;
     const bool known =
