@@ -1,3 +1,4 @@
+// Sixteen places at once: those whose first and last bytes both fit are few, and are looked at.
 #include "text/byte_search.h"
 
 namespace zor {

@@ -1,3 +1,5 @@
+// What INSPECT does with signs: an embedded one is taken out of a copy, one of its own is left out.
+// Statements without signs copy nothing.
 #include "text/inspect/clause.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Normal forms and comparisons by the type of a key. -12 packed, 01 2D, becomes D0 12 with its sign
+// in front, and its complement 2F ED, which is below that of every greater number.
 #include "text/search/key.h"
 
 #include <algorithm>
