@@ -7,14 +7,12 @@
 #include <cstring>
 
 #include "base/bits.h"
+#include "base/ebcdic.h"
 #include "national.h"
 
 namespace zor {
 namespace {
 
-constexpr uint8_t kEbcdicZero = 0xF0;
-constexpr uint8_t kEbcdicBlank = 0x40;
-constexpr uint8_t kEbcdicMinus = 0x60;
 constexpr std::size_t kDigits = 6;
 
 constexpr FileDescription kNoDescription{};

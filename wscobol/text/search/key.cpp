@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/bits.h"
+#include "base/ebcdic.h"
 #include "decimal/bytes.h"
 #include "decimal/digits.h"
 #include "search_all.h"
@@ -16,8 +17,6 @@ namespace {
 constexpr uint8_t kDigitPart = 0x0F;
 constexpr uint8_t kZonePart = 0xF0;
 constexpr uint8_t kAsciiZone = 0x30;
-constexpr uint8_t kEbcdicBlank = 0x40;
-constexpr uint8_t kEbcdicMinus = 0x60;
 constexpr uint8_t kEbcdicNegativeZone = 0xD0;
 constexpr uint8_t kAsciiNegativeBit = 0x40;
 constexpr uint8_t kSignBit = 0x80;
