@@ -11,13 +11,12 @@
 
 #include "base/environment.h"
 #include "file/groups/catalogue.h"
+#include "file/server_name.h"
 
 namespace zor::groups {
 namespace {
 
-constexpr char kServerPrefix[] = "/.:/kots/gyp/";
-constexpr std::size_t kServerNameLength = 14; // a name on the server is longer
-constexpr std::size_t kAbsoluteLength = 9;    // of ".gnnnnv00"
+constexpr std::size_t kAbsoluteLength = 9; // of ".gnnnnv00"
 constexpr int kDecimal = 10;
 
 bool fail(int code) {
@@ -136,8 +135,7 @@ bool generationName(Name &target, const char *base, int32_t number) {
 }
 
 bool isOnServer(const char *name) {
-    return strncmp(name, kServerPrefix, sizeof kServerPrefix - 1) == 0 &&
-           strlen(name) > kServerNameLength;
+    return isServerName(name);
 }
 
 bool cataloguePath(Name &target, const char *base, FileSystem system) {
