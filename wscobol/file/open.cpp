@@ -21,10 +21,6 @@ constexpr int16_t kAbsent = 5;
 
 enum class Outcome : uint8_t { open, refused, failedInModule };
 
-bool isFailure(const FCB &file) {
-    return file.status > 9;
-}
-
 bool isConcatenated(const FCB &file) {
     return has(file.flags, FCB_CONCATENATED);
 }

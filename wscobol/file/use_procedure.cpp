@@ -18,7 +18,6 @@ namespace {
 constexpr int16_t kAtEnd = 10;
 constexpr int16_t kFirstInvalidKey = 20;
 constexpr int16_t kLastInvalidKey = 24;
-constexpr int16_t kFirstPermanentError = 30;
 constexpr int32_t kTextBytes = 80;
 
 const char *errorText(const FCB &file) {
