@@ -24,8 +24,9 @@ struct Target {
     Rounding rounding;
 };
 
-inline constexpr int32_t kSpareDigits = 34;       // what a value may have above the target's digits
-inline constexpr int32_t kMostDigits = 1'000'000; // more digits or decs than this make no difference
+inline constexpr int32_t kSpareDigits = 34; // what a value may have above the target's digits
+inline constexpr int32_t kMostDigits =
+    1'000'000; // more digits or decs than this make no difference
 
 inline constexpr int32_t kWordPowers = 20; // of ten, that fit 64 bits
 inline constexpr auto kPowersOfTen = powersOfTen<uint64_t, kWordPowers>();
