@@ -74,8 +74,7 @@ bool serverComponent(Name &target, const char *base) {
         return server != nullptr && compose(target, sizeof target, "%s", partsOf(server).last);
     }
     Name directory;
-    const NameParts parts = partsOf(base);
-    return compose(directory, sizeof directory, "%.*s", parts.directoryLength, parts.directory) &&
+    return composeDirectory(directory, sizeof directory, partsOf(base)) &&
            compose(target, sizeof target, "%s", partsOf(directory).last);
 }
 
@@ -105,6 +104,10 @@ NameParts partsOf(const char *name) {
     const char *slash = strrchr(name, '/');
     return slash == nullptr ? NameParts{".", 1, name}
                             : NameParts{name, static_cast<int>(slash - name), slash + 1};
+}
+
+bool composeDirectory(char *target, std::size_t size, const NameParts &parts) {
+    return compose(target, size, "%.*s", parts.directoryLength, parts.directory);
 }
 
 bool parseReference(const char *text, Name &base, Reference &reference) {
@@ -145,11 +148,10 @@ bool cataloguePath(Name &target, const char *base, FileSystem system) {
                        parts.directory, parts.last);
     }
     Name component;
-    const bool known =
-        system == FileSystem::server ? serverComponent(component, base)
-        : system == FileSystem::database
-            ? databaseComponent(component)
-            : compose(component, sizeof component, "%.*s", parts.directoryLength, parts.directory);
+    const bool known = system == FileSystem::server ? serverComponent(component, base)
+                       : system == FileSystem::database
+                           ? databaseComponent(component)
+                           : composeDirectory(component, sizeof component, parts);
     const char *directory = settingOf("gdg_home");
     const char *home = directory == nullptr ? settingOf("HOME") : directory;
     return ((known && home != nullptr) || fail(EINVAL)) &&
