@@ -10,6 +10,7 @@
 #include "core/opening.h"
 #include "file.h"
 #include "file/status_areas.h"
+#include "file/statuses.h"
 #include "proccom.h"
 
 namespace zor::modules {

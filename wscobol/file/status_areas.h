@@ -11,14 +11,6 @@
 
 namespace zor {
 
-// Statuses of verbs that failed, and those of which no phrase of a statement takes care.
-inline constexpr int16_t kFirstFailure = 10;
-inline constexpr int16_t kFirstPermanentError = 30;
-
-inline bool isFailure(const FCB &file) {
-    return file.status >= kFirstFailure;
-}
-
 // The description that counts for a verb of the program: its own, where programs share the block of
 // an EXTERNAL file. One that describes nothing where the block has none.
 const FileDescription &descriptionOf(const FCB &file, const IPCB *ipcb);
