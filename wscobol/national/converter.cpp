@@ -41,8 +41,7 @@ void substituteFromNational(const void *context, UConverterFromUnicodeArgs *argu
 
 // A length that the address space has room for.
 template <class Unit> int32_t pinned(const Unit *address, int32_t length) {
-    const std::size_t room =
-        (UINTPTR_MAX - reinterpret_cast<std::uintptr_t>(address)) / sizeof *address;
+    const std::size_t room = (UINTPTR_MAX - reinterpret_cast<uintptr_t>(address)) / sizeof *address;
     return static_cast<int32_t>(std::min<std::size_t>(static_cast<std::size_t>(length), room));
 }
 
