@@ -102,6 +102,7 @@ enum { FILE_FIXED = 0, FILE_VARIABLE = 1 };
 /* Low three bits of FileDescription.lockmode and, for sharing, of statusflags. */
 enum { FILE_LOCK_NONE = 0, FILE_LOCK_MANUAL = 1, FILE_LOCK_AUTOMATIC = 2, FILE_LOCK_EXCLUSIVE = 3 };
 enum { FILE_SHARE_DEFAULT = 0, FILE_SHARE_NONE = 1, FILE_SHARE_READ = 2, FILE_SHARE_ALL = 3 };
+enum { FILE_MODE_MASK = 0x07 };
 
 /* Bits of FileDescription.statusflags above the share mode. */
 enum {

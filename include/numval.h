@@ -14,9 +14,11 @@
  *   151  more than 62 digits in a native text or 63 in a national one: the others are left out, and
  *        the value is that of the text without them
  *   152  a character that may not stand where it stands, with its position from 1: a text ends
- * ahead of it, but a currency that is not the right one is passed over 155  a currency string that
- * begins or ends with a blank, or holds a sign, a comma, a point or a digit, with the position from
- * 1 in bytes: the text is scanned all the same The forms for native texts leave errno at 0.
+ *        ahead of it, but a currency that is not the right one is passed over
+ *   155  a currency string that begins or ends with a blank, or holds a sign, a comma, a point or a
+ *        digit, with the position from 1 in bytes: the text is scanned all the same
+ *
+ * The forms for native texts leave errno at 0.
  *
  * 128-bit results are returned where a hidden first argument points, which the function pops; see
  * decimal_convert.h for the types. */

@@ -171,8 +171,8 @@ ZOR_EXPORT void _zorCleanUp(void);
  * is active: the caller looks at IPCB.ent. */
 ZOR_EXPORT void _zorCloseReset(IPCB *ipcb);
 
-/* Copies length bytes of name into buffer and ends the copy with a zero byte in place of its
- * first blank, or behind it when it has none; buffer holds length + 1 bytes. */
+/* Copies name up to its first blank, or its length bytes when it has none, into buffer, and puts a
+ * zero byte behind; buffer holds length + 1 bytes. */
 ZOR_EXPORT void _zorMoveMethodName(char *buffer, const char *name, uint32_t length);
 
 ZOR_END_C

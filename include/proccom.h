@@ -170,13 +170,14 @@ ZOR_EXPORT void _zorAbort(int32_t cored);
 /* Storage, 16-byte aligned; on exhaustion issues message msgno with flags and returns 0. */
 ZOR_EXPORT void *_zorMalloc(uint32_t size, int32_t msgno, uint32_t flags);
 
-/* Storage of size bytes, 16-byte aligned, zeroed for mode 1; 0 when size and extra are both 0. */
+/* Storage of size bytes, 16-byte aligned, zeroed for mode 1; 0 when size and extra are both 0, and
+ * without a message when storage is exhausted. */
 ZOR_EXPORT void *_zorcalloc(int32_t mode, uint32_t size, uint32_t extra);
 
-/* Storage of size bytes, 16-byte aligned. */
+/* Storage of size bytes, 16-byte aligned; 0, without a message, when storage is exhausted. */
 ZOR_EXPORT void *_Tvq_mem_alloc(uint32_t size);
 
-/* Frees storage that one of the three above gave. */
+/* Frees storage that one of the three above gave; 0 is allowed. */
 ZOR_EXPORT void _zorcfree(void *block);
 ZOR_EXPORT void _Tvq_mem_free(void *block);
 

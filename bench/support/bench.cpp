@@ -1,3 +1,4 @@
+// How a benchmark measures and prints: the best of several samples, each long enough for the clock.
 #include "support/bench.h"
 
 #include <algorithm>

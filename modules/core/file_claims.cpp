@@ -17,8 +17,6 @@ constexpr int64_t kClaimPause = 2'000'000; // nanoseconds
 constexpr int64_t kVerbPause = 50'000;     // nanoseconds
 constexpr int kVerbTries = 10 * 1000 * 20; // some ten seconds
 
-constexpr uint8_t kModeBits = 0x07;
-
 void pause(int64_t nanoseconds) {
     const timespec time{0, static_cast<long>(nanoseconds)};
     nanosleep(&time, nullptr);
@@ -58,11 +56,11 @@ int shareOf(const FileDescription &description, uint16_t mode) {
     if (description.lockinfo == 0) {
         return byDefault;
     }
-    const int lock = description.lockmode & kModeBits;
+    const int lock = description.lockmode & FILE_MODE_MASK;
     if (lock == FILE_LOCK_EXCLUSIVE) {
         return FILE_SHARE_NONE;
     }
-    const int share = description.statusflags & kModeBits;
+    const int share = description.statusflags & FILE_MODE_MASK;
     if (share != FILE_SHARE_DEFAULT) {
         return share;
     }

@@ -9,8 +9,6 @@
 namespace zor::modules {
 namespace {
 
-constexpr uint8_t kModeBits = 0x07;
-
 int64_t byteOf(int64_t record) {
     return kRecordRegion + (record & kRecordBytes);
 }
@@ -18,7 +16,7 @@ int64_t byteOf(int64_t record) {
 } // namespace
 
 void RecordLocks::set(int fileDescriptor, const FileDescription &description, bool shared) {
-    const int mode = description.lockmode & kModeBits;
+    const int mode = description.lockmode & FILE_MODE_MASK;
     descriptor = fileDescriptor;
     inForce = shared && description.lockinfo != 0;
     automatic = mode == FILE_LOCK_AUTOMATIC;

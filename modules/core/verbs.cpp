@@ -10,6 +10,7 @@
 #include "core/opening.h"
 #include "file.h"
 #include "file/status_areas.h"
+#include "file/statuses.h"
 #include "proccom.h"
 
 namespace zor::modules {
@@ -97,7 +98,7 @@ void readVerb(FCB *fcb, IPCB *ipcb) {
     const Outcome outcome =
         runVerb(*fcb, FCB_VERB_READ, [fcb](OpenFile &file) { return readRecord(file, *fcb); });
     if (outcome.status == kEndOfFile.status && stepToNextMember(*fcb, ipcb)) {
-        if (fcb->status < 10) {
+        if (!isFailure(*fcb)) {
             fcb->read(fcb, ipcb);
         }
         fcb->verb = fcb->lastverb = FCB_VERB_READ;

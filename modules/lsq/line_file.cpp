@@ -6,8 +6,9 @@
 #include <unistd.h>
 
 #include "core/open_file.h"
+#include "core/placed_write.h"
 #include "core/read_window.h"
-#include "lines_out.h"
+#include "lsq/lines_out.h"
 
 namespace zor::modules {
 namespace {
@@ -134,12 +135,12 @@ Outcome rewriteLine(OpenFile &opened, FCB &fcb) {
         memset(fcb.data + stored, ' ', file.length - stored);
     }
     const std::span<const uint8_t> line(fcb.data, file.length);
-    if (pwrite(file.descriptor, line.data(), line.size(), file.current) !=
-        static_cast<ssize_t>(line.size())) {
-        return failureOf(errno);
+    const Outcome outcome = putAt(file, line, file.current);
+    if (!outcome.good()) {
+        return outcome;
     }
     file.window.patch(file.current, line);
-    return file.sync == Sync::Disk && fdatasync(file.descriptor) != 0 ? failureOf(errno) : kDone;
+    return syncChange(file);
 }
 
 } // namespace

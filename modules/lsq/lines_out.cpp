@@ -3,7 +3,7 @@
 //
 // A file with LINAGE has no form feeds: its pages are counted lines, top and bottom margin
 // included.
-#include "lines_out.h"
+#include "lsq/lines_out.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,8 +11,6 @@
 namespace zor::modules {
 namespace {
 
-constexpr uint8_t kLinage = 0x80;
-constexpr uint8_t kFooting = 0x40;
 constexpr int32_t kMostLines = INT16_MAX; // of an advance, and of each part of a page
 
 constexpr uint8_t kNone = 0;
@@ -108,8 +106,8 @@ uint8_t *put(uint8_t *target, int32_t feeds, uint8_t control) {
 bool LinesOut::acquire(const OpenFile &file, bool open) {
     constexpr std::size_t kMostFeeds = 4 * (kMostLines + 1) * 2;
     open_ = open;
-    linage_ = has(file.description->linageflags, kLinage);
-    footing_ = has(file.description->linageflags, kFooting);
+    linage_ = has(file.description->linageflags, FILE_LINAGE);
+    footing_ = has(file.description->linageflags, FILE_FOOTING);
     return buffer_.acquire(file, static_cast<std::size_t>(file.maxrec) + kMostFeeds);
 }
 

@@ -9,6 +9,7 @@
 
 #include "core/open_file.h"
 #include "core/output_buffer.h"
+#include "core/placed_write.h"
 #include "core/read_window.h"
 
 namespace zor::modules {
@@ -40,12 +41,6 @@ uint32_t prefixAt(const uint8_t *bytes) {
 
 Outcome endOfFile(const PlainFile &file) {
     return file.window.error() != 0 ? failureOf(file.window.error()) : kEndOfFile;
-}
-
-Outcome putAt(const PlainFile &file, std::span<const uint8_t> bytes, int64_t offset) {
-    const ssize_t done = pwrite(file.descriptor, bytes.data(), bytes.size(), offset);
-    return done == static_cast<ssize_t>(bytes.size()) ? kDone
-                                                      : failureOf(done < 0 ? errno : ENOSPC);
 }
 
 // Completes the last record with blanks.
@@ -203,10 +198,7 @@ Outcome rewritePlain(OpenFile &opened, FCB &fcb) {
     const std::span<const uint8_t> record(fcb.data, static_cast<std::size_t>(length));
     const Outcome outcome = putAt(file, record, file.current);
     file.window.patch(file.current, record);
-    if (outcome.good() && file.sync == Sync::Disk && fdatasync(file.descriptor) != 0) {
-        return failureOf(errno);
-    }
-    return outcome;
+    return outcome.good() ? syncChange(file) : outcome;
 }
 
 } // namespace

@@ -5,9 +5,10 @@
 #include <unistd.h>
 
 #include "core/numbered_file.h"
+#include "core/placed_write.h"
 #include "core/read_window.h"
 #include "proccom.h"
-#include "slot_layout.h"
+#include "records/slot_layout.h"
 
 namespace zor::modules {
 namespace {
@@ -31,12 +32,9 @@ bool servesSlots(const FileDescription &description) {
     return description.organization == 0 || description.organization == FILE_RELATIVE;
 }
 
-Outcome putAt(SlotFile &file, const uint8_t *bytes, std::size_t length, int64_t offset) {
-    const ssize_t done = pwrite(file.descriptor, bytes, length, offset);
-    if (done != static_cast<ssize_t>(length)) {
-        return failureOf(done < 0 ? errno : ENOSPC);
-    }
-    return file.sync == Sync::Disk && fdatasync(file.descriptor) != 0 ? failureOf(errno) : kDone;
+Outcome putAndSync(const SlotFile &file, std::span<const uint8_t> bytes, int64_t offset) {
+    const Outcome outcome = putAt(file, bytes, offset);
+    return outcome.good() ? syncChange(file) : outcome;
 }
 
 SlotFileHead headOf(const SlotFile &file) {
@@ -53,8 +51,9 @@ Outcome settleHead(SlotFile &file) {
     const SlotFileHead mine = headOf(file);
     if (file.size == 0) {
         const Outcome outcome =
-            file.updates() ? putAt(file, reinterpret_cast<const uint8_t *>(&mine), sizeof mine, 0)
-                           : kDone;
+            file.updates()
+                ? putAndSync(file, {reinterpret_cast<const uint8_t *>(&mine), sizeof mine}, 0)
+                : kDone;
         if (!outcome.good()) {
             ftruncate(file.descriptor, 0); // a part of it would be a file of another kind
         }
@@ -162,7 +161,7 @@ Outcome putSlot(SlotFile &file, int64_t number, std::span<const uint8_t> record)
     memcpy(file.slot, &word, sizeof word);
     memcpy(file.slot + sizeof word, record.data(), record.size());
     memset(file.slot + sizeof word + record.size(), 0, bytes - sizeof word - record.size());
-    const Outcome outcome = putAt(file, file.slot, bytes, offset);
+    const Outcome outcome = putAndSync(file, {file.slot, bytes}, offset);
     if (outcome.good()) {
         file.window.patch(offset, {file.slot, bytes});
         file.size = std::max(file.size, offset + layout.slot);
@@ -209,7 +208,7 @@ Outcome eraseSlot(OpenFile &opened, int64_t number) {
     }
     constexpr uint8_t kEmpty[sizeof(uint32_t)] = {};
     const int64_t offset = file.layout().offsetOf(number);
-    outcome = putAt(file, kEmpty, sizeof kEmpty, offset);
+    outcome = putAndSync(file, kEmpty, offset);
     if (outcome.good()) {
         file.window.patch(offset, kEmpty);
     }

@@ -64,7 +64,7 @@ how messages look and where they go is told in [../messages.md](../messages.md).
 | flags | low byte: the text's variant, counted from 0; `no traceback` is `MESSAGE_NO_TRACEBACK` |
 | severity | I goes on; W goes on and counts against ERRCOUNT; S and C end the run |
 | arguments | in the order of the call, behind `flags`: texts are terminated, int64 takes 8 bytes |
-| issued by | empty: nothing in the library of today; its subsystem is to come |
+| issued by | empty: nothing in the library of today; 61 and 223 tell of what cannot happen here, the others wait for their subsystem |
 
 | flag | effect |
 |---|---|

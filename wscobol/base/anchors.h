@@ -46,7 +46,7 @@ inline PCB *mainProgram(const Runcom &unit) {
     return main == RUNCOM_MAIN_IS_HOST ? nullptr : main;
 }
 
-// Inside the transaction monitor one thread at a time is in COBOL, and no lock is taken.
+// Inside the transaction monitor one thread at a time is in COBOL, and no scope takes a lock.
 inline bool isInMonitor(const Proccom *process = proccom()) {
     return process != nullptr && process->kots != 0;
 }

@@ -1,4 +1,6 @@
 // The one place that reads the environment, so that a rule for all variables has one place, too.
+// NLSPATH alone is read elsewhere as well, once the start of the library has put its own value
+// there.
 #include "base/environment.h"
 
 #include <algorithm>

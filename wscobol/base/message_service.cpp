@@ -63,7 +63,7 @@ bool exceedsErrorCount() {
     return left == 1;
 }
 
-// Flag 0x1000 gives severity 0, which neither ends nor counts.
+// What is made informational by its flags neither ends the run nor counts.
 RunEnd runEndOf(const Request &request, Severity severity) {
     if (request.returnsText() || severity == informational) {
         return RunEnd::none;

@@ -90,14 +90,6 @@ void *allocateTracked(std::size_t bytes) {
     return block + 1;
 }
 
-void *allocateTrackedZeroed(std::size_t bytes) {
-    void *storage = allocateTracked(bytes);
-    if (storage != nullptr) {
-        memset(storage, 0, bytes);
-    }
-    return storage;
-}
-
 void releaseTracked(void *storage) {
     if (storage == nullptr) {
         return;

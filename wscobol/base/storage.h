@@ -20,7 +20,6 @@ void *allocateZeroedOrReport(std::size_t bytes);
 // Storage of code that must not leak inside a container: while the process tracks storage, a block
 // sits on the run unit's list and is freed when the run unit ends.
 void *allocateTracked(std::size_t bytes);
-void *allocateTrackedZeroed(std::size_t bytes);
 void releaseTracked(void *block);
 
 // Frees the tracked list of a run unit.

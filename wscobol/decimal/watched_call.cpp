@@ -23,7 +23,7 @@ void printBytes(const uint8_t *item, int32_t bytes) {
     for (int32_t i = 0; i < bytes; ++i) {
         fprintf(stderr, "%2.2x", item[i]);
     }
-    std::fputc('\n', stderr);
+    fputc('\n', stderr);
 }
 
 } // namespace

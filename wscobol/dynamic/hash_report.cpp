@@ -65,7 +65,7 @@ void printLargestChain(const HashElement *element) {
         const auto width = static_cast<int>(element->keylen);
         fprintf(stderr, "%*.*s,", width, width, static_cast<const char *>(element->key));
     }
-    std::fputc('\n', stderr);
+    fputc('\n', stderr);
 }
 
 } // namespace
@@ -73,7 +73,7 @@ void printLargestChain(const HashElement *element) {
 void hashElementPrintKey(const HashElement *element) {
     const auto *bytes = static_cast<const unsigned char *>(element->key);
     for (uint32_t i = 0; i < element->keylen; ++i) {
-        std::fputc(std::isprint(bytes[i]) != 0 ? bytes[i] : '.', stderr);
+        fputc(isprint(bytes[i]) != 0 ? bytes[i] : '.', stderr);
     }
 }
 

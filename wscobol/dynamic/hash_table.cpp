@@ -1,5 +1,5 @@
-// Slots of chained elements, and two free lists. An element keeps its block when it is deleted, so
-// that a table in use allocates nothing once it has seen its largest load.
+// Lookups, insertions and growth, and two free lists. An element keeps its block when it is
+// deleted, so that a table in use allocates nothing once it has seen its largest load.
 #include "dynamic/hash_table.h"
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 
 #include "base/bits.h"
 #include "base/storage.h"
+#include "dynamic/hash_chains.h"
 #include "dynamic/hash_key.h"
 
 namespace zor {
@@ -48,10 +49,6 @@ constexpr uint64_t roundUp(uint64_t bytes) {
     return (bytes + kElementUnit - 1) / kElementUnit * kElementUnit;
 }
 
-inline bool hasMruOrder(const HashTable *table) {
-    return has(table->flags, HASH_TABLE_MRU);
-}
-
 void setSize(HashTable *table, HashElement **slots, uint32_t size, uint32_t loadpercent) {
     table->slots = slots;
     table->size = size;
@@ -67,65 +64,6 @@ HashElement **allocateSlots(uint32_t size) {
                : static_cast<HashElement **>(allocateZeroed(size * sizeof *HashTable::slots));
 }
 
-// ---- chains
-
-void chainPushFront(HashTable *table, HashElement *element) {
-    HashElement *&head = table->slots[element->hashcode & table->mask];
-    if (head == nullptr) {
-        ++table->usedslots;
-        --table->freeslots;
-    } else {
-        ++table->collisions;
-        ++table->totalcollisions;
-        if (head->next == nullptr) {
-            ++table->totalchains;
-            table->maxchains = std::max(table->maxchains, ++table->chains);
-        }
-        head->prev = element;
-    }
-    element->prev = nullptr;
-    element->next = head;
-    __atomic_store_n(&head, element, __ATOMIC_RELEASE); // for hashTableFind
-    ++table->entries;
-}
-
-void chainUnlink(HashTable *table, HashElement *element) {
-    HashElement *&head = table->slots[element->hashcode & table->mask];
-    if (element->prev != nullptr) {
-        element->prev->next = element->next;
-    } else {
-        head = element->next;
-    }
-    if (element->next != nullptr) {
-        element->next->prev = element->prev;
-    }
-    if (head == nullptr) {
-        --table->usedslots;
-        ++table->freeslots;
-    } else {
-        --table->collisions;
-        if (head->next == nullptr) {
-            --table->chains;
-        }
-    }
-    --table->entries;
-}
-
-void chainMoveToFront(HashTable *table, HashElement *element) {
-    if (element->prev == nullptr) {
-        return;
-    }
-    HashElement *&head = table->slots[element->hashcode & table->mask];
-    element->prev->next = element->next;
-    if (element->next != nullptr) {
-        element->next->prev = element->prev;
-    }
-    element->prev = nullptr;
-    element->next = head;
-    head->prev = element;
-    head = element;
-}
-
 // Leaves in the table's cursor where it looked and what it found.
 inline HashElement *search(HashTable *table, uint32_t hash, const void *key, uint32_t keylen) {
     ++table->searches;
@@ -136,27 +74,6 @@ inline HashElement *search(HashTable *table, uint32_t hash, const void *key, uin
     }
     table->cursor = {hash, slot, element};
     return element;
-}
-
-// ---- MRU order
-
-void mruPushFront(HashTable *table, HashElement *element) {
-    element->mruprev = nullptr;
-    element->mrunext = table->mruhead;
-    (table->mruhead != nullptr ? table->mruhead->mruprev : table->mrutail) = element;
-    table->mruhead = element;
-}
-
-void mruPushBack(HashTable *table, HashElement *element) {
-    element->mrunext = nullptr;
-    element->mruprev = table->mrutail;
-    (table->mrutail != nullptr ? table->mrutail->mrunext : table->mruhead) = element;
-    table->mrutail = element;
-}
-
-void mruUnlink(HashTable *table, HashElement *element) {
-    (element->mruprev != nullptr ? element->mruprev->mrunext : table->mruhead) = element->mrunext;
-    (element->mrunext != nullptr ? element->mrunext->mruprev : table->mrutail) = element->mruprev;
 }
 
 // ---- element storage

@@ -3,18 +3,11 @@
 #define ZOR_FILE_ASSIGNMENT_H
 
 #include "fcb.h"
+#include "file/statuses.h"
 
 namespace zor {
 
-// Statuses that end an OPEN here; FCB.status2 goes with them.
-inline constexpr int16_t kNoList = 33;
-inline constexpr int16_t kNotForConcatenation = 37;
-inline constexpr int16_t kNoPermission = 91;
-inline constexpr int16_t kUnreadable = 93; // or no storage for its name
-inline constexpr int16_t kBadName = 95;
-inline constexpr int16_t kNoModule = 96;
-
-// Stores the two and gives false.
+// Stores the two statuses and gives false.
 bool refuse(FCB &file, int16_t status, int32_t status2);
 
 // Each fills FCB.name, fsid and fscode; false when the status says why not.

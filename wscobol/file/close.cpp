@@ -6,13 +6,12 @@
 #include "file/file_name.h"
 #include "file/open_log.h"
 #include "file/status_areas.h"
+#include "file/statuses.h"
 
 namespace zor {
 namespace {
 
 constexpr uint32_t kLastingFlags = FCB_CONCATENATED | FCB_SHARED_EXTERNAL;
-constexpr int16_t kWithoutReel = 7;
-constexpr int16_t kFirstPermanentError = 30;
 
 void closeWhole(FCB &file, IPCB *ipcb, const FileDescription &description, int32_t usecode) {
     dropList(file);
@@ -30,7 +29,7 @@ void closeWhole(FCB &file, IPCB *ipcb, const FileDescription &description, int32
     }
     storeStatusDigits(file, description);
     convertExtendedStatus(description);
-    if (file.status > 9) {
+    if (isFailure(file)) {
         _zorCallUseProc(&file, usecode, ipcb);
     }
 }

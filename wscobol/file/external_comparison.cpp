@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kFirstCompared = offsetof(FileDescription, fsid);
 constexpr std::size_t kEndOfCompared =
     offsetof(FileDescription, filename) + sizeof FileDescription::filename;
-constexpr uint8_t kModeMask = 0x07; // of the share and the lock mode
 constexpr std::size_t kLinageRecords = 4;
 constexpr std::size_t kLockBytes = 8;
 
@@ -119,8 +118,8 @@ void Differences::compareFixedPart(const FileDescription &first, const FileDescr
 }
 
 void Differences::compareSharing(const FileDescription &first, const FileDescription &second) {
-    note(differIn(kModeMask, sharingOf(first), sharingOf(second)), "SHARE MODE");
-    note(differIn(kModeMask, lockingOf(first), lockingOf(second)), "LOCK MODE");
+    note(differIn(FILE_MODE_MASK, sharingOf(first), sharingOf(second)), "SHARE MODE");
+    note(differIn(FILE_MODE_MASK, lockingOf(first), lockingOf(second)), "LOCK MODE");
     note(differIn(FILE_LOCK_COUNT, sharingOf(first), sharingOf(second)), "LOCK COUNT");
 }
 

@@ -1,5 +1,5 @@
-// Files tell their file system by marks in their first bytes. A name on the transaction server
-// begins with its prefix and the server's name; a short name is that of a file alone.
+// Files tell their file system by marks in their first bytes. A short name on the transaction
+// server is that of a file alone.
 #include "file/file_look.h"
 
 #include <cerrno>
@@ -16,11 +16,11 @@
 #include "file/assignment.h"
 #include "file/file_name.h"
 #include "file/file_systems.h"
+#include "file/server_name.h"
 
 namespace zor {
 namespace {
 
-constexpr std::string_view kServerPrefix = "/.:/kots/gyp/";
 constexpr const char *kServerVariable = "KOTS_TK_GYP_SERVER";
 
 constexpr std::size_t kHeadBytes = 28;
@@ -29,13 +29,7 @@ constexpr std::size_t kUqeMarkAt = 8;
 constexpr std::string_view kPsxMark("vfs\0", 4);
 constexpr std::size_t kPsxMarkAt = 24;
 
-// More than the prefix alone, by a server and a file.
-constexpr std::size_t kShortestLookedAt = kServerPrefix.size() + 2;
 constexpr std::size_t kShortestRenumbered = kServerPrefix.size() + 1;
-
-bool isOnServer(std::string_view name, std::size_t shortest) {
-    return name.size() >= shortest && name.starts_with(kServerPrefix);
-}
 
 // The setting as it was at the first question of its kind; there are two.
 struct Forcing {
@@ -46,7 +40,7 @@ constinit Forcing forcingOfMissing;
 constinit Forcing forcingOfEmpty;
 
 uint8_t withoutContents(std::string_view name, Forcing &forcing) {
-    if (isOnServer(name, kShortestLookedAt)) {
+    if (isServerName(name)) {
         return kGyp;
     }
     if (!forcing.isKnown) {
@@ -135,9 +129,9 @@ bool completeServerName(FCB &file) {
         return true;
     }
     const std::string_view name = file.name;
-    if (file.fsid == kBni && isOnServer(name, kShortestRenumbered)) {
+    if (file.fsid == kBni && isServerName(name, kShortestRenumbered)) {
         useFileSystem(file, kGyp);
-    } else if (file.fsid == kGyp && !isOnServer(name, kServerPrefix.size()) &&
+    } else if (file.fsid == kGyp && !isServerName(name, kServerPrefix.size()) &&
                !putServerAhead(file)) {
         return false;
     }

@@ -12,18 +12,12 @@
 #include "file/module_table.h"
 #include "file/open_log.h"
 #include "file/status_areas.h"
+#include "file/statuses.h"
 
 namespace zor {
 namespace {
 
-constexpr int16_t kNoRewind = 7;
-constexpr int16_t kAbsent = 5;
-
 enum class Outcome : uint8_t { open, refused, failedInModule };
-
-bool isFailure(const FCB &file) {
-    return file.status > 9;
-}
 
 bool isConcatenated(const FCB &file) {
     return has(file.flags, FCB_CONCATENATED);
@@ -74,7 +68,7 @@ void becomeOpen(FCB &file, const FileDescription &description) {
     clear(file.flags, FCB_READ_GOOD);
     set(file.flags, FCB_POSITIONED);
     if (file.status == 0 && has(file.curmode, FCB_OPEN_NO_REWIND)) {
-        file.status = kNoRewind;
+        file.status = kWithoutReel;
     }
 }
 

@@ -7,14 +7,13 @@
 #include <cstring>
 
 #include "base/bits.h"
+#include "base/ebcdic.h"
+#include "file/statuses.h"
 #include "national.h"
 
 namespace zor {
 namespace {
 
-constexpr uint8_t kEbcdicZero = 0xF0;
-constexpr uint8_t kEbcdicBlank = 0x40;
-constexpr uint8_t kEbcdicMinus = 0x60;
 constexpr std::size_t kDigits = 6;
 
 constexpr FileDescription kNoDescription{};
@@ -81,7 +80,7 @@ void fill(std::span<uint8_t> area, uint8_t blank, uint8_t zero) {
 }
 
 bool namesTheFile(const FCB &file) {
-    return file.status == 33 || file.status == 35 || file.status == 96;
+    return file.status == kNoList || file.status == kNoFile || file.status == kNoModule;
 }
 
 bool nameOneFile(const FileDescription &left, const FileDescription &right) {
@@ -158,7 +157,7 @@ void buildExtendedStatus(const FCB &file, const FileDescription &description) {
     AreaWriter writer(area);
     writer.put(digits, static_cast<std::size_t>(length));
     if (namesTheFile(file)) {
-        if (file.status == 96) {
+        if (file.status == kNoModule) {
             writer.put(",");
             writer.put(file.fscode, sizeof file.fscode);
         }

@@ -11,14 +11,11 @@
 #include "base/terminated_name.h"
 #include "file.h"
 #include "file/status_areas.h"
+#include "file/statuses.h"
 
 namespace zor {
 namespace {
 
-constexpr int16_t kAtEnd = 10;
-constexpr int16_t kFirstInvalidKey = 20;
-constexpr int16_t kLastInvalidKey = 24;
-constexpr int16_t kFirstPermanentError = 30;
 constexpr int32_t kTextBytes = 80;
 
 const char *errorText(const FCB &file) {

@@ -15,6 +15,7 @@ struct Answer {
 constexpr Answer kGood = {0, 0};
 constexpr Answer kNotExpected = {30, 5}; // the file is open for it, and yet the verb came here
 constexpr uint16_t kReadable = FCB_INPUT | FCB_IO;
+constexpr uint8_t kForeignOrganization = 0x80; // which no file here has
 
 bool isAbsent(const FCB &file) {
     return has(file.flags, FCB_ABSENT_OPTIONAL);
@@ -65,7 +66,7 @@ Answer answerRead(const FCB &file, const FileDescription &description) {
 // In sequence a record of a file open for I-O can only be replaced.
 Answer answerWrite(const FCB &file, const FileDescription &description) {
     if (has(file.curmode, FCB_IO) && isSequential(description) &&
-        !has(description.organization, 0x80)) {
+        !has(description.organization, kForeignOrganization)) {
         return {92, 29};
     }
     return has(file.curmode, FCB_OUTPUT) ? kNotExpected : Answer{48, 30};

@@ -1,3 +1,5 @@
+// What a table says is asked of the conversion library, byte by byte and then in a row: a converter
+// with a state of its own, or one that composes characters, tells another story there.
 #include "national/byte_table.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The two differ in a prefix of three letters.
 #include "national/code_page_name.h"
 
 #include <algorithm>
@@ -12,16 +13,6 @@ constexpr std::string_view kSystemPrefix = "qbx";
 constexpr std::string_view kLibraryPrefix = "ibm";
 static_assert(kSystemPrefix.size() == kLibraryPrefix.size());
 
-// Copies a name and changes its prefix.
-CodePageName respelt(std::string_view name, std::string_view from, std::string_view to) {
-    CodePageName result{};
-    memcpy(result.text, name.data(), std::min(name.size(), sizeof result.text - 1));
-    if (strncasecmp(result.text, from.data(), from.size()) == 0) {
-        memcpy(result.text, to.data(), to.size());
-    }
-    return result;
-}
-
 } // namespace
 
 CodePageName terminatedName(const char *name, int32_t length) {
@@ -33,11 +24,13 @@ CodePageName terminatedName(const char *name, int32_t length) {
 }
 
 CodePageName libraryCodePageName(std::string_view systemName) {
-    return respelt(systemName.substr(0, systemName.find('@')), kSystemPrefix, kLibraryPrefix);
-}
-
-CodePageName systemCodePageName(std::string_view libraryName) {
-    return respelt(libraryName, kLibraryPrefix, kSystemPrefix);
+    const std::string_view name = systemName.substr(0, systemName.find('@'));
+    CodePageName result{};
+    memcpy(result.text, name.data(), std::min(name.size(), sizeof result.text - 1));
+    if (strncasecmp(result.text, kSystemPrefix.data(), kSystemPrefix.size()) == 0) {
+        memcpy(result.text, kLibraryPrefix.data(), kLibraryPrefix.size());
+    }
+    return result;
 }
 
 } // namespace zor

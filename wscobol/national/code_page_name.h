@@ -22,9 +22,6 @@ CodePageName terminatedName(const char *name, int32_t length);
 // names no code page.
 CodePageName libraryCodePageName(std::string_view systemName);
 
-// The way back for names of the conversion library's own; in lower case.
-CodePageName systemCodePageName(std::string_view libraryName);
-
 } // namespace zor
 
 #endif

@@ -17,7 +17,6 @@
 namespace zor {
 namespace {
 
-constexpr const char *kNameOfPlainLocale = "en_US.ISO8859-1"; // stands in for "C" and "POSIX"
 constexpr std::size_t kCodeSetDot = kLocaleKeyLength;
 
 static_assert(sizeof(Proccom::ebcdicname) == kCodePageNameSize);
@@ -44,12 +43,12 @@ void storeLocaleName(Proccom &process) {
         name = setlocale(LC_CTYPE, nullptr);
     }
     if (name == nullptr || strcmp(name, "C") == 0 || strcmp(name, "POSIX") == 0) {
-        name = kNameOfPlainLocale;
+        name = kPlainLocale;
     }
     copyText(process.localename, name);
-    if (strncmp(name, "C.", 2) ==
-        0) { // "C.UTF-8": the plain locale with the code set that it names
-        memcpy(process.localename, kNameOfPlainLocale, kCodeSetDot);
+    // "C.UTF-8": the plain locale with the code set that it names.
+    if (strncmp(name, "C.", 2) == 0) {
+        memcpy(process.localename, kPlainLocale, kCodeSetDot);
     }
     if (process.localename[kCodeSetDot] != '.') {
         char *const codeSet = process.localename + kCodeSetDot + 1;

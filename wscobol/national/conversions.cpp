@@ -1,6 +1,7 @@
 // Conversions between national data and the bytes of a code page.
+#include "national/conversions.h"
+
 #include <algorithm>
-#include <cstdint>
 
 #include "base/message_list.h"
 #include "national.h"

@@ -1,3 +1,5 @@
+// ICU's converters, with what its rules lack for items of a program: a character that the end cuts
+// is told, not replaced, and a target that is just full is not too small.
 #include "national/converter.h"
 
 #include <algorithm>
@@ -39,8 +41,7 @@ void substituteFromNational(const void *context, UConverterFromUnicodeArgs *argu
 
 // A length that the address space has room for.
 template <class Unit> int32_t pinned(const Unit *address, int32_t length) {
-    const std::size_t room =
-        (UINTPTR_MAX - reinterpret_cast<std::uintptr_t>(address)) / sizeof *address;
+    const std::size_t room = (UINTPTR_MAX - reinterpret_cast<uintptr_t>(address)) / sizeof *address;
     return static_cast<int32_t>(std::min<std::size_t>(static_cast<std::size_t>(length), room));
 }
 
@@ -125,12 +126,6 @@ int32_t ccsidOf(const UConverter &converter) {
 
 int32_t maxCharacterBytes(const UConverter &converter) {
     return icuConversion()->ucnv_getMaxCharSize(&converter);
-}
-
-CodePageName nameOf(const UConverter &converter) {
-    UErrorCode status = U_ZERO_ERROR;
-    const char *const name = icuConversion()->ucnv_getName(&converter, &status);
-    return systemCodePageName(name != nullptr ? name : "");
 }
 
 } // namespace zor

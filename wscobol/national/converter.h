@@ -40,7 +40,6 @@ Produced fromNational(UConverter &converter, const void *source, int32_t units, 
 // The code page's number: 0 where it has none, -1 when the question fails.
 int32_t ccsidOf(const UConverter &converter);
 int32_t maxCharacterBytes(const UConverter &converter);
-CodePageName nameOf(const UConverter &converter); // in the system's spelling
 
 } // namespace zor
 

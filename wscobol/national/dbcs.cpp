@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/ebcdic.h"
 #include "collating.h"
 #include "national/code_page_row.h"
 #include "national/item_bytes.h"
@@ -11,7 +12,7 @@ namespace zor {
 namespace {
 
 constexpr char kComparedBlank[] = {'\x81', '\x40'};
-constexpr char kEbcdicBlank[] = {'\x40', '\x40'};
+constexpr char kEbcdicBlanks[] = {kEbcdicBlank, kEbcdicBlank};
 constexpr std::size_t kPair = 2;
 constexpr std::size_t kLocalBytes = 2 * 256; // two texts of 255 bytes
 
@@ -74,5 +75,5 @@ void _zorcDBCSMoveVarLenOverlap(void *target, int32_t signedTargetLength, const 
     }
     const auto localeBlank = dbcsBlank();
     fillWithPattern(justifiedRight ? to : to + copied, padded,
-                    signedSourceLength < 0 ? kEbcdicBlank : localeBlank.data(), kPair);
+                    signedSourceLength < 0 ? kEbcdicBlanks : localeBlank.data(), kPair);
 }

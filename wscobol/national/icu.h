@@ -24,7 +24,6 @@ namespace zor {
     FUNCTION(UCNV_TO_U_CALLBACK_SUBSTITUTE)                                                        \
     FUNCTION(UCNV_FROM_U_CALLBACK_SUBSTITUTE)                                                      \
     FUNCTION(ucnv_getCCSID)                                                                        \
-    FUNCTION(ucnv_getName)                                                                         \
     FUNCTION(ucnv_getMaxCharSize)                                                                  \
     FUNCTION(u_strToUpper)                                                                         \
     FUNCTION(u_strToLower)

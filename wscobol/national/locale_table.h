@@ -30,6 +30,9 @@ static_assert(sizeof(LocaleRow) == 128);
 constexpr int kLocaleRows = 53;
 constexpr int kFallbackRow = 8; // EN_US
 
+// Stands in for "C" and "POSIX", and for the locale where there is no run-time.
+constexpr const char *kPlainLocale = "en_US.ISO8859-1";
+
 // JA_JP has two rows: a search by locale finds the first, a search by code page either.
 extern const std::array<LocaleRow, kLocaleRows> kLocaleTable;
 

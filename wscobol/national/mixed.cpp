@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/ebcdic.h"
 #include "national.h"
 #include "national/item_bytes.h"
 #include "national/services.h"
@@ -11,8 +12,6 @@
 namespace zor {
 namespace {
 
-constexpr char kShiftOut = 0x0E; // begins a run of double-byte characters
-constexpr char kShiftIn = 0x0F;  // ends it
 constexpr std::size_t kLocalBytes = 256;
 
 struct Text {

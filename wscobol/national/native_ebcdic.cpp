@@ -5,6 +5,7 @@
 #include "base/message_list.h"
 #include "base/storage.h"
 #include "national.h"
+#include "national/conversions.h"
 #include "national/item_bytes.h"
 #include "national/services.h"
 

@@ -1,3 +1,5 @@
+// The state is set up at the first need and closed by the run-time's end, through the process
+// anchor. Before and after, the plain locale's names stand in.
 #include "national/services.h"
 
 #include <cstring>
@@ -12,9 +14,6 @@ namespace zor {
 namespace {
 
 Services state;
-
-// The names that stand in before the run-time has started and after it has ended.
-constexpr const char *kPlainLocale = "en_US.ISO8859-1";
 
 void closeServices() {
     closeConverter(state.native);

@@ -57,13 +57,6 @@ private:
     bool named_;
 };
 
-// Convert and report like the exported calls, to and from the code page of the name: message 221 or
-// 222 has been issued when the status is not 0. Lengths are bytes.
-Produced convertToNational(const void *source, int32_t sourceBytes, void *target,
-                           int32_t targetBytes, const char *name, int32_t nameLength);
-Produced convertFromNational(const void *source, int32_t sourceBytes, void *target,
-                             int32_t targetBytes, const char *name, int32_t nameLength);
-
 } // namespace zor
 
 #endif

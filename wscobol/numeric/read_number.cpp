@@ -86,8 +86,7 @@ DecimalFit fitDecimal(const ReadNumber &number, int32_t digits, int32_t leastPow
     count -= cut;
     DecimalFit fit{doubleWordOf(first, count), number.power + cut, false};
     if (cut > 0 && roundsUp(first + count, cut, (fit.coefficient.low & 1) != 0)) {
-        fit.coefficient.low += 1;
-        fit.coefficient.high += fit.coefficient.low == 0 ? 1 : 0;
+        increment(fit.coefficient);
         if (count == digits && std::all_of(first, first + count, [](uint8_t nine) {
                 return nine == 9;
             })) { // a power of ten, one digit too long

@@ -1,4 +1,5 @@
-// Programs are reset, and their files closed, when a run unit ends and by CANCEL.
+// When a run unit ends its programs are reset and their files closed. CANCEL, which leaves EXTERNAL
+// files open, is in dynamic/.
 #ifndef ZOR_RUN_CLOSE_PROGRAMS_H
 #define ZOR_RUN_CLOSE_PROGRAMS_H
 

@@ -88,6 +88,15 @@ void setAction(int signo, const struct sigaction &action, struct sigaction *repl
     }
 }
 
+// Where the table lies on the stack, -1 for none.
+int indexOfTable(const SignalRow *table) {
+    int index = topSignalTable();
+    while (index >= 0 && tables[static_cast<std::size_t>(index)] != table) {
+        --index;
+    }
+    return index;
+}
+
 } // namespace
 
 int topSignalTable() {
@@ -139,15 +148,6 @@ void installSignalTable(SignalRow *table) {
     for (SignalRow *row = table; row->signo != 0; ++row) {
         setAction(row->signo, row->action, &row->previous);
     }
-}
-
-// Where the table lies on the stack, -1 for none.
-static int indexOfTable(const SignalRow *table) {
-    int index = topSignalTable();
-    while (index >= 0 && tables[static_cast<std::size_t>(index)] != table) {
-        --index;
-    }
-    return index;
 }
 
 void removeSignalTable(SignalRow *table) {

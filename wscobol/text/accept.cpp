@@ -2,11 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <ctime>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include "base/anchors.h"
+#include "base/clock.h"
 #include "base/message_list.h"
 #include "base/standard_files.h"
 #include "base/stream_calls.h"
@@ -129,17 +128,13 @@ const char *registerFormat(uint32_t flags) {
 }
 
 void acceptRegister(uint32_t flags, std::size_t length, char *target) {
-    // One reading of one clock: a second one could fall into the next second.
-    timeval now{};
-    gettimeofday(&now, nullptr);
-    tm local{};
-    localtime_r(&now.tv_sec, &local);
-
+    constexpr int kMicrosecondsPerHundredth = 10000;
+    const ClockReading now = readClock();
     std::array<char, 32> text{};
     const char *const format = registerFormat(flags);
-    std::size_t size = strftime(text.data(), text.size(), format, &local);
+    std::size_t size = strftime(text.data(), text.size(), format, &now.local);
     if (format[1] == 'H') {
-        const int hundredths = static_cast<int>(now.tv_usec / 10000);
+        const int hundredths = now.microseconds / kMicrosecondsPerHundredth;
         text[size++] = static_cast<char>('0' + hundredths / 10);
         text[size++] = static_cast<char>('0' + hundredths % 10);
     } else if (format[1] == 'w' && text[0] == '0') {

@@ -1,13 +1,10 @@
+// Sixteen places at once: those whose first and last bytes both fit are few, and are looked at.
 #include "text/byte_search.h"
 
 namespace zor {
 namespace {
 
 constexpr std::size_t kBlock = sizeof(__m128i);
-
-__m128i load(const uint8_t *address) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
-}
 
 } // namespace
 
@@ -28,8 +25,9 @@ inline bool BytesFinder::middleFits(const uint8_t *candidate) const {
 // The first of a block of places that fits, null when none does; the places that are allowed have
 // their bits set. All are tested at once for the first and the last byte of what is wanted.
 inline const uint8_t *BytesFinder::inBlock(const uint8_t *block, unsigned allowed) const {
-    const __m128i fits = _mm_and_si128(_mm_cmpeq_epi8(load(block), first_),
-                                       _mm_cmpeq_epi8(load(block + wanted_.size() - 1), last_));
+    const __m128i fits =
+        _mm_and_si128(_mm_cmpeq_epi8(decimal::loadFull(block), first_),
+                      _mm_cmpeq_epi8(decimal::loadFull(block + wanted_.size() - 1), last_));
     auto candidates = static_cast<unsigned>(_mm_movemask_epi8(fits)) & allowed;
     for (; candidates != 0; candidates &= candidates - 1) {
         const uint8_t *const candidate = block + __builtin_ctz(candidates);

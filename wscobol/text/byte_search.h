@@ -8,6 +8,8 @@
 #include <emmintrin.h>
 #include <span>
 
+#include "decimal/bytes.h"
+
 namespace zor {
 
 using Bytes = std::span<const uint8_t>;
@@ -43,7 +45,7 @@ inline constexpr std::size_t kNowhere = SIZE_MAX;
 // The first block is looked at without a call: most delimiters stand there.
 inline std::size_t findByte(Bytes text, uint8_t wanted) {
     if (text.size() >= sizeof(__m128i)) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text.data()));
+        const __m128i block = decimal::loadFull(text.data());
         const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(block, repeated(wanted)));
         if (found != 0) {
             return static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(found)));

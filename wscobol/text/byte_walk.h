@@ -42,7 +42,7 @@ private:
             memcpy(rest, from, bytes);
             from = rest;
         }
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
+        const __m128i block = decimal::loadFull(from);
         __m128i equal = _mm_setzero_si128();
         for (std::size_t i = 0; i < count_; ++i) {
             equal = _mm_or_si128(equal, _mm_cmpeq_epi8(block, wanted_[i]));

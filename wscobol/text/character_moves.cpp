@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/ebcdic.h"
 #include "edit.h"
 #include "national/item_bytes.h"
 
@@ -10,7 +11,6 @@ namespace zor {
 namespace {
 
 constexpr char kIdeographicBlank[2] = {'\x81', '\x40'};
-constexpr char kEbcdicBlank = '\x40';
 constexpr char16_t kNationalBlank = u' ';
 
 char *fillNational(char *out, char16_t c, std::size_t count) {
@@ -114,7 +114,7 @@ void _zorcMoveVarLenOverlap(void *receiver, int32_t signedReceiverLength, const 
     const std::size_t copied = std::min(target, source);
     const std::size_t padded = target - copied;
     const bool justifiedRight = signedReceiverLength < 0;
-    const char blank = signedSenderLength < 0 ? kEbcdicBlank : ' ';
+    const char blank = signedSenderLength < 0 ? char{kEbcdicBlank} : ' ';
     const auto *const from = static_cast<const char *>(sender);
     auto *const to = static_cast<char *>(receiver);
     memmove(justifiedRight ? to + padded : to, justifiedRight ? from + (source - copied) : from,

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "base/ebcdic.h"
 #include "base/storage.h"
 #include "class_tests.h"
 #include "national.h"
@@ -9,9 +10,6 @@
 namespace zor {
 namespace {
 
-constexpr uint8_t kShiftOut = 0x0E;
-constexpr uint8_t kShiftIn = 0x0F;
-constexpr uint8_t kBlankByte = 0x40;
 constexpr uint8_t kFirstByte = 0x41;
 constexpr uint8_t kLastByte = 0xFE;
 constexpr uint8_t kLastKanjiRow = 0x7F;
@@ -23,7 +21,7 @@ bool arePairs(const uint8_t *bytes, std::size_t length, uint8_t lastRow) {
         return false;
     }
     for (const uint8_t *const end = bytes + length; bytes != end; bytes += 2) {
-        const bool blank = bytes[0] == kBlankByte && bytes[1] == kBlankByte;
+        const bool blank = bytes[0] == kEbcdicBlank && bytes[1] == kEbcdicBlank;
         const bool character = bytes[0] >= kFirstByte && bytes[0] <= lastRow &&
                                bytes[1] >= kFirstByte && bytes[1] <= kLastByte;
         if (!blank && !character) {

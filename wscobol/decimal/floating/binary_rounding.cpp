@@ -39,8 +39,7 @@ void dropBits(RoundedBinary &value, int32_t count, bool isInexact) {
     const bool isTie = dropped.high == half.high && dropped.low == 0 && !isInexact;
     const bool isMore = dropped.high >= half.high;
     if (isTie ? (value.significand.low & 1) != 0 : isMore) {
-        value.significand.low += 1;
-        value.significand.high += value.significand.low == 0 ? 1 : 0;
+        increment(value.significand);
     }
 }
 

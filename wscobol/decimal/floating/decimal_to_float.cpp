@@ -24,7 +24,7 @@ constexpr int32_t kMostDecs = 100'000; // larger scales make no difference to an
 
 // Digit i of an item, counted from the most significant one. Packed bytes that are no digit pairs
 // count as in the conversions to integers.
-template <class Form> uint32_t digitAt(const uint8_t *item, int32_t digits, int32_t i) {
+template <class Form> uint32_t digitFromFront(const uint8_t *item, int32_t digits, int32_t i) {
     if constexpr (Form::kSign == SignKind::packed) {
         if (i == digits - 1) {
             return item[digits / 2] >> 4;
@@ -49,7 +49,7 @@ uint64_t digitsBetween(const uint8_t *item, int32_t digits, int32_t first, int32
         uint32_t part = 0;
         uint32_t scale = 1;
         for (; first < stop; ++first) {
-            part = part * 10 + digitAt<Form>(item, digits, first);
+            part = part * 10 + digitFromFront<Form>(item, digits, first);
             scale *= 10;
         }
         value = value * scale + part;
@@ -75,7 +75,7 @@ Wide128 coefficientOf(const uint8_t *item, int32_t digits, int32_t first, int32_
 
 template <class Form> int32_t firstSignificant(const uint8_t *item, int32_t digits) {
     int32_t first = 0;
-    while (first < digits && digitAt<Form>(item, digits, first) == 0) {
+    while (first < digits && digitFromFront<Form>(item, digits, first) == 0) {
         ++first;
     }
     return first;
@@ -135,7 +135,7 @@ T decimalFormOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative
     int32_t end = std::min(digits, first + Decimal::kDigits);
     int32_t power = digits - end - decs;
     while (end > first && power < 0 &&
-           (power < kLeastPower || digitAt<Form>(item, digits, end - 1) == 0)) {
+           (power < kLeastPower || digitFromFront<Form>(item, digits, end - 1) == 0)) {
         --end;
         ++power;
     }
@@ -148,12 +148,11 @@ T decimalFormOf(const uint8_t *item, int32_t digits, int32_t decs, bool negative
     }
     Wide128 coefficient = coefficientOf<Form>(item, digits, first, end);
     if (isAbove(coefficient, Decimal::kLargest)) { // the leading byte stands for 10 or more
-        const uint32_t dropped = digitAt<Form>(item, digits, end - 1);
+        const uint32_t dropped = digitFromFront<Form>(item, digits, end - 1);
         coefficient = coefficientOf<Form>(item, digits, first, end - 1);
         ++power;
         if (dropped + (coefficient.low & 1) > 5) {
-            coefficient.low += 1;
-            coefficient.high += coefficient.low == 0 ? 1 : 0;
+            increment(coefficient);
         }
     }
     return decimalOf<T>(negative, coefficient, power);

@@ -71,9 +71,7 @@ ShortestDigits::ShortestDigits(const BinaryParts &value)
 // Brings the quotient to its first digit: 10^power is about the value, and at first never more than
 // one power too low.
 void ShortestDigits::scale(const BinaryParts &value) {
-    constexpr int64_t kLogOfTwo = 1'292'913'986; // log10(2) * 2^32, cut
-    const int64_t magnitude = WideInteger(value.significand).bits() + value.exponent - 1;
-    power_ = static_cast<int32_t>((magnitude * kLogOfTwo) >> 32);
+    power_ = logOfPowerOfTwo(WideInteger(value.significand).bits() + value.exponent - 1);
     if (power_ >= 0) {
         divisor_.multiplyByPowerOfTen(power_);
     } else {

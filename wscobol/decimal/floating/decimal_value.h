@@ -17,6 +17,12 @@ struct DigitString {
 // Room for the longest exact value of a binary form in use here, and a digit in front.
 inline constexpr int32_t kDigitRoom = 4960;
 
+// log10(2^power), cut downwards; not above it.
+constexpr int32_t logOfPowerOfTwo(int32_t power) {
+    constexpr int64_t kLogOfTwo = 1'292'913'986; // log10(2) * 2^32, cut
+    return static_cast<int32_t>((power * kLogOfTwo) >> 32);
+}
+
 // The digits of an integer, right-aligned in the room.
 DigitString integerDigits(WideInteger value, int32_t exponent, uint8_t (&room)[kDigitRoom]);
 

@@ -60,6 +60,12 @@ template <class T> inline bool signBitOf(T value) {
     return (bitsOf(value).high >> 63) != 0;
 }
 
+// The magnitude, of infinity and NaN as well.
+template <class T> inline T withoutSign(T value) {
+    const Wide128 bits = bitsOf(value);
+    return fromBits<T>({bits.high & ~(1ULL << 63), bits.low});
+}
+
 // ---- binary forms
 
 template <class Real, int32_t count> constexpr std::array<Real, count> powersOfTen() {
@@ -161,10 +167,6 @@ struct DecimalParts {
     int32_t exponent; // power of ten
     bool isFinite;
 };
-
-constexpr bool isAbove(Wide128 left, Wide128 right) {
-    return left.high != right.high ? left.high > right.high : left.low > right.low;
-}
 
 // The parts of the magnitude. A coefficient above the form's largest counts as zero.
 template <class T> inline DecimalParts decimalParts(T value) {

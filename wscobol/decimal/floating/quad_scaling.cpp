@@ -99,8 +99,7 @@ ZorBinary128 roundedQuad(const uint32_t *word, int32_t count, int32_t exponent, 
     const auto dropped = static_cast<uint32_t>(window.low) & (2 * kHalf - 1);
     if (dropped > kHalf ||
         (dropped == kHalf && (isInexact || missing != 0 || (bits.low & 1) != 0))) {
-        bits.low += 1;
-        bits.high += bits.low == 0 ? 1 : 0;
+        increment(bits);
     }
     bits.high |= negative ? 1ULL << 63 : 0;
     return fromBits<ZorBinary128>(bits);
@@ -267,8 +266,7 @@ bool scaleQuad(const BinaryParts &value, int32_t decs, bool addHalf, ScaledQuad 
     }
     if (carry != 0) {
         scaled.isExact = compareShifted(rest, 1, step, stepCount) > 0;
-        scaled.whole.low += 1;
-        scaled.whole.high += scaled.whole.low == 0 ? 1 : 0;
+        increment(scaled.whole);
         return scaled.isExact;
     }
     return true;

@@ -1,7 +1,7 @@
 // Values of the 128-bit binary form multiplied and divided by powers of ten, in integers: exact,
 // and several times as fast as arithmetic of the form itself, which no processor here has.
-#ifndef ZOR_DECIMAL_QUAD_SCALING_H
-#define ZOR_DECIMAL_QUAD_SCALING_H
+#ifndef ZOR_DECIMAL_FLOATING_QUAD_SCALING_H
+#define ZOR_DECIMAL_FLOATING_QUAD_SCALING_H
 
 #include "decimal/floating/float_forms.h"
 

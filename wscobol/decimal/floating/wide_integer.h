@@ -17,6 +17,23 @@ constexpr bool isZero(Wide128 value) {
     return (value.high | value.low) == 0;
 }
 
+constexpr bool isAbove(Wide128 left, Wide128 right) {
+    return left.high != right.high ? left.high > right.high : left.low > right.low;
+}
+
+// What goes beyond 128 bits is lost.
+constexpr Wide128 sum(Wide128 left, Wide128 right) {
+    const uint64_t low = left.low + right.low;
+    return {left.high + right.high + (low < left.low ? 1 : 0), low};
+}
+constexpr Wide128 difference(Wide128 left, Wide128 right) {
+    return {left.high - right.high - (left.low < right.low ? 1 : 0), left.low - right.low};
+}
+constexpr void increment(Wide128 &value) {
+    value.low += 1;
+    value.high += value.low == 0 ? 1 : 0;
+}
+
 // left * right + addend; the caller knows that it fits.
 Wide128 multiplyAdd(uint64_t left, uint64_t right, uint64_t addend);
 
@@ -40,6 +57,10 @@ constexpr Wide128 shiftedRight(Wide128 value, int32_t bits) {
         return bits <= 0 ? value : Wide128{0, 0};
     }
     return {value.high >> bits, value.low >> bits | value.high << (64 - bits)};
+}
+
+constexpr Wide128 timesTen(Wide128 value) {
+    return shiftedLeft(sum(value, shiftedLeft(value, 2)), 1);
 }
 
 // An integer of up to kCapacity words. The largest values are those of 128-bit binary: below

@@ -21,7 +21,6 @@ enum CatalogueFlag : uint32_t {
     kRead = 0x01000000,    // state: the block came from a file
     kChanged = 0x02000000, // state: the file is to be written
 };
-inline constexpr uint32_t kChoices = kEmpty | kScratch;
 
 } // namespace zor::groups
 

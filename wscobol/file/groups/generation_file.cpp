@@ -113,7 +113,7 @@ bool administerServer(const char *verb, const char *name) {
         return false;
     }
     const NameParts parts = partsOf(whole);
-    if (!compose(directory, sizeof directory, "%.*s", parts.directoryLength, parts.directory)) {
+    if (!composeDirectory(directory, sizeof directory, parts)) {
         return false;
     }
     const char *const command[] = {"gypadmin", verb,       "file", "-server",

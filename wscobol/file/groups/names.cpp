@@ -11,13 +11,12 @@
 
 #include "base/environment.h"
 #include "file/groups/catalogue.h"
+#include "file/server_name.h"
 
 namespace zor::groups {
 namespace {
 
-constexpr char kServerPrefix[] = "/.:/kots/gyp/";
-constexpr std::size_t kServerNameLength = 14; // a name on the server is longer
-constexpr std::size_t kAbsoluteLength = 9;    // of ".gnnnnv00"
+constexpr std::size_t kAbsoluteLength = 9; // of ".gnnnnv00"
 constexpr int kDecimal = 10;
 
 bool fail(int code) {
@@ -75,8 +74,7 @@ bool serverComponent(Name &target, const char *base) {
         return server != nullptr && compose(target, sizeof target, "%s", partsOf(server).last);
     }
     Name directory;
-    const NameParts parts = partsOf(base);
-    return compose(directory, sizeof directory, "%.*s", parts.directoryLength, parts.directory) &&
+    return composeDirectory(directory, sizeof directory, partsOf(base)) &&
            compose(target, sizeof target, "%s", partsOf(directory).last);
 }
 
@@ -108,6 +106,10 @@ NameParts partsOf(const char *name) {
                             : NameParts{name, static_cast<int>(slash - name), slash + 1};
 }
 
+bool composeDirectory(char *target, std::size_t size, const NameParts &parts) {
+    return compose(target, size, "%.*s", parts.directoryLength, parts.directory);
+}
+
 bool parseReference(const char *text, Name &base, Reference &reference) {
     reference = {Meaning::group, 0};
     if (text == nullptr) {
@@ -136,21 +138,20 @@ bool generationName(Name &target, const char *base, int32_t number) {
 }
 
 bool isOnServer(const char *name) {
-    return strncmp(name, kServerPrefix, sizeof kServerPrefix - 1) == 0 &&
-           strlen(name) > kServerNameLength;
+    return isServerName(name);
 }
 
 bool cataloguePath(Name &target, const char *base, FileSystem system) {
     const NameParts parts = partsOf(base);
     if (isLocal(system)) {
-        return compose(target, sizeof target, "%.*s/%s.catalogue", ZOR_PARTS(parts));
+        return compose(target, sizeof target, "%.*s/%s.catalogue", parts.directoryLength,
+                       parts.directory, parts.last);
     }
     Name component;
-    const bool known =
-        system == FileSystem::server ? serverComponent(component, base)
-        : system == FileSystem::database
-            ? databaseComponent(component)
-            : compose(component, sizeof component, "%.*s", parts.directoryLength, parts.directory);
+    const bool known = system == FileSystem::server ? serverComponent(component, base)
+                       : system == FileSystem::database
+                           ? databaseComponent(component)
+                           : composeDirectory(component, sizeof component, parts);
     const char *directory = settingOf("gdg_home");
     const char *home = directory == nullptr ? settingOf("HOME") : directory;
     return ((known && home != nullptr) || fail(EINVAL)) &&

@@ -24,9 +24,9 @@ struct NameParts {
     const char *last;
 };
 NameParts partsOf(const char *name);
-// The parts as arguments for "%.*s/%s".
-#define ZOR_PARTS(parts) (parts).directoryLength, (parts).directory, (parts).last
 
+// Writes the directory alone, as compose does.
+bool composeDirectory(char *target, std::size_t size, const NameParts &parts);
 enum class Meaning : uint8_t {
     group,    // NAME, NAME(*)
     relative, // NAME(0), NAME(+n), NAME(-n): from the newest, which is 0

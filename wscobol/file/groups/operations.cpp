@@ -84,8 +84,7 @@ bool makeDirectories(char *path) {
 
 bool provideDirectory(const GdgContext &context) {
     Name directory;
-    const NameParts parts = partsOf(context.cataloguepath);
-    compose(directory, sizeof directory, "%.*s", parts.directoryLength, parts.directory);
+    composeDirectory(directory, sizeof directory, partsOf(context.cataloguepath));
     if (directory[0] == '\0' || access(directory, F_OK) == 0 || makeDirectories(directory)) {
         return true;
     }

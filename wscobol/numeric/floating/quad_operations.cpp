@@ -19,12 +19,6 @@ ZorBinary128 quotient(ZorBinary128 left, ZorBinary128 right) {
     return left / right;
 }
 
-ZorBinary128 magnitude(ZorBinary128 value) {
-    decimal::Wide128 bits = decimal::bitsOf(value);
-    bits.high &= ~(1ULL << 63);
-    return decimal::fromBits<ZorBinary128>(bits);
-}
-
 } // namespace
 } // namespace zor
 
@@ -40,7 +34,7 @@ ZOR_OPERATION(_zorc_MPY_BFlt128, left.value *right.value)
 ZOR_OPERATION(_zorc_DIV_BFlt128, quotient(left.value, right.value))
 
 ZOR_WIDE(Quad, _zorc_ABS_BFlt128, Gap<3>, Quad value) {
-    return {magnitude(value.value)};
+    return {decimal::withoutSign(value.value)};
 }
 
 #define ZOR_TO_QUAD(name, From)                                                                    \

@@ -14,19 +14,6 @@ using decimal::isAbove;
 using decimal::shiftedLeft;
 using decimal::Wide128;
 
-constexpr Wide128 sum(Wide128 left, Wide128 right) {
-    const uint64_t low = left.low + right.low;
-    return {left.high + right.high + (low < left.low ? 1 : 0), low};
-}
-
-constexpr Wide128 difference(Wide128 left, Wide128 right) {
-    return {left.high - right.high - (left.low < right.low ? 1 : 0), left.low - right.low};
-}
-
-constexpr Wide128 timesTen(Wide128 value) {
-    return sum(shiftedLeft(value, 3), shiftedLeft(value, 1));
-}
-
 // value modulo divisor; the quotient has at most the bits given, and divisor << bits fits.
 Wide128 reduced(Wide128 value, Wide128 divisor, int32_t bits) {
     for (int32_t i = bits - 1; i >= 0; --i) {

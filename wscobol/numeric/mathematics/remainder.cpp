@@ -11,18 +11,13 @@
 namespace zor::numeric {
 namespace {
 
-template <class T> T magnitude(T value) {
-    const decimal::Wide128 bits = decimal::bitsOf(value);
-    return decimal::fromBits<T>({bits.high & ~(1ULL << 63), bits.low});
-}
-
 // A remainder of zero is positive.
 template <auto &remainder, class T> T checkedRemainder(T dividend, T divisor) {
     if (divisor == T(0)) {
         message::argumentIsZero("REM", 0);
     }
     const T rest = remainder(dividend, divisor);
-    return rest == T(0) ? magnitude(rest) : rest;
+    return rest == T(0) ? decimal::withoutSign(rest) : rest;
 }
 
 // The greatest integer that is not above the value.

@@ -115,23 +115,10 @@ void storePower(const Digits &power, Field &field) {
     }
 }
 
-// ---- arithmetic of remainders, all below 10^31: sums of two have room to spare
+// ---- arithmetic of remainders, all below 10^31: sums of two and ten times one have room to spare
 
 bool isBelow(Wide128 left, Wide128 right) {
     return decimal::isAbove(right, left);
-}
-
-Wide128 sum(Wide128 left, Wide128 right) {
-    const uint64_t low = left.low + right.low;
-    return {left.high + right.high + (low < left.low ? 1 : 0), low};
-}
-
-Wide128 difference(Wide128 left, Wide128 right) {
-    return {left.high - right.high - (left.low < right.low ? 1 : 0), left.low - right.low};
-}
-
-Wide128 timesTen(Wide128 value) {
-    return decimal::shiftedLeft(sum(value, decimal::shiftedLeft(value, 2)), 1);
 }
 
 // Reduces a value below 10 times the divisor and gives the quotient.

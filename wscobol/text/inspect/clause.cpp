@@ -1,16 +1,18 @@
+// What INSPECT does with signs: an embedded one is taken out of a copy, one of its own is left out.
+// Statements without signs copy nothing.
 #include "text/inspect/clause.h"
 
 #include <algorithm>
 
 #include "base/bits.h"
 #include "base/message_list.h"
+#include "decimal/digits.h"
 
 namespace zor::inspect {
 namespace {
 
 constexpr uint8_t kZonePart = 0xF0;
 constexpr uint8_t kDigitPart = 0x0F;
-constexpr uint8_t kPlainZone = 0x30;
 
 bool allOf(uint32_t flags, uint32_t bits) {
     return (flags & bits) == bits;
@@ -45,7 +47,7 @@ Shape shapeOf(uint32_t flags, std::size_t length) {
 void copyPlain(WorkArea &area, const uint8_t *operand, const Shape &shape) {
     memcpy(area, operand, shape.length);
     uint8_t &carrier = area[shape.signOffset()];
-    carrier = static_cast<uint8_t>((carrier & kDigitPart) | kPlainZone);
+    carrier = static_cast<uint8_t>((carrier & kDigitPart) | decimal::kZone);
 }
 
 inline Bytes operandBytes(uint32_t flags, const void *address, uint32_t length, WorkArea &area) {

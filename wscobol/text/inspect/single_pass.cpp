@@ -27,12 +27,8 @@ struct TwoBytes {
     static __m128i equal(__m128i left, __m128i right) { return _mm_cmpeq_epi16(left, right); }
 };
 
-__m128i load(const uint8_t *address) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(address));
-}
-void store(uint8_t *address, __m128i block) {
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(address), block);
-}
+using decimal::loadFull;
+using decimal::storeFull;
 
 std::size_t sumOfBytes(__m128i counts) {
     const __m128i sums = _mm_sad_epu8(counts, _mm_setzero_si128());
@@ -47,7 +43,7 @@ template <class Character> std::size_t count(const uint8_t *at, std::size_t byte
     constexpr std::size_t kMostRounds = 255 / (kUnrolled / 2);
     const __m128i character = Character::fill(wanted.data());
     const auto equal = [&](std::size_t block) {
-        return Character::equal(load(at + block * kBlock), character);
+        return Character::equal(loadFull(at + block * kBlock), character);
     };
     std::size_t matching = 0;
     while (bytes >= kUnrolled * kBlock) {
@@ -72,7 +68,7 @@ template <class Character> std::size_t count(const uint8_t *at, std::size_t byte
         uint8_t counted[kBlock] = {};
         memset(counted, 1, bytes);
         counts = _mm_add_epi8(
-            counts, _mm_and_si128(Character::equal(load(rest), character), load(counted)));
+            counts, _mm_and_si128(Character::equal(loadFull(rest), character), loadFull(counted)));
     }
     return (matching + sumOfBytes(counts)) / Character::kSize;
 }
@@ -84,10 +80,10 @@ bool replaceAll(uint8_t *at, std::size_t bytes, Bytes wanted, Bytes target) {
     const __m128i change = _mm_xor_si128(character, Character::fill(target.data()));
     bool replaced = false;
     for (; bytes >= kBlock; at += kBlock, bytes -= kBlock) {
-        const __m128i block = load(at);
+        const __m128i block = loadFull(at);
         const __m128i equal = Character::equal(block, character);
         if (_mm_movemask_epi8(equal) != 0) {
-            store(at, _mm_xor_si128(block, _mm_and_si128(equal, change)));
+            storeFull(at, _mm_xor_si128(block, _mm_and_si128(equal, change)));
             replaced = true;
         }
     }
@@ -123,10 +119,10 @@ void shiftCharacters(uint8_t *at, std::size_t bytes, Bytes from, Bytes to) {
     const __m128i highestOnes = repeated(highest);
     const __m128i shifts = repeated(shift);
     for (; bytes >= kBlock; at += kBlock, bytes -= kBlock) {
-        const __m128i block = load(at);
+        const __m128i block = loadFull(at);
         const __m128i above = _mm_sub_epi8(block, lowestOnes);
         const __m128i within = _mm_cmpeq_epi8(_mm_min_epu8(above, highestOnes), above);
-        store(at, _mm_add_epi8(block, _mm_and_si128(within, shifts)));
+        storeFull(at, _mm_add_epi8(block, _mm_and_si128(within, shifts)));
     }
     for (; bytes != 0; ++at, --bytes) {
         const auto above = static_cast<uint8_t>(*at - lowest);

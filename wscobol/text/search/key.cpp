@@ -1,9 +1,12 @@
+// Normal forms and comparisons by the type of a key. -12 packed, 01 2D, becomes D0 12 with its sign
+// in front, and its complement 2F ED, which is below that of every greater number.
 #include "text/search/key.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "base/bits.h"
+#include "base/ebcdic.h"
 #include "decimal/bytes.h"
 #include "decimal/digits.h"
 #include "search_all.h"
@@ -13,9 +16,6 @@ namespace {
 
 constexpr uint8_t kDigitPart = 0x0F;
 constexpr uint8_t kZonePart = 0xF0;
-constexpr uint8_t kAsciiZone = 0x30;
-constexpr uint8_t kEbcdicBlank = 0x40;
-constexpr uint8_t kEbcdicMinus = 0x60;
 constexpr uint8_t kEbcdicNegativeZone = 0xD0;
 constexpr uint8_t kAsciiNegativeBit = 0x40;
 constexpr uint8_t kSignBit = 0x80;
@@ -204,7 +204,7 @@ bool areUnits(const uint8_t *bytes, std::size_t length, uint8_t padding) {
 // The zeros ahead of a display number; the first of them may carry the sign.
 bool areZeros(const Key &key, const uint8_t *argument, std::size_t excess, const uint8_t *weights) {
     const std::size_t character = characterOf(key);
-    const uint8_t zero = isEbcdic(key) ? kZonePart : kAsciiZone;
+    const uint8_t zero = isEbcdic(key) ? kZonePart : decimal::kZone;
     const auto areAllZeros = [&](const uint8_t *bytes, std::size_t length) {
         return isNational(key) ? areUnits(bytes, length, zero)
                                : areAll(bytes, length, zero, weights);
