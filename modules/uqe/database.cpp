@@ -1,6 +1,6 @@
 // The row of table `state` says up to which change of the redo log the database has come: that is
 // stored in the transaction of the changes themselves, so none is made twice.
-#include "database.h"
+#include "uqe/database.h"
 
 #include <climits>
 #include <cstdio>
@@ -10,9 +10,9 @@
 #include <unistd.h>
 
 #include "core/file_claims.h"
-#include "indexed_store.h"
 #include "proccom.h"
-#include "shifted_vfs.h"
+#include "uqe/indexed_store.h"
+#include "uqe/shifted_vfs.h"
 
 namespace zor::modules {
 namespace {

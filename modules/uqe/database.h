@@ -10,7 +10,7 @@
 #include <sqlite3.h>
 
 #include "core/numbered_file.h"
-#include "redo_log.h"
+#include "uqe/redo_log.h"
 
 namespace zor::modules {
 

@@ -1,11 +1,11 @@
 // The shortest record is no attribute: it bounds what a program writes.
-#include "file_head.h"
+#include "uqe/file_head.h"
 
 #include <cstring>
 #include <sys/random.h>
 #include <unistd.h>
 
-#include "indexed_keys.h"
+#include "uqe/indexed_keys.h"
 
 namespace zor::modules {
 namespace {

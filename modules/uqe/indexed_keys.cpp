@@ -1,5 +1,5 @@
 // Keys are compared as bytes: a shorter one that another begins with comes ahead of it.
-#include "indexed_keys.h"
+#include "uqe/indexed_keys.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // A change asks first whether a key that allows no duplicates is taken, so that one that is refused
 // has changed nothing.
-#include "indexed_store.h"
+#include "uqe/indexed_store.h"
 
 #include <array>
 #include <cstdio>

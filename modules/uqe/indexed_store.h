@@ -4,8 +4,8 @@
 #ifndef ZOR_MODULES_UQE_INDEXED_STORE_H
 #define ZOR_MODULES_UQE_INDEXED_STORE_H
 
-#include "database.h"
-#include "indexed_keys.h"
+#include "uqe/database.h"
+#include "uqe/indexed_keys.h"
 
 namespace zor::modules {
 

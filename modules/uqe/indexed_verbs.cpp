@@ -1,10 +1,10 @@
 // The program has its keys in the record area. A READ by key makes that key the key of reference,
 // along whose order the READs in sequence then go.
-#include "indexed_verbs.h"
+#include "uqe/indexed_verbs.h"
 
 #include <algorithm>
 
-#include "indexed_store.h"
+#include "uqe/indexed_store.h"
 
 namespace zor::modules {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef ZOR_MODULES_UQE_INDEXED_VERBS_H
 #define ZOR_MODULES_UQE_INDEXED_VERBS_H
 
-#include "database.h"
+#include "uqe/database.h"
 
 namespace zor::modules {
 

@@ -1,5 +1,5 @@
 // A walk keeps its statement at the row that it gave, unless others may change the file meanwhile.
-#include "numbered_records.h"
+#include "uqe/numbered_records.h"
 
 namespace zor::modules {
 namespace {

@@ -1,5 +1,5 @@
 // An entry counts from the moment that the head's word `used` covers it.
-#include "redo_log.h"
+#include "uqe/redo_log.h"
 
 #include <algorithm>
 #include <atomic>

@@ -7,7 +7,7 @@
 
 #include <span>
 
-#include "file_head.h"
+#include "uqe/file_head.h"
 
 namespace zor::modules {
 

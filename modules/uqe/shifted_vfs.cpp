@@ -1,11 +1,11 @@
 // A thin layer over SQLite's own access to the system, from which everything but the offsets of
 // databases comes. Journals are left as they are.
-#include "shifted_vfs.h"
+#include "uqe/shifted_vfs.h"
 
 #include <cerrno>
 #include <sqlite3.h>
 
-#include "file_head.h"
+#include "uqe/file_head.h"
 
 namespace zor::modules {
 namespace {

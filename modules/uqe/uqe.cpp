@@ -1,10 +1,10 @@
 // The file system of new files: sequential, relative and indexed organization in one kind of file.
 #include <cstdlib>
 
-#include "database.h"
-#include "indexed_store.h"
-#include "indexed_verbs.h"
-#include "numbered_records.h"
+#include "uqe/database.h"
+#include "uqe/indexed_store.h"
+#include "uqe/indexed_verbs.h"
+#include "uqe/numbered_records.h"
 
 namespace zor::modules {
 namespace {
