@@ -1,21 +1,13 @@
 // Class conditions, text functions and the refresh of altered branches.
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "class_tests.h"
 #include "national/locales.h"
 #include "segments.h"
-#include "support/kit.h"
 #include "text/statement_kit.h"
-#include "text/wide.h"
 #include "text_functions.h"
 
 namespace {
-
-int32_t lengthOf(const std::string &bytes) {
-    return static_cast<int32_t>(bytes.size());
-}
 
 TEST(ClassTests, EveryByteAndUnit) {
     const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ ", lower = "abcdefghijklmnopqrstuvwxyz ";
@@ -30,7 +22,8 @@ TEST(ClassTests, EveryByteAndUnit) {
             return unit < 256 && set.find(character) != std::string::npos ? 1 : 0;
         };
         const auto nationalIs = [&](auto test, char16_t neighbour) {
-            return test(wide({neighbour, static_cast<char16_t>(unit), neighbour}).data(), 6);
+            return test(std::u16string{neighbour, static_cast<char16_t>(unit), neighbour}.data(),
+                        6);
         };
         EXPECT_EQ(nationalIs(_zoruClasAlpha, u'A'), in(upper + lower)) << unit;
         EXPECT_EQ(nationalIs(_zoruClasUpper, u'A'), in(upper)) << unit;
@@ -92,13 +85,14 @@ TEST(ClassTests, Numeric) {
                                             {5, {"q2s"}, {}},
                                             {9, {}, {"1:2"}}}),
               "");
-    EXPECT_EQ(wrongOnes(_zoruSClasNumeric, {{0, {wide(u"12"), ""}, {wide(u"1+")}},
-                                            {3,
-                                             {wide(u"+12"), wide(u"-12"), ""},
-                                             {wide(u"12"), wide(u"+1A"), wide({u'\0', u'1'})}},
-                                            {4, {wide(u"12-")}, {wide(u"-12")}},
-                                            {3 | kTestSign, {wide(u"+000")}, {wide(u"-000")}},
-                                            {4 | kTestSign, {wide(u"010-")}, {wide(u"000-")}}}),
+    EXPECT_EQ(wrongOnes(_zoruSClasNumeric,
+                        {{0, {wide(u"12"), ""}, {wide(u"1+")}},
+                         {3,
+                          {wide(u"+12"), wide(u"-12"), ""},
+                          {wide(u"12"), wide(u"+1A"), wide(std::u16string{u'\0', u'1'})}},
+                         {4, {wide(u"12-")}, {wide(u"-12")}},
+                         {3 | kTestSign, {wide(u"+000")}, {wide(u"-000")}},
+                         {4 | kTestSign, {wide(u"010-")}, {wide(u"000-")}}}),
               "");
 }
 

@@ -10,7 +10,7 @@
 
 #include "display.h"
 #include "support/kit.h"
-#include "text/wide.h"
+#include "text/statement_kit.h"
 
 static timeval theTime;
 

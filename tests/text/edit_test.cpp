@@ -1,10 +1,11 @@
-// Editing moves through the exported interface.
-#include <algorithm>
+// Editing moves, and moves of items that may overlap.
 #include <random>
 
+#include "collating.h"
 #include "edit.h"
-#include "support/kit.h"
-#include "text/wide.h"
+#include "national.h"
+#include "national/locales.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -188,7 +189,7 @@ template <class Block>
 std::string edited(void (*move)(const Block *, const void *, int32_t, void *),
                    const std::string &descriptor, const std::string &sender) {
     Receiver item;
-    move(as<Block>(descriptor), sender.data(), static_cast<int32_t>(sender.size()), item.data());
+    move(as<Block>(descriptor), sender.data(), lengthOf(sender), item.data());
     return item.text();
 }
 
@@ -227,11 +228,6 @@ TEST(CharacterEdit, Table) {
     EXPECT_EQ(edited(_zorcMoveAlphaNumEdit, word(0xFFFF) + '\0' + "X", "V"), "");
 }
 
-// What stays of a text in an item of this length.
-std::string cut(const std::string &text, std::size_t length, bool justifiedRight) {
-    return justifiedRight ? text.substr(text.size() - length) : text.substr(0, length);
-}
-
 TEST(FigurativeConstant, AllLengths) {
     for (const std::string literal : {"", "A", "AB", "ABC", "ABCDEFGHIJ"}) {
         std::string row;
@@ -239,44 +235,43 @@ TEST(FigurativeConstant, AllLengths) {
             row += literal;
         }
         for (int length = -39; length < 40; ++length) {
-            const auto bytes = static_cast<std::size_t>(abs(length));
+            const std::size_t bytes = row.empty() ? 0 : static_cast<std::size_t>(abs(length));
             Receiver item;
-            _zorcMoveFigConst(item.data(), length, literal.data(),
-                              static_cast<int32_t>(literal.size()));
-            EXPECT_EQ(item.text(), cut(row, std::min(bytes, row.size()), length < 0)) << literal;
+            _zorcMoveFigConst(item.data(), length, literal.data(), lengthOf(literal));
+            EXPECT_EQ(item.text(), moved(row, bytes, length < 0, " ")) << literal;
         }
     }
 }
 
-TEST(OverlappingMove, AllLengthsAndDistances) {
+// The three kinds of items, of which double-byte ones keep their beginning in any case.
+CHILD_TEST(OverlappingMove, AllLengthsAndDistances, locales::in("ja_JP.UTF-8")) {
     const std::string letters = "abcdefghijklmnopqrstuvwxyz";
-    for (const int target : {0, 1, 3, 8, -1, -3, -8}) {
-        for (const int source : {0, 1, 3, 8, -1, -3, -8}) {
-            const bool right = target < 0;
+    for (int target = -8; target <= 8; ++target) {
+        for (int source = -8; source <= 8; ++source) {
             const auto to = static_cast<std::size_t>(abs(target));
-            const auto from = static_cast<std::size_t>(abs(source));
-            const std::string value = letters.substr(10, from);
-            const std::string blanks(8, source < 0 ? '@' : ' ');
-            for (std::size_t at = 6; at < 16; ++at) {
-                std::string storage = letters;
-                _zorcMoveVarLenOverlap(&storage[at], target, &storage[10], source);
-                std::string expected = letters;
-                expected.replace(at, to, cut(right ? blanks + value : value + blanks, to, right));
-                EXPECT_EQ(storage, expected) << target << " from " << source << " at " << at;
-            }
+            const std::string value = letters.substr(10, static_cast<std::size_t>(abs(source)));
+            const auto expectMove = [&](auto move, const std::string &from,
+                                        const std::string &blank) {
+                const std::string field = moved(from, to, target < 0, blank);
+                for (std::size_t at = 2; at < 19; ++at) {
+                    std::string storage = letters;
+                    move(&storage[at], target, &storage[10], source);
+                    EXPECT_EQ(storage, std::string(letters).replace(at, to, field))
+                        << target << " from " << source << " at " << at;
+                }
+            };
+            expectMove(_zorcMoveVarLenOverlap, value, source < 0 ? "@" : " ");
+            expectMove(_zorcDBCSMoveVarLenOverlap, value.substr(0, to),
+                       source < 0 ? "@@" : "\x81\x40");
+            expectMove([](auto... words) { EXPECT_EQ(_zorMoveUnicode(words...), 0); },
+                       source < 0 ? "" : value, wide(u" "));
         }
     }
-}
-
-// The digits of a text without leading zeros.
-std::string valueOf(std::string text) {
-    std::erase_if(text, [](char c) { return c < '0' || c > '9'; });
-    return text.substr(std::min(text.find_first_not_of('0'), text.size()));
 }
 
 // Pictures as a compiler accepts them: suppression or a floating string, commas within, a point,
 // and a sign at one of the ends.
-TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
+TEST(NumericEdit, RandomPicturesAndBack) {
     constexpr struct {
         const char *symbol; // of the part that is suppressed
         const char *behind; // what stands at the end
@@ -297,13 +292,17 @@ TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
         const std::size_t decimals = random() % 4;
         text += std::string(nines, '9') + (decimals > 0 ? "." : "") + std::string(decimals, '9') +
                 kind.behind;
-        std::string digits(1, random() % 2 == 0 ? '+' : '-');
+        std::string digits;
         for (auto n = suppressed - (floats ? 1 : 0) + nines + decimals; n > 0; --n) {
             digits += random() % 3 == 0 ? static_cast<char>('0' + random() % 10) : '0';
         }
+        // Of zero the sign may be suppressed.
+        const bool isZero = digits.find_first_not_of('0') == std::string::npos;
+        const bool hasSign = !isZero && kind.code % EDIT_FLOAT_CURRENCY != 0;
+        digits.insert(0, 1, hasSign && random() % 2 == 0 ? '-' : '+');
         const std::string item = edited({.text = text, .cases = {}}, kind.code, digits);
         ASSERT_EQ(item.size(), text.size()) << text << " " << digits;
-        ASSERT_EQ(valueOf(item), valueOf(digits)) << text << " " << digits << " " << item;
+        ASSERT_EQ(deEdited({.text = text, .cases = {}}, item), digits.substr(1) + digits[0]);
     }
 }
 

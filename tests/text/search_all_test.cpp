@@ -7,7 +7,6 @@
 #include "search_all.h"
 #include "support/kit.h"
 #include "text/statement_kit.h"
-#include "text/wide.h"
 
 namespace {
 
@@ -29,7 +28,7 @@ struct KeyKind {
     bool leading() const { return (signFlags & SEARCH_SIGN_LEADING) != 0; }
     std::size_t unit() const { return is({2, 4, 6}) ? 2 : 1; }
     std::string characters(const std::string &text) const {
-        return unit() == 2 ? wide(std::u16string(text.begin(), text.end())) : text;
+        return unit() == 2 ? wide(text) : text;
     }
     std::string blank() const { return characters(ebcdic() ? "\x40" : " "); }
 };

@@ -7,7 +7,6 @@
 #include "string_unstring.h"
 #include "support/kit.h"
 #include "text/statement_kit.h"
-#include "text/wide.h"
 
 namespace {
 
@@ -121,16 +120,6 @@ TEST(String, RandomStatements) {
 
 constexpr uint32_t kNumeric = UNSTRING_NUMERIC | UNSTRING_NATIONAL_NUMERIC;
 constexpr int32_t kJapaneseRow = 48; // of the code pages, with a DBCS blank of its own
-
-std::string moved(const std::string &field, std::size_t length, bool right,
-                  const std::string &blank) {
-    const std::size_t used = std::min(length, field.size());
-    std::string pad;
-    while (pad.size() < length - used) {
-        pad += blank;
-    }
-    return right ? pad + field.substr(field.size() - used) : field.substr(0, used) + pad;
-}
 
 std::string received(const UnstringReceiver &receiver, const std::string &field,
                      const std::string &blank) {
