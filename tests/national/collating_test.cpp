@@ -20,11 +20,7 @@ int sign(int value) {
 // An operand as the rules have it where the other one is longer: repeated where it is a constant,
 // otherwise padded.
 std::string broughtTo(const std::string &text, std::size_t length, bool constant) {
-    std::string result = text;
-    while (result.size() < length) {
-        result += constant ? text : " ";
-    }
-    return result.substr(0, std::max(length, text.size()));
+    return moved(text, std::max(length, text.size()), false, constant ? text : " ");
 }
 
 TEST(Collating, ComparesWithPaddingAndWithConstants) {

@@ -115,34 +115,29 @@ template <auto test, int sign> int32_t ofPairs(uint32_t, const void *item, int32
     return test(item, sign * length);
 }
 
-TEST(ClassTests, EbcdicPairs) {
-    const std::vector<std::string> both{"\x40\x40", "\x41\xFE", "\x7F\x41\x40\x40"};
-    const std::vector<std::string> none{"\x40\x41", "\x41\x40", "\xFF\x41",    "\x41\xFF",
-                                        "\x0E\x41", "\x0F\x41", "\x41\x41\x41"};
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, -1>,
-                        {{0, both, none}, {1, {}, {"\x80\x41", "\xFE\xFE"}}}),
-              "");
+template <auto test> void expectPairs(bool isDbcs) {
+    const ClassCase ebcdic{
+        0,
+        {"\x40\x40", "\x41\xFE", "\x7F\x41\x40\x40"},
+        {"\x40\x41", "\x41\x40", "\xFF\x41", "\x41\xFF", "\x0E\x41", "\x0F\x41", "\x41\x41\x41"}};
+    const std::vector<std::string> above{"\x80\x41", "\xFE\xFE"}, none;
     EXPECT_EQ(
-        wrongOnes(ofPairs<_zorcClasDBCS, -1>, {{0, both, none}, {1, {"\x80\x41", "\xFE\xFE"}, {}}}),
+        wrongOnes(ofPairs<test, -1>, {ebcdic, {1, isDbcs ? above : none, isDbcs ? none : above}}),
         "");
-}
-
-void nativePairs() {
-    std::string longer;
-    while (longer.size() < 3000) {
-        longer += "漢字";
-    }
     // What a cut character leaves is not looked at.
-    const ClassCase pairs{
-        0, {"漢字", "　", "漢\xE5", longer}, {"漢a", "a漢", "漢a字", "ab", "", longer + "a"}};
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, 1>, {pairs}), "");
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasDBCS, 1>, {pairs}), "");
+    const std::string longer = moved("", 3000, false, "漢字");
+    const ClassCase native{
+        2, {"漢字", "　", "漢\xE5", longer}, {"漢a", "a漢", "漢a字", "ab", "", longer + "a"}};
+    EXPECT_EQ(wrongOnes(ofPairs<test, 1>, {native}), "");
 }
 
-TEST(ClassTests, NativePairs) {
+TEST(ClassTests, Pairs) {
     const std::string cut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
     kit::expectChild({.environment = locales::in("ja_JP.UTF-8"), .err = cut + cut},
-                     kit::inProgram([] { nativePairs(); }));
+                     kit::inProgram([] {
+                         expectPairs<_zorcClasKanji>(false);
+                         expectPairs<_zorcClasDBCS>(true);
+                     }));
 }
 
 void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts) {

@@ -230,10 +230,8 @@ TEST(CharacterEdit, Table) {
 
 TEST(FigurativeConstant, AllLengths) {
     for (const std::string literal : {"", "A", "AB", "ABC", "ABCDEFGHIJ"}) {
-        std::string row;
-        while (row.size() < 40 && !literal.empty()) {
-            row += literal;
-        }
+        const std::string row =
+            literal.empty() ? "" : moved("", 40 * literal.size(), false, literal);
         for (int length = -39; length < 40; ++length) {
             const std::size_t bytes = row.empty() ? 0 : static_cast<std::size_t>(abs(length));
             Receiver item;
