@@ -12,7 +12,6 @@ int32_t following(uint64_t value) {
 }
 
 TEST(Random, GoesOnFromTheStateOfTheRunUnit) {
-    said([] {});
     int32_t &state = _zorProccom->runcom->randomState;
     for (const int32_t start : {1, 0, 2147483646, 2147483647, -5}) {
         state = start;
