@@ -1,9 +1,6 @@
-// Collating tables, comparisons of native, national and double-byte data, and the case of national
-// data.
+// Collating tables, and comparisons of native, national and double-byte data.
 #include <algorithm>
-#include <array>
 #include <clocale>
-#include <numeric>
 #include <thread>
 
 #include "collating.h"
@@ -24,16 +21,13 @@ std::string broughtTo(const std::string &text, std::size_t length, bool constant
 }
 
 TEST(Collating, ComparesWithPaddingAndWithConstants) {
-    // Weights that make "a" and "A" equal and put the blank between them and "b".
-    std::array<uint8_t, 256> table;
-    std::iota(table.begin(), table.end(), uint8_t{0});
-    table['a'] = table['A'] = 10;
-    table[' '] = 11;
-    table['b'] = 12;
     Random random(3);
+    const uint8_t *const table = programWithWeights().collatingWeights;
     const auto someText = [&](std::size_t length) {
         std::string text(length, ' ');
-        std::generate(text.begin(), text.end(), [&] { return "aAb "[random.below(4)]; });
+        for (char &c : text) { // below the blank, with its weight, and above it
+            c = "\x1E !a"[random.below(4)];
+        }
         return text;
     };
     for (int trial = 0; trial < 40000; ++trial) {
@@ -43,13 +37,11 @@ TEST(Collating, ComparesWithPaddingAndWithConstants) {
         if (random.oneIn(8)) {
             data = someText(otherIsConstant ? 1 + random.below(20) : random.below(20));
         } else if (!random.oneIn(3)) {
-            data[random.below(data.size())] = "A\xff"[random.below(2)];
+            data[random.below(data.size())] = "`\xff"[random.below(2)];
         }
         const auto weights = [&](const std::string &text, std::size_t length, bool repeats) {
             std::string made = broughtTo(text, length, repeats);
-            for (char &c : made) {
-                c = static_cast<char>(table[static_cast<unsigned char>(c)]);
-            }
+            std::transform(made.begin(), made.end(), made.begin(), weightOf);
             return made;
         };
         const int expected = sign(weights(data, constant.size(), otherIsConstant)
@@ -57,8 +49,8 @@ TEST(Collating, ComparesWithPaddingAndWithConstants) {
         const int32_t length = lengthOf(constant) * (isConstant ? -1 : 1);
         const int32_t otherLength = lengthOf(data) * (otherIsConstant ? -1 : 1);
         const void *const left = data.data(), *const right = constant.data();
-        ASSERT_EQ(_zorcCmpACS(left, otherLength, right, length, table.data()), expected) << data;
-        ASSERT_EQ(_zorcCmpACS(right, length, left, otherLength, table.data()), -expected) << data;
+        ASSERT_EQ(_zorcCmpACS(left, otherLength, right, length, table), expected) << data;
+        ASSERT_EQ(_zorcCmpACS(right, length, left, otherLength, table), -expected) << data;
         const std::string copies = broughtTo(constant, data.size(), true).substr(0, data.size());
         ASSERT_EQ(sign(_zorcCmpMultiByteFig(left, lengthOf(data), right, lengthOf(constant))),
                   sign(data.compare(copies)));
@@ -174,33 +166,6 @@ CHILD_TEST(NationalText, ComparesInTheOrderOfTheLocale, locales::in("de_DE.ISO-8
                                                      {u"b"},
                                                      {u"B"},
                                                      {u"Zebra"}});
-}
-
-using Change = int32_t (*)(void *, int32_t *, const void *, int32_t);
-
-std::u16string changed(Change change, const std::u16string &source, int32_t capacity) {
-    std::u16string target(static_cast<std::size_t>(capacity) / 2 + 1, u'#');
-    int32_t length = capacity;
-    const int32_t result = change(target.data(), &length, source.data(), lengthOf(source));
-    EXPECT_EQ(target.back(), u'#');
-    target.resize(static_cast<std::size_t>(length) / 2);
-    return result == length ? target : u"status " + std::u16string(1, char16_t(u'A' + result));
-}
-
-TEST(NationalText, ChangesCaseByTheLocale) {
-    const std::string failed =
-        "ZOR225W  A change between upper and lower case failed: status 15, locale ";
-    for (const std::string locale : {"de_DE.ISO-8859-1", "tr_TR.ISO-8859-9"}) {
-        const std::string err = failed + locale.substr(0, 5) + ".\n\n";
-        kit::expectChild({.environment = locales::in(locale), .err = err}, [] {
-            const bool turkish = *setlocale(LC_CTYPE, nullptr) == 't';
-            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"straße i", 18),
-                      turkish ? u"STRASSE İ" : u"STRASSE I");
-            EXPECT_EQ(changed(_zorLowerCaseUnicode, u"ÄI", 4), turkish ? u"äı" : u"äi");
-            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"", 4), u"");
-            EXPECT_EQ(changed(_zorUpperCaseUnicode, u"ßß", 4), u"status P"); // 15
-        });
-    }
 }
 
 } // namespace

@@ -1,34 +1,31 @@
-// Conversions between national, native and EBCDIC data, each in a process of its own locale.
+// Conversions between national, native and EBCDIC data, and of national data to upper and lower
+// case, each in a process of its own locale.
 #include <map>
-#include <random>
 #include <sys/resource.h>
-#include <vector>
 
 #include "codepage.h"
 #include "display.h"
 #include "national.h"
 #include "national/locales.h"
 #include "support/failure_kit.h"
+#include "text/statement_kit.h"
 
 namespace {
 
 constexpr const char *kLatin = "de_DE.ISO-8859-1"; // EBCDIC code page QBX-1141
 constexpr const char *kUtf8 = "en_US.UTF-8";       // QBX-1140
 constexpr const char *kMixed = "ja_JP.UTF-8";      // QBX-1399
+constexpr const char *kTurkish = "tr_TR.ISO-8859-9";
 
 // Each in storage of its own size, so that the sanitizer sees what goes beyond.
 using Item = std::vector<char>;
 
-int32_t lengthOf(const Item &item) {
-    return static_cast<int32_t>(item.size());
-}
-
-enum Call { AtoE, EtoA, ToEbcdic, ToAscii, ToUnicode, FromUnicode };
+enum Call { AtoE, EtoA, ToEbcdic, ToAscii, Upper, Lower, ToUnicode, FromUnicode };
 
 struct Row {
     const char *locale;
     Call call;
-    const char *page;   // name, "" the native one, "e" the EBCDIC one; not for the first four calls
+    const char *page;   // name, "" the native one, "e" the EBCDIC one; for the last two calls
     const char *source; // hexadecimal; with a "-" ahead the length is negative
     int32_t capacity;
     const char *expected;     // status, length out, whole target
@@ -40,6 +37,8 @@ struct Row {
 #define UNOPENED(name, status)                                                                     \
     "ZOR221W  A converter for code page " name " cannot be opened: status " status                 \
     ". Check that the name is right and the code page is installed."
+#define UNFOLDED(locale)                                                                           \
+    "ZOR225W  A change between upper and lower case failed: status 15, locale " locale "."
 
 #define TEN "4230423042304230423042304230423042304230"
 
@@ -119,13 +118,24 @@ const Row kRows[] = {
     {kMixed, ToAscii, "", "-0e44810e44810f", -8, "0 6 2020e38182e38182"},
     {kMixed, ToAscii, "", "-0e44810fc20f", 5, "0 4 e381824220"},
     {kMixed, ToAscii, "", "-0f", 1, "0 0 20"},
+    {kLatin, Upper, "", "df006900", 6, "6 6 530053004900"},
+    {kLatin, Upper, "", "df00", 2, "15 2 eeee", UNFOLDED("de_DE")},
+    {kLatin, Lower, "", "c4004900", 4, "4 4 e4006900"},
+    {kTurkish, Upper, "", "6900", 2, "2 2 3001"},
+    {kTurkish, Lower, "", "4900", 2, "2 2 3101"},
+    {kTurkish, Lower, "", "4900", 1, "15 1 ee", UNFOLDED("tr_TR")},
 };
 
 int32_t call(const Row &row, const char *source, int32_t length, Item &target,
              int32_t &targetLength) {
     constexpr decltype(&_zorUniAtoE) kBetween[] = {_zorUniAtoE, _zorUniEtoA, _zorConvToEBCDIC,
                                                    _zorConvToASCII};
-    if (row.call < ToUnicode) {
+    constexpr decltype(&_zorUpperCaseUnicode) kChanges[] = {_zorUpperCaseUnicode,
+                                                            _zorLowerCaseUnicode};
+    if (row.call == Upper || row.call == Lower) {
+        return kChanges[row.call - Upper](target.data(), &targetLength, source, length);
+    }
+    if (row.call < Upper) {
         return kBetween[row.call](source, length, target.data(), &targetLength);
     }
     const std::string page = row.page;
@@ -167,8 +177,7 @@ TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
 
 Item displayOf(const std::u16string &text) {
     Item native(text.size() * 3);
-    const auto bytes = static_cast<int32_t>(text.size() * 2);
-    const int32_t length = _Tvq_display_of(bytes, text.data(), native.data());
+    const int32_t length = _Tvq_display_of(lengthOf(text), text.data(), native.data());
     return {native.begin(), native.begin() + length};
 }
 
@@ -186,16 +195,15 @@ void expectRoundTrip(const Item &native, int32_t sign) {
 // Characters of one, two and three bytes, most of them in the two-byte part of the EBCDIC page.
 CHILD_TEST(Conversions, OfMixedDataRoundTrip, locales::in(kMixed)) {
     const std::u16string characters = u"A z9あ漢ｱ、Ж×";
-    std::minstd_rand random(7);
+    Random random(7);
     for (int trial = 0; trial < 3000; ++trial) {
         std::u16string text;
-        for (auto count = random() % 40; count > 0; --count) {
-            text += characters[random() % characters.size()];
+        for (auto count = random.below(40); count > 0; --count) {
+            text += characters[random.below(characters.size())];
         }
         const Item native = displayOf(text);
         std::u16string back(text.size(), u'#');
-        EXPECT_EQ(_Tvq_national_of(lengthOf(native), native.data(), back.data()),
-                  static_cast<int32_t>(text.size() * 2));
+        EXPECT_EQ(_Tvq_national_of(lengthOf(native), native.data(), back.data()), lengthOf(text));
         EXPECT_EQ(back, text);
         expectRoundTrip(native, 1);
         std::erase_if(text, [](char16_t c) { return c < 0x100 || c == u'ｱ'; });
@@ -211,7 +219,7 @@ CHILD_TEST(Conversions, TakeLongTextsInPlace, locales::in(kUtf8)) {
         const std::pair<std::string, char> firsts[] = {{"x", '\xA7'}, {"\xc3\xa4", '\x43'}};
         for (const auto &[first, ebcdic] : firsts) {
             const std::string native = first + std::string(size, 'x');
-            const auto bytes = static_cast<int32_t>(native.size());
+            const int32_t bytes = lengthOf(native);
             std::string area = native;
             int32_t left = bytes;
             EXPECT_EQ(_zorUniAtoE(area.data(), bytes, area.data(), &left), 0);
@@ -237,8 +245,10 @@ CHILD_TEST(Conversions, LoadTheLibraryAtFirstUseAndStartAgainAfterTheirEnd, .out
     EXPECT_EQ(_zorProccom->convclose, nullptr);
     for (int round = 0; round < 2; ++round) {
         char target[2] = {};
+        int32_t length = sizeof target;
         EXPECT_EQ(_Tvq_national_of(1, "A", target), 2);
         EXPECT_EQ(_zorCompareUnicode(u"A", 2, u"B", 2), -1);
+        EXPECT_EQ(_zorUpperCaseUnicode(target, &length, u"", 0) + length, 0);
         ASSERT_NE(_zorProccom->convclose, nullptr);
         _zorProccom->convclose();
     }
@@ -287,8 +297,7 @@ CHILD_TEST(CodePages, AnswerQuestions, .environment = locales::in(kUtf8),
     for (const auto &[name, widest, ccsid] : cases) {
         int32_t got = 0;
         const bool known = widest != 0;
-        const auto length = static_cast<int32_t>(name.size());
-        EXPECT_EQ(_zorValidateCPID(name.data(), length), known ? 0 : 1) << name;
+        EXPECT_EQ(_zorValidateCPID(name.data(), lengthOf(name)), known ? 0 : 1) << name;
         EXPECT_EQ(_zorGetMaxCharSize(name.data()), widest) << name;
         EXPECT_EQ(_zorGetCCSID(name.data(), &got), known ? 0 : 2) << name;
         EXPECT_EQ(got, ccsid) << name;
