@@ -131,13 +131,11 @@ template <auto test> void expectPairs(bool isDbcs) {
     EXPECT_EQ(wrongOnes(ofPairs<test, 1>, {native}), "");
 }
 
-TEST(ClassTests, Pairs) {
-    const std::string cut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
-    kit::expectChild({.environment = locales::in("ja_JP.UTF-8"), .err = cut + cut},
-                     kit::inProgram([] {
-                         expectPairs<_zorcClasKanji>(false);
-                         expectPairs<_zorcClasDBCS>(true);
-                     }));
+const std::string kCut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
+
+PROGRAM_TEST(ClassTests, Pairs, .environment = locales::in("ja_JP.UTF-8"), .err = kCut + kCut) {
+    expectPairs<_zorcClasKanji>(false);
+    expectPairs<_zorcClasDBCS>(true);
 }
 
 void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts) {
@@ -151,8 +149,10 @@ void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts
 
 TEST(TextFunctions, Case) {
     expectFolded("\xC4\xE4", "\xC4\xE4");
-    kit::expectChild({.environment = locales::in("de_DE.ISO-8859-1")},
-                     kit::inProgram([] { expectFolded("\xC4\xC4", "\xE4\xE4"); }));
+}
+
+PROGRAM_TEST(TextFunctions, CaseByTheLocale, .environment = locales::in("de_DE.ISO-8859-1")) {
+    expectFolded("\xC4\xC4", "\xE4\xE4");
 }
 
 TEST(TextFunctions, ReverseOfEachLength) {

@@ -1,6 +1,4 @@
 // Editing moves, and moves of items that may overlap.
-#include <random>
-
 #include "collating.h"
 #include "edit.h"
 #include "national.h"
@@ -37,10 +35,7 @@ struct Picture {
     bool zeroTreatment = false;
 };
 
-const CurrencyString *currencyOf(const Picture &picture, std::string &bytes) {
-    bytes = word(picture.currency.size()) + picture.currency;
-    return as<CurrencyString>(bytes);
-}
+constexpr const char *kFails = "does not fit";
 
 std::string edited(const Picture &picture, int code, const std::string &digits) {
     const std::size_t size = picture.text.size();
@@ -48,26 +43,23 @@ std::string edited(const Picture &picture, int code, const std::string &digits) 
     const std::string bytes = word(picture.zeroTreatment ? 0 - size : size) + picture.point +
                               (isString ? '&' : picture.currency[0]) + static_cast<char>(code) +
                               picture.text;
+    const std::string string = word(picture.currency.size()) + picture.currency;
     const auto *block = as<NumericEditDescriptor>(bytes);
-    std::string string;
-    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver item;
-    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), currency)
+    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), as<CurrencyString>(string))
              : _zorcMoveNumToNumEdit(block, digits.data(), item.data());
     return item.text();
 }
 
-constexpr const char *kFails = "does not fit";
-
 std::string deEdited(const Picture &picture, const std::string &item) {
     const std::string bytes = word(picture.text.size()) + picture.text;
+    const std::string string = word(picture.currency.size()) + picture.currency;
     const auto *block = as<DeEditDescriptor>(bytes);
-    std::string string;
-    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver result;
-    const int32_t rc = picture.currency.size() == 1
-                           ? _zorcMoveNumEditToNum(block, item.data(), result.data())
-                           : _zorcMoveNumEditToNum2(block, item.data(), result.data(), currency);
+    const int32_t rc =
+        picture.currency.size() == 1
+            ? _zorcMoveNumEditToNum(block, item.data(), result.data())
+            : _zorcMoveNumEditToNum2(block, item.data(), result.data(), as<CurrencyString>(string));
     EXPECT_TRUE(rc == 0 || rc == 1);
     return rc == 0 ? result.text() : kFails;
 }
@@ -276,31 +268,32 @@ TEST(NumericEdit, RandomPicturesAndBack) {
         int code;
     } kKinds[] = {{"Z", "", 0}, {"*", "", 0}, {"Z", "-", 3}, {"*", "+", 2},  {"Z", "CR", 3},
                   {"+", "", 6}, {"-", "", 7}, {"$", "", 12}, {"$", "DB", 11}};
-    std::mt19937 random(20220714);
+    Random random(20220714);
     for (int i = 0; i < 20000; ++i) {
-        const auto &kind = kKinds[random() % std::size(kKinds)];
+        const auto &kind = kKinds[random.below(std::size(kKinds))];
         const bool floats = kind.symbol[0] != 'Z' && kind.symbol[0] != '*';
+        const std::size_t suppressed = random.below(12) + (floats ? 2 : 0);
         std::string text;
-        const std::size_t suppressed = random() % 12 + (floats ? 2 : 0);
         for (std::size_t n = 0; n < suppressed; ++n) {
             text += kind.symbol;
-            text += n > 1 && random() % 4 == 0 ? "," : "";
+            text += n > 1 && random.oneIn(4) ? "," : "";
         }
-        const std::size_t nines = suppressed == 0 ? 1 + random() % 9 : random() % 6;
-        const std::size_t decimals = random() % 4;
+        const std::size_t nines = suppressed == 0 ? 1 + random.below(9) : random.below(6);
+        const std::size_t decimals = random.below(4);
         text += std::string(nines, '9') + (decimals > 0 ? "." : "") + std::string(decimals, '9') +
                 kind.behind;
         std::string digits;
         for (auto n = suppressed - (floats ? 1 : 0) + nines + decimals; n > 0; --n) {
-            digits += random() % 3 == 0 ? static_cast<char>('0' + random() % 10) : '0';
+            digits += random.text(1, random.oneIn(3) ? 10 : 1);
         }
         // Of zero the sign may be suppressed.
         const bool isZero = digits.find_first_not_of('0') == std::string::npos;
         const bool hasSign = !isZero && kind.code % EDIT_FLOAT_CURRENCY != 0;
-        digits.insert(0, 1, hasSign && random() % 2 == 0 ? '-' : '+');
-        const std::string item = edited({.text = text, .cases = {}}, kind.code, digits);
+        digits.insert(0, 1, hasSign && random.oneIn(2) ? '-' : '+');
+        const Picture picture{.text = text, .cases = {}};
+        const std::string item = edited(picture, kind.code, digits);
         ASSERT_EQ(item.size(), text.size()) << text << " " << digits;
-        ASSERT_EQ(deEdited({.text = text, .cases = {}}, item), digits.substr(1) + digits[0]);
+        ASSERT_EQ(deEdited(picture, item), digits.substr(1) + digits[0]) << text;
     }
 }
 

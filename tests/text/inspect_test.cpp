@@ -1,7 +1,9 @@
 // INSPECT: random statements against a slow model, which must leave the same item and the same
 // counters; then long items, operands within the item and operands whose lengths differ.
 #include <algorithm>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "inspect.h"
 #include "support/kit.h"
@@ -26,18 +28,16 @@ Plain plain(uint32_t flags, const void *address, uint32_t length) {
     const bool display = has(flags, INSPECT_SIGNED_DISPLAY);
     const bool leads = has(flags, INSPECT_SIGN_LEADING);
     Plain made{bytesOf(address, length)};
-    std::string &text = made.text;
     if (display && !has(flags, INSPECT_SIGN_SEPARATE)) {
         if (length > 0 && length <= INSPECT_MAX_SIGNED) {
             made.sign = leads ? 0 : length - 1;
-            text[made.sign] = static_cast<char>((text[made.sign] & 0x0F) | 0x30);
+            made.text[made.sign] = static_cast<char>((made.text[made.sign] & 0x0F) | 0x30);
         }
-        return made;
+    } else if (display || has(flags, INSPECT_SIGNED_NATIONAL)) {
+        const std::size_t cut = std::min<std::size_t>(display ? 1 : 2, length);
+        made.text.erase(leads ? 0 : length - cut, cut);
+        made.offset = leads ? cut : 0;
     }
-    const bool national = !display && has(flags, INSPECT_SIGNED_NATIONAL);
-    const std::size_t cut = std::min<std::size_t>(national ? 2 : display ? 1 : 0, length);
-    text.erase(leads ? 0 : length - cut, cut);
-    made.offset = leads ? cut : 0;
     return made;
 }
 
@@ -254,7 +254,10 @@ std::string outcome(unsigned seed, EndedPages &pages, void (*carryOut)(const Ins
 }
 
 TEST(Inspect, RandomStatements) {
-    expectSame(40000, outcome, model, _zorcInspect);
+    EndedPages pages;
+    for (unsigned seed = 0; seed < 40000 && !testing::Test::HasFailure(); ++seed) {
+        EXPECT_EQ(outcome(seed, pages, _zorcInspect), outcome(seed, pages, model)) << seed;
+    }
 }
 
 // ---- statements of one clause

@@ -11,8 +11,6 @@
 #include <sys/mman.h>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "pcb.h"
 
 // The bytes of a national item.
@@ -121,15 +119,5 @@ struct StatementMaker : Random {
     }
     EndedPages &pages;
 };
-
-// Carries out random statements, one for each seed, in two ways, which leave the same.
-template <class Way>
-void expectSame(unsigned statements, std::string (*outcome)(unsigned, EndedPages &, Way), Way model,
-                Way exported) {
-    EndedPages pages;
-    for (unsigned seed = 0; seed < statements && !testing::Test::HasFailure(); ++seed) {
-        EXPECT_EQ(outcome(seed, pages, exported), outcome(seed, pages, model)) << seed;
-    }
-}
 
 #endif
