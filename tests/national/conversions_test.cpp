@@ -161,41 +161,29 @@ TEST(Conversions, GiveBytesStatusesLengthsAndMessages) {
     }
 }
 
-Item displayOf(const std::u16string &text) {
-    Item native(text.size() * 3);
-    const int32_t length = _Tvq_display_of(lengthOf(text), text.data(), native.data());
-    return {native.begin(), native.begin() + length};
-}
-
-// To EBCDIC and back; the sign of the source's length is that of both calls.
-void expectRoundTrip(const Item &native, int32_t sign) {
-    Item ebcdic(native.size() * 5 / 3 + 4);
-    int32_t written = -lengthOf(ebcdic);
-    EXPECT_EQ(_zorConvToEBCDIC(native.data(), sign * lengthOf(native), ebcdic.data(), &written), 0);
-    Item back(native.size());
-    int32_t length = lengthOf(back);
-    EXPECT_EQ(_zorConvToASCII(ebcdic.data(), sign * written, back.data(), &length), 0);
-    EXPECT_EQ(back, native);
-}
-
-// Characters of one, two and three bytes, most of them in the two-byte part of the EBCDIC page.
+// To national data and to EBCDIC, and back. The sign of a native text's length is that of the
+// EBCDIC one; when it is negative all characters are two-byte ones of the EBCDIC page.
 CHILD_TEST(Conversions, OfMixedDataRoundTrip, locales::in(kMixed)) {
-    const std::u16string characters = u"A z9あ漢ｱ、Ж×";
+    const std::u16string characters = u"A z9あ漢ｱ、Ж×"; // of one, two and three bytes
     Random random(7);
-    for (int trial = 0; trial < 3000; ++trial) {
+    for (int trial = 0; trial < 6000; ++trial) {
+        const int32_t sign = trial % 2 == 0 ? 1 : -1;
         std::u16string text;
         for (auto count = random.below(40); count > 0; --count) {
             text += characters[random.below(characters.size())];
         }
-        const Item native = displayOf(text);
-        std::u16string back(text.size(), u'#');
-        EXPECT_EQ(_Tvq_national_of(lengthOf(native), native.data(), back.data()), lengthOf(text));
-        EXPECT_EQ(back, text);
-        expectRoundTrip(native, 1);
-        std::erase_if(text, [](char16_t c) { return c < 0x100 || c == u'ｱ'; });
-        if (!text.empty()) {
-            expectRoundTrip(displayOf(text), -1); // without the shifts
-        }
+        std::erase_if(text, [=](char16_t c) { return sign < 0 && (c < 0x100 || c == u'ｱ'); });
+        Item room(text.size() * 3);
+        const int32_t bytes = _Tvq_display_of(lengthOf(text), text.data(), room.data());
+        const Item native(room.begin(), room.begin() + bytes);
+        std::u16string national(text.size(), u'#');
+        EXPECT_EQ(_Tvq_national_of(bytes, native.data(), national.data()), lengthOf(text));
+        EXPECT_EQ(national, text);
+        Item ebcdic(native.size() * 5 / 3 + 4), back(native.size());
+        int32_t written = -lengthOf(ebcdic), length = bytes;
+        EXPECT_EQ(_zorConvToEBCDIC(native.data(), sign * bytes, ebcdic.data(), &written), 0);
+        EXPECT_EQ(_zorConvToASCII(ebcdic.data(), sign * written, back.data(), &length), 0);
+        EXPECT_EQ(back, native);
     }
 }
 

@@ -216,13 +216,10 @@ struct Maker : StatementMaker {
                                    ? place(0, digits.substr(2, length))
                                    : place(0, text(static_cast<uint32_t>(length) / size));
         const Operand before = delimiter(), after = delimiter();
-        InspectClause made{flags,           target.length,    {target.address}, compared.flags,
-                           compared.length, compared.address, before.flags,     before.length,
-                           before.address,  after.flags,      after.length,     after.address};
-        if (tallies) {
-            made.counter = counter;
-        }
-        return made;
+        const void *const address = tallies ? static_cast<void *>(counter) : target.address;
+        return {flags,           target.length,    {address},    compared.flags,
+                compared.length, compared.address, before.flags, before.length,
+                before.address,  after.flags,      after.length, after.address};
     }
 
     const uint32_t size = oneIn(3) ? 2 : 1, letters = 1 + below(6);
