@@ -68,26 +68,25 @@ TEST(ExternalFloat, TextsAreRead) {
 }
 
 // Bytes of decimal forms: at the ends of their ranges, and rounded at their last digit.
+template <class T> void expectDecimal(const char *text, const char *messages, const char *bytes) {
+    T value;
+    EXPECT_EQ(read(_zorcConvExtFltToDFlt, text, -1, value), messages) << text;
+    EXPECT_EQ(kit::hex(&value, sizeof value), bytes) << text;
+}
+
 TEST(ExternalFloat, DecimalTargets) {
-    const auto expect = [](auto value, const char *text, const char *messages, const char *bytes) {
-        EXPECT_EQ(read(_zorcConvExtFltToDFlt, text, -1, value), messages) << text;
-        EXPECT_EQ(kit::hex(&value, sizeof value), bytes) << text;
-    };
-    const ZorDecimal32 narrow{};
-    const ZorDecimal64 usual{};
-    const ZorDecimal128 wide{};
-    expect(narrow, "+1.50E+02", "", "96008032");
-    expect(narrow, "-1234567.5E0", "", "88d692b2"); // a tie, to even
-    expect(narrow, "9999999.5E0", "", "40420f33");
-    expect(narrow, "1E96", "", "40428f5f");
-    expect(narrow, "9.9999995E96", "53;", "00008032");
-    expect(narrow, "1E-101", "", "01000000");
-    expect(narrow, "5E-102", "55;", "00008032"); // half of the smallest, to even
-    expect(narrow, "5.1E-102", "", "01000000");
-    expect(usual, "1E-398", "", "0100000000000000");
-    expect(usual, "1E385", "53;", "000000000000c031");
-    expect(wide, "1.5E0", "", "0f000000000000000000000000003e30");
-    expect(wide, "0.0E0", "", "00000000000000000000000000003e30"); // no underflow
+    expectDecimal<ZorDecimal32>("+1.50E+02", "", "96008032");
+    expectDecimal<ZorDecimal32>("-1234567.5E0", "", "88d692b2"); // a tie, to even
+    expectDecimal<ZorDecimal32>("9999999.5E0", "", "40420f33");
+    expectDecimal<ZorDecimal32>("1E96", "", "40428f5f");
+    expectDecimal<ZorDecimal32>("9.9999995E96", "53;", "00008032");
+    expectDecimal<ZorDecimal32>("1E-101", "", "01000000");
+    expectDecimal<ZorDecimal32>("5E-102", "55;", "00008032"); // half of the smallest, to even
+    expectDecimal<ZorDecimal32>("5.1E-102", "", "01000000");
+    expectDecimal<ZorDecimal64>("1E-398", "", "0100000000000000");
+    expectDecimal<ZorDecimal64>("1E385", "53;", "000000000000c031");
+    expectDecimal<ZorDecimal128>("1.5E0", "", "0f000000000000000000000000003e30");
+    expectDecimal<ZorDecimal128>("0.0E0", "", "00000000000000000000000000003e30"); // no underflow
 }
 
 // ---- internal to external

@@ -51,12 +51,11 @@ DisplayItem textItem(std::string_view text) {
     return {text.data(), static_cast<uint32_t>(text.size()), 0, DISPLAY_TEXT};
 }
 
-void display(int32_t count, DisplayItem *items, uint8_t flags = 0) {
-    const DisplayControl control{count, DISPLAY_ON_SYSOUT, flags, '.', 0};
-    _zorcDisplay(&control, items);
-}
-void display(std::vector<DisplayItem> items, uint8_t flags = 0) {
-    display(static_cast<int32_t>(items.size()), items.data(), flags);
+// With items at the end left out of the count, perhaps more than there are.
+void display(std::vector<DisplayItem> items, uint8_t flags = 0, int32_t leftOut = 0) {
+    const auto count = static_cast<int32_t>(items.size());
+    const DisplayControl control{count - leftOut, DISPLAY_ON_SYSOUT, flags, '.', 0};
+    _zorcDisplay(&control, items.data());
 }
 
 // Puts a stream, which it closes in the end, into a field of Proccom for a scope.
@@ -204,17 +203,17 @@ TEST(Display, WaitsForASlowReaderAndKeepsLinesWhole) {
 }
 
 void displayLineEnds() {
-    DisplayItem items[] = {textItem("A"), textItem("B")};
-    for (const int count : {2, 1, 0, -3}) {
+    const std::vector<DisplayItem> items{textItem("A"), textItem("B")};
+    for (const int32_t leftOut : {0, 1, 2, 5}) {
         for (const uint8_t flags : {uint8_t{0}, uint8_t{DISPLAY_NO_ADVANCING}}) {
-            display(count, items, flags);
+            display(items, flags, leftOut);
             putchar('|');
         }
     }
     // A debugger takes the first item; the line end goes to the stream all the same.
     char buffer[4];
     _zorDebugBuf = buffer;
-    display(2, items);
+    display(items);
     _zorDebugBuf = nullptr;
     display({textItem({buffer, _zorDebugBufLen})});
 }

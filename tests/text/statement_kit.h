@@ -29,9 +29,6 @@ template <class Text> int32_t lengthOf(const Text &text) {
 inline std::string bytesOf(const void *address, std::size_t length) {
     return {static_cast<const char *>(address), length};
 }
-inline std::string bytesOf(uint32_t address, std::size_t length) {
-    return bytesOf(reinterpret_cast<const void *>(address), length);
-}
 
 // A text as an item of this many bytes holds it: cut by whole characters, or padded with blanks.
 inline std::string moved(const std::string &text, std::size_t length, bool right,
@@ -94,9 +91,6 @@ public:
         uint8_t *start = atEnd_ ? page + kRoom - bytes.size() : page;
         memcpy(start, bytes.data(), bytes.size());
         return start;
-    }
-    uint32_t addressOf(const std::string &bytes) {
-        return reinterpret_cast<uint32_t>(place(bytes));
     }
 
     // The operands of every other statement lie at the starts of their pages.

@@ -22,11 +22,12 @@ struct Statement : StatementMaker {
 
     std::string some(uint32_t most) { return text(size * below(most + 1), kLetters); }
 
-    // Appends a text's address and length; gives the address.
-    uint32_t add(Words &words, const std::string &operand) const {
-        words.insert(words.end(),
-                     {pages.addressOf(operand), static_cast<uint32_t>(operand.size())});
-        return words[words.size() - 2];
+    // Appends a text's address, which it gives, and length.
+    const uint8_t *add(Words &words, const std::string &operand) const {
+        const uint8_t *const address = pages.place(operand);
+        words.push_back(reinterpret_cast<uint32_t>(address));
+        words.push_back(static_cast<uint32_t>(operand.size()));
+        return address;
     }
 
     // Now and then one that generated code should have refused, which leaves the items alone.
@@ -82,7 +83,7 @@ void expectString(Statement random) {
     const bool hasPointer = random.oneIn(2);
     std::string target = random.some(40);
     Words block{(kKinds[random.kind] | (hasPointer ? STRING_WITH_POINTER : 0)) << 24};
-    const uint32_t place = random.add(block, target);
+    const uint8_t *const place = random.add(block, target);
     block.insert(block.end(), {random.pointerFor(target), random.below(4)});
     const uint32_t pointer = hasPointer ? block[3] : 1;
     const std::size_t start = random.ahead(target, pointer);
@@ -205,13 +206,13 @@ void expectUnstring(Statement random) {
     const std::string text = sender.substr(random.ahead(sender, hasPointer ? block[3] : 1));
     std::size_t next = 0;
     Words table, tableAfter, after = block;
-    std::vector<std::pair<uint32_t, std::string>> items; // addresses, and what stands there then
+    std::vector<std::pair<const uint8_t *, std::string>> items; // where they are, what they hold
     for (uint32_t left = block[6]; left != 0; --left) {
         Receiver receiver(random);
-        const uint32_t place = random.add(table, receiver.item);
+        items.emplace_back(random.add(table, receiver.item), "");
         table.insert(table.end(), {receiver.integer, receiver.flags << 24});
-        const uint32_t delimiterPlace = random.add(table, receiver.delimiterIn);
-        table[table.size() - 2] = receiver.wantsDelimiter ? delimiterPlace : 0;
+        items.emplace_back(random.add(table, receiver.delimiterIn), "");
+        *(table.end() - 2) *= receiver.wantsDelimiter ? 1 : 0;
         table.push_back(receiver.justifiesDelimiter ? uint32_t{UNSTRING_JUSTIFIED} << 24 : 0);
         table.push_back(77);
         tableAfter.insert(tableAfter.end(), table.end() - 8, table.end());
@@ -220,7 +221,8 @@ void expectUnstring(Statement random) {
             tableAfter.back() = static_cast<uint32_t>(length) / random.size;
             after[4] += tallies ? 1 : 0;
         }
-        items.insert(items.end(), {{place, receiver.item}, {delimiterPlace, receiver.delimiterIn}});
+        (items.end() - 2)->second = receiver.item;
+        items.back().second = receiver.delimiterIn;
     }
     after[3] += hasPointer ? static_cast<uint32_t>(next) / random.size : 0;
     uint32_t errors = random.errors;
