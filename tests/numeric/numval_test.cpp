@@ -118,25 +118,23 @@ void expect(Function f, const Argument &a, const std::string &messages, bool isN
         << "[" << a.text << "] " << a.currency << a.format.decimalPoint;
 }
 
-#define EXPECT_FORMS(numval, numval16, decimal, zoruNumval, zoruNumval16)                          \
-    expect(numval, a, native.messages, false, forms::parse<double>(native.number));                \
-    expect(numval16, a, native.messages, false, forms::parse<__float128>(native.number));          \
-    expect(zoruNumval, a, wide.messages, true, static_cast<double>(wideValue));                    \
-    expect(zoruNumval16, a, wide.messages, true, wideValue);                                       \
-    if (native.number.size() <= 34) { /* the library for decimals does not round well */           \
-        expect(decimal, a, native.messages, false, forms::parse<ZorDecimal128>(native.number));    \
-    }
-
 void expectValue(const Argument &a, bool isC) {
     const Outcome native = model(a, isC, 62, 1);
     const Outcome wide = model(a, isC, 63, 2);
     const __float128 wideValue = forms::parse<__float128>(wide.number);
-    if (isC) {
-        EXPECT_FORMS(_Tvq_numval_c, _zorcNumvalC16, _Tvq_numval_c_decfloat16, _zoruNumvalC,
-                     _zoruNumvalC16)
-    } else {
-        EXPECT_FORMS(_Tvq_numval, _zorcNumval16, _Tvq_numval_decfloat16, _zoruNumval, _zoruNumval16)
-    }
+    const auto expectForms = [&](auto numval, auto numval16, auto decimal, auto zoru, auto zoru16) {
+        expect(numval, a, native.messages, false, forms::parse<double>(native.number));
+        expect(numval16, a, native.messages, false, forms::parse<__float128>(native.number));
+        expect(zoru, a, wide.messages, true, static_cast<double>(wideValue));
+        expect(zoru16, a, wide.messages, true, wideValue);
+        if (native.number.size() <= 34) { // the library for decimals does not round well
+            expect(decimal, a, native.messages, false, forms::parse<ZorDecimal128>(native.number));
+        }
+    };
+    isC ? expectForms(_Tvq_numval_c, _zorcNumvalC16, _Tvq_numval_c_decfloat16, _zoruNumvalC,
+                      _zoruNumvalC16)
+        : expectForms(_Tvq_numval, _zorcNumval16, _Tvq_numval_decfloat16, _zoruNumval,
+                      _zoruNumval16);
 }
 
 TEST(Numval, TextsByHand) {
