@@ -30,7 +30,7 @@ TEST(Collating, ComparesWithPaddingAndWithConstants) {
         }
         return text;
     };
-    for (int trial = 0; trial < 40000; ++trial) {
+    for (int trial = 0; trial < 20000; ++trial) {
         const bool isConstant = random.oneIn(2), otherIsConstant = random.oneIn(2);
         const std::string constant = someText(1 + random.below(random.oneIn(2) ? 3 : 20));
         std::string data = broughtTo(constant, random.below(24), random.oneIn(2));

@@ -1,4 +1,4 @@
-// Editing moves, and moves of items that may overlap.
+// Editing moves, the fill with a literal, and moves of items that may overlap.
 #include "collating.h"
 #include "edit.h"
 #include "national.h"
