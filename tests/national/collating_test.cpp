@@ -1,15 +1,12 @@
-// Collating tables, comparisons through them and against constants, and double-byte data.
+// Collating tables, and comparisons of native, national and double-byte data.
 #include <algorithm>
-#include <array>
 #include <clocale>
-#include <cstring>
-#include <numeric>
-#include <random>
 #include <thread>
 
 #include "collating.h"
 #include "national.h"
 #include "national/locales.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -17,73 +14,48 @@ int sign(int value) {
     return (value > 0) - (value < 0);
 }
 
-int32_t lengthOf(const std::string &text) {
-    return static_cast<int32_t>(text.size());
-}
-
 // An operand as the rules have it where the other one is longer: repeated where it is a constant,
 // otherwise padded.
 std::string broughtTo(const std::string &text, std::size_t length, bool constant) {
-    std::string result = text;
-    while (result.size() < length) {
-        result += constant ? text : " ";
-    }
-    return result.substr(0, std::max(length, text.size()));
+    return moved(text, std::max(length, text.size()), false, constant ? text : " ");
 }
 
-std::string randomText(std::minstd_rand &random, std::size_t least) {
-    std::string text(least + random() % 20, ' ');
-    std::generate(text.begin(), text.end(), [&] { return "aAb "[random() % 4]; });
-    return text;
-}
-
-TEST(Collating, ComparesThroughATable) {
-    // Weights that make "a" and "A" equal and put the blank between them and "b".
-    std::array<uint8_t, 256> table;
-    std::iota(table.begin(), table.end(), uint8_t{0});
-    table['a'] = table['A'] = 10;
-    table[' '] = 11;
-    table['b'] = 12;
-    std::minstd_rand random(3);
+TEST(Collating, ComparesWithPaddingAndWithConstants) {
+    Random random(3);
+    const uint8_t *const table = programWithWeights().collatingWeights;
+    const auto someText = [&](std::size_t length) {
+        std::string text(length, ' ');
+        for (char &c : text) { // below the blank, with its weight, and above it
+            c = "\x1E !a"[random.below(4)];
+        }
+        return text;
+    };
     for (int trial = 0; trial < 20000; ++trial) {
-        const bool leftConstant = trial % 2 != 0;
-        const bool rightConstant = trial % 4 >= 2;
-        const std::string left = randomText(random, leftConstant);
-        std::string right = random() % 2 == 0 ? left : randomText(random, 1);
-        right.resize(right.size() + (right.empty() || random() % 2 == 0 ? 3 : 0), ' ');
-        const std::size_t length = std::max(left.size(), right.size());
-        const auto model = [&](const std::string &text, bool constant) {
-            std::string weights = broughtTo(text, length, constant);
-            for (char &c : weights) {
-                c = static_cast<char>(table[static_cast<unsigned char>(c)]);
-            }
-            return weights;
+        const bool isConstant = random.oneIn(2), otherIsConstant = random.oneIn(2);
+        const std::string constant = someText(1 + random.below(random.oneIn(2) ? 3 : 20));
+        std::string data = broughtTo(constant, random.below(24), random.oneIn(2));
+        if (random.oneIn(8)) {
+            data = someText(otherIsConstant ? 1 + random.below(20) : random.below(20));
+        } else if (!random.oneIn(3)) {
+            data[random.below(data.size())] = "`\xff"[random.below(2)];
+        }
+        const auto weights = [&](const std::string &text, std::size_t length, bool repeats) {
+            std::string made = broughtTo(text, length, repeats);
+            std::transform(made.begin(), made.end(), made.begin(), weightOf);
+            return made;
         };
-        const int32_t leftLength = lengthOf(left) * (leftConstant ? -1 : 1);
-        const int32_t rightLength = lengthOf(right) * (rightConstant ? -1 : 1);
-        ASSERT_EQ(_zorcCmpACS(left.data(), leftLength, right.data(), rightLength, table.data()),
-                  sign(model(left, leftConstant).compare(model(right, rightConstant))))
-            << '"' << left << "\" " << leftLength << " \"" << right << "\" " << rightLength;
-    }
-}
-
-TEST(Collating, ComparesWithConstants) {
-    std::minstd_rand random(5);
-    for (int trial = 0; trial < 20000; ++trial) {
-        const std::string literal = trial % 2 == 0 ? "a" : randomText(random, 1);
-        const std::size_t length = random() % 24;
-        const std::string constant = broughtTo(literal, length, true).substr(0, length);
-        std::string data = constant;
-        if (length > 0 && random() % 3 != 0) {
-            data[random() % length] = "A\xff"[random() % 2];
-        }
-        const int expected = sign(data.compare(constant));
-        ASSERT_EQ(sign(_zorcCmpMultiByteFig(data.data(), lengthOf(data), literal.data(),
-                                            lengthOf(literal))),
-                  expected);
-        if (literal == "a") {
-            ASSERT_EQ(_zorcCmpToPad(data.data(), 'a', lengthOf(data)), expected);
-        }
+        const int expected = sign(weights(data, constant.size(), otherIsConstant)
+                                      .compare(weights(constant, data.size(), isConstant)));
+        const int32_t length = lengthOf(constant) * (isConstant ? -1 : 1);
+        const int32_t otherLength = lengthOf(data) * (otherIsConstant ? -1 : 1);
+        const void *const left = data.data(), *const right = constant.data();
+        ASSERT_EQ(_zorcCmpACS(left, otherLength, right, length, table), expected) << data;
+        ASSERT_EQ(_zorcCmpACS(right, length, left, otherLength, table), -expected) << data;
+        const std::string copies = broughtTo(constant, data.size(), true).substr(0, data.size());
+        ASSERT_EQ(sign(_zorcCmpMultiByteFig(left, lengthOf(data), right, lengthOf(constant))),
+                  sign(data.compare(copies)));
+        ASSERT_EQ(_zorcCmpToPad(left, static_cast<uint8_t>(constant[0]), lengthOf(data)),
+                  sign(data.compare(std::string(data.size(), constant[0]))));
     }
     EXPECT_EQ(_zorcCmpMultiByteFig("b", -1, "a", 1), 0);
     EXPECT_EQ(_zorcCmpMultiByteFig("b", 1, "a", 0), 0);
@@ -150,18 +122,27 @@ TEST(Collating, HasEbcdicTables) {
          {"mixed", {locales::in("ja_JP.UTF-8"), "7b4142", failed}, ebcdicTables}});
 }
 
-CHILD_TEST(Collating, ComparesDoubleByteData, locales::in("ja_JP.SHIFT_JIS")) {
-    const struct {
-        std::string left;
-        std::string right;
-        int expected;
-    } cases[] = {{"\x82\xa0", "\x82\xa0\x81\x40", 0}, {"\x82\xa0\x81\x40", "\x82\xa0", 0},
-                 {"\x82\xa0", "\x82\xa2", -1},        {"", "", 0},
-                 {"\x82\xa2\x82\xa0", "\x82\xa2", 1}, {"\x83\x41", "\x82\xa0", 1}};
-    for (const auto &[left, right, expected] : cases) {
-        EXPECT_EQ(sign(_zorcDBCSCmp(left.data(), lengthOf(left), right.data(), lengthOf(right))),
-                  expected);
+// Texts and their ranks, those of equal ones the same.
+template <class Text> using Ranked = std::vector<std::pair<Text, int>>;
+
+template <class Text> void expectOrder(decltype(&_zorcDBCSCmp) compare, const Ranked<Text> &texts) {
+    for (const auto &[text, rank] : texts) {
+        for (const auto &[other, otherRank] : texts) {
+            EXPECT_EQ(sign(compare(text.data(), lengthOf(text), other.data(), lengthOf(other))),
+                      sign(rank - otherRank))
+                << "of ranks " << rank << " and " << otherRank;
+        }
     }
+}
+
+CHILD_TEST(Collating, ComparesDoubleByteData, locales::in("ja_JP.SHIFT_JIS")) {
+    expectOrder(_zorcDBCSCmp, Ranked<std::string>{{"", 0},
+                                                  {"\x81\x40", 0},
+                                                  {"\x82\xa0", 1},
+                                                  {"\x82\xa0\x81\x40", 1},
+                                                  {"\x82\xa2", 2},
+                                                  {"\x82\xa2\x82\xa0", 3},
+                                                  {"\x83\x41", 4}});
     std::string repeated;
     for (int i = 0; i < 150; ++i) { // past what is compared on the stack
         repeated += i % 2 == 0 ? "\x82\xa0" : "\x82\xa2";
@@ -173,24 +154,21 @@ CHILD_TEST(Collating, ComparesDoubleByteData, locales::in("ja_JP.SHIFT_JIS")) {
     EXPECT_EQ(_zorcDBCSCmpMultiByteFig("\x82\xa0", -2, "\x82\xa2", 2), 0);
 }
 
-CHILD_TEST(Collating, MovesDoubleByteData, locales::in("ja_JP.UTF-8")) {
-    const struct {
-        int32_t target;
-        int32_t source;
-        std::string expected; // "?!" stands for the blank
-    } cases[] = {{6, 2, "ab?!?!"}, {-6, 2, "?!?!ab"}, {6, -2, "ab@@@@"}, {-6, -2, "@@@@ab"},
-                 {2, 4, "ab"},     {-2, 4, "ab"},     {5, 2, "ab?!?"},   {4, 4, "abcd"}};
-    for (auto [target, source, expected] : cases) {
-        std::replace(expected.begin(), expected.end(), '?', '\x81');
-        std::replace(expected.begin(), expected.end(), '!', '\x40');
-        // From the place itself, from one byte above it, and from elsewhere.
-        for (const std::size_t distance : {0U, 1U, 9U}) {
-            std::string area = std::string(distance, '#') + "abcd#####";
-            const std::string rest = area.substr(expected.size());
-            _zorcDBCSMoveVarLenOverlap(area.data(), target, &area[distance], source);
-            EXPECT_EQ(area, expected + rest);
-        }
-    }
+CHILD_TEST(NationalText, ComparesInTheOrderOfTheLocale, locales::in("de_DE.ISO-8859-1")) {
+    expectOrder(_zorCompareUnicode, Ranked<std::u16string>{{u"", 0},
+                                                           {u" ", 1},
+                                                           {u"   ", 1},
+                                                           {u"a", 2},
+                                                           {u"A", 3},
+                                                           {u"A   ", 3},
+                                                           {u"ä", 4},
+                                                           {u"a\u0308", 4},
+                                                           {u"a b", 5},
+                                                           {u"ab", 6},
+                                                           {u"Äpfel", 7},
+                                                           {u"b", 8},
+                                                           {u"B", 9},
+                                                           {u"Zebra", 10}});
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include "national/locale_table.h"
 #include "national/locales.h"
 #include "national/services.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -36,11 +37,10 @@ std::string byIcu(const std::string &from, const std::string &to, const std::str
     return target;
 }
 
-std::string byService(int32_t (*service)(const void *, int32_t, void *, int32_t *),
-                      const std::string &bytes) {
+std::string byService(decltype(&_zorUniAtoE) service, const std::string &bytes) {
     std::string target(bytes.size() * 5 / 2 + 2, 0);
-    auto left = static_cast<int32_t>(target.size());
-    EXPECT_EQ(service(bytes.data(), static_cast<int32_t>(bytes.size()), target.data(), &left), 0);
+    int32_t left = lengthOf(target);
+    EXPECT_EQ(service(bytes.data(), lengthOf(bytes), target.data(), &left), 0);
     target.resize(target.size() - static_cast<std::size_t>(left));
     return target;
 }

@@ -6,7 +6,7 @@
 
 #include "floating_formats.h"
 #include "mathematics.h"
-#include "numeric/heard.h"
+#include "numeric_functions/forms_kit.h"
 #include "numval.h"
 #include "power.h"
 #include "statistics.h"
@@ -29,7 +29,7 @@ std::string read(int32_t (*convert)(const ExternalFloatSource *, const char *, v
                                       static_cast<int16_t>(implied), sizeof(T)};
     memset(&value, 0x55, sizeof value);
     const int32_t status = convert(&picture, text.data(), &value);
-    const std::string heard = heard::takeNumbers();
+    const std::string heard = forms::takeNumbers();
     EXPECT_EQ(heard, status == 0 ? "" : std::to_string(status) + ";");
     return heard;
 }
@@ -56,7 +56,6 @@ const ReadCase kReadCases[] = {
 // clang-format on
 
 TEST(ExternalFloat, TextsAreRead) {
-    heard::listen();
     for (const ReadCase &c : kReadCases) {
         SCOPED_TRACE(c.text);
         double wide;
@@ -69,27 +68,25 @@ TEST(ExternalFloat, TextsAreRead) {
 }
 
 // Bytes of decimal forms: at the ends of their ranges, and rounded at their last digit.
+template <class T> void expectDecimal(const char *text, const char *messages, const char *bytes) {
+    T value;
+    EXPECT_EQ(read(_zorcConvExtFltToDFlt, text, -1, value), messages) << text;
+    EXPECT_EQ(kit::hex(&value, sizeof value), bytes) << text;
+}
+
 TEST(ExternalFloat, DecimalTargets) {
-    heard::listen();
-    const auto expect = [](auto value, const char *text, const char *messages, const char *bytes) {
-        EXPECT_EQ(read(_zorcConvExtFltToDFlt, text, -1, value), messages) << text;
-        EXPECT_EQ(kit::hex(&value, sizeof value), bytes) << text;
-    };
-    const ZorDecimal32 narrow{};
-    const ZorDecimal64 usual{};
-    const ZorDecimal128 wide{};
-    expect(narrow, "+1.50E+02", "", "96008032");
-    expect(narrow, "-1234567.5E0", "", "88d692b2"); // a tie, to even
-    expect(narrow, "9999999.5E0", "", "40420f33");
-    expect(narrow, "1E96", "", "40428f5f");
-    expect(narrow, "9.9999995E96", "53;", "00008032");
-    expect(narrow, "1E-101", "", "01000000");
-    expect(narrow, "5E-102", "55;", "00008032"); // half of the smallest, to even
-    expect(narrow, "5.1E-102", "", "01000000");
-    expect(usual, "1E-398", "", "0100000000000000");
-    expect(usual, "1E385", "53;", "000000000000c031");
-    expect(wide, "1.5E0", "", "0f000000000000000000000000003e30");
-    expect(wide, "0.0E0", "", "00000000000000000000000000003e30"); // no underflow
+    expectDecimal<ZorDecimal32>("+1.50E+02", "", "96008032");
+    expectDecimal<ZorDecimal32>("-1234567.5E0", "", "88d692b2"); // a tie, to even
+    expectDecimal<ZorDecimal32>("9999999.5E0", "", "40420f33");
+    expectDecimal<ZorDecimal32>("1E96", "", "40428f5f");
+    expectDecimal<ZorDecimal32>("9.9999995E96", "53;", "00008032");
+    expectDecimal<ZorDecimal32>("1E-101", "", "01000000");
+    expectDecimal<ZorDecimal32>("5E-102", "55;", "00008032"); // half of the smallest, to even
+    expectDecimal<ZorDecimal32>("5.1E-102", "", "01000000");
+    expectDecimal<ZorDecimal64>("1E-398", "", "0100000000000000");
+    expectDecimal<ZorDecimal64>("1E385", "53;", "000000000000c031");
+    expectDecimal<ZorDecimal128>("1.5E0", "", "0f000000000000000000000000003e30");
+    expectDecimal<ZorDecimal128>("0.0E0", "", "00000000000000000000000000003e30"); // no underflow
 }
 
 // ---- internal to external
@@ -104,7 +101,6 @@ std::string written(void (*convert)(const ExternalFloatTarget *, const void *, c
 }
 
 TEST(ExternalFloat, ItemsAreWritten) {
-    heard::listen();
     // clang-format off
     const struct {
         double value;
@@ -130,7 +126,6 @@ TEST(ExternalFloat, ItemsAreWritten) {
 
 // Of as many digits as tell values apart, an item is read as the value that it was written from.
 TEST(ExternalFloat, ItemsGoBack) {
-    heard::listen();
     std::mt19937_64 random(1);
     for (int i = 0; i < 5'000; ++i) {
         const uint64_t bits = random();
@@ -161,7 +156,6 @@ TEST(ExternalFloat, ItemsGoBack) {
 // ---- hexadecimal
 
 TEST(HexadecimalFloat, BothWays) {
-    heard::listen();
     // clang-format off
     const struct {
         uint32_t hexadecimal;
@@ -176,11 +170,11 @@ TEST(HexadecimalFloat, BothWays) {
     for (const auto &c : cases) {
         const float binary = _zorcConvHex4toIEEE(c.hexadecimal);
         EXPECT_EQ(kit::hex(&binary, sizeof binary), kit::hex(&c.binary, sizeof binary));
-        EXPECT_EQ(heard::takeNumbers(), c.messages);
+        EXPECT_EQ(forms::takeNumbers(), c.messages);
     }
     EXPECT_TRUE(std::signbit(_zorcConvHex4toIEEE(0x80000001)));
     EXPECT_EQ(_zorcConvIEEE4toHex(HUGE_VALF) + _zorcConvIEEE4toHex(std::nanf("")), 0U);
-    EXPECT_EQ(heard::takeNumbers(), "53;54;");
+    EXPECT_EQ(forms::takeNumbers(), "53;54;");
     EXPECT_EQ(_zorcConvIEEE4toHex(-0.0F), 0U);
     EXPECT_EQ(_zorcConvHex8toIEEE(~0ULL) + _zorcConvIEEE8toHex(5), 0);
     std::mt19937 random(1);
@@ -199,7 +193,6 @@ TEST(HexadecimalFloat, BothWays) {
 // ---- 128-bit binary
 
 TEST(QuadOperations, AreThoseOfTheForm) {
-    heard::listen();
     const auto nan = static_cast<__float128>(std::nan(""));
     for (const __float128 right : {__float128(2), __float128(-1) / 3, nan}) {
         const __float128 left = 2;
@@ -249,7 +242,6 @@ TEST(Numeric, ADecimalCommaOfTheLocaleMakesNoDifference) {
 
 TEST(Numeric, StackAndResultMayLieAnywhere) {
     using kit::fillsAnywhere, kit::kRoom, kit::word;
-    heard::listen();
     const NumvalFormat format{'$', '.', 1};
     const ExternalFloatTarget picture{9, 2, 1, '+', '+', '.'};
     __float128 list[] = {1, 1, 1};

@@ -2,11 +2,10 @@
 // C libraries' reading of the numbers that it finds.
 #include <cerrno>
 #include <map>
-#include <random>
-#include <regex>
 
-#include "numeric/heard.h"
+#include "numeric_functions/forms_kit.h"
 #include "numval.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -84,23 +83,15 @@ Outcome model(const Argument &a, bool isC, size_t room, size_t unit) {
         const bool isDigit = isdigit(c) != 0;
         kept += c == point ? "." : isDigit && ++digits <= room ? std::string(1, c) : "";
     }
-    messages += digits > room && unit == 1 ? "151" + name : "";
+    messages += digits > room && unit == 1 ? "151  " + name : "";
     const auto end = static_cast<size_t>(found.length());
     refuse(a.text, end);
     if (isC && !isBegun && end < a.text.size() &&
         noCurrency.find(a.text[end]) > noCurrency.size()) {
         refuse(a.text, a.text.find_first_of("+-,." + kDigits, end));
     }
-    messages += digits > room && unit == 2 ? "151" + name : "";
-    return digits == 0 ? Outcome{"0", messages + "97" + name} : Outcome{kept, messages};
-}
-
-std::string national(const std::string &text) {
-    std::string units;
-    for (const char c : text) {
-        units += {c, '\0'};
-    }
-    return units;
+    messages += digits > room && unit == 2 ? "151  " + name : "";
+    return digits == 0 ? Outcome{"0", messages + "97  " + name} : Outcome{kept, messages};
 }
 
 template <class T> std::string bytes(T value) {
@@ -110,47 +101,43 @@ template <class T> std::string bytes(T value) {
 // The outcome of a function of either kind, whose value is returned and stored.
 template <class T, class Function>
 void expect(Function f, const Argument &a, const std::string &messages, bool isNational, T value) {
-    const std::string text = isNational ? national(a.text) : a.text;
-    const std::string currency = isNational ? national(a.currency) : a.currency;
-    const auto length = static_cast<int32_t>(text.size());
-    const auto currencyLength = static_cast<int32_t>(currency.size());
+    const std::string text = isNational ? wide(a.text) : a.text;
+    const std::string currency = isNational ? wide(a.currency) : a.currency;
+    const int32_t length = lengthOf(text);
     T stored{};
     T returned;
     errno = EDOM;
     if constexpr (std::is_invocable_v<Function, const NumvalFormat *, int32_t, const void *, T *>) {
         returned = f(&a.format, length, text.data(), &stored);
     } else {
-        returned = f(&a.format, length, text.data(), currencyLength, currency.data(), &stored);
+        returned = f(&a.format, length, text.data(), lengthOf(currency), currency.data(), &stored);
     }
     EXPECT_TRUE(!messages.empty() || errno == (isNational ? EDOM : 0));
-    ASSERT_EQ(bytes(returned) + bytes(stored) + heard::takeInserts(),
+    ASSERT_EQ(bytes(returned) + bytes(stored) + forms::takeInserts(),
               bytes(value) + bytes(value) + messages)
         << "[" << a.text << "] " << a.currency << a.format.decimalPoint;
 }
-
-#define EXPECT_FORMS(numval, numval16, decimal, zoruNumval, zoruNumval16)                          \
-    expect(numval, a, native.messages, false, forms::parse<double>(native.number));                \
-    expect(numval16, a, native.messages, false, forms::parse<__float128>(native.number));          \
-    expect(zoruNumval, a, wide.messages, true, static_cast<double>(wideValue));                    \
-    expect(zoruNumval16, a, wide.messages, true, wideValue);                                       \
-    if (native.number.size() <= 34) { /* the library for decimals does not round well */           \
-        expect(decimal, a, native.messages, false, forms::parse<ZorDecimal128>(native.number));    \
-    }
 
 void expectValue(const Argument &a, bool isC) {
     const Outcome native = model(a, isC, 62, 1);
     const Outcome wide = model(a, isC, 63, 2);
     const __float128 wideValue = forms::parse<__float128>(wide.number);
-    if (isC) {
-        EXPECT_FORMS(_Tvq_numval_c, _zorcNumvalC16, _Tvq_numval_c_decfloat16, _zoruNumvalC,
-                     _zoruNumvalC16)
-    } else {
-        EXPECT_FORMS(_Tvq_numval, _zorcNumval16, _Tvq_numval_decfloat16, _zoruNumval, _zoruNumval16)
-    }
+    const auto expectForms = [&](auto numval, auto numval16, auto decimal, auto zoru, auto zoru16) {
+        expect(numval, a, native.messages, false, forms::parse<double>(native.number));
+        expect(numval16, a, native.messages, false, forms::parse<__float128>(native.number));
+        expect(zoru, a, wide.messages, true, static_cast<double>(wideValue));
+        expect(zoru16, a, wide.messages, true, wideValue);
+        if (native.number.size() <= 34) { // the library for decimals does not round well
+            expect(decimal, a, native.messages, false, forms::parse<ZorDecimal128>(native.number));
+        }
+    };
+    isC ? expectForms(_Tvq_numval_c, _zorcNumvalC16, _Tvq_numval_c_decfloat16, _zoruNumvalC,
+                      _zoruNumvalC16)
+        : expectForms(_Tvq_numval, _zorcNumval16, _Tvq_numval_decfloat16, _zoruNumval,
+                      _zoruNumval16);
 }
 
 TEST(Numval, TextsByHand) {
-    heard::listen();
     const std::string text62(62, '7');
     // clang-format off
     const std::vector<std::string> texts =
@@ -180,38 +167,31 @@ TEST(Numval, TextsByHand) {
 }
 
 TEST(Numval, RandomTexts) {
-    heard::listen();
-    std::mt19937 random(1);
+    Random random(1);
     const auto oneOf = [&](std::initializer_list<const char *> parts) {
-        return std::string(parts.begin()[random() % parts.size()]);
+        return std::string(parts.begin()[random.below(parts.size())]);
     };
-    for (int i = 0; i < 10'000 && !testing::Test::HasFailure(); ++i) {
-        const auto digits = [&] {
-            std::string made(random() % (i % 20 == 0 ? 70 : 9), '0');
-            for (char &digit : made) {
-                digit = kDigits[random() % 10];
-            }
-            return made;
-        };
+    for (unsigned i = 0; i < 10'000 && !testing::Test::HasFailure(); ++i) {
+        const auto digits = [&] { return random.text(random.below(i % 20 == 0 ? 70 : 9), 10); };
         std::string text = oneOf({"", "", " "}) + oneOf({"", "", "+", "-"}) + oneOf({"", " "}) +
                            oneOf({"", "$", "EUR", "CR"}) + oneOf({"", " "}) + digits() +
                            oneOf({"", "", ",", "."}) + digits() + oneOf({"", ".", ","}) + digits() +
                            oneOf({"", " "}) + oneOf({"", "+", "-", "CR", "DB", "C"}) +
                            oneOf({"", " "});
-        if (!text.empty() && random() % 4 == 0) {
-            text[random() % text.size()] = "+-,. 5CDRBEx$"[random() % 13];
+        if (!text.empty() && random.oneIn(4)) {
+            text[random.below(text.size())] = "+-,. 5CDRBEx$"[random.below(13)];
         }
-        NumvalFormat format{'$', i % 4 == 0 ? ',' : '.', static_cast<uint16_t>(random() % 3)};
+        const NumvalFormat format{'$', i % 4 == 0 ? ',' : '.',
+                                  static_cast<uint16_t>(random.below(3))};
         expectValue({text, format, oneOf({"EUR", "C", "CR", "$", "", "E R"})}, i % 2 == 0);
     }
 }
 
 TEST(Numval, LengthsBelowOneAndReservedForms) {
-    heard::listen();
     double result = 5;
     const NumvalFormat format{'$', '.', 1};
     EXPECT_EQ(_zorcNumvalFloat8(&format, -1, "1", &result) + result, 0);
-    EXPECT_EQ(heard::takeNumbers(), "97;");
+    EXPECT_EQ(forms::takeNumbers(), "97;");
     result = 5;
     EXPECT_EQ(_Tvq_numval_decpacked3232(&format, 1, "1", &result), &result);
     EXPECT_EQ(_Tvq_numval_c_deczoned6332(&format, 1, "1", 0, nullptr, &result), &result);

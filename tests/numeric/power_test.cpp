@@ -2,12 +2,12 @@
 // integers of any length.
 #include <cerrno>
 #include <cmath>
-#include <random>
 
 #include <boost/multiprecision/cpp_int.hpp>
 
-#include "numeric/heard.h"
+#include "numeric_functions/forms_kit.h"
 #include "power.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ void expectEvents(Result (*power)(Base, Exponent, int32_t *)) {
             EXPECT_TRUE(result == e.result || std::abs(result - e.result) < 1e-30 ||
                         (result != result && e.result != e.result))
                 << e.base << " ** " << e.exponent << " is " << result;
-            EXPECT_EQ(heard::takeNumbers(), before == 0 ? e.messages : "") << e.base;
+            EXPECT_EQ(forms::takeNumbers(), before == 0 ? e.messages : "") << e.base;
             EXPECT_EQ(count, before == 0 ? 0 : before + events);
         }
     }
@@ -72,14 +72,12 @@ template <class... Functions> void expectEventsOf(Functions... functions) {
 }
 
 TEST(FloatingPower, EventsInEveryForm) {
-    heard::listen();
     expectEventsOf(_zorExpFloat8Float8, _zorExpFloat16Float8, _zorExpDFloat16DFloat16,
                    _zorExpFloat4Float4, _zorExpInt8Int8, _zorExpInt4Int4, _zorExpFloat4Int4,
                    _zorExpFloat8Int8, _zorExpFloat16Int8, _zorExpDFloat16Int8, service);
 }
 
 TEST(FloatingPower, IntegersBeyondDoubles) {
-    heard::listen();
     constexpr int64_t kOdd = (1LL << 53) + 1;
     int32_t count = 0;
     EXPECT_TRUE(_zorExpFloat16Int8(-1, kOdd, &count) == -1);
@@ -88,7 +86,7 @@ TEST(FloatingPower, IntegersBeyondDoubles) {
     EXPECT_EQ(_zorExpInt8Int8(kOdd, 1, &count), 9007199254740992.0);
     EXPECT_EQ(_zorExpFloat8Float8(-1, 0x1p52 + 1, &count), -1);   // the last bit of its form
     EXPECT_TRUE(std::isinf(_zorExpFloat4Float4(10, 39, &count))); // a number in 64 bits
-    EXPECT_EQ(heard::takeNumbers(), "58;");
+    EXPECT_EQ(forms::takeNumbers(), "58;");
     errno = EDOM;
     EXPECT_EQ(_zorExpFloat8Float8(2, 0.5, &count), std::sqrt(2.0));
     EXPECT_EQ(errno, 0);
@@ -101,10 +99,10 @@ TEST(FloatingPower, IntegersBeyondDoubles) {
 
 struct Fixed {
     std::string base; // digits behind a sign
-    int scale;
+    unsigned scale;
     std::string exponent;
-    int whole;
-    int fraction;
+    unsigned whole;
+    unsigned fraction;
 };
 
 struct Outcome {
@@ -130,7 +128,7 @@ struct Number {
 };
 
 std::string shown(Integer digits, const Fixed &f, bool negative) {
-    const auto length = static_cast<unsigned>(f.whole + f.fraction);
+    const unsigned length = f.whole + f.fraction;
     digits %= pow(Integer(10), length);
     const std::string text = length == 0 ? "" : digits.str();
     return (negative && digits != 0 ? "-" : "+") + std::string(length - text.size(), '0') + text;
@@ -175,26 +173,28 @@ Outcome model(const Fixed &f, bool counts) {
 
 void expectPower(const Fixed &f) {
     const auto word = [](auto value) { return static_cast<uint16_t>(value); };
-    ExpDescriptor descriptor{
-        word(f.exponent.size() - 1), {}, word(f.base.size() - 1), word(f.scale), 0, 0, 0, 0};
-    descriptor.resultDigits = word(f.whole + f.fraction);
-    descriptor.resultFractionDigits = word(f.fraction);
-    descriptor.resultIntegerDigits = word(f.whole);
+    const ExpDescriptor descriptor{word(f.exponent.size() - 1),
+                                   {},
+                                   word(f.base.size() - 1),
+                                   word(f.scale),
+                                   0,
+                                   word(f.whole + f.fraction),
+                                   word(f.fraction),
+                                   word(f.whole)};
     for (const int32_t before : {0, 3}) {
         const Outcome expected = model(f, before != 0);
-        const auto length = static_cast<size_t>(f.whole + f.fraction + 1);
+        const unsigned length = f.whole + f.fraction + 1;
         std::string result(length + 1, '#');
         int32_t count = before;
         _zorcExpFixedPt(&descriptor, f.exponent.c_str(), f.base.c_str(), result.data(), &count);
         EXPECT_EQ(result, (expected.text.empty() ? std::string(length, '#') : expected.text) + "#")
             << f.base << " (" << f.scale << ") ** " << f.exponent;
-        EXPECT_EQ(heard::takeNumbers(), expected.messages) << f.base << " ** " << f.exponent;
+        EXPECT_EQ(forms::takeNumbers(), expected.messages) << f.base << " ** " << f.exponent;
         EXPECT_EQ(count, before + expected.counted);
     }
 }
 
 TEST(FixedPower, CasesByHand) {
-    heard::listen();
     // clang-format off
     for (const Fixed &f : std::initializer_list<Fixed>{
              {"+15", 1, "+2", 3, 2},   {"-15", 1, "+3", 3, 3},  {"-2", 0, "+0", 3, 0},
@@ -219,18 +219,13 @@ TEST(FixedPower, CasesByHand) {
 }
 
 TEST(FixedPower, AgreesWithLongIntegers) {
-    heard::listen();
-    std::mt19937 random(1);
-    const auto below = [&](int limit) { return static_cast<int>(random() % limit); };
+    Random random(1);
     for (int i = 0; i < 20'000 && !testing::Test::HasFailure(); ++i) {
-        std::string base(1 + static_cast<size_t>(below(i % 4 == 0 ? 31 : 5)), '0');
-        for (char &digit : base) {
-            digit = static_cast<char>('0' + below(10));
-        }
-        const int scale = below(static_cast<int>(base.size()) + 3);
-        const std::string exponent = std::to_string(below(i % 8 == 0 ? 300 : 12));
-        expectPower(
-            {"+-"[below(2)] + base, scale, "+-"[below(3) / 2] + exponent, below(20), below(14)});
+        const std::string base = random.text(1 + random.below(i % 4 == 0 ? 31 : 5), 10);
+        const auto scale = random.below(base.size() + 3);
+        const std::string exponent = std::to_string(random.below(i % 8 == 0 ? 300 : 12));
+        expectPower({"+-"[random.below(2)] + base, scale, (random.oneIn(3) ? "-" : "+") + exponent,
+                     random.below(20), random.below(14)});
     }
 }
 

@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 #include <limits>
 #include <random>
+#include <regex>
 #include <type_traits>
 
 #include "decimal_convert.h"
@@ -40,21 +41,42 @@ template <class T> bool isNaN(T value) {
     return value != value;
 }
 
-// The messages that a body issues, while the run-time runs and division by zero is trapped.
+// All tests run within a run unit, where division by zero is trapped and no number of messages ends
+// the run.
 inline std::string messages;
-template <class Body> std::string said(Body body) {
-    if (_zorProccom->runcom == nullptr) {
+struct RunUnit : testing::Environment {
+    void SetUp() override {
         static kit::Program program("PROG");
         kit::enter(program);
+        _zorProccom->runcom->errleft = 0;
         _zorProccom->runcom->msg = [](int32_t, const char *, const char *text, int32_t, void *) {
             messages.append(text, strcspn(text, "\n"));
         };
     }
+};
+inline testing::Environment *const kRunUnit = testing::AddGlobalTestEnvironment(new RunUnit);
+
+// The messages that a body issues.
+template <class Body> std::string said(Body body) {
     messages.clear();
     body();
     return messages;
 }
 #define EXPECT_SAID(message, ...) EXPECT_EQ(said([&] { __VA_ARGS__; }), message)
+
+// The messages since then, by their numbers: "48;58;".
+inline std::string takeNumbers() {
+    static const std::regex text("ZOR0*(\\d+)[A-Z]  .*?(?=ZOR|$)");
+    return std::regex_replace(std::exchange(messages, {}), text, "$1;");
+}
+
+// With what their texts show: "152 E 2 NUMVAL;", "151   NUMVAL;".
+inline std::string takeInserts() {
+    static const std::regex text(
+        "ZOR0*(\\d+)W  (?:Character (.) in position (\\d+) .*?|The argument) "
+        "of function ([A-Z-]+)[^.]*[.]");
+    return std::regex_replace(std::exchange(messages, {}), text, "$1 $2 $3 $4;");
+}
 
 inline std::string argument(const std::string &number, const std::string &nameAndFault) {
     return "ZOR" + number + "W  An argument of function " + nameAndFault + ".";

@@ -1,48 +1,43 @@
 // Class conditions, text functions and the refresh of altered branches.
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "class_tests.h"
 #include "national/locales.h"
 #include "segments.h"
-#include "support/kit.h"
 #include "text/statement_kit.h"
-#include "text/wide.h"
 #include "text_functions.h"
 
 namespace {
 
-int32_t lengthOf(const std::string &bytes) {
-    return static_cast<int32_t>(bytes.size());
-}
-
 TEST(ClassTests, EveryByteAndUnit) {
     const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ ", lower = "abcdefghijklmnopqrstuvwxyz ";
+    const struct {
+        decltype(&_zorcClasAlpha) test, nationalTest;
+        std::string members;
+    } classes[] = {{_zorcClasAlpha, _zoruClasAlpha, upper + lower},
+                   {_zorcClasAlphaUpper, _zoruClasUpper, upper},
+                   {_zorcClasAlphaLower, _zoruClasLower, lower},
+                   {nullptr, _zoruClasNumeric, "0123456789"}};
+    for (const auto &[test, nationalTest, members] : classes) {
+        const char first = members[0];
+        for (unsigned unit = 0; unit < 0x300; ++unit) {
+            const auto byte = static_cast<char>(unit);
+            const int32_t isMember = unit < 256 && members.find(byte) != members.npos ? 1 : 0;
+            const std::string bytes{first, byte, first};
+            std::u16string units(3, static_cast<char16_t>(first));
+            units[1] = static_cast<char16_t>(unit);
+            EXPECT_EQ(nationalTest(units.data(), 6), isMember) << unit;
+            EXPECT_TRUE(test == nullptr || unit > 255 || test(bytes.data(), 3) == isMember) << unit;
+        }
+    }
     uint8_t notVowels[256];
     std::fill(std::begin(notVowels), std::end(notVowels), uint8_t{7});
-    for (const char c : {'a', 'e', 'i', 'o', 'u'}) {
-        notVowels[static_cast<uint8_t>(c)] = 0;
+    for (const uint8_t vowel : {'a', 'e', 'i', 'o', 'u'}) {
+        notVowels[vowel] = 0;
     }
-    for (unsigned unit = 0; unit < 0x300; ++unit) {
-        const auto character = static_cast<char>(unit);
-        const auto in = [&](const std::string &set) {
-            return unit < 256 && set.find(character) != std::string::npos ? 1 : 0;
-        };
-        const auto nationalIs = [&](auto test, char16_t neighbour) {
-            return test(wide({neighbour, static_cast<char16_t>(unit), neighbour}).data(), 6);
-        };
-        EXPECT_EQ(nationalIs(_zoruClasAlpha, u'A'), in(upper + lower)) << unit;
-        EXPECT_EQ(nationalIs(_zoruClasUpper, u'A'), in(upper)) << unit;
-        EXPECT_EQ(nationalIs(_zoruClasLower, u'a'), in(lower)) << unit;
-        EXPECT_EQ(nationalIs(_zoruClasNumeric, u'1'), in("0123456789")) << unit;
-        if (unit < 256) {
-            const char bytes[] = {'A', character, 'Z'}, small[] = {'a', character, 'z'};
-            EXPECT_EQ(_zorcClasAlpha(bytes, 3), in(upper + lower)) << unit;
-            EXPECT_EQ(_zorcClasAlphaUpper(bytes, 3), in(upper)) << unit;
-            EXPECT_EQ(_zorcClasAlphaLower(small, 3), in(lower)) << unit;
-            EXPECT_EQ(_zorcClasUserDef(&character, 1, notVowels), in("aeiou")) << unit;
-        }
+    EXPECT_EQ(_zorcClasUserDef("auioe", 5, notVowels), 1);
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        EXPECT_EQ(_zorcClasUserDef(&byte, 1, notVowels), notVowels[byte] == 0 ? 1 : 0) << byte;
     }
     for (const int32_t empty : {0, -1}) {
         EXPECT_EQ(_zorcClasAlpha("1", empty), 1);
@@ -92,13 +87,14 @@ TEST(ClassTests, Numeric) {
                                             {5, {"q2s"}, {}},
                                             {9, {}, {"1:2"}}}),
               "");
-    EXPECT_EQ(wrongOnes(_zoruSClasNumeric, {{0, {wide(u"12"), ""}, {wide(u"1+")}},
-                                            {3,
-                                             {wide(u"+12"), wide(u"-12"), ""},
-                                             {wide(u"12"), wide(u"+1A"), wide({u'\0', u'1'})}},
-                                            {4, {wide(u"12-")}, {wide(u"-12")}},
-                                            {3 | kTestSign, {wide(u"+000")}, {wide(u"-000")}},
-                                            {4 | kTestSign, {wide(u"010-")}, {wide(u"000-")}}}),
+    EXPECT_EQ(wrongOnes(_zoruSClasNumeric,
+                        {{0, {wide(u"12"), ""}, {wide(u"1+")}},
+                         {3,
+                          {wide(u"+12"), wide(u"-12"), ""},
+                          {wide(u"12"), wide(u"+1A"), wide(std::u16string{u'\0', u'1'})}},
+                         {4, {wide(u"12-")}, {wide(u"-12")}},
+                         {3 | kTestSign, {wide(u"+000")}, {wide(u"-000")}},
+                         {4 | kTestSign, {wide(u"010-")}, {wide(u"000-")}}}),
               "");
 }
 
@@ -121,34 +117,27 @@ template <auto test, int sign> int32_t ofPairs(uint32_t, const void *item, int32
     return test(item, sign * length);
 }
 
-TEST(ClassTests, EbcdicPairs) {
-    const std::vector<std::string> both{"\x40\x40", "\x41\xFE", "\x7F\x41\x40\x40"};
-    const std::vector<std::string> none{"\x40\x41", "\x41\x40", "\xFF\x41",    "\x41\xFF",
-                                        "\x0E\x41", "\x0F\x41", "\x41\x41\x41"};
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, -1>,
-                        {{0, both, none}, {1, {}, {"\x80\x41", "\xFE\xFE"}}}),
-              "");
+template <auto test> void expectPairs(bool isDbcs) {
+    const ClassCase ebcdic{
+        0,
+        {"\x40\x40", "\x41\xFE", "\x7F\x41\x40\x40"},
+        {"\x40\x41", "\x41\x40", "\xFF\x41", "\x41\xFF", "\x0E\x41", "\x0F\x41", "\x41\x41\x41"}};
+    const std::vector<std::string> above{"\x80\x41", "\xFE\xFE"}, none;
     EXPECT_EQ(
-        wrongOnes(ofPairs<_zorcClasDBCS, -1>, {{0, both, none}, {1, {"\x80\x41", "\xFE\xFE"}, {}}}),
+        wrongOnes(ofPairs<test, -1>, {ebcdic, {1, isDbcs ? above : none, isDbcs ? none : above}}),
         "");
-}
-
-void nativePairs() {
-    std::string longer;
-    while (longer.size() < 3000) {
-        longer += "漢字";
-    }
     // What a cut character leaves is not looked at.
-    const ClassCase pairs{
-        0, {"漢字", "　", "漢\xE5", longer}, {"漢a", "a漢", "漢a字", "ab", "", longer + "a"}};
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasKanji, 1>, {pairs}), "");
-    EXPECT_EQ(wrongOnes(ofPairs<_zorcClasDBCS, 1>, {pairs}), "");
+    const std::string longer = moved("", 3000, false, "漢字");
+    const ClassCase native{
+        2, {"漢字", "　", "漢\xE5", longer}, {"漢a", "a漢", "漢a字", "ab", "", longer + "a"}};
+    EXPECT_EQ(wrongOnes(ofPairs<test, 1>, {native}), "");
 }
 
-TEST(ClassTests, NativePairs) {
-    const std::string cut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
-    kit::expectChild({.environment = locales::in("ja_JP.UTF-8"), .err = cut + cut},
-                     kit::inProgram([] { nativePairs(); }));
+const std::string kCut = "ZOR222I  A conversion between code pages failed: status 11.\n\n";
+
+PROGRAM_TEST(ClassTests, Pairs, .environment = locales::in("ja_JP.UTF-8"), .err = kCut + kCut) {
+    expectPairs<_zorcClasKanji>(false);
+    expectPairs<_zorcClasDBCS>(true);
 }
 
 void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts) {
@@ -162,8 +151,10 @@ void expectFolded(const std::string &bigUmlauts, const std::string &smallUmlauts
 
 TEST(TextFunctions, Case) {
     expectFolded("\xC4\xE4", "\xC4\xE4");
-    kit::expectChild({.environment = locales::in("de_DE.ISO-8859-1")},
-                     kit::inProgram([] { expectFolded("\xC4\xC4", "\xE4\xE4"); }));
+}
+
+PROGRAM_TEST(TextFunctions, CaseByTheLocale, .environment = locales::in("de_DE.ISO-8859-1")) {
+    expectFolded("\xC4\xC4", "\xE4\xE4");
 }
 
 TEST(TextFunctions, ReverseOfEachLength) {

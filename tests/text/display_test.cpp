@@ -1,4 +1,5 @@
 // The items of DISPLAY: every type, against plain models.
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <clocale>
@@ -10,6 +11,15 @@
 #include "support/kit.h"
 
 namespace {
+
+// Most of them short, and some out of range, which count as the nearest.
+int32_t anyWidth(std::mt19937_64 &random) {
+    return static_cast<int32_t>(random() % 50 == 0 ? 256 + random() % 5 : random() % 33) - 2;
+}
+
+int withinRange(int32_t width, int least) {
+    return std::clamp<int>(width, least, DISPLAY_MAX_DIGITS);
+}
 
 // The text of one item, which must have the width that comes back. A debugger gets it, the quickest
 // way to it.
@@ -40,27 +50,28 @@ TEST(DisplayItems, BinaryAgainstAModel) {
         const uint64_t value = stored << unused >> unused;
         const bool isSigned = random() % 2 == 0;
         const bool negative = isSigned && value >> (bits - 1) != 0;
-        const auto width = static_cast<int32_t>(random() % 31 + 1);
+        const int32_t width = anyWidth(random);
         const std::string digits =
-            std::string(31, '0') +
+            std::string(DISPLAY_MAX_DIGITS, '0') +
             std::to_string(negative ? (0 - value) << unused >> unused : value);
+        const auto shownDigits = static_cast<std::size_t>(withinRange(width, 0));
         ASSERT_EQ(shown({&stored, size, width, isSigned ? 3U : 7U}),
-                  (negative ? "-" : "") +
-                      digits.substr(digits.size() - static_cast<std::size_t>(width)))
+                  (negative ? "-" : "") + digits.substr(digits.size() - shownDigits))
             << size << " bytes, width " << width;
     }
 }
 
 // The C library's exact text, its point moved ahead of the first digit.
 std::string modelOfFloat(double value, int width, char point) {
+    const int after = withinRange(width, 1) - 1;
     if (!std::isfinite(value)) {
         return std::isnan(value) ? "NaN" : "Infinity";
     }
-    char text[64];
-    snprintf(text, sizeof text, "% .*E", width - 1, value);
+    char text[300];
+    snprintf(text, sizeof text, "% .*E", after, value);
     const int exponent = atoi(strchr(text, 'E') + 1) + 1;
-    char expected[64];
-    snprintf(expected, sizeof expected, "%c%c%c%.*sE%c%.2d", text[0], point, text[1], width - 1,
+    char expected[300];
+    snprintf(expected, sizeof expected, "%c%c%c%.*sE%c%.2d", text[0], point, text[1], after,
              text + 3, exponent < 0 ? '-' : ' ', abs(exponent));
     return expected;
 }
@@ -76,7 +87,7 @@ TEST(DisplayItems, FloatingAgainstAModel) {
                                                     : static_cast<double>(bits % 100000) / 64;
         const auto single = std::bit_cast<float>(static_cast<uint32_t>(bits));
         const auto quad = static_cast<__float128>(value);
-        const int width = static_cast<int>(random() % 20) + 1;
+        const int32_t width = anyWidth(random);
         const char point = ".,"[random() % 2];
         ASSERT_EQ(shownFloat(value, width, point), modelOfFloat(value, width, point));
         ASSERT_EQ(shownFloat(single, width, point), modelOfFloat(single, width, point));
@@ -85,7 +96,6 @@ TEST(DisplayItems, FloatingAgainstAModel) {
 }
 
 TEST(DisplayItems, Floating) {
-    EXPECT_EQ(shownFloat(-1e-10F, 8), "-.10000000E-09");
     const __float128 one = 1;
     EXPECT_EQ(shownFloat(one / 3, 34), " .3333333333333333333333333333333333E 00");
     const __float128 huge = static_cast<__float128>(1e300) * 1e300 * 1e300;
@@ -102,18 +112,6 @@ TEST(DisplayItems, Floating) {
     EXPECT_EQ(shownFloat(static_cast<__float128>(1.5), 3), " .150E 01");
     setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");
-}
-
-TEST(DisplayItems, WidthsOutOfRangeCountAsTheNearest) {
-    const std::string zeros(DISPLAY_MAX_DIGITS - 1, '0');
-    const int32_t minusSeven = -7;
-    for (const int32_t width : {-3, 0, DISPLAY_MAX_DIGITS + 1}) {
-        const std::string floating = " .5" + (width > 0 ? zeros : "") + "E 00";
-        EXPECT_EQ(shown({&minusSeven, 4, width, DISPLAY_SIGNED_BINARY}),
-                  width > 0 ? "-" + zeros + "7" : "-");
-        EXPECT_EQ(shownFloat(0.5, width), floating);
-        EXPECT_EQ(shownFloat(static_cast<__float128>(0.5), width), floating);
-    }
 }
 
 TEST(DisplayItems, TextAndNull) {

@@ -1,10 +1,9 @@
-// Editing moves through the exported interface.
-#include <algorithm>
-#include <random>
-
+// Editing moves, the fill with a literal, and moves of items that may overlap.
+#include "collating.h"
 #include "edit.h"
-#include "support/kit.h"
-#include "text/wide.h"
+#include "national.h"
+#include "national/locales.h"
+#include "text/statement_kit.h"
 
 namespace {
 
@@ -36,10 +35,7 @@ struct Picture {
     bool zeroTreatment = false;
 };
 
-const CurrencyString *currencyOf(const Picture &picture, std::string &bytes) {
-    bytes = word(picture.currency.size()) + picture.currency;
-    return as<CurrencyString>(bytes);
-}
+constexpr const char *kFails = "does not fit";
 
 std::string edited(const Picture &picture, int code, const std::string &digits) {
     const std::size_t size = picture.text.size();
@@ -47,26 +43,23 @@ std::string edited(const Picture &picture, int code, const std::string &digits) 
     const std::string bytes = word(picture.zeroTreatment ? 0 - size : size) + picture.point +
                               (isString ? '&' : picture.currency[0]) + static_cast<char>(code) +
                               picture.text;
+    const std::string string = word(picture.currency.size()) + picture.currency;
     const auto *block = as<NumericEditDescriptor>(bytes);
-    std::string string;
-    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver item;
-    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), currency)
+    isString ? _zorcMoveNumToNumEdit2(block, digits.data(), item.data(), as<CurrencyString>(string))
              : _zorcMoveNumToNumEdit(block, digits.data(), item.data());
     return item.text();
 }
 
-constexpr const char *kFails = "does not fit";
-
 std::string deEdited(const Picture &picture, const std::string &item) {
     const std::string bytes = word(picture.text.size()) + picture.text;
+    const std::string string = word(picture.currency.size()) + picture.currency;
     const auto *block = as<DeEditDescriptor>(bytes);
-    std::string string;
-    const CurrencyString *const currency = currencyOf(picture, string);
     Receiver result;
-    const int32_t rc = picture.currency.size() == 1
-                           ? _zorcMoveNumEditToNum(block, item.data(), result.data())
-                           : _zorcMoveNumEditToNum2(block, item.data(), result.data(), currency);
+    const int32_t rc =
+        picture.currency.size() == 1
+            ? _zorcMoveNumEditToNum(block, item.data(), result.data())
+            : _zorcMoveNumEditToNum2(block, item.data(), result.data(), as<CurrencyString>(string));
     EXPECT_TRUE(rc == 0 || rc == 1);
     return rc == 0 ? result.text() : kFails;
 }
@@ -188,7 +181,7 @@ template <class Block>
 std::string edited(void (*move)(const Block *, const void *, int32_t, void *),
                    const std::string &descriptor, const std::string &sender) {
     Receiver item;
-    move(as<Block>(descriptor), sender.data(), static_cast<int32_t>(sender.size()), item.data());
+    move(as<Block>(descriptor), sender.data(), lengthOf(sender), item.data());
     return item.text();
 }
 
@@ -227,83 +220,80 @@ TEST(CharacterEdit, Table) {
     EXPECT_EQ(edited(_zorcMoveAlphaNumEdit, word(0xFFFF) + '\0' + "X", "V"), "");
 }
 
-// What stays of a text in an item of this length.
-std::string cut(const std::string &text, std::size_t length, bool justifiedRight) {
-    return justifiedRight ? text.substr(text.size() - length) : text.substr(0, length);
-}
-
 TEST(FigurativeConstant, AllLengths) {
     for (const std::string literal : {"", "A", "AB", "ABC", "ABCDEFGHIJ"}) {
-        std::string row;
-        while (row.size() < 40 && !literal.empty()) {
-            row += literal;
-        }
+        const std::string row =
+            literal.empty() ? "" : moved("", 40 * literal.size(), false, literal);
         for (int length = -39; length < 40; ++length) {
-            const auto bytes = static_cast<std::size_t>(abs(length));
+            const std::size_t bytes = row.empty() ? 0 : static_cast<std::size_t>(abs(length));
             Receiver item;
-            _zorcMoveFigConst(item.data(), length, literal.data(),
-                              static_cast<int32_t>(literal.size()));
-            EXPECT_EQ(item.text(), cut(row, std::min(bytes, row.size()), length < 0)) << literal;
+            _zorcMoveFigConst(item.data(), length, literal.data(), lengthOf(literal));
+            EXPECT_EQ(item.text(), moved(row, bytes, length < 0, " ")) << literal;
         }
     }
 }
 
-TEST(OverlappingMove, AllLengthsAndDistances) {
+// The three kinds of items, of which double-byte ones keep their beginning in any case.
+CHILD_TEST(OverlappingMove, AllLengthsAndDistances, locales::in("ja_JP.UTF-8")) {
     const std::string letters = "abcdefghijklmnopqrstuvwxyz";
-    for (const int target : {0, 1, 3, 8, -1, -3, -8}) {
-        for (const int source : {0, 1, 3, 8, -1, -3, -8}) {
-            const bool right = target < 0;
+    for (int target = -8; target <= 8; ++target) {
+        for (int source = -8; source <= 8; ++source) {
             const auto to = static_cast<std::size_t>(abs(target));
-            const auto from = static_cast<std::size_t>(abs(source));
-            const std::string value = letters.substr(10, from);
-            const std::string blanks(8, source < 0 ? '@' : ' ');
-            for (std::size_t at = 6; at < 16; ++at) {
-                std::string storage = letters;
-                _zorcMoveVarLenOverlap(&storage[at], target, &storage[10], source);
-                std::string expected = letters;
-                expected.replace(at, to, cut(right ? blanks + value : value + blanks, to, right));
-                EXPECT_EQ(storage, expected) << target << " from " << source << " at " << at;
-            }
+            const std::string value = letters.substr(10, static_cast<std::size_t>(abs(source)));
+            const auto expectMove = [&](auto move, const std::string &from,
+                                        const std::string &blank) {
+                const std::string field = moved(from, to, target < 0, blank);
+                for (std::size_t at = 2; at < 19; ++at) {
+                    std::string storage = letters;
+                    move(&storage[at], target, &storage[10], source);
+                    EXPECT_EQ(storage, std::string(letters).replace(at, to, field))
+                        << target << " from " << source << " at " << at;
+                }
+            };
+            expectMove(_zorcMoveVarLenOverlap, value, source < 0 ? "@" : " ");
+            expectMove(_zorcDBCSMoveVarLenOverlap, value.substr(0, to),
+                       source < 0 ? "@@" : "\x81\x40");
+            expectMove([](auto... words) { EXPECT_EQ(_zorMoveUnicode(words...), 0); },
+                       source < 0 ? "" : value, wide(u" "));
         }
     }
-}
-
-// The digits of a text without leading zeros.
-std::string valueOf(std::string text) {
-    std::erase_if(text, [](char c) { return c < '0' || c > '9'; });
-    return text.substr(std::min(text.find_first_not_of('0'), text.size()));
 }
 
 // Pictures as a compiler accepts them: suppression or a floating string, commas within, a point,
 // and a sign at one of the ends.
-TEST(Edit, RandomPicturesKeepTheValueWithinTheItem) {
+TEST(NumericEdit, RandomPicturesAndBack) {
     constexpr struct {
         const char *symbol; // of the part that is suppressed
         const char *behind; // what stands at the end
         int code;
     } kKinds[] = {{"Z", "", 0}, {"*", "", 0}, {"Z", "-", 3}, {"*", "+", 2},  {"Z", "CR", 3},
                   {"+", "", 6}, {"-", "", 7}, {"$", "", 12}, {"$", "DB", 11}};
-    std::mt19937 random(20220714);
+    Random random(20220714);
     for (int i = 0; i < 20000; ++i) {
-        const auto &kind = kKinds[random() % std::size(kKinds)];
+        const auto &kind = kKinds[random.below(std::size(kKinds))];
         const bool floats = kind.symbol[0] != 'Z' && kind.symbol[0] != '*';
+        const std::size_t suppressed = random.below(12) + (floats ? 2 : 0);
         std::string text;
-        const std::size_t suppressed = random() % 12 + (floats ? 2 : 0);
         for (std::size_t n = 0; n < suppressed; ++n) {
             text += kind.symbol;
-            text += n > 1 && random() % 4 == 0 ? "," : "";
+            text += n > 1 && random.oneIn(4) ? "," : "";
         }
-        const std::size_t nines = suppressed == 0 ? 1 + random() % 9 : random() % 6;
-        const std::size_t decimals = random() % 4;
+        const std::size_t nines = suppressed == 0 ? 1 + random.below(9) : random.below(6);
+        const std::size_t decimals = random.below(4);
         text += std::string(nines, '9') + (decimals > 0 ? "." : "") + std::string(decimals, '9') +
                 kind.behind;
-        std::string digits(1, random() % 2 == 0 ? '+' : '-');
+        std::string digits;
         for (auto n = suppressed - (floats ? 1 : 0) + nines + decimals; n > 0; --n) {
-            digits += random() % 3 == 0 ? static_cast<char>('0' + random() % 10) : '0';
+            digits += random.text(1, random.oneIn(3) ? 10 : 1);
         }
-        const std::string item = edited({.text = text, .cases = {}}, kind.code, digits);
+        // Of zero the sign may be suppressed.
+        const bool isZero = digits.find_first_not_of('0') == std::string::npos;
+        const bool hasSign = !isZero && kind.code % EDIT_FLOAT_CURRENCY != 0;
+        digits.insert(0, 1, hasSign && random.oneIn(2) ? '-' : '+');
+        const Picture picture{.text = text, .cases = {}};
+        const std::string item = edited(picture, kind.code, digits);
         ASSERT_EQ(item.size(), text.size()) << text << " " << digits;
-        ASSERT_EQ(valueOf(item), valueOf(digits)) << text << " " << digits << " " << item;
+        ASSERT_EQ(deEdited(picture, item), digits.substr(1) + digits[0]) << text;
     }
 }
 

@@ -7,7 +7,6 @@
 #include "search_all.h"
 #include "support/kit.h"
 #include "text/statement_kit.h"
-#include "text/wide.h"
 
 namespace {
 
@@ -29,41 +28,46 @@ struct KeyKind {
     bool leading() const { return (signFlags & SEARCH_SIGN_LEADING) != 0; }
     std::size_t unit() const { return is({2, 4, 6}) ? 2 : 1; }
     std::string characters(const std::string &text) const {
-        return unit() == 2 ? wide(std::u16string(text.begin(), text.end())) : text;
+        return unit() == 2 ? wide(text) : text;
     }
+    KeyKind withoutSign() const { return {type, 0, ascending, weighed, length}; }
     std::string blank() const { return characters(ebcdic() ? "\x40" : " "); }
+};
+
+struct Value {
+    unsigned number;
+    bool negative;
+    std::string text; // that a text type compares: letters, or the number's digits without its sign
 };
 
 // A value's place among the others: a number's with a negative zero below a positive one, or a
 // text's.
 using Rank = std::pair<int64_t, std::string>;
 
-Rank numberRank(const KeyKind &kind, int64_t value, bool negative) {
-    const int64_t rank = negative ? -value - 1 : value;
-    return {kind.ascending ? rank : -rank, ""};
-}
-
-Rank textRank(const KeyKind &kind, std::string text) {
-    for (char &byte : text) {
+Rank rankOf(const KeyKind &kind, Value value) {
+    if (kind.number()) {
+        const int64_t rank = value.negative ? -int64_t{value.number} - 1 : value.number;
+        return {kind.ascending ? rank : -rank, ""};
+    }
+    for (char &byte : value.text) {
         const int weight = kind.weighed && kind.is({8, 96}) ? byte / 2 : byte;
         byte = static_cast<char>(kind.ascending ? weight : ~weight);
     }
-    return {0, text};
+    return {0, value.text};
 }
 
 // A display number of so many bytes.
-std::string displayBytes(const KeyKind &kind, std::size_t length, unsigned value, bool negative,
-                         bool withSign) {
-    const std::size_t count = length / kind.unit() - (withSign && kind.separate() ? 1 : 0);
-    std::string digits = std::to_string(value);
+std::string displayBytes(const KeyKind &kind, std::size_t length, unsigned number, bool negative) {
+    const std::size_t count = length / kind.unit() - (kind.separate() ? 1 : 0);
+    std::string digits = std::to_string(number);
     digits.insert(0, count - digits.size(), '0');
     for (char &digit : digits) {
         digit = static_cast<char>(digit | (kind.ebcdic() ? 0xF0 : 0));
     }
-    if (withSign && kind.separate()) {
+    if (kind.separate()) {
         const char sign = kind.ebcdic() ? (negative ? '\x60' : '\x4E') : (negative ? '-' : '+');
         digits.insert(kind.leading() ? 0 : count, 1, sign);
-    } else if (withSign && kind.hasSign() && (negative || kind.ebcdic())) {
+    } else if (kind.hasSign() && (negative || kind.ebcdic())) {
         char &carrier = kind.leading() ? digits.front() : digits.back();
         const int zone = !kind.ebcdic() ? 0x70 : negative ? 0xD0 : 0xC0;
         carrier = static_cast<char>((carrier & 0x0F) | zone);
@@ -71,31 +75,26 @@ std::string displayBytes(const KeyKind &kind, std::size_t length, unsigned value
     return kind.characters(digits);
 }
 
-std::string numberBytes(const KeyKind &kind, std::size_t length, unsigned value, bool negative) {
-    if (kind.display()) {
-        return displayBytes(kind, length, value, negative, true);
+// The bytes of a number, also of one that is compared as a text.
+std::string numberBytes(const KeyKind &kind, std::size_t length, const Value &value) {
+    const auto [number, negative, text] = value;
+    if (!kind.is({32, 64, 65})) {
+        return displayBytes(kind, length, number, negative);
     }
     std::string bytes(length, '\0'); // the low-order byte first
     if (kind.type == SEARCH_PACKED) {
-        bytes[0] = static_cast<char>((value % 10) << 4 | (negative ? 0xD : 0xC));
-        bytes[1] = static_cast<char>(value / 10);
+        bytes[0] = static_cast<char>((number % 10) << 4 | (negative ? 0xD : 0xC));
+        bytes[1] = static_cast<char>(number / 10);
         return {bytes.rbegin(), bytes.rend()};
     }
-    const int64_t binary = negative ? -int64_t{value} : int64_t{value};
+    const int64_t binary = negative ? -int64_t{number} : int64_t{number};
     for (std::size_t i = 0; i < length; ++i) {
         bytes[i] = static_cast<char>(binary >> std::min<std::size_t>(8 * i, 63));
     }
     return kind.type == SEARCH_BINARY ? bytes : std::string(bytes.rbegin(), bytes.rend());
 }
 
-// What a search looks for: laid out as a key, as it stands in the program, its rank.
-struct Argument {
-    std::string laidOut, stands;
-    Rank rank;
-};
-
-class Maker : public Random {
-public:
+struct Maker : Random {
     using Random::Random;
 
     KeyKind kind(bool weighed) {
@@ -108,65 +107,53 @@ public:
         return made;
     }
 
-    // A value as a key of a table, and its rank.
-    std::pair<std::string, Rank> key(const KeyKind &kind) {
-        const unsigned value = below(oneIn(2) ? 8 : 99);
-        const bool negative = oneIn(2) && (kind.hasSign() || (kind.number() && !kind.display())) &&
-                              (value != 0 || !kind.is({64, 65}));
-        if (kind.number()) {
-            std::string bytes = numberBytes(kind, kind.length, value, negative);
-            if (kind.type == SEARCH_PACKED && oneIn(2)) { // 0xF and 0xB are signs as well
-                bytes.back() = static_cast<char>(bytes.back() ^ (negative ? 6 : 3));
-            }
-            return {bytes, numberRank(kind, value, negative)};
-        }
-        const std::string plain = text(kind, value);
-        return {kind.hasSign() ? displayBytes(kind, kind.length, value, negative, true) : plain,
-                textRank(kind, plain)};
-    }
-
-    // The argument is longer than the key by padding or, when it is not to fit, by something else.
-    Argument argument(const KeyKind &kind, bool fits) {
-        const std::size_t more = kind.unit() * (below(4) + (fits ? 0 : 1));
-        const unsigned value = below(oneIn(2) ? 8 : 99);
-        if (!kind.number()) {
-            const std::string plain = text(kind, value);
-            std::string padding = kind.blank();
-            if (kind.weighed && kind.unit() == 1) {
-                ++padding[0]; // which weighs as much
-            }
-            std::string stands = plain;
-            while (stands.size() < kind.length + more) {
-                stands += padding;
-            }
-            if (!fits) {
-                stands.back() = '\x7F';
-            }
-            return {plain, stands, textRank(kind, plain)};
-        }
-        const bool negative = (kind.hasSign() || !kind.display()) && value != 0 && oneIn(2);
-        std::string stands = numberBytes(kind, kind.length + more, value, negative);
-        const bool signAhead = kind.separate() && kind.leading();
-        std::size_t at = kind.type == SEARCH_BINARY ? kind.length : signAhead ? kind.unit() : 0;
-        const int weighsAsMuch = kind.weighed && kind.unit() == 1 && oneIn(2) ? 1 : 0;
-        for (std::size_t left = more; left != 0; --left, ++at) {
-            stands[at] = static_cast<char>(fits ? stands[at] ^ weighsAsMuch : ~stands[at]);
-        }
-        return {numberBytes(kind, kind.length, value, negative), stands,
-                numberRank(kind, value, negative)};
-    }
-
-private:
-    // The text that a text type compares: letters, or the digits of a number without its sign.
-    std::string text(const KeyKind &kind, unsigned value) {
+    Value value(const KeyKind &kind) {
+        const unsigned number = below(oneIn(2) ? 8 : 99);
+        const bool isBinary = kind.is({64, 65});
+        const bool negative =
+            oneIn(2) && (isBinary ? number != 0 : kind.hasSign() || kind.type == SEARCH_PACKED);
+        std::string text(kind.length, 'M');
+        text.front() = static_cast<char>('A' + number % 5);
+        text.back() = static_cast<char>('A' + below(5));
         if (kind.hasSign()) {
             const std::string blank = kind.separate() ? kind.blank() : "";
-            return displayBytes(kind, kind.length - blank.size(), value, false, false) + blank;
+            const std::size_t length = kind.length - blank.size();
+            text = displayBytes(kind.withoutSign(), length, number, false) + blank;
         }
-        std::string letters(kind.length, 'M');
-        letters.front() = static_cast<char>('A' + value % 5);
-        letters.back() = static_cast<char>('A' + below(5));
-        return letters;
+        return {number, negative, text};
+    }
+
+    std::string key(const KeyKind &kind, const Value &value) {
+        if (!kind.number() && !kind.hasSign()) {
+            return value.text;
+        }
+        std::string bytes = numberBytes(kind, kind.length, value);
+        if (kind.type == SEARCH_PACKED && oneIn(2)) { // 0xF and 0xB are signs as well
+            bytes.back() = static_cast<char>(bytes.back() ^ (value.negative ? 6 : 3));
+        }
+        return bytes;
+    }
+
+    // An argument as it stands in the program, longer than the key by padding or, when it is not to
+    // fit, by something else.
+    std::string standing(const KeyKind &kind, const Value &value, bool fits) {
+        const std::size_t more = kind.unit() * (below(4) + (fits ? 0 : 1));
+        const bool mayDiffer = kind.weighed && kind.unit() == 1; // from the padding in its weight
+        if (!kind.number()) {
+            std::string padding = kind.blank();
+            padding[0] = static_cast<char>(padding[0] + (mayDiffer ? 1 : 0));
+            std::string stands = moved(value.text, kind.length + more, false, padding);
+            stands.back() = fits ? stands.back() : '\x7F';
+            return stands;
+        }
+        std::string stands = numberBytes(kind, kind.length + more, value);
+        const bool signAhead = kind.separate() && kind.leading();
+        std::size_t at = kind.type == SEARCH_BINARY ? kind.length : signAhead ? kind.unit() : 0;
+        const int change = !fits ? 0xFF : mayDiffer && oneIn(2) ? 1 : 0;
+        for (const std::size_t end = at + more; at < end; ++at) {
+            stands[at] = static_cast<char>(stands[at] ^ change);
+        }
+        return stands;
     }
 };
 
@@ -213,22 +200,25 @@ TEST(SearchAll, RandomTables) {
         for (unsigned k = 0; k < count; ++k) {
             const KeyKind kind = make.kind(pcb.collatingWeights != nullptr);
             fits = fits && !make.oneIn(20);
-            const Argument argument = make.argument(kind, fits);
+            const Value value = make.value(kind);
+            const std::string stands = make.standing(kind, value, fits);
+            const std::string laidOut =
+                kind.number() ? numberBytes(kind, kind.length, value) : value.text;
             kinds.push_back(kind);
-            wanted.push_back(argument.rank);
-            arguments.push_back({pages.place(argument.laidOut), pages.place(argument.stands)});
+            wanted.push_back(rankOf(kind, value));
+            arguments.push_back({pages.place(laidOut), pages.place(stands)});
             keys += static_cast<char>(kind.type | (kind.ascending ? SEARCH_ASCENDING : 0));
             keys += static_cast<char>(kind.length) + halves({size});
-            lengths += halves({argument.stands.size(), 0});
+            lengths += halves({stands.size(), 0});
             flags += static_cast<char>(kind.signFlags);
             size += kind.length;
         }
         std::vector<Entry> entries(std::min<std::size_t>(make.below(40), 8000 / size));
         for (Entry &entry : entries) {
             for (const KeyKind &kind : kinds) {
-                const auto [bytes, rank] = make.key(kind);
-                entry.first.push_back(rank);
-                entry.second += bytes;
+                const Value value = make.value(kind);
+                entry.first.push_back(rankOf(kind, value));
+                entry.second += make.key(kind, value);
             }
         }
         std::sort(entries.begin(), entries.end());

@@ -1,8 +1,9 @@
-// What the tests of whole statements share: random numbers, and storage for operands that faults
-// when a byte beside one is touched.
+// What the tests of statements share: the bytes of items, random numbers, and storage for operands
+// that faults when a byte beside one is touched.
 #ifndef ZOR_TESTS_TEXT_STATEMENT_KIT_H
 #define ZOR_TESTS_TEXT_STATEMENT_KIT_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -10,9 +11,35 @@
 #include <sys/mman.h>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "pcb.h"
+
+// The bytes of a national item.
+inline std::string wide(const std::u16string &text) {
+    return {reinterpret_cast<const char *>(text.data()), text.size() * sizeof(char16_t)};
+}
+inline std::string wide(const std::string &text) {
+    return wide(std::u16string(text.begin(), text.end()));
+}
+
+// In bytes.
+template <class Text> int32_t lengthOf(const Text &text) {
+    return static_cast<int32_t>(text.size() * sizeof(text[0]));
+}
+
+inline std::string bytesOf(const void *address, std::size_t length) {
+    return {static_cast<const char *>(address), length};
+}
+
+// A text as an item of this many bytes holds it: cut by whole characters, or padded with blanks.
+inline std::string moved(const std::string &text, std::size_t length, bool right,
+                         const std::string &blank) {
+    const std::size_t excess = std::max(text.size(), length) - length;
+    std::string item = text.substr(right ? excess / blank.size() * blank.size() : 0, length);
+    for (std::size_t i = 0; item.size() < length; ++i) {
+        item.insert(right ? i : item.size(), 1, blank[i % blank.size()]);
+    }
+    return item;
+}
 
 // Weights that make pairs of successive bytes equal.
 inline uint8_t weightOf(uint8_t byte) {
@@ -65,9 +92,6 @@ public:
         memcpy(start, bytes.data(), bytes.size());
         return start;
     }
-    uint32_t addressOf(const std::string &bytes) {
-        return reinterpret_cast<uint32_t>(place(bytes));
-    }
 
     // The operands of every other statement lie at the starts of their pages.
     void nextStatement() {
@@ -82,24 +106,12 @@ private:
     bool atEnd_ = true;
 };
 
-// Carries out random statements, one for each seed, in each of the ways: all leave the same.
-template <class Way>
-void expectSame(unsigned statements, std::string (*outcome)(unsigned, EndedPages &, Way),
-                const std::vector<Way> &ways) {
-    EndedPages pages;
-    for (unsigned seed = 0; seed < statements && !testing::Test::HasFailure(); ++seed) {
-        const std::string expected = outcome(seed, pages, ways.front());
-        for (std::size_t i = 1; i < ways.size(); ++i) {
-            EXPECT_EQ(outcome(seed, pages, ways[i]), expected) << seed;
-        }
+// Of the operands of one random statement.
+struct StatementMaker : Random {
+    StatementMaker(unsigned seed, EndedPages &room) : Random(seed), pages(room) {
+        pages.nextStatement();
     }
-}
-
-inline std::string bytesOf(const void *address, std::size_t length) {
-    return {static_cast<const char *>(address), length};
-}
-inline std::string bytesOf(uint32_t address, std::size_t length) {
-    return bytesOf(reinterpret_cast<const void *>(address), length);
-}
+    EndedPages &pages;
+};
 
 #endif
