@@ -19,18 +19,22 @@ std::size_t groupLength(std::span<const InspectClause> records) {
     return length;
 }
 
-void pass(Item &item, std::span<Clause> clauses, bool generalOnly) {
-    if (!generalOnly &&
-        (clauses.size() == 1 ? singlePass(item, clauses.front()) : groupPass(item, clauses))) {
-        return;
+void pass(Item &item, std::span<Clause> clauses) {
+    const bool done =
+        clauses.size() == 1 ? singlePass(item, clauses.front()) : groupPass(item, clauses);
+    if (!done) {
+        generalPass(item, clauses);
     }
-    generalPass(item, clauses);
 }
 
 } // namespace
+} // namespace zor::inspect
 
-void inspect(const InspectBlock &block, bool generalOnly) {
-    std::span records(reinterpret_cast<const InspectClause *>(&block + 1), block.clauseCount);
+using namespace zor;
+using namespace zor::inspect;
+
+void _zorcInspect(const InspectBlock *block) {
+    std::span records(reinterpret_cast<const InspectClause *>(block + 1), block->clauseCount);
     Clause few[kFewClauses];
     Clause *clauses = few;
     if (records.size() > kFewClauses) {
@@ -40,20 +44,14 @@ void inspect(const InspectBlock &block, bool generalOnly) {
         }
     }
     Item item;
-    makeItem(item, block);
+    makeItem(item, *block);
     while (!records.empty()) {
         const std::span group(clauses, groupLength(records));
         for (std::size_t i = 0; i < group.size(); ++i) {
             makeClause(group[i], records[i], item);
         }
-        pass(item, group, generalOnly);
+        pass(item, group);
         records = records.subspan(group.size());
     }
     restoreItem(item);
-}
-
-} // namespace zor::inspect
-
-void _zorcInspect(const InspectBlock *block) {
-    zor::inspect::inspect(*block, false);
 }

@@ -39,9 +39,6 @@ void fillWithFirst(const Item &item, Bytes target, uint8_t *place, std::size_t l
 // Replaces the matched bytes by the clause's target.
 void replace(Item &item, const Clause &clause, uint8_t *matched, std::size_t length);
 
-// Carries out a whole statement, all of it by general passes if so wanted.
-void inspect(const InspectBlock &block, bool generalOnly);
-
 } // namespace zor::inspect
 
 #endif
