@@ -135,17 +135,30 @@ inline void packNibbles(const uint8_t *source, int32_t digits, uint8_t *target,
     fillBytes(target, 0, static_cast<int32_t>(start - target));
 }
 
-// The same for an item whose leftmost digit byte, one of several, may carry a sign: it is decoded.
+// Which leftmost digit byte, one of several and not a plain digit, is decoded and not taken by its
+// low nibble.
+enum class Leftmost : uint8_t {
+    always,  // it carries the item's sign
+    byPlace, // when it makes a pair with its neighbour, unless it is a leading zero
+    unlessZero
+};
+
 inline void packDigits(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
-                       int32_t targetDigits) {
+                       int32_t targetDigits, Leftmost decoded) {
     const int32_t digits = std::min(sourceDigits, targetDigits);
     const int32_t targetBytes = Packed::bytes(targetDigits);
     const uint8_t leftmost = source[0];
     packNibbles(source + sourceDigits - digits, digits, target, targetBytes);
     if (__builtin_expect((leftmost & 0xF0U) != kZone, 0) && digits == sourceDigits && digits > 1) {
+        const bool paired = digits % 2 != 0;
+        const bool stays = decoded != Leftmost::always &&
+                           ((leftmost & 0x0FU) == 0 || (decoded == Leftmost::byPlace && !paired));
+        if (stays) {
+            return;
+        }
         uint8_t &byte = target[targetBytes - Packed::bytes(digits)];
         const uint8_t digit = zonedDigitValue(leftmost);
-        byte = static_cast<uint8_t>(digits % 2 != 0 ? digit << 4 | (byte & 0x0F) : digit);
+        byte = static_cast<uint8_t>(paired ? digit << 4 | (byte & 0x0F) : digit);
     }
 }
 

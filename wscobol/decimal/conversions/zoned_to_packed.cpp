@@ -51,11 +51,16 @@ void storePackedLastByte(uint8_t *target, int32_t digits, uint8_t last, uint32_t
     }
 }
 
+Leftmost leftmostOf(uint32_t options) {
+    return has(options, EBCDIC_OVERPUNCH) ? Leftmost::unlessZero : Leftmost::byPlace;
+}
+
 template <class From>
 void packItem(const uint8_t *source, int32_t sourceDigits, uint8_t *target, int32_t targetDigits,
               uint32_t options) {
     const uint8_t last = packedLastByteOf<From>(source, sourceDigits, options);
-    packDigits(From::digitBytes(source), sourceDigits, target, targetDigits);
+    packDigits(From::digitBytes(source), sourceDigits, target, targetDigits,
+               kSignLeads<From> ? Leftmost::always : leftmostOf(options));
     storePackedLastByte(target, targetDigits, last, options);
 }
 
@@ -82,7 +87,7 @@ void packUnsigned(const uint8_t *source, int32_t sourceDigits, uint8_t *target,
     uint8_t last = 0;
     if (count > 0) {
         last = packedLastByte(digits[count - 1], options);
-        packDigits(digits, count, target, targetDigits);
+        packDigits(digits, count, target, targetDigits, leftmostOf(options));
     } else {
         fillBytes(target, 0, Packed::bytes(targetDigits));
     }
