@@ -5,7 +5,7 @@
 
 #include "decimal/arithmetic_model.h"
 #include "decimal_convert.h"
-#include "support/any_stack.h"
+#include "support/kit.h"
 
 #ifdef __clang__ // for which the C library does not declare them
 extern "C" __float128 strtof128(const char *text, char **end);
@@ -412,45 +412,6 @@ TEST(FloatConvert, DecimalsToIntegers) {
                   fitsUnsigned ? static_cast<uint64_t>(whole) : 0)
             << text << " decs " << decs;
     }
-}
-
-TEST(FloatConvert, StackAndResultMayLieAnywhere) {
-    using kit::fillsAnywhere, kit::kRoom, kit::word;
-    const uint32_t packed = word("\x12\x5C"), zoned = word("125");
-    constexpr uint32_t kOne = 0x3FFF0000;        // the last word of 1
-    constexpr uint32_t kDecimalOne = 0x30400000; // and of 1 in decimal128, whose first is 1
-    for (const bool isPacked : {true, false}) {
-        const uint32_t item = isPacked ? packed : zoned;
-        auto *const quad = isPacked ? _zorcBCD_CONV_Pckd_To_EFlt : _zorcBCD_CONV_Znd_To_BFlt128;
-        auto *const decimal =
-            isPacked ? _zorcBCD_CONV_Pckd_To_DFlt128 : _zorcBCD_CONV_Znd_To_DFlt128;
-        EXPECT_EQ(fillsAnywhere(quad, {kRoom, item, 3, 0}), "00000000000000000000000000f40540");
-        EXPECT_EQ(fillsAnywhere(decimal, {kRoom, item, 3, 1}), "7d000000000000000000000000003e30");
-    }
-    const std::string one = "01c" + std::string(28, '0'); // packed
-    for (auto *quad : {_zorcBCD_CONV_EFlt_To_Pckd, _zorcBCD_CONV_EFlt_To_PckdRnd}) {
-        EXPECT_EQ(fillsAnywhere(quad, {0, 0, 0, kOne, kRoom, 2, 0}), "0" + one);
-    }
-    for (auto *decimal : {_zorcBCD_CONV_DFlt_To_Pckd, _zorcBCD_CONV_DFlt_To_PckdRnd}) {
-        EXPECT_EQ(fillsAnywhere(decimal, {1, 0, 0, kDecimalOne, kRoom, 2, 0}), "0" + one);
-    }
-    const auto both = [](auto *ofQuad, auto *ofDecimal) {
-        fillsAnywhere(ofQuad, {0, 0, 0, kOne, kRoom, 1, 0});
-        fillsAnywhere(ofDecimal, {1, 0, 0, kDecimalOne, kRoom, 1, 0});
-    };
-    both(_zorcBCD_CONV_BFlt128_To_Znd, _zorcBCD_CONV_DFlt128_To_Znd);
-    both(_zorcBCD_CONV_BFlt128_To_ZndRnd, _zorcBCD_CONV_DFlt128_To_ZndRnd);
-    both(_zorcBCD_CONV_EFlt_To_Int8, _zorcBCD_CONV_DFlt_To_Int8);
-    both(_zorcBCD_CONV_EFlt_To_Int8, _zorcBCD_CONV_DFlt_To_UInt8);
-    both(_zorcBCD_CONV_EFlt_To_Int8, _zorcBCD_CONV_DFlt_To_LFlt);
-    both(_zorcBCD_CONV_EFlt_To_Int8, _zorcBCD_CONV_DFlt_To_SFlt);
-    const auto between = [](auto *function, const std::vector<uint32_t> &words, const char *end) {
-        EXPECT_TRUE(fillsAnywhere(function, words).ends_with(end)) << end;
-    };
-    between(_zorcBCD_CONV_DFlt_To_EFlt, {kRoom, 0, 0, 0, 1, 0, 0, kDecimalOne}, "ff3f");
-    between(_zorcBCD_CONV_EFlt_To_DFlt, {kRoom, 0, 0, 0, 0, 0, 0, kOne}, "4030");
-    between(_zorcBCD_CONV_LFlt_To_DFlt, {kRoom, 0, 0x3FF00000}, "4030");
-    between(_zorcBCD_CONV_SFlt_To_DFlt, {kRoom, 0x3F800000}, "4030");
 }
 
 // The libraries for the wide forms are loaded for the trace alone.
