@@ -10,39 +10,29 @@ using namespace modules_test;
 
 const std::vector<FileKey> kKeys = {key(0, 2), key(2, 2, true), key(4, 2)};
 
-constexpr uint8_t kAccesses[] = {FILE_SEQUENTIAL, 0, FILE_DYNAMIC};
-
-struct Subject {
-    const char *name;
-    Shape shape;
-};
-
-std::vector<Subject> subjects() {
-    std::vector<Subject> all;
+std::vector<Shape> subjects() {
+    std::vector<Shape> all;
     for (const int32_t minrec : {-1, 6}) {
-        const auto add = [&](const char *name, const char *system, uint8_t organization,
-                             uint8_t access, std::vector<FileKey> keys = {}, int lock = -1) {
-            all.push_back({name, Shape{.system = system,
-                                       .organization = organization,
-                                       .access = access,
-                                       .maxrec = 10,
-                                       .minrec = minrec,
-                                       .keys = std::move(keys),
-                                       .lock = lock}});
+        const auto add = [&](const char *system, int organization, int access, int lock = -1) {
+            all.push_back({.system = system,
+                           .organization = static_cast<uint8_t>(organization),
+                           .access = static_cast<uint8_t>(access),
+                           .maxrec = 10,
+                           .minrec = minrec,
+                           .keys = organization == FILE_INDEXED ? kKeys : std::vector<FileKey>{},
+                           .lock = lock});
         };
         for (const char *system : {"rsd", "psx", "uqe"}) {
-            add("sequential", system, 0, FILE_SEQUENTIAL);
+            add(system, 0, FILE_SEQUENTIAL);
         }
-        add("lines", "lsq", FILE_LINE_SEQUENTIAL, FILE_SEQUENTIAL);
-        for (const char *system : {"psx", "uqe"}) {
-            for (const uint8_t access : kAccesses) {
-                add("relative", system, FILE_RELATIVE, access);
-                add("shared relative", system, FILE_RELATIVE, access, {}, FILE_LOCK_AUTOMATIC);
+        add("lsq", FILE_LINE_SEQUENTIAL, FILE_SEQUENTIAL);
+        for (const int access : {int{FILE_SEQUENTIAL}, 0, int{FILE_DYNAMIC}}) {
+            for (const char *system : {"psx", "uqe"}) {
+                add(system, FILE_RELATIVE, access);
+                add(system, FILE_RELATIVE, access, FILE_LOCK_AUTOMATIC);
             }
-        }
-        for (const uint8_t access : kAccesses) {
-            add("indexed", "uqe", FILE_INDEXED, access, kKeys);
-            add("shared indexed", "uqe", FILE_INDEXED, access, kKeys, FILE_LOCK_MANUAL);
+            add("uqe", FILE_INDEXED, access);
+            add("uqe", FILE_INDEXED, access, FILE_LOCK_MANUAL);
         }
     }
     return all;
@@ -134,13 +124,14 @@ private:
 
 TEST(Fuzz, VerbsInAnyOrder) {
     const unsigned seeds = getenv("ZOR_LONG_TESTS") != nullptr ? 200 : 4;
-    for (const Subject &subject : subjects()) {
+    for (const Shape &shape : subjects()) {
         for (unsigned seed = 1; seed <= seeds && !HasFailure(); seed++) {
             const kit::TemporaryDirectory directory;
-            SCOPED_TRACE(std::string(subject.name) + " on " + subject.shape.system + ", access " +
-                         std::to_string(subject.shape.access) + ", shortest " +
-                         std::to_string(subject.shape.minrec) + ", seed " + std::to_string(seed));
-            Fuzz(subject.shape, directory.file("data"), seed).run(600);
+            SCOPED_TRACE(testing::Message()
+                         << shape.system << ", organization " << +shape.organization << ", access "
+                         << +shape.access << ", shortest " << shape.minrec << ", lock "
+                         << shape.lock << ", seed " << seed);
+            Fuzz(shape, directory.file("data"), seed).run(600);
         }
     }
 }

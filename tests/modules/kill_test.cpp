@@ -1,12 +1,11 @@
 // A program is killed at any moment, again and again: what it was told is stored is there, and
 // every file can be read and gone on with. ZOR_LONG_TESTS asks for more.
 
-#include <csignal>
 #include <random>
 #include <sys/mman.h>
-#include <sys/wait.h>
 
 #include "modules/cobol_file.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -38,15 +37,10 @@ public:
 
     // Runs the body, which does not end, in a process that is killed some moments later.
     template <class Body> void kill(unsigned seed, Body body) {
-        const pid_t child = fork();
-        if (child == 0) {
-            body(std::mt19937(seed));
-            _exit(0);
-        }
+        const pid_t child = kit::startProcess([&] { body(std::mt19937(seed)); });
         usleep(std::mt19937(seed)() % 12'000);
         ::kill(child, SIGKILL);
-        int status = 0;
-        waitpid(child, &status, 0);
+        const int status = kit::statusOf(child);
         ASSERT_TRUE(WIFSIGNALED(status)) << status;
     }
 
@@ -105,7 +99,7 @@ void checkRecords(CobolFile &file, Deeds &deeds) {
         deeds.stored[record] = deeds.running[record] = version;
         count += version != 0;
     }
-    for (uint8_t keyref = 0; keyref < std::max(file.description().nkeys, 1); keyref++) {
+    for (uint8_t keyref = 0; keyref < std::max(file.described.nkeys, 1); keyref++) {
         file.start(FCB_FIRST, "", keyref);
         EXPECT_EQ(file.rest().first.size(), static_cast<std::size_t>(count));
     }
