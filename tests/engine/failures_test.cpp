@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <csetjmp>
-#include <csignal>
 #include <dirent.h>
-#include <sys/resource.h>
 #include <sys/time.h>
-#include <sys/wait.h>
 
 #include "engine_kit.h"
 #include "support/failure_kit.h"
+#include "support/processes.h"
 
 using namespace engine_kit;
 
@@ -277,16 +275,12 @@ TEST(EngineFailures, WorkFilesThatFail) {
     expectFailure(call, SORT_ERROR_INPUT_OPEN, ENOENT, "input");
 
     // Files may not grow: first those of runs, and then, where memory suffices, the output.
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{1000000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
+    kit::limitFiles(1000000);
     call = largeCall(directory.path(), out);
     expectFailure(call, SORT_ERROR_WORK_WRITE, EFBIG, "runs");
     call.options = 100;
     expectFailure(call, SORT_ERROR_OUTPUT_WRITE, EFBIG, "output");
-    setrlimit(RLIMIT_FSIZE, &before);
+    kit::limitFiles(RLIM_INFINITY);
     EXPECT_EQ(entriesOf(directory.path()), 2U);
     expectGood(call);
 }
@@ -344,14 +338,36 @@ namespace {
 
 sigjmp_buf epilogue;
 
-void endAndJump(int /*signal*/) {
-    endEngine();
-    siglongjmp(epilogue, 1);
-}
-
 void setTimer(int microseconds, bool repeats) {
     const itimerval timer{{0, repeats ? microseconds : 0}, {0, microseconds}};
     setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+// Calls that a signal ends, each a step later than the one before; nothing is left of them. Gives
+// how many did not come back before.
+int endBySignals(Call &call, int rounds, int first, int step, const std::function<void()> &check) {
+    signal(SIGALRM, [](int) {
+        endEngine();
+        siglongjmp(epilogue, 1);
+    });
+    engine(); // the loader must not be left half-way
+    const std::vector<std::size_t> before = holdings();
+    static int round; // both outlast the jump
+    static int ended;
+    ended = 0;
+    for (round = 0; round < rounds; ++round) {
+        if (sigsetjmp(epilogue, 1) == 0) {
+            setTimer(first + round * step, false);
+            call.run();
+            setTimer(0, false);
+        } else {
+            ++ended;
+            check();
+        }
+        unlink(call.outputWork);
+    }
+    EXPECT_EQ(holdings(), before);
+    return ended;
 }
 
 } // namespace
@@ -366,17 +382,7 @@ TEST(EngineEnds, WithinAnOpen) {
     call.inputWork = in.c_str();
     call.outputWork = out.c_str();
     expectGood(call);
-    signal(SIGALRM, endAndJump);
-    const std::vector<std::size_t> before = holdings();
-    static int round = 0; // outlasts the jump
-    for (; round < 500; ++round) {
-        if (sigsetjmp(epilogue, 1) == 0) {
-            setTimer(1 + round, false);
-            call.run();
-            setTimer(0, false);
-        }
-    }
-    EXPECT_EQ(holdings(), before);
+    endBySignals(call, 500, 1, 1, [] {});
 }
 
 // A signal ends the engine wherever it is; nothing is left. A signal that does not end it does it
@@ -384,26 +390,12 @@ TEST(EngineEnds, WithinAnOpen) {
 TEST(EngineEnds, WithinASignal) {
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
-    signal(SIGALRM, endAndJump);
     Call call = largeCall(directory.path(), out);
-    const std::vector<std::size_t> before = holdings();
-    engine();             // the loader must not be left half-way
-    static int ended = 0; // both outlast the jump
-    static int round = 0;
-    for (; round < 60; ++round) {
-        if (sigsetjmp(epilogue, 1) == 0) {
-            setTimer(500 + round * 700, false);
-            call.run();
-            setTimer(0, false);
-        } else {
-            ++ended;
-            EXPECT_TRUE(entriesOf(directory.path()) == 2U ||
-                        kit::readFile(out).size() == call.buffer.size());
-        }
-        unlink(out.c_str());
-    }
+    const int ended = endBySignals(call, 60, 500, 700, [&] {
+        EXPECT_TRUE(entriesOf(directory.path()) == 2U ||
+                    kit::readFile(out).size() == call.buffer.size());
+    });
     EXPECT_GT(ended, 5);
-    EXPECT_EQ(holdings(), before);
     struct sigaction harmless {};
     harmless.sa_handler = [](int) {};
     sigaction(SIGALRM, &harmless, nullptr);
@@ -417,8 +409,7 @@ TEST(EngineEnds, KilledWithoutAWorkFileLeft) {
     const kit::TemporaryDirectory directory;
     TestFile input(10, false, someRecords(200000));
     TestFile target(10);
-    const pid_t child = fork();
-    if (child == 0) {
+    const int status = kit::statusOf(kit::startProcess([&] {
         Call call = fileCall(SORT_FILES, kFixed10, "at0+10", {&input}, {&target});
         call.options = 1;
         call.folder = directory.path();
@@ -426,10 +417,7 @@ TEST(EngineEnds, KilledWithoutAWorkFileLeft) {
         target.failingAt = 100;
         target.during = [] { raise(SIGKILL); };
         call.run();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
+    }));
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     EXPECT_EQ(entriesOf(directory.path()), 2U);
 }

@@ -5,13 +5,12 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <random>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
 
 #include "messages.h"
 #include "sort.h"
 #include "support/failure_kit.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -292,13 +291,12 @@ SORT_TEST(LosesNoRecordsSilently, .errHolds = kLost, .status = failure::kAborted
 
 SORT_TEST(RefusesWhatTheWorkFileCannotTake) {
     Sort sort(SORT_VARIABLE);
-    signal(SIGXFSZ, SIG_IGN);
     sort.step(SORT_FILES);
     Records kept = kMany;
     for (std::size_t at = 0; at < kept.size(); ++at) { // the buffer is full for the third time
-        const rlimit size{at == 192 || at == 193 ? 600000 : RLIM_INFINITY, RLIM_INFINITY};
-        setrlimit(RLIMIT_FSIZE, &size);
-        EXPECT_EQ(release(kept[at]), size.rlim_cur == 600000 ? 16 : 0);
+        const bool isShort = at == 192 || at == 193;
+        kit::limitFiles(isShort ? 600000 : RLIM_INFINITY);
+        EXPECT_EQ(release(kept[at]), isShort ? 16 : 0);
     }
     kept.erase(kept.begin() + 192, kept.begin() + 194);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);
