@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csetjmp>
-#include <dirent.h>
+#include <filesystem>
 #include <sys/time.h>
 
 #include "engine_kit.h"
@@ -34,13 +34,8 @@ Records inOrder(Records records) {
 }
 
 std::size_t entriesOf(const std::string &folder) {
-    DIR *directory = opendir(folder.c_str());
-    std::size_t count = 0;
-    while (readdir(directory) != nullptr) {
-        ++count;
-    }
-    closedir(directory);
-    return count;
+    namespace fs = std::filesystem;
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
 }
 
 std::size_t pagesMapped() {
@@ -281,7 +276,7 @@ TEST(EngineFailures, WorkFilesThatFail) {
     call.options = 100;
     expectFailure(call, SORT_ERROR_OUTPUT_WRITE, EFBIG, "output");
     kit::limitFiles(RLIM_INFINITY);
-    EXPECT_EQ(entriesOf(directory.path()), 2U);
+    EXPECT_EQ(entriesOf(directory.path()), 0U);
     expectGood(call);
 }
 
@@ -392,7 +387,7 @@ TEST(EngineEnds, WithinASignal) {
     const std::string out = directory.file("out");
     Call call = largeCall(directory.path(), out);
     const int ended = endBySignals(call, 60, 500, 700, [&] {
-        EXPECT_TRUE(entriesOf(directory.path()) == 2U ||
+        EXPECT_TRUE(entriesOf(directory.path()) == 0 ||
                     kit::readFile(out).size() == call.buffer.size());
     });
     EXPECT_GT(ended, 5);
@@ -419,5 +414,5 @@ TEST(EngineEnds, KilledWithoutAWorkFileLeft) {
         call.run();
     }));
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-    EXPECT_EQ(entriesOf(directory.path()), 2U);
+    EXPECT_EQ(entriesOf(directory.path()), 0U);
 }

@@ -102,40 +102,6 @@ TEST(Failure, AbsentOptionalFiles) {
     }
 }
 
-// With no room for more than some megabytes, WRITE ends in 34 at some record, and all records ahead
-// of that are in the file: so says the process, and so it is.
-TEST(Failure, FullDisk) {
-    for (const char *system : {"uqe", "uqe with keys", "psx", "lsq", "rsd"}) {
-        SCOPED_TRACE(system);
-        const kit::TemporaryDirectory directory;
-        const std::string name = system;
-        const Shape shape = name.size() > 3 ? kIndexed : shapeOn(system);
-        const pid_t child = kit::startProcess([&] {
-            CobolFile file(shape, directory.file("data"));
-            kit::limitFiles(5'000'000);
-            int written = 0;
-            int status = file.open(FCB_OUTPUT);
-            for (char number[16]; status == 0 && written < 60'000; written += status == 0) {
-                snprintf(number, sizeof number, "%08d", written);
-                status = file.write(number + std::string(150, 'x'));
-                status = status == 2 ? 0 : status;
-            }
-            const int closed = file.close();
-            const bool told = status == 34 && (closed == 0 || closed == 34);
-            kit::writeFile(directory.file("count"), std::to_string(told ? written : -closed));
-        });
-        EXPECT_EQ(kit::statusOf(child), 0);
-        const int written = std::stoi(kit::readFile(directory.file("count")));
-        EXPECT_GT(written, 10'000);
-        CobolFile file(shape, directory.file("data"));
-        ASSERT_EQ(file.open(FCB_INPUT), 0);
-        const auto records = file.rest().first;
-        const bool buffered = name == "lsq" || name == "rsd"; // CLOSE has told of the rest
-        EXPECT_GE(static_cast<int>(records.size()), buffered ? 10'000 : written);
-        EXPECT_LE(static_cast<int>(records.size()), written + 1);
-    }
-}
-
 // A disk that had no room for the head of a new file leaves one that can be made later.
 TEST(Failure, NoRoomForTheHead) {
     for (const char *system : {"uqe", "psx"}) {

@@ -85,17 +85,13 @@ public:
         if (!fits(data)) {
             return 44;
         }
-        std::string prime = data.substr(0, indexed() ? shape_.keys[0].length : 0);
-        if (!indexed()) {
-            const uint32_t last = rows_.empty() ? 0 : numberOf(rows_.rbegin()->first);
-            prime = keyOf(named() ? relative : last + 1);
-            if (named() && relative == 0) {
-                return 24;
-            }
-        } else if (shape_.access == FILE_SEQUENTIAL) {
-            if (!written_.empty() && prime <= written_) {
-                return 21;
-            }
+        const uint32_t last = indexed() || rows_.empty() ? 0 : numberOf(rows_.rbegin()->first);
+        const std::string prime = primeOf(data, named() ? relative : last + 1);
+        if (!indexed() && named() && relative == 0) {
+            return 24;
+        }
+        if (indexed() && !named() && !written_.empty() && prime <= written_) {
+            return 21;
         }
         if (rows_.contains(prime)) {
             return 22;
@@ -119,12 +115,9 @@ public:
         if (!fits(data) || (sequential() && data.size() != rows_[current_].record.size())) {
             return 44;
         }
-        std::string prime = named() ? keyOf(relative) : current_;
-        if (indexed()) {
-            prime = data.substr(0, shape_.keys[0].length);
-            if (!named() && prime != current_) {
-                return 21;
-            }
+        const std::string prime = named() || indexed() ? primeOf(data, relative) : current_;
+        if (!named() && prime != current_) {
+            return 21;
         }
         return rows_.contains(prime) ? place(prime, data) : 23;
     }
@@ -140,8 +133,7 @@ public:
         if (!named() && !current) {
             return 43;
         }
-        return rows_.erase(named() ? (indexed() ? prime : keyOf(relative)) : current_) != 0 ? 0
-                                                                                            : 23;
+        return rows_.erase(named() ? primeOf(prime, relative) : current_) != 0 ? 0 : 23;
     }
 
     int start(int relation, std::string key, int keyref, std::size_t length, uint32_t relative) {
@@ -199,6 +191,9 @@ private:
     }
     static uint32_t numberOf(const std::string &key) {
         return static_cast<uint32_t>(strtoul(key.c_str(), nullptr, 10));
+    }
+    std::string primeOf(const std::string &data, uint32_t relative) const {
+        return indexed() ? data.substr(0, shape_.keys[0].length) : keyOf(relative);
     }
     void noteNumber(const std::string &prime) {
         number = shape_.organization == FILE_RELATIVE ? numberOf(prime) : number;
