@@ -13,9 +13,7 @@ constexpr int kCases = 60'000; // of each setting
 void checkMove(const Function &f, unsigned options, Random &random) {
     static Room sourceRoom;
     static Room targetRoom;
-    // Shifts move any bytes, but a carry over packed ones that are no digits has no meaning.
-    const bool isGarbage =
-        isShift(f) && (f.from != Pckd || f.kind != Kind::rightRound) && random.oneIn(8);
+    const bool isGarbage = isShift(f) && random.oneIn(8); // they move any bytes
     int sourceDigits = isGarbage && random.oneIn(8) ? 1 + random.below(1000) : random.count();
     const int targetDigits = random.oneIn(3) ? sourceDigits : random.count();
     const int shift =
@@ -34,6 +32,14 @@ void checkMove(const Function &f, unsigned options, Random &random) {
         (f.from == ZndLS ? item.front() : item.back()) =
             anySign ? static_cast<char>(random.below(256)) : '-';
     }
+    const auto resultOf = [&](const Function &function) {
+        return expected(function, options, item, sourceDigits, targetDigits, shift);
+    };
+    Function cut = f;
+    cut.kind = f.kind == Kind::rightRound ? Kind::right : f.kind;
+    if (isGarbage && f.from == Pckd && resultOf(f) != resultOf(cut)) {
+        return; // a carry over what is no digit has no meaning
+    }
     const int targetBytes = bytesOf(f.to, targetDigits);
     uint8_t *source = sourceRoom.put(item, random);
     uint8_t *target = targetRoom.put(targetBytes, random);
@@ -44,8 +50,7 @@ void checkMove(const Function &f, unsigned options, Random &random) {
     EXPECT_EQ(call(f, source, sourceDigits, target, targetDigits, shift),
               reinterpret_cast<intptr_t>(target));
     const std::string got(target, target + targetBytes);
-    (overlaps ? sourceRoom : targetRoom)
-        .expect(target, expected(f, options, item, sourceDigits, targetDigits, shift));
+    (overlaps ? sourceRoom : targetRoom).expect(target, resultOf(f));
     EXPECT_TRUE(sourceRoom.isAsExpected() && targetRoom.isAsExpected())
         << f.name << " " << kit::hex(item) << " " << sourceDigits << " to " << targetDigits
         << " shift " << shift << (overlaps ? " overlapping: " : ": ") << kit::hex(got);

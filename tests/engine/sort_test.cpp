@@ -96,7 +96,6 @@ TEST(Engine, SortsAsTheModelDoes) {
         TestFile copy(scenario.longest, variable);
         const RecordDesc record{variable ? SORT_VARIABLE : 0, 0, variable ? 0 : scenario.longest};
         Call call{.record = record,
-                  .outRecord = record,
                   .keytext = scenario.keytext,
                   .keycount = static_cast<int32_t>(scenario.keys.size())};
         call.options =
