@@ -1,4 +1,6 @@
 // Random sorts beside a plain model: records are made of values, the model orders by the values.
+#include <cmath>
+
 #include "engine_kit.h"
 #include "sort/fields.h"
 

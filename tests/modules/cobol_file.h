@@ -45,8 +45,9 @@ public:
         described.maxrec = shape.maxrec;
         described.minrec = std::max(shape.minrec, 0);
         described.nkeys = static_cast<int32_t>(shape.keys.size());
-        described.keyoffset =
-            reinterpret_cast<int32_t>(shape_.keys.data()) - reinterpret_cast<int32_t>(&described);
+        std::ranges::copy(shape.keys, keys_);
+        described.keyoffset = static_cast<int32_t>(reinterpret_cast<char *>(keys_) -
+                                                   reinterpret_cast<char *>(&described));
         if (shape.lock >= 0) {
             described.lockinfo = 1;
             described.lockmode = static_cast<uint8_t>(shape.lock);
@@ -117,6 +118,7 @@ private:
     }
 
     Shape shape_;
+    FileKey keys_[3]{}; // behind the description
     std::vector<char> area_;
 };
 

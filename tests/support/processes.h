@@ -2,6 +2,7 @@
 #ifndef ZOR_TESTS_SUPPORT_PROCESSES_H
 #define ZOR_TESTS_SUPPORT_PROCESSES_H
 
+#include <algorithm>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/wait.h>
