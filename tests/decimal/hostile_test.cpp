@@ -1,7 +1,7 @@
 // Any bytes, at the edge of a page, through every exported function of the family under every word
-// of options: none reads or writes a byte that is not the items'.
+// of options: none reads or writes a byte that is not the items', however its caller's stack and
+// the room of its result lie.
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -9,7 +9,7 @@
 #include "decimal/items.h"
 #include "decimal_convert.h"
 #include "decimal_moves.h"
-#include "support/kit.h"
+#include "support/any_stack.h"
 
 using namespace kit;
 using namespace model;
@@ -19,8 +19,8 @@ namespace {
 Random randomness(4711);
 Room rooms[4];
 
-// Makes the arguments of a function from left to right. First stand its items and numbers, then
-// the items' counts of digits, the last item's first, then a scale.
+// Makes the arguments of a function from left to right, as words. First stand its items and
+// numbers, then the items' counts of digits, the last item's first, then a scale.
 struct Arguments {
     // "Pckd_To_ZndTS" has a packed source and a target with a sign of its own; without "_To_" all
     // items have the same form.
@@ -34,7 +34,7 @@ struct Arguments {
 
     // Bytes that may be anything, or digits.
     uint8_t *item(bool isTarget) {
-        const int count = 1 + randomness.below(62);
+        const int count = randomness.oneIn(16) ? 1 + randomness.below(1000) : randomness.count();
         counts.push_back(count);
         const Form kind = form(isTarget);
         const std::string bytes = randomness.oneIn(2)
@@ -64,7 +64,9 @@ struct Arguments {
                 counts.pop_back();
                 return count;
             }
-            return items.empty() ? static_cast<int32_t>(randomness.word()) : randomness.below(80);
+            return items.empty()          ? static_cast<int32_t>(randomness.word())
+                   : randomness.oneIn(16) ? INT32_MAX - randomness.below(3)
+                                          : randomness.below(140);
         } else {
             Argument value;
             memcpy(&value, randomness.garbage(sizeof value).data(), sizeof value);
@@ -72,16 +74,28 @@ struct Arguments {
         }
     }
 
+    template <class Argument> void add() {
+        uint32_t place[(sizeof(Argument) + 3) / 4] = {};
+        const auto value = next<Argument>();
+        memcpy(place, &value, sizeof value);
+        words.insert(words.end(), std::begin(place), std::end(place));
+    }
+
     std::string name;
     std::vector<int32_t> counts{};
     std::vector<uint8_t *> items{};
     std::vector<std::size_t> sizes{};
+    std::vector<uint32_t> words{};
 };
 
 template <class Result, class... Each>
 void exercise(const char *name, Result (*function)(Each...)) {
+    constexpr bool kInRoom = sizeof(Result) > 8;
     Arguments arguments{name};
-    std::apply(function, std::tuple<Each...>{arguments.next<Each>()...});
+    arguments.words.assign(kInRoom ? 1 : 0, kRoom);
+    (arguments.add<Each>(), ...);
+    const uint32_t offset = 16U * static_cast<uint32_t>(randomness.below(16));
+    fillsAnywhere(function, arguments.words, offset, offset + (kInRoom ? 16 : 4));
     EXPECT_TRUE(arguments.areAlone()) << name;
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -114,12 +115,12 @@ private:
 // One call. Without files, work file and buffer are used.
 struct Call {
     int32_t function = SORT_FILES;
-    RecordDesc record{0, 0, 0};
-    RecordDesc outRecord{0, 0, 0};
-    std::string keytext;
-    int32_t keycount = 1;
+    RecordDesc record{};
+    std::string keytext{};
     std::vector<TestFile *> inputs{};
     std::vector<TestFile *> outputs{};
+    std::optional<RecordDesc> outRecord{}; // unless it is the same
+    int32_t keycount = 1;
     const char *inputWork = nullptr;
     std::string buffer{}; // of input and output
     const char *outputWork = nullptr;
@@ -138,7 +139,7 @@ struct Call {
         std::vector<FCB *> outs = blocksOf(outputs);
         auto *bytes = reinterpret_cast<uint8_t *>(buffer.data());
         const auto size = static_cast<uint32_t>(buffer.size());
-        return engine()(function, record, outRecord, inputWork, size, bytes,
+        return engine()(function, record, outRecord.value_or(record), inputWork, size, bytes,
                         static_cast<int32_t>(ins.size()), ins.data(), outputWork, size, bytes,
                         static_cast<int32_t>(outs.size()), outs.data(), keycount, keytext.c_str(),
                         options, folder.c_str(), &word, &value, ipcb);

@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <csetjmp>
-#include <csignal>
-#include <dirent.h>
-#include <sys/resource.h>
+#include <filesystem>
+#include <random>
 #include <sys/time.h>
-#include <sys/wait.h>
 
 #include "engine_kit.h"
 #include "support/failure_kit.h"
+#include "support/processes.h"
 
 using namespace engine_kit;
 
@@ -21,12 +20,9 @@ constexpr RecordDesc kVariable{SORT_VARIABLE, 0, 0};
 
 // Fixed records of 10 bytes, in no order.
 Records someRecords(std::size_t count) {
-    Records records;
-    uint32_t state = 12345;
-    for (std::size_t number = 0; number < count; ++number) {
-        state = state * 1103515245 + 12345;
-        records.push_back(std::to_string(1000000000 + state / 8));
-    }
+    Records records(count);
+    std::mt19937 random(1);
+    std::ranges::generate(records, [&] { return std::to_string(1000000000 + random() / 8); });
     return records;
 }
 
@@ -36,13 +32,8 @@ Records inOrder(Records records) {
 }
 
 std::size_t entriesOf(const std::string &folder) {
-    DIR *directory = opendir(folder.c_str());
-    std::size_t count = 0;
-    while (readdir(directory) != nullptr) {
-        ++count;
-    }
-    closedir(directory);
-    return count;
+    namespace fs = std::filesystem;
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
 }
 
 std::size_t pagesMapped() {
@@ -54,24 +45,10 @@ std::vector<std::size_t> holdings() {
     return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), pagesMapped() / 25600};
 }
 
-Call bufferCall(const RecordDesc &record, const std::string &keytext,
-                const std::string &buffer = "") {
-    Call call{.record = record, .outRecord = record, .keytext = keytext};
-    call.buffer = buffer;
-    return call;
-}
-
-Call fileCall(int32_t function, const RecordDesc &record, const std::string &keytext,
-              const std::vector<TestFile *> &inputs, const std::vector<TestFile *> &outputs) {
-    Call call{.function = function, .record = record, .keytext = keytext};
-    call.inputs = inputs;
-    call.outputs = outputs;
-    return call;
-}
-
 // Sorts more than a megabyte within one.
 Call largeCall(const std::string &folder, const std::string &out) {
-    Call call = bufferCall(kFixed10, "at0+10", stored(someRecords(200000), false));
+    Call call{
+        .record = kFixed10, .keytext = "at0+10", .buffer = stored(someRecords(200000), false)};
     call.outputWork = out.c_str();
     call.options = 1;
     call.folder = folder;
@@ -96,11 +73,11 @@ TEST(EngineFailures, KeysThatCannotBe) {
          {"|", "|xt0+1", "a|q0+1", "at|+1", "at0|", "at0+0|", "at0+1|s", "at0+1;|", "ab0+3|s",
           "af0+10|", "an0+5|", "az0+1L|", "w00|;at0+1", "wa|t0+1", "at9999999999|9999999999+1"}) {
         const std::size_t good = text.find('|');
-        Call call = bufferCall(kFixed10, text.erase(good, 1));
+        Call call{.record = kFixed10, .keytext = text.erase(good, 1)};
         expectFailure(call, SORT_ERROR_KEY_TEXT, static_cast<int32_t>(good), text);
     }
     const auto refused = [](const char *text, int32_t count, int32_t word, int32_t value) {
-        Call call = bufferCall(kFixed10, text);
+        Call call{.record = kFixed10, .keytext = text};
         call.keycount = count;
         expectFailure(call, word, value, text);
     };
@@ -110,7 +87,7 @@ TEST(EngineFailures, KeysThatCannotBe) {
     refused("at0+1", -1, SORT_ERROR_KEY_COUNT, 1);
     refused("at0+10;at1+10", 2, SORT_ERROR_KEY_OUTSIDE, 2);
     refused("at2147483647+2147483647", 1, SORT_ERROR_KEY_OUTSIDE, 1);
-    Call call = bufferCall({}, "at0+1");
+    Call call{.record = {}, .keytext = "at0+1"};
     expectFailure(call, SORT_ERROR_LENGTH, 0, "no length");
     call.function = SORT_INPUT_DONE;
     expectFailure(call, SORT_ERROR_FUNCTION, 0, "function");
@@ -135,7 +112,7 @@ TEST(EngineFailures, FilesThatFail) {
             TestFile second(10, false, first.records);
             TestFile target(10);
             TestFile &failing = each.output ? target : second;
-            Call call = fileCall(function, kFixed10, "at0+10", {&first, &second}, {&target});
+            Call call{function, kFixed10, "at0+10", {&first, &second}, {&target}};
             failing.failingVerb = each.verb;
             failing.failingAt = each.at;
             expectFailure(call, each.word, each.value, std::to_string(each.verb));
@@ -156,12 +133,12 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
         {kVariable, std::string("\6\0\0\0a", 5)},
         {kVariable, stored({std::string(SORT_LONGEST + 1, 'x')}, true)}};
     for (const auto &[record, buffer] : damaged) {
-        Call call = bufferCall(record, "at0+1", buffer);
+        Call call{.record = record, .keytext = "at0+1", .buffer = buffer};
         expectFailure(call, SORT_ERROR_INPUT_DAMAGED, 0, kit::hex(buffer.substr(0, 9)));
     }
     TestFile longer(12, true, {"0123456789", "0123456789ab"});
     TestFile target(10);
-    Call call = fileCall(SORT_FILES, kFixed10, "at0+1", {&longer}, {&target});
+    Call call{SORT_FILES, kFixed10, "at0+1", {&longer}, {&target}};
     expectFailure(call, SORT_ERROR_INPUT_LONG, 12, "input");
     call.record.length = 12;
     expectFailure(call, SORT_ERROR_OUTPUT_LONG, 12, "output");
@@ -173,7 +150,7 @@ TEST(EngineFailures, RecordsThatDoNotFit) {
     }
     longer.records.pop_back();
     expectGood(call);
-    Call full = bufferCall(kVariable, "at0+1", stored({"a", "b"}, true));
+    Call full{.record = kVariable, .keytext = "at0+1", .buffer = stored({"a", "b"}, true)};
     full.outRecord = kFixed10;
     expectFailure(full, SORT_ERROR_OUTPUT_FULL, 0, "buffer");
 }
@@ -182,11 +159,11 @@ TEST(Engine, RecordsChangeTheirForm) {
     TestFile input(12, true, {"ccc", "", "a", "bb"});
     TestFile fixed(4);
     TestFile variable(4, true);
-    Call call = fileCall(SORT_FILES, {0, 0, 3}, "dt0+2", {&input}, {&fixed, &variable});
+    Call call{SORT_FILES, {0, 0, 3}, "dt0+2", {&input}, {&fixed, &variable}};
     expectGood(call);
     EXPECT_EQ(fixed.records, (Records{"ccc ", "bb  ", "a   ", "    "}));
     EXPECT_EQ(variable.records, (Records{"ccc", "bb ", "a  ", "   "}));
-    Call toFixed = bufferCall(kVariable, "at0+4", stored({"y", "xxxx"}, true));
+    Call toFixed{.record = kVariable, .keytext = "at0+4", .buffer = stored({"y", "xxxx"}, true)};
     toFixed.outRecord = {0, 0, 4};
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
@@ -197,17 +174,23 @@ TEST(Engine, RecordsChangeTheirForm) {
 
 // Blanks go on where text ends, zeros where a number does.
 TEST(Engine, ShortRecordsHaveTheirPlace) {
-    Call text = bufferCall(kVariable, "at1+3", stored({"xa!", "xa", "xa\x1f", "", "xab"}, true));
+    Call text{.record = kVariable,
+              .keytext = "at1+3",
+              .buffer = stored({"xa!", "xa", "xa\x1f", "", "xab"}, true)};
     expectGood(text);
     EXPECT_EQ(text.buffer, stored({"", "xa\x1f", "xa", "xa!", "xab"}, true));
     const auto units = [](const std::u16string &value) {
         return std::string(reinterpret_cast<const char *>(value.data()), 2 * value.size());
     };
     const Records names = {units(u"a\x1F"), units(u"a"), units(u"a!")};
-    Call national = bufferCall(kVariable, "an0+4", stored({names[2], names[1], names[0]}, true));
+    Call national{.record = kVariable,
+                  .keytext = "an0+4",
+                  .buffer = stored({names[2], names[1], names[0]}, true)};
     expectGood(national);
     EXPECT_EQ(national.buffer, stored(names, true));
-    Call binary = bufferCall(kVariable, "ab0+2s", stored({"\1", "\xFF\xFF", "", "\1\1"}, true));
+    Call binary{.record = kVariable,
+                .keytext = "ab0+2s",
+                .buffer = stored({"\1", "\xFF\xFF", "", "\1\1"}, true)};
     expectGood(binary);
     EXPECT_EQ(binary.buffer, stored({"\xFF\xFF", "", "\1", "\1\1"}, true));
 }
@@ -221,7 +204,7 @@ TEST(Engine, RecordsOfAllLengths) {
     }
     TestFile input(65535, true, records);
     TestFile target(65535, true);
-    Call call = fileCall(SORT_FILES, kVariable, "dt65530+1;at0+65535", {&input}, {&target});
+    Call call{SORT_FILES, kVariable, "dt65530+1;at0+65535", {&input}, {&target}};
     call.keycount = 2;
     call.options = 1;
     expectGood(call);
@@ -232,7 +215,7 @@ TEST(Engine, RecordsOfAllLengths) {
     });
     EXPECT_TRUE(target.records == records);
 
-    Call bytes = bufferCall({0, 0, 1}, "dt0+1");
+    Call bytes{.record = {0, 0, 1}, .keytext = "dt0+1"};
     for (int number = 0; number < 250000; ++number) {
         bytes.buffer += static_cast<char>(number * 7 % 251);
     }
@@ -242,7 +225,7 @@ TEST(Engine, RecordsOfAllLengths) {
 
 TEST(Engine, MergesManyFilesInTheirOrder) {
     std::vector<std::unique_ptr<TestFile>> files;
-    Call call = fileCall(MERGE_FILES, kVariable, "at0+3", {}, {});
+    Call call{MERGE_FILES, kVariable, "at0+3", {}, {}};
     Records all;
     for (int number = 0; number < 40; ++number) {
         Records records;
@@ -277,17 +260,13 @@ TEST(EngineFailures, WorkFilesThatFail) {
     expectFailure(call, SORT_ERROR_INPUT_OPEN, ENOENT, "input");
 
     // Files may not grow: first those of runs, and then, where memory suffices, the output.
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit small{1000000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
+    kit::limitFiles(1000000);
     call = largeCall(directory.path(), out);
     expectFailure(call, SORT_ERROR_WORK_WRITE, EFBIG, "runs");
     call.options = 100;
     expectFailure(call, SORT_ERROR_OUTPUT_WRITE, EFBIG, "output");
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(entriesOf(directory.path()), 2U);
+    kit::limitFiles(RLIM_INFINITY);
+    EXPECT_EQ(entriesOf(directory.path()), 0U);
     expectGood(call);
 }
 
@@ -320,13 +299,13 @@ TEST(EngineEnds, WithinTheReadOfAFile) {
             const std::vector<std::size_t> before = holdings();
             TestFile input(10, false, inOrder(someRecords(60000)));
             TestFile target(10);
-            Call call = fileCall(function, kFixed10, "at0+10", {&input}, {&target});
+            Call call{function, kFixed10, "at0+10", {&input}, {&target}};
             call.options = 1;
             TestFile &file = verb == FCB_VERB_READ ? input : target;
             file.failingVerb = verb;
             file.failingAt = 55000;
             file.during = [] {
-                Call nested = bufferCall(kFixed10, "at0+1");
+                Call nested{.record = kFixed10, .keytext = "at0+1"};
                 expectFailure(nested, SORT_ERROR_ACTIVE, 0, "nested");
                 endEngine();
             };
@@ -344,14 +323,36 @@ namespace {
 
 sigjmp_buf epilogue;
 
-void endAndJump(int /*signal*/) {
-    endEngine();
-    siglongjmp(epilogue, 1);
-}
-
 void setTimer(int microseconds, bool repeats) {
     const itimerval timer{{0, repeats ? microseconds : 0}, {0, microseconds}};
     setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+// Calls that a signal ends, each a step later than the one before; nothing is left of them. Gives
+// how many did not come back before.
+int endBySignals(Call &call, int rounds, int first, int step, const std::function<void()> &check) {
+    signal(SIGALRM, [](int) {
+        endEngine();
+        siglongjmp(epilogue, 1);
+    });
+    engine(); // the loader must not be left half-way
+    const std::vector<std::size_t> before = holdings();
+    static int round; // both outlast the jump
+    static int ended;
+    ended = 0;
+    for (round = 0; round < rounds; ++round) {
+        if (sigsetjmp(epilogue, 1) == 0) {
+            setTimer(first + round * step, false);
+            call.run();
+            setTimer(0, false);
+        } else {
+            ++ended;
+            check();
+        }
+        unlink(call.outputWork);
+    }
+    EXPECT_EQ(holdings(), before);
+    return ended;
 }
 
 } // namespace
@@ -362,21 +363,11 @@ TEST(EngineEnds, WithinAnOpen) {
     const std::string in = directory.file("in");
     const std::string out = directory.file("out");
     kit::writeFile(in, "ten bytes.");
-    Call call = bufferCall(kFixed10, "at0+10");
+    Call call{.record = kFixed10, .keytext = "at0+10"};
     call.inputWork = in.c_str();
     call.outputWork = out.c_str();
     expectGood(call);
-    signal(SIGALRM, endAndJump);
-    const std::vector<std::size_t> before = holdings();
-    static int round = 0; // outlasts the jump
-    for (; round < 500; ++round) {
-        if (sigsetjmp(epilogue, 1) == 0) {
-            setTimer(1 + round, false);
-            call.run();
-            setTimer(0, false);
-        }
-    }
-    EXPECT_EQ(holdings(), before);
+    endBySignals(call, 500, 1, 1, [] {});
 }
 
 // A signal ends the engine wherever it is; nothing is left. A signal that does not end it does it
@@ -384,26 +375,12 @@ TEST(EngineEnds, WithinAnOpen) {
 TEST(EngineEnds, WithinASignal) {
     const kit::TemporaryDirectory directory;
     const std::string out = directory.file("out");
-    signal(SIGALRM, endAndJump);
     Call call = largeCall(directory.path(), out);
-    const std::vector<std::size_t> before = holdings();
-    engine();             // the loader must not be left half-way
-    static int ended = 0; // both outlast the jump
-    static int round = 0;
-    for (; round < 60; ++round) {
-        if (sigsetjmp(epilogue, 1) == 0) {
-            setTimer(500 + round * 700, false);
-            call.run();
-            setTimer(0, false);
-        } else {
-            ++ended;
-            EXPECT_TRUE(entriesOf(directory.path()) == 2U ||
-                        kit::readFile(out).size() == call.buffer.size());
-        }
-        unlink(out.c_str());
-    }
+    const int ended = endBySignals(call, 60, 500, 700, [&] {
+        EXPECT_TRUE(entriesOf(directory.path()) == 0 ||
+                    kit::readFile(out).size() == call.buffer.size());
+    });
     EXPECT_GT(ended, 5);
-    EXPECT_EQ(holdings(), before);
     struct sigaction harmless {};
     harmless.sa_handler = [](int) {};
     sigaction(SIGALRM, &harmless, nullptr);
@@ -417,19 +394,15 @@ TEST(EngineEnds, KilledWithoutAWorkFileLeft) {
     const kit::TemporaryDirectory directory;
     TestFile input(10, false, someRecords(200000));
     TestFile target(10);
-    const pid_t child = fork();
-    if (child == 0) {
-        Call call = fileCall(SORT_FILES, kFixed10, "at0+10", {&input}, {&target});
+    const int status = kit::statusOf(kit::startProcess([&] {
+        Call call{SORT_FILES, kFixed10, "at0+10", {&input}, {&target}};
         call.options = 1;
         call.folder = directory.path();
         target.failingVerb = FCB_VERB_WRITE;
         target.failingAt = 100;
         target.during = [] { raise(SIGKILL); };
         call.run();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
+    }));
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-    EXPECT_EQ(entriesOf(directory.path()), 2U);
+    EXPECT_EQ(entriesOf(directory.path()), 0U);
 }

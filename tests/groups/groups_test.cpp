@@ -2,10 +2,10 @@
 #include <fcntl.h>
 #include <numeric>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 
 #include "group_kit.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -258,15 +258,14 @@ TEST_F(Groups, ServeOneWriterAtATime) {
             EXPECT_TRUE(fs::create_directory(resolve("PAY(+1)", "sys", 1) + ".mine"));
         }
     };
-    const pid_t other = fork();
-    std::thread thread(work);
-    work();
-    thread.join();
-    if (other == 0) {
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = -1;
-    EXPECT_TRUE(waitpid(other, &status, 0) == other && status == 0);
+    const auto workTwice = [&] {
+        std::thread thread(work);
+        work();
+        thread.join();
+    };
+    const pid_t other = kit::startProcess(workTwice);
+    workTwice();
+    EXPECT_EQ(kit::statusOf(other), 0);
     EXPECT_EQ(entriesOf(kPay).size(), 4U * kEach);
 }
 

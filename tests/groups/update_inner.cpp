@@ -1,16 +1,16 @@
 // Updates that are cut short: a catalogue is the old block or the new one, whatever stops its
 // writer.
-#include <csignal>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 
 #include "file/groups/operations.h"
 #include "group_kit.h"
+#include "support/processes.h"
 
 namespace {
 
 using namespace group;
+using kit::startProcess, kit::statusOf;
 
 // What this program's calls of write do, behind a number of whole ones.
 enum class Writing { whole, fails, stopsOnce, dies };
@@ -32,24 +32,9 @@ struct Scene : Place {
     Scene() { make("PAY", kBefore); }
 };
 
-template <class Body> pid_t inChild(Body body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        body();
-        _exit(0);
-    }
-    return child;
-}
-
-int statusOf(pid_t child) {
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status;
-}
-
 // Kills a child at an entry to or a return from a system call. False when it ended before.
 template <class Body> bool killAtStop(Body body, int stop) {
-    const pid_t child = inChild([&] {
+    const pid_t child = startProcess([&] {
         ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         raise(SIGSTOP);
         body();
@@ -98,32 +83,12 @@ TEST(Updates, SurviveAKillAtEverySystemCall) {
     EXPECT_GT(stop, 60);
 }
 
-TEST(Updates, SurviveKillsAtAnyMoment) {
-    const Scene scene;
-    uint32_t last = 3;
-    for (int i = 0; i < 60; ++i) {
-        const pid_t child = inChild([] {
-            for (;;) {
-                kit::writeFile(addOne(), "");
-            }
-        });
-        usleep(static_cast<useconds_t>(i * 131 % 4000));
-        kill(child, SIGKILL);
-        statusOf(child);
-        const Entries entries = entriesOf("PAY.catalogue");
-        EXPECT_TRUE(entries.size() <= 3 && entries.back() >= last);
-        last = read("PAY.catalogue")[kLast];
-        EXPECT_EQ(entries.back(), last);
-    }
-    EXPECT_GT(last, 10U);
-}
-
 // A process that dies within a write leaves a torn block to plain readers; the next user makes it
 // whole, unless somebody has changed it since.
 TEST(Updates, AreEndedByTheNextUser) {
     for (const bool changedSince : {false, true}) {
         const Scene scene;
-        statusOf(inChild([] {
+        statusOf(startProcess([] {
             writing = Writing::dies;
             wholeWrites = 1;
             addOne();

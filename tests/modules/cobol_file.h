@@ -1,15 +1,13 @@
-// A file as a compiler lays it out, with verbs that give the file status.
+// Files over the file systems of the product, with verbs that give the file status.
 #ifndef ZOR_TESTS_MODULES_COBOL_FILE_H
 #define ZOR_TESTS_MODULES_COBOL_FILE_H
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "file.h"
-#include "support/kit.h"
+#include "file/file_kit.h"
 
 namespace modules_test {
 
@@ -34,83 +32,57 @@ inline FileKey key(int32_t position, uint16_t length, bool duplicates = false) {
     return made;
 }
 
-// Records, or texts in FILE STATUS and its extension, are compared as strings.
-class CobolFile {
+class CobolFile : public files::File {
 public:
-    CobolFile(const Shape &shape, const std::string &path) : shape_(shape) {
-        storage_.resize(sizeof(FileDescription) + shape.keys.size() * sizeof(FileKey));
-        area_.assign(32 + static_cast<std::size_t>(shape.maxrec) + 1, '\0');
-        name_ = shape.system + "-" + path;
-        auto &description = *new (storage_.data()) FileDescription{};
-        memcpy(description.fscode, "???", 3);
-        description.organization = shape.organization;
-        description.access = shape.access;
-        description.recfmt = shape.minrec < 0 ? FILE_FIXED : FILE_VARIABLE;
-        description.assign = static_cast<uint8_t>(FILE_WORD | (shape.optional ? FILE_OPTIONAL : 0));
-        description.maxrec = shape.maxrec;
-        description.minrec = std::max(shape.minrec, 0);
-        description.nkeys = static_cast<int32_t>(shape.keys.size());
-        description.keyoffset = sizeof(FileDescription);
-        std::ranges::copy(shape.keys, reinterpret_cast<FileKey *>(&description + 1));
-        strcpy(description.filename, "TESTED");
-        description.assignname = name_.c_str();
-        description.assignlen = static_cast<int16_t>(name_.size());
-        description.statusbase = &statusBase_;
+    CobolFile(const Shape &shape, const std::string &path)
+        : File(shape.system + "-" + path, "TESTED"), shape_(shape),
+          area_(32 + static_cast<std::size_t>(shape.maxrec) + 1) {
+        memcpy(described.fscode, "???", 3);
+        described.organization = shape.organization;
+        described.access = shape.access;
+        described.recfmt = shape.minrec < 0 ? FILE_FIXED : FILE_VARIABLE;
+        described.assign |= shape.optional ? FILE_OPTIONAL : 0;
+        described.maxrec = shape.maxrec;
+        described.minrec = std::max(shape.minrec, 0);
+        described.nkeys = static_cast<int32_t>(shape.keys.size());
+        std::ranges::copy(shape.keys, keys_);
+        described.keyoffset = static_cast<int32_t>(reinterpret_cast<char *>(keys_) -
+                                                   reinterpret_cast<char *>(&described));
         if (shape.lock >= 0) {
-            description.lockinfo = 1;
-            description.lockmode = static_cast<uint8_t>(shape.lock);
-            description.statusflags =
+            described.lockinfo = 1;
+            described.lockmode = static_cast<uint8_t>(shape.lock);
+            described.statusflags =
                 static_cast<uint8_t>(shape.share | (shape.severalLocks ? FILE_LOCK_COUNT : 0));
         }
-        fcb.level = 1;
-        fcb.desc = &description;
-        fcb.data = reinterpret_cast<uint8_t *>(area_.data()) + 32;
-        fcb.open = _zorGenericOpen;
-        fcb.close = _zorCloseError;
-        fcb.read = _zorReadError;
-        fcb.write = _zorWriteError;
-        fcb.rewrite = _zorRewriteError;
-        fcb.start = _zorStartError;
-        fcb.delete_ = _zorDeleteError;
-        fcb.unlock = _zorUnlockError;
-        fcb.use = _zorCallUseProc;
+        recordAt = area_.data();
+        enter();
     }
     ~CobolFile() {
         if (fcb.curmode != 0) {
             close();
         }
     }
-    CobolFile(const CobolFile &) = delete;
-    CobolFile &operator=(const CobolFile &) = delete;
 
-    FileDescription &description() { return *fcb.desc; }
-
-    int open(uint16_t mode) {
-        fcb.openmode = mode;
-        return call(fcb.open);
-    }
-    int close() {
-        fcb.closemode = 0;
-        return call(fcb.close);
-    }
+    int open(int mode) { return shown(File::open(mode)); }
+    int close() { return shown(File::close()); }
     int read(uint32_t options = 0) {
         fcb.verbopts = options;
-        return call(fcb.read);
+        return shown(File::read());
     }
     int readKey(const std::string &keyValue, uint8_t keyref = 0, uint32_t options = 0) {
         putKey(keyValue, keyref);
         return read(options);
     }
-    int write(const std::string &record) { return call(fcb.write, &record); }
-    int rewrite(const std::string &record) { return call(fcb.rewrite, &record); }
-    int erase() { return call(fcb.delete_); }
-    int unlock() { return call(fcb.unlock); }
+    int write(const std::string &record) { return put(record), shown(run(fcb.write)); }
+    int rewrite(const std::string &record) { return put(record), shown(run(fcb.rewrite)); }
+    int erase() { return shown(run(fcb.delete_)); }
+    int unlock() { return shown(run(fcb.unlock)); }
     int start(uint8_t relation, const std::string &keyValue = "", uint8_t keyref = 0,
               std::size_t length = 0) {
         fcb.relation = relation;
         fcb.keylength = static_cast<uint16_t>(length);
         putKey(keyValue, keyref);
-        return call(fcb.start);
+        return shown(run(fcb.start));
     }
     void putKey(const std::string &value, uint8_t keyref) {
         fcb.keyref = keyref;
@@ -126,34 +98,28 @@ public:
     // All records from here on, and the status behind them.
     std::pair<std::vector<std::string>, int> rest(uint32_t options = FCB_NEXT) {
         std::vector<std::string> records;
-        int status = read(options);
-        for (; status < 10; status = read(options)) {
+        int end = read(options);
+        for (; end < 10; end = read(options)) {
             records.push_back(record());
         }
-        return {records, status};
+        return {records, end};
     }
 
-    FCB fcb{};
-
 private:
-    int call(FileOperation operation, const std::string *record = nullptr) {
-        if (record != nullptr) {
-            memset(fcb.data, ' ', static_cast<std::size_t>(shape_.maxrec));
-            memcpy(fcb.data, record->data(), std::min(record->size(), area_.size() - 32));
-            fcb.reclen = static_cast<int32_t>(record->size());
-        }
-        operation(&fcb, nullptr);
-        const int shown = (status_[0] - '0') * 10 + status_[1] - '0';
-        EXPECT_EQ(shown, fcb.status);
-        return shown;
+    // As FILE STATUS shows it.
+    int shown(int wanted) const {
+        EXPECT_EQ((status[0] - '0') * 10 + status[1] - '0', wanted);
+        return wanted;
+    }
+    void put(const std::string &record) {
+        memset(fcb.data, ' ', static_cast<std::size_t>(shape_.maxrec));
+        memcpy(fcb.data, record.data(), std::min(record.size(), area_.size() - 32));
+        fcb.reclen = static_cast<int32_t>(record.size());
     }
 
     Shape shape_;
-    std::string storage_;
-    std::string area_;
-    std::string name_;
-    uint8_t status_[2] = {'0', '0'};
-    uint8_t *statusBase_ = status_;
+    FileKey keys_[3]{}; // behind the description
+    std::vector<char> area_;
 };
 
 } // namespace modules_test

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <map>
-#include <tuple>
 
 #include "modules/cobol_file.h"
 
@@ -33,7 +32,8 @@ public:
         mode_ = mode;
         canReadNext_ = true;
         hasCurrent_ = false;
-        at_ = {0, "", -1};
+        at_ = {"", -1, ""};
+        along_ = 0;
         ahead_ = false;
         written_ = rows_.empty() ? "" : rows_.rbegin()->first;
         return 0;
@@ -54,33 +54,25 @@ public:
         if (back && plain() && (shape_.minrec >= 0 || shape_.system == "lsq")) {
             return 30; // nothing tells where the record ahead begins
         }
-        const int along = byKey ? keyref : std::get<0>(at_);
-        const auto entries = entriesOf(along);
-        const Entry from =
-            byKey ? Entry{key, -1, ""} : Entry{std::get<1>(at_), std::get<2>(at_), ""};
-        const Entry *found = nullptr;
-        for (const Entry &entry : entries) {
-            const auto place = std::tie(std::get<0>(entry), std::get<1>(entry));
-            const auto mine = std::tie(std::get<0>(from), std::get<1>(from));
-            const bool same = place == mine && ahead_ && !byKey;
-            if (back ? place < mine || same : found == nullptr && (place > mine || same)) {
-                found = &entry;
-            }
-        }
-        if (found == nullptr || (byKey && std::get<0>(*found) != key)) {
+        along_ = byKey ? keyref : along_;
+        at_ = byKey ? Entry{key, -1, ""} : at_;
+        const auto entries = entriesOf(along_);
+        auto found = std::ranges::partition_point(entries, [&](const Entry &entry) {
+            const auto order = entry.place() <=> at_.place();
+            return order < 0 || (order == 0 && ahead_ == back);
+        });
+        if (found == (back ? entries.begin() : entries.end()) || (byKey && found->key != key)) {
             return byKey ? 23 : 10;
         }
-        at_ = {along, std::get<0>(*found), std::get<1>(*found)};
+        found -= back ? 1 : 0;
+        at_ = *found;
         ahead_ = false;
         hasCurrent_ = canReadNext_ = true;
-        current_ = std::get<2>(*found);
+        current_ = found->prime;
         record = rows_[current_].record;
         noteNumber(current_);
-        const auto repeats = [&](const Entry &entry) {
-            return std::get<0>(entry) == std::get<0>(*found) && entry != *found &&
-                   (std::get<1>(entry) > std::get<1>(*found)) != back;
-        };
-        return std::ranges::any_of(entries, repeats) ? 2 : 0;
+        const bool isLast = found == (back ? entries.begin() : entries.end() - 1);
+        return !isLast && found[back ? -1 : 1].key == found->key ? 2 : 0;
     }
 
     int write(const std::string &data, uint32_t relative) {
@@ -93,17 +85,13 @@ public:
         if (!fits(data)) {
             return 44;
         }
-        std::string prime = data.substr(0, indexed() ? shape_.keys[0].length : 0);
-        if (!indexed()) {
-            const uint32_t last = rows_.empty() ? 0 : numberOf(rows_.rbegin()->first);
-            prime = keyOf(named() ? relative : last + 1);
-            if (named() && relative == 0) {
-                return 24;
-            }
-        } else if (shape_.access == FILE_SEQUENTIAL) {
-            if (!written_.empty() && prime <= written_) {
-                return 21;
-            }
+        const uint32_t last = indexed() || rows_.empty() ? 0 : numberOf(rows_.rbegin()->first);
+        const std::string prime = primeOf(data, named() ? relative : last + 1);
+        if (!indexed() && named() && relative == 0) {
+            return 24;
+        }
+        if (indexed() && !named() && !written_.empty() && prime <= written_) {
+            return 21;
         }
         if (rows_.contains(prime)) {
             return 22;
@@ -130,12 +118,9 @@ public:
             return 44;
         }
         data.resize(old, ' ');
-        std::string prime = named() ? keyOf(relative) : current_;
-        if (indexed()) {
-            prime = data.substr(0, shape_.keys[0].length);
-            if (!named() && prime != current_) {
-                return 21;
-            }
+        const std::string prime = named() || indexed() ? primeOf(data, relative) : current_;
+        if (!named() && prime != current_) {
+            return 21;
         }
         return rows_.contains(prime) ? place(prime, data) : 23;
     }
@@ -151,8 +136,7 @@ public:
         if (!named() && !current) {
             return 43;
         }
-        return rows_.erase(named() ? (indexed() ? prime : keyOf(relative)) : current_) != 0 ? 0
-                                                                                            : 23;
+        return rows_.erase(named() ? primeOf(prime, relative) : current_) != 0 ? 0 : 23;
     }
 
     int start(int relation, std::string key, int keyref, std::size_t length, uint32_t relative) {
@@ -164,25 +148,20 @@ public:
         }
         hasCurrent_ = canReadNext_ = false;
         key = indexed() ? key.substr(0, length != 0 ? length : std::string::npos) : keyOf(relative);
-        const auto entries = entriesOf(keyref);
-        const auto fitsRelation = [&](const Entry &entry) {
-            const int order = std::get<0>(entry).compare(0, key.size(), key);
+        auto entries = entriesOf(keyref);
+        std::erase_if(entries, [&](const Entry &entry) {
+            const int order = entry.key.compare(0, key.size(), key);
             const bool holds[] = {order == 0, order > 0, order >= 0, order < 0,
                                   order <= 0, true,      true};
-            return holds[relation];
-        };
-        const bool last =
-            relation == FCB_LESS || relation == FCB_NOT_GREATER || relation == FCB_LAST;
-        const Entry *found = nullptr;
-        for (const Entry &entry : entries) {
-            if (fitsRelation(entry) && (last || found == nullptr)) {
-                found = &entry;
-            }
-        }
-        if (found == nullptr) {
+            return !holds[relation];
+        });
+        if (entries.empty()) {
             return 23;
         }
-        at_ = {keyref, std::get<0>(*found), std::get<1>(*found)};
+        const bool last =
+            relation == FCB_LESS || relation == FCB_NOT_GREATER || relation == FCB_LAST;
+        along_ = keyref;
+        at_ = last ? entries.back() : entries.front();
         ahead_ = canReadNext_ = true;
         return 0;
     }
@@ -199,7 +178,12 @@ private:
         std::string record;
         std::vector<int64_t> sequences;
     };
-    using Entry = std::tuple<std::string, int64_t, std::string>; // key, sequence, prime key
+    struct Entry {
+        std::string key;
+        int64_t sequence; // among equal keys
+        std::string prime;
+        std::pair<std::string, int64_t> place() const { return {key, sequence}; }
+    };
 
     bool sequential() const { return !indexed() && shape_.organization != FILE_RELATIVE; }
     bool plain() const { return shape_.system == "rsd" || shape_.system == "lsq"; }
@@ -210,6 +194,9 @@ private:
     }
     static uint32_t numberOf(const std::string &key) {
         return static_cast<uint32_t>(strtoul(key.c_str(), nullptr, 10));
+    }
+    std::string primeOf(const std::string &data, uint32_t relative) const {
+        return indexed() ? data.substr(0, shape_.keys[0].length) : keyOf(relative);
     }
     void noteNumber(const std::string &prime) {
         number = shape_.organization == FILE_RELATIVE ? numberOf(prime) : number;
@@ -223,10 +210,10 @@ private:
         std::vector<Entry> entries;
         for (const auto &[prime, stored] : rows_) {
             const auto index = static_cast<std::size_t>(keyref);
-            entries.emplace_back(keyref == 0 ? prime : keyIn(stored.record, index),
-                                 keyref == 0 ? 0 : stored.sequences[index], prime);
+            entries.push_back(
+                {index == 0 ? prime : keyIn(stored.record, index), stored.sequences[index], prime});
         }
-        std::ranges::sort(entries);
+        std::ranges::sort(entries, {}, &Entry::place);
         return entries;
     }
 
@@ -263,8 +250,9 @@ private:
     bool exists_ = false;
     bool canReadNext_ = false;
     bool hasCurrent_ = false;
-    std::tuple<int, std::string, int64_t> at_;
-    bool ahead_ = false;
+    int along_ = 0; // the key that READ NEXT follows
+    Entry at_;
+    bool ahead_ = false; // whether at_ itself is next
     std::string current_;
     std::string written_;
 };

@@ -100,7 +100,7 @@ TEST(Lines, Write) {
 TEST(Lines, Linage) {
     const kit::TemporaryDirectory directory;
     CobolFile file(kLines, directory.file("pages"));
-    file.description().linageflags = 0xF0;
+    file.described.linageflags = 0xF0;
     const int32_t page[] = {4, 3, 1, 2};
     memcpy(file.fcb.linageset, page, sizeof page);
     ASSERT_EQ(file.open(FCB_OUTPUT), 0);
@@ -148,10 +148,10 @@ TEST(Lines, GoThroughPipes) {
         const kit::TemporaryDirectory directory;
         const std::string path = directory.file("pipe");
         ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+        CobolFile file(shape, path);
         std::thread writer([&] {
-            CobolFile file(shape, path);
             EXPECT_EQ(file.open(FCB_OUTPUT), 0);
-            EXPECT_EQ(file.write("abc"), 0);
+            EXPECT_EQ(file.write("abc") + file.close(), 0);
         });
         usleep(20'000);
         const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);

@@ -1,9 +1,9 @@
 // Several opens of one file, in one process and in two.
 
 #include <sstream>
-#include <sys/wait.h>
 
 #include "modules/cobol_file.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -143,9 +143,7 @@ TEST(Sharing, TwoProcessesCount) {
         }
         const auto count = [&] {
             CobolFile file(shape, directory.file("data"));
-            if (file.open(FCB_IO) != 0) {
-                return 1;
-            }
+            ASSERT_EQ(file.open(FCB_IO), 0);
             for (int i = 0; i < kTimes; i++) {
                 choose(file, i);
                 while (file.read() == 51) {
@@ -153,20 +151,12 @@ TEST(Sharing, TwoProcessesCount) {
                 }
                 char next[16];
                 snprintf(next, sizeof next, "%04d", std::stoi(file.record().substr(4)) + 1);
-                if (file.rewrite(file.record().substr(0, 4) + next) >= 10) {
-                    return 2;
-                }
+                ASSERT_LT(file.rewrite(file.record().substr(0, 4) + next), 10);
             }
-            return 0;
         };
-        const pid_t child = fork();
-        if (child == 0) {
-            _exit(count());
-        }
-        EXPECT_EQ(count(), 0);
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
+        const pid_t child = kit::startProcess(count);
+        count();
+        EXPECT_EQ(kit::statusOf(child), 0);
         CobolFile file(shape, directory.file("data"));
         ASSERT_EQ(file.open(FCB_INPUT), 0);
         for (const int i : {0, 1}) {

@@ -5,13 +5,12 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <random>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
 
 #include "messages.h"
 #include "sort.h"
 #include "support/failure_kit.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -23,45 +22,34 @@ thread_local const IPCB *caller;
 void (*meanwhile)() = nullptr;
 int32_t engineStatus = 0;
 
-// The arguments of a call behind its function, a word each.
-struct Call {
-    uint32_t word[23];
-    template <class T> T *at(std::size_t index) const { return reinterpret_cast<T *>(word[index]); }
-    // Of the input or the output: file name, bytes, buffer, count, FCBs.
-    std::string side(std::size_t first) const {
-        const auto number = std::to_string(word[first + 1]);
-        return word[first + 3] != 0 ? at<FCB *>(first + 4)[0]->fscode
-                                    : (word[first] != 0 ? "file " : "") + number;
-    }
-};
-enum {
-    kInput = 6,
-    kOutput = 11,
-    kKeyCount = 16,
-    kKeyText,
-    kOptions,
-    kErrorWord = 20,
-    kErrorValue,
-    kIpcb
-};
+// The input or the output of a call of the engine: file name, bytes, FCBs.
+std::string side(const char *name, uint32_t bytes, int32_t count, FCB **files) {
+    return count != 0 ? files[0]->fscode : (name != nullptr ? "file " : "") + std::to_string(bytes);
+}
 
 // Leaves the sorting to the real engine, but there are no files that it could read.
-int32_t engine(int32_t function, Call call) {
-    called = std::to_string(function) + " " + call.side(kInput) + " to " + call.side(kOutput) +
-             ", " + std::to_string(call.word[kKeyCount]) + " " + call.at<char>(kKeyText);
-    caller = call.at<IPCB>(kIpcb);
-    inputName = call.word[kInput] == 0 ? "" : call.at<char>(kInput);
+int32_t engine(int32_t function, RecordDesc record, RecordDesc outRecord, const char *input,
+               uint32_t inputBytes, uint8_t *inputBuffer, int32_t inputCount, FCB **inputs,
+               const char *output, uint32_t outputSize, uint8_t *outputBuffer, int32_t outputCount,
+               FCB **outputs, int32_t keyCount, const char *keyText, uint32_t, const char *folder,
+               int32_t *errorWord, int32_t *errorValue, IPCB *ipcb) {
+    called = std::to_string(function) + " " + side(input, inputBytes, inputCount, inputs) + " to " +
+             side(output, outputSize, outputCount, outputs) + ", " + std::to_string(keyCount) +
+             " " + keyText;
+    caller = ipcb;
+    inputName = input == nullptr ? "" : input;
     if (meanwhile != nullptr) {
         meanwhile();
     }
-    static auto *real = reinterpret_cast<int32_t (*)(int32_t, Call)>(
-        dlsym(dlopen(REAL_ENGINE, RTLD_NOW), "sortmerge"));
-    call.word[kOptions] = 0;
-    if (engineStatus == 0 && called.find("lsq") == std::string::npos) {
-        return real(function, call);
+    static auto *const real =
+        reinterpret_cast<SortMerge>(dlsym(dlopen(REAL_ENGINE, RTLD_NOW), "sortmerge"));
+    if (engineStatus == 0 && inputCount == 0 && outputCount == 0) {
+        return real(function, record, outRecord, input, inputBytes, inputBuffer, 0, nullptr, output,
+                    outputSize, outputBuffer, 0, nullptr, keyCount, keyText, 0, folder, errorWord,
+                    errorValue, ipcb);
     }
-    *call.at<int32_t>(kErrorWord) = engineStatus == 16 ? 4711 : 0;
-    *call.at<int32_t>(kErrorValue) = engineStatus;
+    *errorWord = engineStatus == 16 ? 4711 : 0;
+    *errorValue = engineStatus;
     return engineStatus;
 }
 
@@ -292,13 +280,12 @@ SORT_TEST(LosesNoRecordsSilently, .errHolds = kLost, .status = failure::kAborted
 
 SORT_TEST(RefusesWhatTheWorkFileCannotTake) {
     Sort sort(SORT_VARIABLE);
-    signal(SIGXFSZ, SIG_IGN);
     sort.step(SORT_FILES);
     Records kept = kMany;
     for (std::size_t at = 0; at < kept.size(); ++at) { // the buffer is full for the third time
-        const rlimit size{at == 192 || at == 193 ? 600000 : RLIM_INFINITY, RLIM_INFINITY};
-        setrlimit(RLIMIT_FSIZE, &size);
-        EXPECT_EQ(release(kept[at]), size.rlim_cur == 600000 ? 16 : 0);
+        const bool isShort = at == 192 || at == 193;
+        kit::limitFiles(isShort ? 600000 : RLIM_INFINITY);
+        EXPECT_EQ(release(kept[at]), isShort ? 16 : 0);
     }
     kept.erase(kept.begin() + 192, kept.begin() + 194);
     EXPECT_EQ(sort.step(SORT_INPUT_DONE), 0);

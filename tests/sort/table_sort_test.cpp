@@ -1,132 +1,10 @@
 // SORT of random tables beside a sort by the values of the keys, and tables that are refused.
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "sort.h"
+#include "sort/fields.h"
 #include "support/failure_kit.h"
 
 namespace {
 
-std::mt19937 generator(4711); // NOLINT(cert-msc51-cpp): the same tables in each run
-
-unsigned random(unsigned below) {
-    return static_cast<unsigned>(generator() % below);
-}
-template <class T> T oneOf(std::initializer_list<T> values) {
-    return values.begin()[random(static_cast<unsigned>(values.size()))];
-}
-template <class T> std::string bytesOf(T value) {
-    return {reinterpret_cast<const char *>(&value), sizeof value};
-}
-std::string randomText(std::size_t length, unsigned values) {
-    std::string text(length, '\0');
-    std::generate(text.begin(), text.end(), [=] { return static_cast<char>(random(values) * 37); });
-    return text;
-}
-SortKey textKey(uint32_t offset, uint32_t length) {
-    return {offset, length, SORT_KEY_TEXT, 0, SORT_ASCENDING, {}};
-}
-
-// A value's place among the others.
-using Rank = std::pair<long double, std::string>;
-
-struct Field {
-    std::string bytes;
-    Rank rank;
-};
-
-// So many digits that make a value of at most 18; often with zeros ahead.
-std::string randomDigits(std::size_t count) {
-    std::string digits(count, '0');
-    for (std::size_t left = random(static_cast<unsigned>(std::min(count, 18U)) + 1); left > 0;) {
-        digits[count - left--] = oneOf({'0', '1', '9'});
-    }
-    return digits;
-}
-Rank rankOf(const std::string &digits, bool negative) {
-    const auto value = static_cast<long double>(std::stoll("0" + digits));
-    return {negative ? -value : value, ""};
-}
-
-Field zonedField(const SortKey &key) {
-    const bool separate = (key.format & 3) != 0;
-    const bool leading = (key.format & 5) != 0;
-    const bool negative = key.format != 0 && random(2) == 0;
-    std::string bytes = randomDigits(key.length - (separate ? 1 : 0));
-    const Rank rank = rankOf(bytes, negative);
-    if (separate) {
-        bytes.insert(leading ? 0 : bytes.size(), negative ? "-" : "+");
-    } else {
-        bytes[bytes.size() / 2] ^= 0x40; // only the sign's zone counts
-        char &digit = leading ? bytes.front() : bytes.back();
-        digit = static_cast<char>((digit & 0x0F) | (negative ? oneOf({0x70, 0xC0}) : 0x30));
-    }
-    return {bytes, rank};
-}
-
-Field packedField(const SortKey &key) {
-    const std::string digits = randomDigits(2 * key.length - 1);
-    const char sign = oneOf({'\x0C', '\x0D', '\x0F', '\x0B', '\x00'});
-    std::string bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        bytes += static_cast<char>(digits[at] << 4 | ((digits + sign)[at + 1] & 0x0F));
-    }
-    return {bytes, rankOf(digits, sign != '\x0C')};
-}
-
-Field binaryField(const SortKey &key) {
-    const auto value = oneOf<int64_t>({0, 1, -1, 255, 256, -256, INT32_MAX, INT64_MIN, 0x8000});
-    const unsigned unused = 64 - 8 * key.length;
-    const uint64_t top = static_cast<uint64_t>(value) << unused;
-    const auto rank = key.format == 0 ? static_cast<long double>(top) : static_cast<int64_t>(top);
-    return {bytesOf(value).substr(0, key.length), {rank, ""}};
-}
-
-Field floatField(const SortKey &key) {
-    const auto value = oneOf({0.0, -0.0, 1.0, -1.0, 1.5, -1.5, 2e30, -2e30, 1e-40, -1e-40});
-    const auto less = static_cast<float>(value);
-    return key.length == sizeof less ? Field{bytesOf(less), {less, ""}}
-                                     : Field{bytesOf(value), {value, ""}};
-}
-
-uint8_t weights[256];
-
-Field textField(const SortKey &key, bool weighed) {
-    const std::string bytes = randomText(key.length, oneOf({2U, 7U}));
-    std::string order = bytes;
-    for (char &byte : order) {
-        byte = static_cast<char>(weighed ? weights[static_cast<uint8_t>(byte)] : byte);
-    }
-    return {bytes, {0, order}};
-}
-
-Field randomField(const SortKey &key, bool weighed) {
-    static Field (*const make[])(const SortKey &) = {zonedField, binaryField, packedField,
-                                                     floatField};
-    const bool text = key.type == SORT_KEY_TEXT;
-    return text || key.type == SORT_KEY_NATIONAL ? textField(key, text && weighed)
-                                                 : make[key.type - 2](key);
-}
-
-SortKey randomKey(uint32_t offset) {
-    SortKey key = textKey(offset, oneOf({1U, 2U, 3U, 5U, 8U, 9U, 18U, 31U}));
-    key.type = 1 + random(SORT_KEY_TYPES);
-    key.order = static_cast<uint8_t>(random(2));
-    if (key.type == SORT_KEY_ZONED) {
-        key.format = oneOf<uint8_t>({0, 1, 2, 4, 8});
-        key.length += key.format == 1 || key.format == 2;
-    } else if (key.type == SORT_KEY_BINARY) {
-        key.format = oneOf<uint8_t>({0, SORT_BINARY_SIGNED});
-        key.length = oneOf({2U, 4U, 8U});
-    } else if (key.type == SORT_KEY_FLOAT) {
-        key.length = oneOf({4U, 8U});
-    }
-    return key;
-}
+using namespace sort_fields;
 
 struct Element {
     std::string bytes;
@@ -148,19 +26,14 @@ void expectSorted(std::vector<Element> elements, const std::vector<SortKey> &key
     const SortKey *key[4] = {};
     std::transform(keys.begin(), keys.end(), key, [](const SortKey &each) { return &each; });
     _zorcTSort(0, table.data(), elements[0].bytes.size(), static_cast<int32_t>(elements.size()),
-               weighed ? weights : nullptr, static_cast<int32_t>(keys.size()), key[0], key[1],
-               key[2], key[3]);
+               weighed ? weights.data() : nullptr, static_cast<int32_t>(keys.size()), key[0],
+               key[1], key[2], key[3]);
     uint32_t number = 0;
     for (Element &element : elements) {
         element.number = __builtin_bswap32(++number);
     }
     std::sort(elements.begin(), elements.end(), [&](const Element &left, const Element &right) {
-        for (std::size_t at = 0; at < keys.size(); ++at) {
-            if (left.ranks[at] != right.ranks[at]) {
-                return (left.ranks[at] < right.ranks[at]) == (keys[at].order != 0);
-            }
-        }
-        return left.number < right.number;
+        return isAhead(left.ranks, right.ranks, keys, left.number < right.number);
     });
     ASSERT_TRUE(table == joined(elements) + "!?")
         << elements.size() << " of " << elements[0].bytes.size() << " bytes, first key of type "
@@ -168,9 +41,6 @@ void expectSorted(std::vector<Element> elements, const std::vector<SortKey> &key
 }
 
 TEST(TableSort, OrdersAsTheValuesDo) {
-    for (unsigned byte = 0; byte < sizeof weights; ++byte) {
-        weights[byte] = static_cast<uint8_t>(255 - byte / 2);
-    }
     for (int round = 0; round < 600; ++round) {
         const bool weighed = random(2) == 0;
         std::vector<SortKey> keys;

@@ -17,11 +17,12 @@ template <class T> uint32_t word(T *address) {
 inline constexpr uint32_t kRoom = 0x0DD0'0DD0;
 
 // Calls a function with words as its arguments, from every stack and with every room that is
-// aligned to 4 bytes; gives what it fills the room with.
+// aligned to 4 bytes, or from some of them; gives what it fills the room with.
 template <class Function>
-std::string fillsAnywhere(Function *function, const std::vector<uint32_t> &words) {
+std::string fillsAnywhere(Function *function, const std::vector<uint32_t> &words,
+                          uint32_t offset = 0, uint32_t end = 256) {
     std::string first;
-    for (uint32_t offset = 0; offset < 256; offset += 4) {
+    for (; offset < end; offset += 4) {
         alignas(16) char space[32] = {};
         char *const room = space + offset / 4 % 4 * 4;
         std::vector<uint32_t> arguments = words;
