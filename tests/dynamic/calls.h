@@ -63,6 +63,14 @@ struct Programs {
     kit::TemporaryDirectory directory;
 };
 
+// Runs a main program where copies of those are, and compares what it leaves.
+template <class Body>
+void expectRun(const std::string &targets, kit::Expected expected, Body body) {
+    const Programs programs(targets);
+    expected.directory = programs.directory.path();
+    kit::expectChild(expected, kit::inProgram(body));
+}
+
 } // namespace calls
 
 #endif
