@@ -15,25 +15,7 @@ using namespace kit;
 
 namespace {
 
-constexpr std::size_t kThreads = 8;
-
-// Runs the body on all threads from one moment on, and waits for them.
-void onAllThreads(void (*body)()) {
-    static void (*each)();
-    static pthread_barrier_t together;
-    each = body;
-    std::array<pthread_t, kThreads> threads{};
-    pthread_barrier_init(&together, nullptr, threads.size());
-    for (pthread_t &thread : threads) {
-        thread = startThread([] {
-            pthread_barrier_wait(&together);
-            each();
-        });
-    }
-    for (const pthread_t thread : threads) {
-        joinsAsEnded(thread);
-    }
-}
+constexpr unsigned kThreads = 8;
 
 void warnAndDisplay(int times) {
     for (int i = 0; i < times; ++i) {
@@ -69,9 +51,11 @@ TEST(ThreadEnds, MessagesOfThreadsThatFailAtOnceComeOutWhole) {
         std::size_t warnings, ends, signalEnds;
         int status;
     } cases[] = {
-        {inProgram([] { onAllThreads([] { ZORABEND(); }); }), 0, kThreads, 0, 0},
-        {inProgram([] { onAllThreads(failAmongOthers); }), (kThreads - 1) * 50 + 10, 1, 0, 0},
-        {inProgram([] { onAllThreads(readNothing); }), 0, 0, 1, // the others' previous action
+        {inProgram([] { onThreadsAtOnce(kThreads, [] { ZORABEND(); }); }), 0, kThreads, 0, 0},
+        {inProgram([] { onThreadsAtOnce(kThreads, failAmongOthers); }), (kThreads - 1) * 50 + 10, 1,
+         0, 0},
+        {inProgram([] { onThreadsAtOnce(kThreads, readNothing); }), 0, 0,
+         1, // the others' previous action
          kSignalled + SIGSEGV},
     };
     for (int round = ZOR_UNDER_SANITIZER ? 3 : 10; round > 0; --round) {
