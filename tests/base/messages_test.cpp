@@ -1,5 +1,6 @@
 // Messages as an operator and a host see them.
 
+#include <atomic>
 #include <clocale>
 #include <cstring>
 #include <thread>
@@ -53,33 +54,6 @@ TEST(Messages, WidthIsThatOfTheTerminalAndOfSingleBytesOnly) {
     const std::string whole = "ZOR171I  FILE=/a/very/long/path/that/goes/on" + kUnknownOption;
     expectChild({.environment = {{"LC_ALL", "C"}}, .err = broken}, body);
     expectChild({.err = whole + whole}, body);
-}
-
-PROGRAM_TEST(Messages, ASevereOneEndsTheRunBehindATraceback,
-             .err = kTraceback + "ZOR902S  " + kZeroDivide + kClosing + "\n", .status = kAborted) {
-    zor::message::divisorIsZero();
-}
-
-TEST(Messages, ErrorCountLimitsWarnings) {
-    const std::string both = // information, which is not counted, and a warning
-        "ZOR012I  The run-time ends while a sort or merge is active. Its work is given "
-        "up.\n\nZOR2527W " +
-        kTimestampCut;
-    const std::string goesOn = both + "\n";
-    const std::string all = goesOn + goesOn + goesOn + goesOn;
-    const std::string ends = both + kTooManyErrors + "\n";
-    for (const auto &[limit, err] :
-         {std::pair{"0", all}, {"1", ends}, {"3", goesOn + goesOn + ends}, {"5", all}}) {
-        SCOPED_TRACE(limit);
-        const ChildResult child = runProgram({{"COBRTOPT", std::string("ERRCOUNT=") + limit}}, [] {
-            for (int i = 0; i < 4; ++i) {
-                _zorWriteERRmsg(12, MESSAGE_NO_TRACEBACK);
-                _zorWriteERRmsg(2527, MESSAGE_NO_TRACEBACK);
-            }
-        });
-        EXPECT_EQ(child.err, err);
-        EXPECT_EQ(child.status, err == all ? 0 : kAborted);
-    }
 }
 
 // Shows the text of message 171 that a buffer of the size gets, and whether no more of it is used.
@@ -138,9 +112,6 @@ TEST(Messages, AHostHearsThem) {
         {"information", {.out = "0 CCBL 1 token[ZOR902I  " + line + "\n\n]"}, inProgram([] {
              issueInHost(0, 0, 902, kInformational);
          })},
-        {"the end in a container",
-         {.out = "1 CCBL 1 token[ZOR902S  " + line + "\n" + closing + "\n\n]", .status = 3},
-         inProgram([] { issueInHost(1, 1, 902, 0); })},
         // Line by line, and only the closing line stops the transaction.
         {"the end under the monitor",
          {.out = "0 CCBL 1 token[ZOR902S  " + line + "]1 CCBL 1 token[" + closing + "]",
@@ -171,17 +142,13 @@ PROGRAM_TEST(Messages, OneInsideAnotherLeavesItWhole,
 
 TEST(Messages, ThoseOfSeveralThreadsStayApart) {
     const ChildResult child = runProgram({}, [] {
-        const auto issue = [](char name) {
-            const std::string insert(40, name);
+        onThreadsAtOnce(3, [] {
+            static std::atomic<char> next{'a'};
+            const std::string insert(40, next++);
             for (int i = 0; i < 2000; ++i) {
                 _zorWriteERRmsg(171, kInformational, insert.c_str());
             }
-        };
-        std::thread a(issue, 'a');
-        std::thread b(issue, 'b');
-        issue('c');
-        a.join();
-        b.join();
+        });
     });
     const std::size_t size = 9 + 40 + kUnknownOption.size();
     ASSERT_EQ(child.err.size(), 6000 * size);
@@ -264,8 +231,11 @@ protected:
         return {{"CATALOG", directory_.path()}};
     }
     // Expects this of a program that reads such a catalogue.
-    template <class Body> void expectRun(const std::string &source, Expected expected, Body) {
-        expected.environment = build("C", source);
+    template <class Body>
+    void expectRun(const std::string &source, Expected expected, Body,
+                   const std::string &locale = "C") {
+        const Environment found = build(locale, source);
+        expected.environment.insert(expected.environment.end(), found.begin(), found.end());
         expectChild(expected, inProgram([] {
                         useOwnCatalog();
                         Body{}();
@@ -322,14 +292,11 @@ TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
     ASSERT_EQ(system(("localedef -i de_DE -f ISO-8859-1 " + known).c_str()), 0);
     ASSERT_EQ(symlink(known.c_str(), locales.file(euro).c_str()), 0);
     for (const std::string found : {"de", "de_DE", "de_DE.ISO-8859-1"}) {
-        Environment environment = build(found, "$set 7\n1 \"1 of " + found + "\"\n");
-        environment.emplace_back("LC_ALL", euro);
-        environment.emplace_back("LOCPATH", locales.path());
-        const std::string out = "of " + found + ", " + euro + " " + euro + ";";
-        expectChild({.environment = environment, .out = out}, [] {
-            useOwnCatalog();
-            showMessage7();
-        });
+        expectRun(
+            "$set 7\n1 \"1 of " + found + "\"\n",
+            {.environment = {{"LC_ALL", euro}, {"LOCPATH", locales.path()}},
+             .out = "of " + found + ", " + euro + " " + euro + ";"},
+            [] { showMessage7(); }, found);
     }
 }
 

@@ -45,24 +45,20 @@ PROGRAM_TEST(ExternalData, IsSharedByName) {
     EXPECT_TRUE(addressesOf({}).empty());
 }
 
-CHILD_TEST(ExternalData, BelongsToItsRunUnit, .out = "(nil) 1 1 1") {
-    printf("%p", static_cast<void *>(addressOf("A", 4)));
-    kit::Program main("MAIN");
-    for (int unit = 0; unit < 2; ++unit) {
+CHILD_TEST(ExternalData, BelongsToItsRunUnit, .out = "two units") {
+    EXPECT_EQ(addressOf("A", 4), nullptr);
+    for (const char *told : {"two ", "units"}) {
+        kit::Program main(told);
         kit::runMainProgram(main, [] {
             char *outer = addressOf("A", 4);
-            printf(" %d", outer[0] == '\0' ? 1 : 0);
-            outer[0] = 'X';
+            EXPECT_EQ(std::exchange(*outer, 'X'), '\0');
+            _zorCOBOLLink();
+            kit::Program nested("NESTED");
+            kit::runMainProgram(nested, [] { addressOf("A", 99)[0] = 'Y'; });
+            EXPECT_EQ(std::tuple(addressOf("A", 4), *outer), std::tuple(outer, 'X'));
+            printf("%s", _zorProccom->runcom->main->name);
         });
     }
-    kit::runMainProgram(main, [] {
-        char *outer = addressOf("A", 4);
-        outer[0] = 'X';
-        _zorCOBOLLink();
-        static kit::Program nested("NESTED");
-        kit::runMainProgram(nested, [] { addressOf("A", 99)[0] = 'Y'; });
-        printf(" %d", outer[0] == 'X' && addressOf("A", 4) == outer ? 1 : 0);
-    });
 }
 
 // Many more items than the table has slots, with several threads that ask for all of them.

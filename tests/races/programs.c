@@ -8,8 +8,8 @@
 
 enum { THREADS = 4, ROUNDS = 40 };
 
-static IPCB ipcbs[THREADS + 1][1];
-static PCB pcbs[THREADS + 1];
+static IPCB ipcbs[THREADS + 2][1];
+static PCB pcbs[THREADS + 2];
 static sem_t done; /* the detector for 32-bit programs does not survive a join */
 
 static void layOut(int index, const char *name) {
@@ -46,18 +46,13 @@ static void *run(void *argument) {
 }
 
 int main(void) {
-    static const char *const names[] = {"ONE", "TWO", "THREE", "FOUR", "SHARED"};
-    static IPCB ipcb[1];
-    static PCB pcb = {.level = {5, 1, 1},
-                      .ipcb = ipcb,
-                      .name = "MAIN",
-                      .namelen = 4,
-                      .century = PCB_NO_CENTURY_WINDOW};
+    static const char *const names[] = {"ONE", "TWO", "THREE", "FOUR", "SHARED", "MAIN"};
+    PCB *own = &pcbs[THREADS + 1];
     sem_init(&done, 0, 0);
-    for (int i = 0; i <= THREADS; ++i) {
+    for (int i = 0; i < THREADS + 2; ++i) {
         layOut(i, names[i]);
     }
-    _zorPgmInit(&pcb);
+    _zorPgmInit(own);
     for (int i = 0; i < THREADS; ++i) {
         pthread_t thread;
         pthread_create(&thread, 0, run, &pcbs[i]);
@@ -66,6 +61,6 @@ int main(void) {
     for (int i = 0; i < THREADS; ++i) {
         sem_wait(&done);
     }
-    _zorPgmTerm(&pcb);
+    _zorPgmTerm(own);
     return 0;
 }

@@ -130,8 +130,8 @@ PROGRAM_TEST(Entry, CenturyWindows, .errMatches = "ZOR240W[^Z]+ZOR241W[^Z]+") {
 CHILD_TEST(Entry, LockedEntryHoldsTheLockForTheEntryCode) {
     static Program main("MAIN"), locked("LOCKED");
     locked.pcb.flags = PCB_ENTRY_LOCKED;
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe(ends.data()), 0);
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
     dup2(ends[1], STDERR_FILENO);
     enter(main, locked);
     std::thread other([] {
