@@ -1,6 +1,5 @@
 // Messages as an operator and a host see them.
 
-#include <atomic>
 #include <clocale>
 #include <cstring>
 #include <thread>
@@ -112,6 +111,9 @@ TEST(Messages, AHostHearsThem) {
         {"information", {.out = "0 CCBL 1 token[ZOR902I  " + line + "\n\n]"}, inProgram([] {
              issueInHost(0, 0, 902, kInformational);
          })},
+        {"the end in a container",
+         {.out = "1 CCBL 1 token[ZOR902S  " + line + "\n" + closing + "\n\n]", .status = 3},
+         inProgram([] { issueInHost(1, 1, 902, 0); })},
         // Line by line, and only the closing line stops the transaction.
         {"the end under the monitor",
          {.out = "0 CCBL 1 token[ZOR902S  " + line + "]1 CCBL 1 token[" + closing + "]",
@@ -138,24 +140,6 @@ PROGRAM_TEST(Messages, OneInsideAnotherLeavesItWhole,
         printf("%.*s", length, text);
     };
     _zorWriteERRmsg(171, kInformational, "outer");
-}
-
-TEST(Messages, ThoseOfSeveralThreadsStayApart) {
-    const ChildResult child = runProgram({}, [] {
-        onThreadsAtOnce(3, [] {
-            static std::atomic<char> next{'a'};
-            const std::string insert(40, next++);
-            for (int i = 0; i < 2000; ++i) {
-                _zorWriteERRmsg(171, kInformational, insert.c_str());
-            }
-        });
-    });
-    const std::size_t size = 9 + 40 + kUnknownOption.size();
-    ASSERT_EQ(child.err.size(), 6000 * size);
-    for (std::size_t at = 0; at < child.err.size(); at += size) {
-        ASSERT_EQ(child.err.substr(at, size),
-                  "ZOR171I  " + std::string(40, child.err[at + 9]) + kUnknownOption);
-    }
 }
 
 // A thread that is displaying, and needs a message for it, holds its stream; a message that is

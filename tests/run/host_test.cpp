@@ -91,8 +91,6 @@ CHILD_TEST(Host, StopRunWithoutARoutineComesBackToTheStub, .out = "returns") {
     EXPECT_EQ(init(10, nullptr, theToken), 0);
     EXPECT_EQ(_zorProccom->freeru->hostword, theToken);
     _zorCOBOLLink();
-    EXPECT_EQ(underStub([] { _zorRunUnitTerm(0); }), 255);
-    _zorCOBOLLink();
     const int value = underStub([] {
         _zorCleanUp();
         printf("returns");
