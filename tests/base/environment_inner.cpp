@@ -46,9 +46,7 @@ TEST(Environment, ChoosesNoFilesForAPrivilegedProcess) {
     if (chown(copy.c_str(), static_cast<uid_t>(-1), 1) != 0 || chmod(copy.c_str(), 02755) != 0) {
         GTEST_SKIP() << "only root can make a privileged program";
     }
-    ChildOptions options;
-    options.program = copy;
-    const ChildResult child = runChild(showVariables, options);
+    const ChildResult child = runChild(showVariables, {.environment = {}, .program = copy});
     if (child.out.starts_with("0")) {
         GTEST_SKIP() << "the file system gives no privileges";
     }
@@ -69,25 +67,22 @@ const struct {
     {"", nullptr, "PROG.@", "@"},
 };
 
-void expandAll() {
+std::string expanded(const char *value, const char *base, const std::string &zone) {
+    const std::regex stamp(R"(\d{8}\.\d{6}\.\d{6})" + zone + R"(\.\d+)");
+    return std::regex_replace(std::string(zor::expandOutputName(value, false, base)), stamp, "@");
+}
+
+PROGRAM_TEST(OutputName, IsGeneratedForAPercentSign,
+             .environment = {{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}) {
     for (const auto &each : kNames) {
-        puts(zor::expandOutputName(each.value, false, each.base));
+        EXPECT_EQ(expanded(each.value, each.base, "\\+0530"), each.inProgram);
     }
 }
 
-TEST(OutputName, IsGeneratedForAPercentSign) {
-    std::string inProgram;
-    std::string alone;
+CHILD_TEST(OutputName, IsGeneratedAheadOfAProgram, .environment = {{"TZ", "XXX-5:30"}}) {
     for (const auto &each : kNames) {
-        inProgram += each.inProgram + std::string("\n");
-        alone += each.alone + std::string("\n");
+        EXPECT_EQ(expanded(each.value, each.base, "-0530"), each.alone);
     }
-    const std::string stamp = R"(\d{8}\.\d{6}\.\d{6})";
-    const std::string west =
-        runProgram({{"COBOUTDIR", "/d"}, {"TZ", "XXX5:30"}}, [] { expandAll(); }).out;
-    EXPECT_EQ(std::regex_replace(west, std::regex(stamp + R"(\+0530\.\d+)"), "@"), inProgram);
-    const std::string east = runChild(expandAll, Environment{{"TZ", "XXX-5:30"}}).out;
-    EXPECT_EQ(std::regex_replace(east, std::regex(stamp + R"(-0530\.\d+)"), "@"), alone);
 }
 
 std::string generated(bool fresh = false) {
@@ -97,7 +92,9 @@ std::string generated(bool fresh = false) {
 CHILD_TEST(OutputName, KeepsItsStampForTheRunUnitUnlessAFreshOneIsAsked) {
     const std::string ahead = generated();
     EXPECT_EQ(generated(), ahead);
-    Program program("PROG");
+    zor::forgetNameStamp();
+    EXPECT_NE(generated(), ahead);
+    static Program program("PROG");
     enter(program);
     static const std::string outer = generated();
     EXPECT_NE(generated(true), outer);

@@ -22,6 +22,8 @@ const std::string kZeroDivide =
     "A number was divided by zero. Test the divisor, or use ON SIZE ERROR.\n";
 const std::string kTimestampCut =
     "The formatted timestamp does not fit 80 characters and is cut.\n";
+const std::string kUncounted =
+    "ZOR012I  The run-time ends while a sort or merge is active. Its work is given up.\n\n";
 const std::string kTooManyErrors = "ZOR901S Program exits: more than ERRCOUNT errors occurred.\n";
 const std::string kUnknownOption =
     " is not a run-time option. It is ignored. Check the environment variable COBRTOPT.\n\n";
@@ -121,9 +123,13 @@ TEST(Messages, AHostHearsThem) {
          inProgram([] { issueInHost(1, 0, 902, 0); })},
         {"too many errors",
          {.environment = {{"COBRTOPT", "ERRCOUNT=1"}},
-          .out = "-1 CCBL 1 token[ZOR2527W " + kTimestampCut + kTooManyErrors + "\n]",
+          .out = "0 CCBL 1 token[" + kUncounted + "]-1 CCBL 1 token[ZOR2527W " + kTimestampCut +
+                 kTooManyErrors + "\n]",
           .status = 3},
-         inProgram([] { issueInHost(0, 0, 2527, 0); })},
+         inProgram([] {
+             issueInHost(0, 0, 12, 0);
+             issueInHost(0, 0, 2527, 0);
+         })},
     });
 }
 

@@ -55,10 +55,8 @@ struct Programs {
     // Runs a main program there.
     template <class Body>
     kit::ChildResult run(Body body, const kit::Environment &environment = {}) const {
-        kit::ChildOptions options;
-        options.environment = environment;
-        options.directory = directory.path();
-        return kit::runChild(kit::inProgram(body), options);
+        return kit::runChild(kit::inProgram(body),
+                             {.environment = environment, .directory = directory.path()});
     }
     kit::TemporaryDirectory directory;
 };

@@ -92,14 +92,8 @@ CHILD_TEST(Entry, ProgramsOfOneNameAreKeptApartByTheirEntries) {
     enter(first, second);
     EXPECT_NE(first.pcb.lle, second.pcb.lle);
     EXPECT_EQ(second.pcb.lle->pcb, &second.pcb);
-    second.ipcb->nested = -1;
     _zorCloseReset(second.ipcb);
-    EXPECT_EQ(second.ipcb->ent, 1);
-    second.ipcb->nested = 0;
-    second.ipcb->status = 0xF0000000;
-    _zorCloseReset(second.ipcb);
-    EXPECT_EQ(std::tuple(second.ipcb->ent, second.ipcb->status), std::tuple(0, 0x30000000));
-    EXPECT_EQ(second.pcb.lle, nullptr);
+    EXPECT_EQ(std::tuple(second.pcb.lle, second.ipcb->ent), std::tuple(nullptr, 0));
     enter(second); // linked afresh
     EXPECT_NE(second.pcb.lle, nullptr);
     EXPECT_EQ(second.ipcb->ent, 1);
@@ -234,6 +228,24 @@ CHILD_TEST(End, OpenFilesAreClosedWithoutUseProcedures,
     leave(main);
     EXPECT_EQ(main.ipcb->status, 0x80000001);
     EXPECT_EQ(std::tuple(open.closemode, nested.closemode), std::tuple(0, FCB_CLOSE_LOCK));
+}
+
+CHILD_TEST(End, ResetClosesAllButExternalFiles, .out = "close mode 0000 ent 0|") {
+    static Program main("MAIN"), sub("SUB");
+    static FileDescription external{};
+    external.assign = FILE_EXTERNAL;
+    static FCB own = openFile(tellClose), shared = own;
+    shared.desc = &external;
+    enter(main, sub);
+    giveFiles({&own, &shared}, sub.ipcb);
+    sub.ipcb->status = 0xF0000000;
+    sub.ipcb->nested = -1;
+    _zorCloseReset(sub.ipcb);
+    EXPECT_EQ(sub.ipcb->ent, 1);
+    sub.ipcb->nested = 0;
+    _zorCloseReset(sub.ipcb);
+    EXPECT_EQ(std::tuple(sub.ipcb->ent, sub.ipcb->status), std::tuple(0, 0x30000000));
+    EXPECT_EQ(std::exchange(shared.curmode, 0), FCB_INPUT);
 }
 
 void endWithFile(FileOperation daring) {

@@ -220,16 +220,14 @@ CHILD_TEST(Load, TheLibrarysFileCanBeExecuted,
     execl(library.dli_fname, "any", nullptr);
 }
 
-void useProgram() {
-    static Program program("PGM");
-    enter(program);
-    _zorWriteERRmsg(168, 0);
-    leave(program);
-}
-
 CHILD_TEST(Entry, CallersMayAlignTheStackToFourBytesOnly, .environment = {{"__ZORDEBUG", "1"}},
            .errHolds = "ZOR168W") {
-    fillsAnywhere(useProgram, {});
+    fillsAnywhere(
+        +[] {
+            Program program("PGM");
+            runMainProgram(program, [] { _zorWriteERRmsg(168, 0); });
+        },
+        {});
     EXPECT_EQ(_zorProccom->runcom, nullptr);
 }
 

@@ -50,11 +50,10 @@ TEST(Hostile, ValuesOfVariablesRunNothingAndBreakNothing) {
         for (std::string variable; variables >> variable;) {
             SCOPED_TRACE(variable + "=" + value.substr(0, 20));
             const TemporaryDirectory directory;
-            ChildOptions options;
-            options.environment = {{variable, value}};
-            options.directory = directory.path();
-            options.coreFiles = variable == "COBCORE" && ZOR_UNDER_SANITIZER == 0;
-            const ChildResult child = runChild(useEverything, options);
+            const ChildResult child = runChild(
+                useEverything, {.environment = {{variable, value}},
+                                .directory = directory.path(),
+                                .coreFiles = variable == "COBCORE" && ZOR_UNDER_SANITIZER == 0});
             const bool told = child.err.find("ZOR200S  The input of ACCEPT") != std::string::npos;
             EXPECT_EQ(child.status, told ? kAborted : 0) << child.err.substr(0, 2000);
             EXPECT_FALSE(std::filesystem::exists(directory.file("broken")));

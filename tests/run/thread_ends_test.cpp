@@ -43,17 +43,17 @@ std::size_t extract(std::string &text, const std::string &part) {
 // Whole messages with the texts of the catalogue are left, whoever ends the run: each failure is
 // told, of signals the first one.
 TEST(ThreadEnds, MessagesOfThreadsThatFailAtOnceComeOutWhole) {
+    const auto allEnd = inProgram([] { onThreadsAtOnce(kThreads, [] { ZORABEND(); }); });
+    const auto oneEnds = inProgram([] { onThreadsAtOnce(kThreads, failAmongOthers); });
+    const auto allFail = inProgram([] { onThreadsAtOnce(kThreads, readNothing); });
     const struct {
         void (*body)();
-        std::size_t warnings, ends, signalEnds; // of each thread but the first; of all
+        std::size_t warnings; // of each thread but the first, which has half of them
+        std::size_t ends, signalEnds;
         int status;
-    } cases[] = {
-        {inProgram([] { onThreadsAtOnce(kThreads, [] { ZORABEND(); }); }), 0, kThreads, 0, 0},
-        {inProgram([] { onThreadsAtOnce(kThreads, failAmongOthers); }), 100, 1, 0, 0},
-        {inProgram([] { onThreadsAtOnce(kThreads, readNothing); }), 0, 0,
-         1, // the others' previous action
-         kSignalled + SIGSEGV},
-    };
+    } cases[] = {{allEnd, 0, kThreads, 0, 0},
+                 {oneEnds, 100, 1, 0, 0},
+                 {allFail, 0, 0, 1, kSignalled + SIGSEGV}}; // the others' previous action
     for (int round = ZOR_UNDER_SANITIZER ? 3 : 10; round > 0; --round) {
         for (const auto &each : cases) {
             const ChildResult child = runChild(each.body);
