@@ -19,7 +19,7 @@ const std::string kBadSign =
     "The separate sign of a number is neither + nor -. The number is taken "
     "as positive.\n\n";
 const std::string kZeroDivide =
-    "A number was divided by zero. Test the divisor, or use ON SIZE ERROR.\n";
+    "A number was divided by zero. Test the divisor, or use ON SIZE ERROR.";
 const std::string kTimestampCut =
     "The formatted timestamp does not fit 80 characters and is cut.\n";
 const std::string kUncounted =
@@ -107,18 +107,17 @@ void issueInHost(int32_t kots, int32_t moh, int32_t number, uint32_t flags) {
 }
 
 TEST(Messages, AHostHearsThem) {
-    const std::string line = kZeroDivide.substr(0, kZeroDivide.size() - 1);
     const std::string closing = kClosing.substr(0, kClosing.size() - 1);
     expectChildren({
-        {"information", {.out = "0 CCBL 1 token[ZOR902I  " + line + "\n\n]"}, inProgram([] {
+        {"information", {.out = "0 CCBL 1 token[ZOR902I  " + kZeroDivide + "\n\n]"}, inProgram([] {
              issueInHost(0, 0, 902, kInformational);
          })},
         {"the end in a container",
-         {.out = "1 CCBL 1 token[ZOR902S  " + line + "\n" + closing + "\n\n]", .status = 3},
+         {.out = "1 CCBL 1 token[ZOR902S  " + kZeroDivide + "\n" + closing + "\n\n]", .status = 3},
          inProgram([] { issueInHost(1, 1, 902, 0); })},
         // Line by line, and only the closing line stops the transaction.
         {"the end under the monitor",
-         {.out = "0 CCBL 1 token[ZOR902S  " + line + "]1 CCBL 1 token[" + closing + "]",
+         {.out = "0 CCBL 1 token[ZOR902S  " + kZeroDivide + "]1 CCBL 1 token[" + closing + "]",
           .status = 3},
          inProgram([] { issueInHost(1, 0, 902, 0); })},
         {"too many errors",

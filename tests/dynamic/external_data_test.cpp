@@ -107,9 +107,6 @@ PROGRAM_TEST(ExternalData, IsShownAtTheEnd, .environment = {{"__ZORDEBUG", "2"}}
 // Storage that runs out at any allocation of CALL and EXTERNAL data counts as an exception or ends
 // the run by a message.
 TEST(DynamicPrograms, EveryAllocationMayFail) {
-    if (ZOR_UNDER_SANITIZER != 0) {
-        GTEST_SKIP() << "the sanitizer has the allocator to itself";
-    }
     const calls::Programs programs("SUB.so");
     const auto body = kit::inProgram([] {
         calls::showCalls({"SUB", "SUB"});

@@ -12,17 +12,6 @@ static IPCB ipcbs[THREADS + 2][1];
 static PCB pcbs[THREADS + 2];
 static sem_t done; /* the detector for 32-bit programs does not survive a join */
 
-static void layOut(int index, const char *name) {
-    static const uint8_t level[] = {5, 1, 1};
-    PCB *pcb = &pcbs[index];
-    memcpy(pcb->level, level, sizeof level);
-    pcb->ipcb = ipcbs[index];
-    pcb->name = name;
-    pcb->namelen = (uint32_t)strlen(name);
-    pcb->century = PCB_NO_CENTURY_WINDOW;
-    ipcbs[index][0].entry = pcb;
-}
-
 static void *run(void *argument) {
     static const uint8_t one[] = {0x1C};
     PCB *own = argument;
@@ -50,7 +39,12 @@ int main(void) {
     PCB *own = &pcbs[THREADS + 1];
     sem_init(&done, 0, 0);
     for (int i = 0; i < THREADS + 2; ++i) {
-        layOut(i, names[i]);
+        ipcbs[i][0].entry = &pcbs[i];
+        pcbs[i] = (PCB){.level = {5, 1, 1},
+                        .ipcb = ipcbs[i],
+                        .name = names[i],
+                        .namelen = (uint32_t)strlen(names[i]),
+                        .century = PCB_NO_CENTURY_WINDOW};
     }
     _zorPgmInit(own);
     for (int i = 0; i < THREADS; ++i) {

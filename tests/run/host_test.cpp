@@ -222,12 +222,10 @@ CHILD_TEST(Load, TheLibrarysFileCanBeExecuted,
 
 CHILD_TEST(Entry, CallersMayAlignTheStackToFourBytesOnly, .environment = {{"__ZORDEBUG", "1"}},
            .errHolds = "ZOR168W") {
-    fillsAnywhere(
-        +[] {
-            Program program("PGM");
-            runMainProgram(program, [] { _zorWriteERRmsg(168, 0); });
-        },
-        {});
+    static Program program("PGM");
+    fillsAnywhere(_zorPgmInit, {word(&program.pcb)});
+    fillsAnywhere(_zorWriteERRmsg, {168, 0});
+    fillsAnywhere(_zorPgmTerm, {word(&program.pcb)});
     EXPECT_EQ(_zorProccom->runcom, nullptr);
 }
 

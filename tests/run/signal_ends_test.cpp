@@ -15,14 +15,6 @@ using namespace kit;
 
 namespace {
 
-PROGRAM_TEST(SignalEnds, OnASecondThreadEndThatThreadAlone, .err = kReadNothing) {
-    EXPECT_TRUE(joinsAsEnded(startThread([] {
-        flockfile(stdout);
-        readNothing();
-    })));
-    EXPECT_EQ(_zorProccom, nullptr);
-}
-
 // A second thread takes something and keeps it for good.
 void keepOnThread(void (*take)()) {
     static std::binary_semaphore taken(0);
@@ -159,8 +151,8 @@ PROGRAM_TEST(SignalEnds, HandlerIsHarmlessAfterAnEnd) {
 // its message each time, and never by a row that was not ready
 
 // Forks a child of this program that has its standard error in a file of its own, from its first
-// moment on; at the hands of the parent, which gives its status, it ends untouched, or (which is
-// told to the caller) by its message and SIGABRT.
+// moment on. At the hands of the parent, which gives its status, it ends by its message and
+// SIGABRT; false when it ended untouched.
 template <class Parent> bool endsTold(void (*body)(), Parent parent) {
     FILE *errors = tmpfile();
     const int own = dup(STDERR_FILENO);

@@ -112,6 +112,7 @@ PROGRAM_TEST(ThreadEnds, AStackOverflowOnASecondThreadIsTold, .out = "pending\n"
     EXPECT_TRUE(joinsAsEnded(startThread([] {
         Program program("DEEP");
         enter(program);
+        flockfile(stdout);
         overflowStack();
     })));
     EXPECT_EQ(_zorProccom, nullptr);

@@ -21,7 +21,7 @@ inline constexpr uint32_t kRoom = 0x0DD0'0DD0;
 template <class Function>
 std::string fillsAnywhere(Function *function, const std::vector<uint32_t> &words) {
     std::string first;
-    for (uint32_t offset = 0; offset < 256; offset += 4) {
+    for (uint32_t offset = 252; offset < 256; offset -= 4) { // the first is not aligned to 8 either
         alignas(16) char space[32] = {};
         char *const room = space + offset / 4 % 4 * 4;
         std::vector<uint32_t> arguments = words;
