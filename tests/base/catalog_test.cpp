@@ -10,34 +10,11 @@
 namespace {
 
 // The kind of an argument, as the letter of its printf conversion; "l" stands for "lld".
-template <class T> constexpr char kindOf() {
-    if constexpr (std::is_same_v<T, const char *>) {
-        return 's';
-    } else if constexpr (std::is_same_v<T, void *>) {
-        return 'p';
-    } else {
-        static_assert(std::is_integral_v<T>, "give the new argument type a kind");
-        return sizeof(T) == sizeof(int64_t) ? 'l' : 'd';
-    }
-}
-
-struct Row {
-    const char *helper;
-    int32_t number;
-    uint32_t flags;
-    std::string arguments;
-};
-
-template <class... Arguments>
-Row rowOf(const char *helper, const zor::message::Message<Arguments...> &message) {
-    return {helper, message.number, message.flags, {kindOf<Arguments>()...}};
-}
-
-const Row kRows[] = {
-#define ZOR_MESSAGE(name, ...) rowOf(#name, zor::message::name),
-#include "base/message_list.def"
-#undef ZOR_MESSAGE
-};
+template <class T>
+constexpr char kKindOf = std::is_same_v<T, const char *> ? 's'
+                         : std::is_pointer_v<T>          ? 'p'
+                         : sizeof(T) == sizeof(int64_t)  ? 'l'
+                                                         : 'd';
 
 // The kinds that a printf format asks for, in the order of the arguments; "?" for one that a
 // positional format leaves out ahead of its last one, which is an error of the format.
@@ -68,12 +45,18 @@ std::string entry(int set, int message) {
     return text;
 }
 
+template <class... Arguments>
+void expectText(const char *helper, const zor::message::Message<Arguments...> &message) {
+    const std::string text =
+        entry(message.number, static_cast<int>(message.flags & MESSAGE_VARIANT_MASK) + 1);
+    const std::string given{kKindOf<Arguments>...};
+    EXPECT_TRUE(given.starts_with(kindsAskedBy(text))) << helper << ": " << text;
+}
+
 TEST(Catalog, HasATextForEveryMessageThatTakesItsArguments) {
-    for (const Row &row : kRows) {
-        const std::string text =
-            entry(row.number, static_cast<int>(row.flags & MESSAGE_VARIANT_MASK) + 1);
-        EXPECT_TRUE(row.arguments.starts_with(kindsAskedBy(text))) << row.helper << ": " << text;
-    }
+#define ZOR_MESSAGE(name, ...) expectText(#name, zor::message::name);
+#include "base/message_list.def"
+#undef ZOR_MESSAGE
 }
 
 TEST(Catalog, HasTheTextsThatNoHelperIssues) {

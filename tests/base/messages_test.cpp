@@ -19,9 +19,11 @@ const std::string kBadSign =
     "The separate sign of a number is neither + nor -. The number is taken "
     "as positive.\n\n";
 const std::string kZeroDivide =
-    "A number was divided by zero. Test the divisor, or use ON SIZE ERROR.\n";
+    "A number was divided by zero. Test the divisor, or use ON SIZE ERROR.";
 const std::string kTimestampCut =
     "The formatted timestamp does not fit 80 characters and is cut.\n";
+const std::string kUncounted =
+    "ZOR012I  The run-time ends while a sort or merge is active. Its work is given up.\n\n";
 const std::string kTooManyErrors = "ZOR901S Program exits: more than ERRCOUNT errors occurred.\n";
 const std::string kUnknownOption =
     " is not a run-time option. It is ignored. Check the environment variable COBRTOPT.\n\n";
@@ -53,33 +55,6 @@ TEST(Messages, WidthIsThatOfTheTerminalAndOfSingleBytesOnly) {
     const std::string whole = "ZOR171I  FILE=/a/very/long/path/that/goes/on" + kUnknownOption;
     expectChild({.environment = {{"LC_ALL", "C"}}, .err = broken}, body);
     expectChild({.err = whole + whole}, body);
-}
-
-PROGRAM_TEST(Messages, ASevereOneEndsTheRunBehindATraceback,
-             .err = kTraceback + "ZOR902S  " + kZeroDivide + kClosing + "\n", .status = kAborted) {
-    zor::message::divisorIsZero();
-}
-
-TEST(Messages, ErrorCountLimitsWarnings) {
-    const std::string both = // information, which is not counted, and a warning
-        "ZOR012I  The run-time ends while a sort or merge is active. Its work is given "
-        "up.\n\nZOR2527W " +
-        kTimestampCut;
-    const std::string goesOn = both + "\n";
-    const std::string all = goesOn + goesOn + goesOn + goesOn;
-    const std::string ends = both + kTooManyErrors + "\n";
-    for (const auto &[limit, err] :
-         {std::pair{"0", all}, {"1", ends}, {"3", goesOn + goesOn + ends}, {"5", all}}) {
-        SCOPED_TRACE(limit);
-        const ChildResult child = runProgram({{"COBRTOPT", std::string("ERRCOUNT=") + limit}}, [] {
-            for (int i = 0; i < 4; ++i) {
-                _zorWriteERRmsg(12, MESSAGE_NO_TRACEBACK);
-                _zorWriteERRmsg(2527, MESSAGE_NO_TRACEBACK);
-            }
-        });
-        EXPECT_EQ(child.err, err);
-        EXPECT_EQ(child.status, err == all ? 0 : kAborted);
-    }
 }
 
 // Shows the text of message 171 that a buffer of the size gets, and whether no more of it is used.
@@ -132,25 +107,28 @@ void issueInHost(int32_t kots, int32_t moh, int32_t number, uint32_t flags) {
 }
 
 TEST(Messages, AHostHearsThem) {
-    const std::string line = kZeroDivide.substr(0, kZeroDivide.size() - 1);
     const std::string closing = kClosing.substr(0, kClosing.size() - 1);
     expectChildren({
-        {"information", {.out = "0 CCBL 1 token[ZOR902I  " + line + "\n\n]"}, inProgram([] {
+        {"information", {.out = "0 CCBL 1 token[ZOR902I  " + kZeroDivide + "\n\n]"}, inProgram([] {
              issueInHost(0, 0, 902, kInformational);
          })},
         {"the end in a container",
-         {.out = "1 CCBL 1 token[ZOR902S  " + line + "\n" + closing + "\n\n]", .status = 3},
+         {.out = "1 CCBL 1 token[ZOR902S  " + kZeroDivide + "\n" + closing + "\n\n]", .status = 3},
          inProgram([] { issueInHost(1, 1, 902, 0); })},
         // Line by line, and only the closing line stops the transaction.
         {"the end under the monitor",
-         {.out = "0 CCBL 1 token[ZOR902S  " + line + "]1 CCBL 1 token[" + closing + "]",
+         {.out = "0 CCBL 1 token[ZOR902S  " + kZeroDivide + "]1 CCBL 1 token[" + closing + "]",
           .status = 3},
          inProgram([] { issueInHost(1, 0, 902, 0); })},
         {"too many errors",
          {.environment = {{"COBRTOPT", "ERRCOUNT=1"}},
-          .out = "-1 CCBL 1 token[ZOR2527W " + kTimestampCut + kTooManyErrors + "\n]",
+          .out = "0 CCBL 1 token[" + kUncounted + "]-1 CCBL 1 token[ZOR2527W " + kTimestampCut +
+                 kTooManyErrors + "\n]",
           .status = 3},
-         inProgram([] { issueInHost(0, 0, 2527, 0); })},
+         inProgram([] {
+             issueInHost(0, 0, 12, 0);
+             issueInHost(0, 0, 2527, 0);
+         })},
     });
 }
 
@@ -167,28 +145,6 @@ PROGRAM_TEST(Messages, OneInsideAnotherLeavesItWhole,
         printf("%.*s", length, text);
     };
     _zorWriteERRmsg(171, kInformational, "outer");
-}
-
-TEST(Messages, ThoseOfSeveralThreadsStayApart) {
-    const ChildResult child = runProgram({}, [] {
-        const auto issue = [](char name) {
-            const std::string insert(40, name);
-            for (int i = 0; i < 2000; ++i) {
-                _zorWriteERRmsg(171, kInformational, insert.c_str());
-            }
-        };
-        std::thread a(issue, 'a');
-        std::thread b(issue, 'b');
-        issue('c');
-        a.join();
-        b.join();
-    });
-    const std::size_t size = 9 + 40 + kUnknownOption.size();
-    ASSERT_EQ(child.err.size(), 6000 * size);
-    for (std::size_t at = 0; at < child.err.size(); at += size) {
-        ASSERT_EQ(child.err.substr(at, size),
-                  "ZOR171I  " + std::string(40, child.err[at + 9]) + kUnknownOption);
-    }
 }
 
 // A thread that is displaying, and needs a message for it, holds its stream; a message that is
@@ -264,8 +220,11 @@ protected:
         return {{"CATALOG", directory_.path()}};
     }
     // Expects this of a program that reads such a catalogue.
-    template <class Body> void expectRun(const std::string &source, Expected expected, Body) {
-        expected.environment = build("C", source);
+    template <class Body>
+    void expectRun(const std::string &source, Expected expected, Body,
+                   const std::string &locale = "C") {
+        const Environment found = build(locale, source);
+        expected.environment.insert(expected.environment.end(), found.begin(), found.end());
         expectChild(expected, inProgram([] {
                         useOwnCatalog();
                         Body{}();
@@ -322,14 +281,11 @@ TEST_F(OwnCatalog, IsThatOfTheNearestLocale) {
     ASSERT_EQ(system(("localedef -i de_DE -f ISO-8859-1 " + known).c_str()), 0);
     ASSERT_EQ(symlink(known.c_str(), locales.file(euro).c_str()), 0);
     for (const std::string found : {"de", "de_DE", "de_DE.ISO-8859-1"}) {
-        Environment environment = build(found, "$set 7\n1 \"1 of " + found + "\"\n");
-        environment.emplace_back("LC_ALL", euro);
-        environment.emplace_back("LOCPATH", locales.path());
-        const std::string out = "of " + found + ", " + euro + " " + euro + ";";
-        expectChild({.environment = environment, .out = out}, [] {
-            useOwnCatalog();
-            showMessage7();
-        });
+        expectRun(
+            "$set 7\n1 \"1 of " + found + "\"\n",
+            {.environment = {{"LC_ALL", euro}, {"LOCPATH", locales.path()}},
+             .out = "of " + found + ", " + euro + " " + euro + ";"},
+            [] { showMessage7(); }, found);
     }
 }
 

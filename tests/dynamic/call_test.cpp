@@ -8,6 +8,7 @@
 namespace {
 
 using calls::callsOf;
+using calls::expectRun;
 using calls::showCalls;
 
 int32_t cancel(const std::string &name) {
@@ -38,43 +39,29 @@ void showThreeCalls() {
     showCalls({"SUB", "SUB", "SUB"});
 }
 
-template <class Body>
-void expectRun(const std::string &out, const calls::Programs &programs,
-               const kit::Environment &environment, Body body) {
-    const auto child = programs.run(body, environment);
-    EXPECT_EQ(child.out, out);
-    EXPECT_EQ(child.err, "");
-    EXPECT_EQ(child.status, 0);
-}
-
 // Files of their own under five hundred names, in two run units, with the cache off and on.
 TEST(Call, KnowsFiveHundredPrograms) {
     std::string targets;
     for (int i = 0; i < 500; ++i) {
         targets += "BYMAIN=P" + std::to_string(i) + ".so ";
     }
-    const calls::Programs programs(targets);
-    const auto callAll = [] {
-        for (int round = 0; round < 3; ++round) {
-            int32_t sum = 0;
-            for (int i = 0; i < 500; ++i) {
-                sum += callsOf("P" + std::to_string(i));
-            }
-            printf("%d ", sum);
-        }
-    };
     for (const char *cache : {"0", "1"}) {
-        const auto child = programs.run(
+        expectRun(
+            targets,
+            {.environment = {{"COBOL_CPM_CACHE", cache}}, .out = "500 1000 1500 500 1000 1500 00"},
             [] {
-                decltype(callAll) body;
-                body();
-                _zorPgmTerm(_zorProccom->runcom->main);
-                runUnit(body);
-                fflush(stdout);
-                _exit(0);
-            },
-            {{"COBOL_CPM_CACHE", cache}});
-        EXPECT_EQ(child.out, "500 1000 1500 500 1000 1500 ") << cache;
+                const auto callAll = [] {
+                    for (int round = 0; round < 3; ++round) {
+                        int32_t sum = 0;
+                        for (int i = 0; i < 500; ++i) {
+                            sum += callsOf("P" + std::to_string(i));
+                        }
+                        printf("%d ", sum);
+                    }
+                };
+                callAll();
+                goOnWith({callAll});
+            });
     }
 }
 
@@ -113,8 +100,7 @@ TEST(NestedPrograms, AreFoundWithoutTheList) {
 }
 
 TEST(Call, KeepsWhatCancelTakes) {
-    const char *out = "123 000123 15 5 closed 0111 external ";
-    expectRun(out, calls::Programs("SUB.so"), {}, [] {
+    expectRun("SUB.so", {.out = "123 000123 15 5 closed 0 0111 external "}, [] {
         showThreeCalls();
         printf("%d%d%d", cancel("SUB  "), cancel("NOSUCH"), cancel("  "));
         showThreeCalls();
@@ -125,10 +111,10 @@ TEST(Call, KeepsWhatCancelTakes) {
         printf("%d ", sub->calls);
 
         static kit::Program errorLog("ERRORLOG");
-        static FCB files[] = {kit::openFile([](FCB *, IPCB *) {
+        static FCB files[] = {kit::openFile([](FCB *closed, IPCB *) {
                                   _zorPgmInit(&errorLog.pcb); // of a USE procedure
                                   _zorPgmTerm(&errorLog.pcb);
-                                  printf("closed ");
+                                  printf("closed %d ", closed->closemode);
                               }),
                               kit::openFile([](FCB *, IPCB *) { printf("external "); })};
         static FileDescription external{};
@@ -159,8 +145,9 @@ TEST(Call, OutlivesTheRunUnitInTheCache) {
          "123 000 000 00"}, // the first run unit did not know that there would be more
     };
     for (const auto &[cache, removed, out] : cases) {
-        expectRun(out, calls::Programs("SUB.so"),
-                  {{"COBOL_CPM_CACHE", cache}, {"REMOVED", removed}}, [] {
+        expectRun("SUB.so",
+                  {.environment = {{"COBOL_CPM_CACHE", cache}, {"REMOVED", removed}}, .out = out},
+                  [] {
                       showThreeCalls();
                       remove(getenv("REMOVED"));
                       goOnWith({showThreeCalls, showThreeCalls});
@@ -170,8 +157,9 @@ TEST(Call, OutlivesTheRunUnitInTheCache) {
 
 TEST(Call, FailsForAProgramUnloadedInItsRunUnit) {
     expectRun(
-        "1 1 0 01 00 10 00 11 closed 1 100", calls::Programs("SUB.so BYMAIN=RUNPAY.so"),
-        {{"COBOL_CPM_CACHE", "1"}}, [] {
+        "SUB.so BYMAIN=RUNPAY.so",
+        {.environment = {{"COBOL_CPM_CACHE", "1"}}, .out = "1 1 0 01 00 10 00 11 closed 1 100"},
+        [] {
             showCalls({"SUB"});
             void *held = dlopen("./SUB.so", RTLD_NOW);
             const PCB &pcb = calls::call("SUB")->pcb;
@@ -206,27 +194,16 @@ TEST(Call, IsRefusedWithoutARunUnit) {
     kit::expectChild({.out = "0000"}, [] {
         printf("%d%d", cancel("SUB"), callsOf("SUB"));
         runUnit([] {});
-        int32_t rc = 0;
-        _zorCOBOLTerm(1, &rc);
+        kit::hostTerm(1);
         printf("%d%d", callsOf("SUB"), cancel("SUB"));
     });
 }
 
 TEST(Call, LoadsOnceForTwoThreads) {
-    const auto child = calls::Programs("SLOW=SLOW.so").run([] {
-        static pthread_barrier_t start;
-        pthread_barrier_init(&start, nullptr, 2);
-        const auto body = [] {
-            pthread_barrier_wait(&start);
-            calls::call("SLOW");
-        };
-        for (const pthread_t thread : {failure::startThread(body), failure::startThread(body)}) {
-            pthread_join(thread, nullptr);
-        }
+    expectRun("SLOW=SLOW.so", {.out = "loading\n3", .errMatches = failure::kContention}, [] {
+        failure::onThreadsAtOnce(2, [] { calls::call("SLOW"); });
         printf("%d", callsOf("SLOW"));
     });
-    EXPECT_EQ(child.out, "loading\n3");
-    EXPECT_EQ(child.status, 0);
 }
 
 CHILD_TEST(Subroutine, CannotBeInvokedDirectly,

@@ -55,13 +55,19 @@ struct Programs {
     // Runs a main program there.
     template <class Body>
     kit::ChildResult run(Body body, const kit::Environment &environment = {}) const {
-        kit::ChildOptions options;
-        options.environment = environment;
-        options.directory = directory.path();
-        return kit::runChild(kit::inProgram(body), options);
+        return kit::runChild(kit::inProgram(body),
+                             {.environment = environment, .directory = directory.path()});
     }
     kit::TemporaryDirectory directory;
 };
+
+// Runs a main program where copies of those are, and compares what it leaves.
+template <class Body>
+void expectRun(const std::string &targets, kit::Expected expected, Body body) {
+    const Programs programs(targets);
+    expected.directory = programs.directory.path();
+    kit::expectChild(expected, kit::inProgram(body));
+}
 
 } // namespace calls
 

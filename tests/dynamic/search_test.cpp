@@ -103,17 +103,13 @@ TEST(Search, StopsAtAFileThatIsNoGood) {
 }
 
 TEST(Search, EndsTheRunByMessage96) {
-    const auto failedCall = [](const std::string &text) {
-        return kit::Expected{.err = failure::kTraceback + "ZOR096S  CALL of " + text + "\n" +
-                                    failure::kClosing + "\n",
-                             .status = failure::kAborted};
-    };
     kit::expectChildren({
         {"not found",
-         failedCall("program NOSUCH failed: it was not found along COBPATH, could not be loaded, "
-                    "or has no entry point. Check COBPATH and the file's permissions."),
+         failure::endBy("ZOR096S  CALL of program NOSUCH failed: it was not found along COBPATH, "
+                        "could not be loaded, or has no entry point. Check COBPATH and the file's "
+                        "permissions."),
          kit::inProgram([] { calls::call("NOSUCH  "); })},
-        {"empty", failedCall("a program failed: its name is empty."),
+        {"empty", failure::endBy("ZOR096S  CALL of a program failed: its name is empty."),
          kit::inProgram([] { calls::call(std::string("  \0 ", 4)); })},
         {"empty, with ON EXCEPTION", {.out = "0 "}, kit::inProgram([] { calls::showCalls({""}); })},
     });
@@ -125,33 +121,28 @@ TEST(Search, MakesRoomInTheCache) {
     if (ZOR_UNDER_SANITIZER != 0) {
         GTEST_SKIP() << "the sanitizer takes the address space for itself";
     }
-    const calls::Programs programs("LARGE=P1 LARGE=P2 LARGE=P3 LARGE=P4 HUGE=HUGE LARGE=P6");
-    const auto runInTwoRooms = [&](const char *cache) {
-        return programs.run(
-            [] {
-                const rlimit limit{900'000'000, 900'000'000};
-                setrlimit(RLIMIT_AS, &limit);
-                calls::showCalls({"P2", "P1", "P2", "P3", "P1"});
-                fflush(stdout);
-                calls::call("P3"); // ends the run without the cache
-                static ProgramData *huge;
-                calls::call("P2", [] {
-                    calls::showCalls({"P4", "P3", "HUGE", "P4"});
-                    huge = calls::call("HUGE", [] { calls::showCalls({"P6"}); });
-                });
-                huge->ipcb[1].ent = 1;
-                calls::showCalls({"P2", "P6"});
-                huge->ipcb[1].ent = 0;
-                printf("%d", huge->calls);
-            },
-            {{"COBOL_CPM_CACHE", cache}});
-    };
-    const auto cached = runInTwoRooms("1");
-    EXPECT_EQ(cached.out, "11210 1010 0 41 2");
-    EXPECT_EQ(cached.err, "");
-    EXPECT_EQ(cached.status, 0);
-    const auto notCached = runInTwoRooms("0");
-    EXPECT_EQ(notCached.out, "11202 ");
-    EXPECT_NE(notCached.err.find("there is not enough storage to load it"), std::string::npos);
-    EXPECT_EQ(notCached.status, failure::kAborted);
+    for (const auto &[cache, expected] : {std::pair{"1", kit::Expected{.out = "11210 1010 0 41 2"}},
+                                          {"0",
+                                           {.out = "11202 ",
+                                           .errHolds = "there is not enough storage to load it",
+                                           .status = failure::kAborted}}}) {
+        kit::Expected there = expected;
+        there.environment = {{"COBOL_CPM_CACHE", cache}};
+        calls::expectRun("LARGE=P1 LARGE=P2 LARGE=P3 LARGE=P4 HUGE=HUGE LARGE=P6", there, [] {
+            const rlimit limit{900'000'000, 900'000'000};
+            setrlimit(RLIMIT_AS, &limit);
+            calls::showCalls({"P2", "P1", "P2", "P3", "P1"});
+            fflush(stdout);
+            calls::call("P3"); // ends the run without the cache
+            static ProgramData *huge;
+            calls::call("P2", [] {
+                calls::showCalls({"P4", "P3", "HUGE", "P4"});
+                huge = calls::call("HUGE", [] { calls::showCalls({"P6"}); });
+            });
+            huge->ipcb[1].ent = 1;
+            calls::showCalls({"P2", "P6"});
+            huge->ipcb[1].ent = 0;
+            printf("%d", huge->calls);
+        });
+    }
 }

@@ -8,20 +8,9 @@
 
 enum { THREADS = 4, ROUNDS = 40 };
 
-static IPCB ipcbs[THREADS + 1][1];
-static PCB pcbs[THREADS + 1];
+static IPCB ipcbs[THREADS + 2][1];
+static PCB pcbs[THREADS + 2];
 static sem_t done; /* the detector for 32-bit programs does not survive a join */
-
-static void layOut(int index, const char *name) {
-    static const uint8_t level[] = {5, 1, 1};
-    PCB *pcb = &pcbs[index];
-    memcpy(pcb->level, level, sizeof level);
-    pcb->ipcb = ipcbs[index];
-    pcb->name = name;
-    pcb->namelen = (uint32_t)strlen(name);
-    pcb->century = PCB_NO_CENTURY_WINDOW;
-    ipcbs[index][0].entry = pcb;
-}
 
 static void *run(void *argument) {
     static const uint8_t one[] = {0x1C};
@@ -46,18 +35,18 @@ static void *run(void *argument) {
 }
 
 int main(void) {
-    static const char *const names[] = {"ONE", "TWO", "THREE", "FOUR", "SHARED"};
-    static IPCB ipcb[1];
-    static PCB pcb = {.level = {5, 1, 1},
-                      .ipcb = ipcb,
-                      .name = "MAIN",
-                      .namelen = 4,
-                      .century = PCB_NO_CENTURY_WINDOW};
+    static const char *const names[] = {"ONE", "TWO", "THREE", "FOUR", "SHARED", "MAIN"};
+    PCB *own = &pcbs[THREADS + 1];
     sem_init(&done, 0, 0);
-    for (int i = 0; i <= THREADS; ++i) {
-        layOut(i, names[i]);
+    for (int i = 0; i < THREADS + 2; ++i) {
+        ipcbs[i][0].entry = &pcbs[i];
+        pcbs[i] = (PCB){.level = {5, 1, 1},
+                        .ipcb = ipcbs[i],
+                        .name = names[i],
+                        .namelen = (uint32_t)strlen(names[i]),
+                        .century = PCB_NO_CENTURY_WINDOW};
     }
-    _zorPgmInit(&pcb);
+    _zorPgmInit(own);
     for (int i = 0; i < THREADS; ++i) {
         pthread_t thread;
         pthread_create(&thread, 0, run, &pcbs[i]);
@@ -66,6 +55,6 @@ int main(void) {
     for (int i = 0; i < THREADS; ++i) {
         sem_wait(&done);
     }
-    _zorPgmTerm(&pcb);
+    _zorPgmTerm(own);
     return 0;
 }

@@ -1,10 +1,10 @@
 // Signals that meet a running program: what is shown, how the run ends, what is put back.
 
-#include <array>
 #include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <functional>
+#include <numeric>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <tuple>
@@ -32,7 +32,6 @@ ZOR_UNCHECKED void callNothing() {
 extern "C" int inWildFrame(int signo, int (*raiser)(int));
 asm(R"(
     .text
-    .type inWildFrame, @function
 inWildFrame:
     .cfi_startproc
     movl 4(%esp), %eax
@@ -44,7 +43,6 @@ inWildFrame:
     addl $8, %esp
     ret
     .cfi_endproc
-    .size inWildFrame, . - inWildFrame
 )");
 
 const std::string kBadBranch = "SIGSEGV: bad branch or `ulimit -s` may have been exceeded (";
@@ -65,7 +63,6 @@ const struct {
      "SIGFPE: Integer division by zero.\n"},
     {"float division", inProgram([] { sink = divide(1.0, sink); }), SIGFPE,
      "SIGFPE: BFP division by zero.\n"},
-    {"raised", inProgram([] { raise(SIGFPE); }), SIGFPE, "SIGFPE: Other exception: -6.\n"},
     {"illegal", inProgram([] { raise(SIGILL); }), SIGILL, ""},
     {"terminated", inProgram([] { kill(getpid(), SIGTERM); }), SIGTERM, ""},
     {"in a wild frame", inProgram([] { inWildFrame(SIGTERM, raise); }), SIGTERM, ""},
@@ -193,8 +190,8 @@ PROGRAM_TEST(Signals, WindowChangeRenewsTheWidth) {
 }
 
 PROGRAM_TEST(Signals, OfBrokenPipesAreIgnored) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe(ends.data()), 0);
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
     close(ends[0]);
     EXPECT_EQ(std::tuple(write(ends[1], "x", 1), errno), std::tuple(-1, EPIPE));
     raise(SIGIO);
@@ -205,41 +202,36 @@ void hostHandler(int) {
     _exit(7);
 }
 
-using Actions = std::array<struct sigaction, 32>;
-
-Actions presentActions() {
-    Actions actions{};
-    for (int signo = 0; struct sigaction & action : actions) {
-        sigaction(signo++, nullptr, &action);
+// What stands in the action of each signal.
+std::vector<std::tuple<__sighandler_t, int, std::string>> presentActions() {
+    constexpr std::size_t kernelMaskBytes = 8; // what stands behind them is left over
+    std::vector<std::tuple<__sighandler_t, int, std::string>> actions;
+    for (int signo = 0; signo < 32; ++signo) {
+        struct sigaction action {};
+        sigaction(signo, nullptr, &action);
+        actions.emplace_back(action.sa_handler, action.sa_flags,
+                             hex(&action.sa_mask, kernelMaskBytes));
     }
     return actions;
-}
-
-int differences(const Actions &one, const Actions &other) {
-    constexpr std::size_t kernelMaskBytes = 8; // what stands behind them is left over
-    int count = 0;
-    for (std::size_t i = 0; i < one.size(); ++i) {
-        count += one[i].sa_handler != other[i].sa_handler || one[i].sa_flags != other[i].sa_flags ||
-                 memcmp(&one[i].sa_mask, &other[i].sa_mask, kernelMaskBytes) != 0;
-    }
-    return count;
 }
 
 CHILD_TEST(Signals, ActionsAndStackComeBackAtTheEnd, .err = shown(SIGUSR1, "SIGUSR1")) {
     signal(SIGTERM, hostHandler);
     signal(SIGSTKFLT, hostHandler);
     Program program("ACTIONS"), nested("NESTED");
-    const Actions before = presentActions();
+    const auto before = presentActions();
     enter(program);
-    const Actions inside = presentActions();
-    EXPECT_EQ(differences(before, inside), 24); // of 25 rows one signal has two
+    const auto inside = presentActions();
+    EXPECT_EQ(std::transform_reduce(before.begin(), before.end(), inside.begin(), 0, std::plus{},
+                                    std::not_equal_to{}),
+              24); // of 25 rows one signal has two
     EXPECT_EQ(alternateStack().ss_size, 32768U);
     EXPECT_EQ(alternateStack().ss_flags, 0);
     _zorCOBOLLink();
     runMainProgram(nested, [] { raise(SIGUSR1); });
-    EXPECT_EQ(differences(inside, presentActions()), 0);
+    EXPECT_EQ(presentActions(), inside);
     leave(program);
-    EXPECT_EQ(differences(before, presentActions()), 0);
+    EXPECT_EQ(presentActions(), before);
     hostTerm(1);
     EXPECT_EQ(alternateStack().ss_flags, SS_DISABLE);
 }
@@ -258,29 +250,23 @@ CHILD_TEST(Signals, HostsStackAndHandlerAreKept, .environment = kDump, .out = "h
     })();
 }
 
-TEST(Signals, MeetNoHandlerWithTrapOffAndPassThroughAllNestedTablesOnce) {
-    expectChildren({
-        {"off",
-         {.environment = {{"COBRTOPT", "TRAP=OFF"}}, .status = kSignalled + SIGSEGV},
-         inProgram([] { readNothing(); })},
-        {"nested",
-         {.environment = kDump, .err = kReadNothing, .status = kSignalled + SIGSEGV},
-         inProgram([] {
-             _zorCOBOLLink();
-             _zorCOBOLLink();
-             readNothing();
-         })},
-    });
+PROGRAM_TEST(Signals, PassThroughAllNestedTablesOnce, .environment = kDump, .err = kReadNothing,
+             .status = kSignalled + SIGSEGV) {
+    _zorCOBOLLink();
+    _zorCOBOLLink();
+    readNothing();
 }
 
 PROGRAM_TEST(Signals, ReplacedActionIsInstalledAgain, .err = shown(SIGUSR1, "SIGUSR1")) {
-    static const Actions librarys = presentActions();
+    static struct sigaction librarys {};
+    sigaction(SIGUSR1, nullptr, &librarys);
+    const auto before = presentActions();
     signal(SIGUSR1, [](int signo) {
         siginfo_t info{};
-        librarys[SIGUSR1].sa_sigaction(signo, &info, nullptr);
+        librarys.sa_sigaction(signo, &info, nullptr);
     });
     raise(SIGUSR1);
-    EXPECT_EQ(differences(librarys, presentActions()), 0);
+    EXPECT_EQ(presentActions(), before);
 }
 
 } // namespace

@@ -15,40 +15,19 @@ using namespace kit;
 
 namespace {
 
-constexpr std::size_t kThreads = 8;
+constexpr unsigned kThreads = 8;
 
-// Runs the body on all threads from one moment on, and waits for them.
-void onAllThreads(void (*body)()) {
-    static void (*each)();
-    static pthread_barrier_t together;
-    each = body;
-    std::array<pthread_t, kThreads> threads{};
-    pthread_barrier_init(&together, nullptr, threads.size());
-    for (pthread_t &thread : threads) {
-        thread = startThread([] {
-            pthread_barrier_wait(&together);
-            each();
-        });
-    }
-    for (const pthread_t thread : threads) {
-        joinsAsEnded(thread);
-    }
-}
-
-void warnAndDisplay(int times) {
-    for (int i = 0; i < times; ++i) {
-        _zorWriteERRmsg(40, 0);
+// The first one fails in the middle of its messages, in which each has a text of its own.
+void failAmongOthers() {
+    static std::atomic<char> next{'a'};
+    const std::string insert(40, next++);
+    for (int i = 0; i < 100; ++i) {
+        if (insert[0] == 'a' && i == 50) {
+            ZORABEND();
+        }
+        _zorWriteERRmsg(171, 0, insert.c_str());
         displayLine(DISPLAY_ON_SYSOUT, {"displayed"});
     }
-}
-
-void failAmongOthers() {
-    static std::atomic<bool> oneFails;
-    if (!oneFails.exchange(true)) {
-        warnAndDisplay(10);
-        ZORABEND();
-    }
-    warnAndDisplay(50);
 }
 
 // Takes a text out of another one everywhere; gives how often it was there.
@@ -64,25 +43,30 @@ std::size_t extract(std::string &text, const std::string &part) {
 // Whole messages with the texts of the catalogue are left, whoever ends the run: each failure is
 // told, of signals the first one.
 TEST(ThreadEnds, MessagesOfThreadsThatFailAtOnceComeOutWhole) {
+    const auto allEnd = inProgram([] { onThreadsAtOnce(kThreads, [] { ZORABEND(); }); });
+    const auto oneEnds = inProgram([] { onThreadsAtOnce(kThreads, failAmongOthers); });
+    const auto allFail = inProgram([] { onThreadsAtOnce(kThreads, readNothing); });
     const struct {
         void (*body)();
-        std::size_t warnings, ends, signalEnds;
+        std::size_t warnings; // of each thread but the first, which has half of them
+        std::size_t ends, signalEnds;
         int status;
-    } cases[] = {
-        {inProgram([] { onAllThreads([] { ZORABEND(); }); }), 0, kThreads, 0, 0},
-        {inProgram([] { onAllThreads(failAmongOthers); }), (kThreads - 1) * 50 + 10, 1, 0, 0},
-        {inProgram([] { onAllThreads(readNothing); }), 0, 0, 1, // the others' previous action
-         kSignalled + SIGSEGV},
-    };
+    } cases[] = {{allEnd, 0, kThreads, 0, 0},
+                 {oneEnds, 100, 1, 0, 0},
+                 {allFail, 0, 0, 1, kSignalled + SIGSEGV}}; // the others' previous action
     for (int round = ZOR_UNDER_SANITIZER ? 3 : 10; round > 0; --round) {
         for (const auto &each : cases) {
             const ChildResult child = runChild(each.body);
             std::string shown = shape(child.err);
             extract(shown, "pthread_mutex_trylock rc 16 0: Success\n"); // of the standard files
             extract(shown, kNullPointer);
-            EXPECT_EQ(extract(shown, "ZOR040W  The separate sign of a number is neither + nor -. "
-                                     "The number is taken as positive.\n\n"),
-                      each.warnings);
+            for (unsigned thread = 0; thread < kThreads; ++thread) {
+                const std::string insert(40, static_cast<char>('a' + thread));
+                EXPECT_EQ(extract(shown, "ZOR171W  " + insert +
+                                             " is not a run-time option. It is ignored. Check the "
+                                             "environment variable COBRTOPT.\n\n"),
+                          thread == 0 ? each.warnings / 2 : each.warnings);
+            }
             EXPECT_EQ(extract(shown, kForcedEnd), each.ends) << child.err;
             EXPECT_EQ(extract(shown, signalEnd("SIGSEGV")), each.signalEnds) << child.err;
             EXPECT_EQ(shown, "") << child.err;
@@ -128,6 +112,7 @@ PROGRAM_TEST(ThreadEnds, AStackOverflowOnASecondThreadIsTold, .out = "pending\n"
     EXPECT_TRUE(joinsAsEnded(startThread([] {
         Program program("DEEP");
         enter(program);
+        flockfile(stdout);
         overflowStack();
     })));
     EXPECT_EQ(_zorProccom, nullptr);

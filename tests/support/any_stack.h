@@ -20,9 +20,10 @@ inline constexpr uint32_t kRoom = 0x0DD0'0DD0;
 // aligned to 4 bytes, or from some of them; gives what it fills the room with.
 template <class Function>
 std::string fillsAnywhere(Function *function, const std::vector<uint32_t> &words,
-                          uint32_t offset = 0, uint32_t end = 256) {
+                          uint32_t begin = 0, uint32_t end = 256) {
     std::string first;
-    for (; offset < end; offset += 4) {
+    for (uint32_t offset = end; offset > begin;) {
+        offset -= 4; // from the end, so that the first is not aligned to 8 either
         alignas(16) char space[32] = {};
         char *const room = space + offset / 4 % 4 * 4;
         std::vector<uint32_t> arguments = words;

@@ -100,10 +100,13 @@ std::string shape(const std::string &text) {
 }
 
 void expectChild(const Expected &expected, void (*body)()) {
-    const ChildResult child = runChild(body, expected.environment);
+    const ChildResult child =
+        runChild(body, {.environment = expected.environment, .directory = expected.directory});
     const std::string err = shape(child.err);
     EXPECT_EQ(child.out, expected.out);
-    if (expected.errHolds.empty()) {
+    if (!expected.errMatches.empty()) {
+        EXPECT_TRUE(std::regex_match(err, std::regex(expected.errMatches))) << child.err;
+    } else if (expected.errHolds.empty()) {
         EXPECT_EQ(err, expected.err) << child.err;
     } else {
         EXPECT_NE(err.find(expected.errHolds), std::string::npos) << err;

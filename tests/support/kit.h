@@ -95,6 +95,8 @@ struct Expected {
     std::string err{};
     std::string errHolds{}; // unless empty: a part of err, in place of err
     int status = 0;
+    std::string errMatches{}; // unless empty: a pattern of all of err, in place of err
+    std::string directory{};  // working directory, if not empty
 };
 
 // Runs the body in a child and compares what it leaves.
