@@ -27,9 +27,8 @@ ZOR_EXPORT void _Tvq_reverse(int32_t length, const void *source, void *target);
 ZOR_EXPORT void _zorcReverseUnicode(void *target, const void *source, int32_t byteLength);
 
 /* Remove the characters of a set from the left end, the right end or both, copy the rest to the
- * target and return its length. set 0: blanks, whatever the setLength; a setLength below 1 of any
- * other set, or a mode that is not listed, removes nothing. Source and target may be the same
- * item. */
+ * target and return its length. set 0, or a setLength below 1: blanks. Source and target may be the
+ * same item. A mode that is not listed removes nothing. */
 ZOR_EXPORT int32_t _zor_triml(int32_t sourceLength, const void *source, int32_t setLength,
                               const void *set, void *target, int32_t mode);
 ZOR_EXPORT int32_t _zor_trimr(int32_t sourceLength, const void *source, int32_t setLength,

@@ -57,9 +57,10 @@ int32_t trimUnits(Units<Unit> text, Units<Unit> set, void *target, unsigned ends
 template <class Unit, std::size_t count>
 int32_t trimOr(const Unit (&blanks)[count], int32_t sourceLength, const void *source,
                int32_t setLength, const void *set, void *target, unsigned ends) {
+    const bool given = set != nullptr && setLength > 0;
     return trimUnits(Units<Unit>::of(source, sourceLength),
-                     set != nullptr ? Units<Unit>::of(set, setLength)
-                                    : Units<Unit>{reinterpret_cast<const char *>(blanks), count},
+                     given ? Units<Unit>::of(set, setLength)
+                           : Units<Unit>{reinterpret_cast<const char *>(blanks), count},
                      target, ends);
 }
 
