@@ -112,4 +112,18 @@ TEST(DecimalMoves, AgreeWithTheModel) {
     });
 }
 
+// Where the first byte carries no sign, a zero digit there is a leading zero, and another counts as
+// a digit of any form only when it makes a pair with its neighbour.
+TEST(DecimalMoves, FirstBytesThatAreNoDigits) {
+    for (const auto &[source, packed] : {std::pair("P1", "00001c"), std::pair("Q2", "00012c"),
+                                         std::pair("{1", "000b1c"), std::pair("Q23", "00823c")}) {
+        for (const auto convert : {_zorcBCD_CONV_ZndTO_To_Pckd, _zorcBCD_CONV_ZndUS_To_Pckd}) {
+            uint8_t target[3];
+            convert(reinterpret_cast<const uint8_t *>(source), target, 5,
+                    static_cast<int32_t>(strlen(source)));
+            EXPECT_EQ(kit::hex(target, sizeof target), packed) << source;
+        }
+    }
+}
+
 } // namespace
