@@ -64,13 +64,21 @@ Outcome readNumbered(OpenFile &opened, FCB &fcb, Reading reading) {
             return kEndOfFile;
         }
     }
-    const Outcome outcome = file.store->find(file, reading, number, &fcb);
+    // What another program holds is not given.
+    FCB *const target = file.locks.inForce ? nullptr : &fcb;
+    Outcome outcome = file.store->find(file, reading, number, target);
     if (!outcome.good()) {
         return reading == Reading::ByKey && outcome.status == kEndOfFile.status ? kNotFound
                                                                                 : outcome;
     }
     if (!file.locks.read(number, fcb.verbopts)) {
         return kRecordLocked;
+    }
+    if (target == nullptr) {
+        outcome = file.store->find(file, Reading::ByKey, number, &fcb);
+        if (!outcome.good()) {
+            return outcome;
+        }
     }
     file.position = file.current = number;
     file.ahead = false;

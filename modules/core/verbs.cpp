@@ -112,12 +112,13 @@ void readVerb(FCB *fcb, IPCB *ipcb) {
     report(*fcb, ipcb, FCB_VERB_READ, outcome);
 }
 
-// In sequential access the two change the record that was read; in all others the one that they
-// name.
-bool lacksCurrent(const OpenFile &file) {
+// In sequential access the two change the record that was read, with no other verb in between; in
+// all others the one that they name.
+bool lacksCurrent(const OpenFile &file, const FCB &fcb) {
     const bool named = has(file.description->organization, FILE_INDEXED | FILE_RELATIVE) &&
                        !file.accesses(FILE_SEQUENTIAL);
-    return !named && !file.hasCurrent;
+    const bool justRead = fcb.lastverb == FCB_VERB_READ || fcb.lastverb == FCB_VERB_UNLOCK;
+    return !named && !(file.hasCurrent && justRead);
 }
 
 using Operation = Outcome (*)(OpenFile &, FCB &);
@@ -125,7 +126,7 @@ using Operation = Outcome (*)(OpenFile &, FCB &);
 void change(FCB *fcb, IPCB *ipcb, uint8_t verb, Operation operation) {
     const Outcome outcome = runVerb(*fcb, verb, [=](OpenFile &file) {
         const bool needsCurrent = verb != FCB_VERB_WRITE;
-        if (needsCurrent && lacksCurrent(file)) {
+        if (needsCurrent && lacksCurrent(file, *fcb)) {
             return kNoCurrentRecord;
         }
         const Outcome done = operation(file, *fcb);

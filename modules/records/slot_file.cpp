@@ -107,6 +107,21 @@ int64_t nextNumber(const SlotFile &file, int64_t number) {
     return data > offset ? layout.firstFrom(data) : number + 1;
 }
 
+// The number ahead that may have a record. Nothing tells where a stretch that was never written
+// begins: from page to page it is looked for at twice the distance.
+int64_t numberAhead(const SlotFile &file, int64_t number, int64_t &distance) {
+    const SlotLayout layout = file.layout();
+    const int64_t offset = layout.offsetOf(number);
+    if (number == 1 || layout.offsetOf(number - 1) / kPage == offset / kPage) {
+        return number - 1;
+    }
+    const int64_t from = std::max<int64_t>(offset - distance, 0) / kPage * kPage;
+    const off_t data = lseek(file.descriptor, from, SEEK_DATA);
+    const bool isHole = data >= offset || (data < 0 && errno == ENXIO);
+    distance = isHole ? 2 * distance : kPage;
+    return isHole ? std::min(layout.firstFrom(from), number) - 1 : number - 1;
+}
+
 Outcome give(SlotFile &file, int64_t number, uint32_t word, FCB &fcb) {
     const auto length = static_cast<std::size_t>(word - 1);
     if (length > static_cast<std::size_t>(file.maxrec)) {
@@ -135,6 +150,7 @@ Outcome findSlot(OpenFile &opened, Reading reading, int64_t &number, FCB *target
     } else if (reading == Reading::Previous) {
         at = std::min(at, slots);
     }
+    int64_t distance = kPage;
     while (at >= 1 && at <= slots) {
         const uint32_t word = wordOf(file, at);
         if (file.window.error() != 0) {
@@ -147,7 +163,7 @@ Outcome findSlot(OpenFile &opened, Reading reading, int64_t &number, FCB *target
         if (reading == Reading::ByKey) {
             break;
         }
-        at = reading == Reading::Next ? nextNumber(file, at) : at - 1;
+        at = reading == Reading::Next ? nextNumber(file, at) : numberAhead(file, at, distance);
     }
     return kEndOfFile;
 }

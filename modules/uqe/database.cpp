@@ -292,7 +292,9 @@ Outcome openDatabase(UqeFile &file, int slots, const char *schema) {
         return file.statements == nullptr ? kNoStorage : kFileLocked;
     }
     const int64_t size = sizeOf(file);
-    const bool inStorage = size <= kHeadBytes && !file.writable; // nothing there, and none can be
+    // There is nothing in the file, and none can come, or none may by this OPEN.
+    const bool inStorage =
+        size <= kHeadBytes && (!file.writable || (size == 0 && !file.updates() && !file.shared));
     Outcome outcome = size == 0 && inStorage ? kDone : settleHead(file, size, file.id);
     if (outcome.good()) {
         const int access =

@@ -268,6 +268,13 @@ TEST(EngineFailures, WorkFilesThatFail) {
     kit::limitFiles(RLIM_INFINITY);
     EXPECT_EQ(entriesOf(directory.path()), 0U);
     expectGood(call);
+
+    // What is removed is a file, and nothing else that was there before.
+    const std::string device = directory.file("device");
+    ASSERT_EQ(symlink("/dev/full", device.c_str()), 0);
+    call.outputWork = device.c_str();
+    expectFailure(call, SORT_ERROR_OUTPUT_WRITE, ENOSPC, "device");
+    EXPECT_TRUE(std::filesystem::is_symlink(device));
 }
 
 // A sort makes do with the address space that there is, and tells when there is none.

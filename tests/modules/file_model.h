@@ -19,6 +19,7 @@ public:
     uint32_t number = 0;
 
     int open(uint16_t mode) {
+        hasCurrent_ = false;
         if (mode_ != 0) {
             return 41;
         }
@@ -31,7 +32,6 @@ public:
         }
         mode_ = mode;
         canReadNext_ = true;
-        hasCurrent_ = false;
         at_ = {"", -1, ""};
         along_ = 0;
         ahead_ = false;
@@ -76,12 +76,12 @@ public:
     }
 
     int write(const std::string &data, uint32_t relative) {
+        hasCurrent_ = false;
         const bool writes =
             mode_ == FCB_OUTPUT || mode_ == FCB_EXTEND || (mode_ == FCB_IO && named());
         if (!writes) {
             return mode_ == FCB_IO && shape_.access == FILE_SEQUENTIAL ? 92 : 48;
         }
-        hasCurrent_ = false;
         if (!fits(data)) {
             return 44;
         }
@@ -126,13 +126,13 @@ public:
     }
 
     int erase(const std::string &prime, uint32_t relative) {
+        const bool current = std::exchange(hasCurrent_, false);
         if (mode_ != FCB_IO) {
             return 49;
         }
         if (sequential()) {
             return 30;
         }
-        const bool current = std::exchange(hasCurrent_, false);
         if (!named() && !current) {
             return 43;
         }
@@ -140,13 +140,14 @@ public:
     }
 
     int start(int relation, std::string key, int keyref, std::size_t length, uint32_t relative) {
+        hasCurrent_ = false;
         if (mode_ != FCB_INPUT && mode_ != FCB_IO) {
             return 47;
         }
         if (plain()) {
             return 30; // has no START
         }
-        hasCurrent_ = canReadNext_ = false;
+        canReadNext_ = false;
         key = indexed() ? key.substr(0, length != 0 ? length : std::string::npos) : keyOf(relative);
         auto entries = entriesOf(keyref);
         std::erase_if(entries, [&](const Entry &entry) {

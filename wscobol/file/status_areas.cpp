@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "base/bits.h"
 #include "base/ebcdic.h"
@@ -83,26 +84,17 @@ bool namesTheFile(const FCB &file) {
     return file.status == kNoList || file.status == kNoFile || file.status == kNoModule;
 }
 
-bool nameOneFile(const FileDescription &left, const FileDescription &right) {
-    return strncmp(left.filename, right.filename, sizeof left.filename) == 0;
-}
-
-// The program's own description of an EXTERNAL file, by the block's index. That may be another
-// program's index of the file: then the place of the block among the program's files decides.
+// The program's own description of an EXTERNAL file, by the block's index. That may be the index of
+// the program that made the block: when this one has another block there, or nothing, the place of
+// the block among its own decides.
 const FileDescription *ownDescription(const FCB &file, const IPCB &ipcb) {
     FileDescription *const *descriptions = ipcb.pcb->fcbsrc;
     const int32_t indexed = file.descindex - 1;
-    int32_t place = 0;
-    while (place < ipcb.nfcbs && ipcb.fcbs[place] != &file) {
-        ++place;
-    }
-    if (place >= ipcb.nfcbs) {
-        return descriptions[indexed];
-    }
-    const bool indexIsOwn = indexed >= 0 && indexed < ipcb.nfcbs &&
-                            descriptions[indexed] != nullptr &&
-                            nameOneFile(*descriptions[indexed], *descriptions[place]);
-    return descriptions[indexIsOwn ? indexed : place];
+    const std::span<FCB *const> blocks(ipcb.fcbs, static_cast<std::size_t>(ipcb.nfcbs));
+    const auto place = std::find(blocks.begin(), blocks.end(), &file);
+    const bool isOwn =
+        indexed < ipcb.nfcbs && (ipcb.fcbs[indexed] == nullptr || ipcb.fcbs[indexed] == &file);
+    return descriptions[isOwn || place == blocks.end() ? indexed : place - blocks.begin()];
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "engine/output.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -117,9 +118,10 @@ void Output::removeWorkFile() {
     if (descriptor_ != kNoFile) {
         closeWorkFile(descriptor_);
     }
-    if (path_ != nullptr) {
-        unlink(path_);
-        path_ = nullptr;
+    struct stat facts {};
+    const char *path = std::exchange(path_, nullptr);
+    if (path != nullptr && lstat(path, &facts) == 0 && S_ISREG(facts.st_mode)) { // and no device
+        unlink(path);
     }
 }
 
