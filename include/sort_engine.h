@@ -74,7 +74,7 @@ ZOR_BEGIN_C
  * opened and closed here: those of a SORT one after the other, all of its input ahead of its
  * output; those of a MERGE all at once. READ is told FCB_AT_END and FCB_NEXT. A record goes into
  * fixed ones that are longer with blanks behind it. After a failure the files are closed, without
- * USE procedures, and no output work file is left. */
+ * USE procedures, and no output work file is left (a device or a link stays). */
 ZOR_EXPORT int32_t sortmerge(int32_t function, RecordDesc recdesc, RecordDesc outdesc,
                              const char *inputwork, uint32_t inputbytes, uint8_t *inputbuffer,
                              int32_t inputcount, struct FCB **inputfcbs, const char *outputwork,
