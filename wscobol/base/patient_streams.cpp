@@ -26,7 +26,7 @@ bool isOnlyThread() {
     return __libc_single_threaded != 0;
 }
 
-void flushIfFree(FILE *stream) {
+void writeOutIfFree(FILE *stream) {
     if (ftrylockfile(stream) == 0) {
         fflush_unlocked(stream);
         funlockfile(stream);
@@ -64,20 +64,27 @@ void writeOutStandardFiles(const Proccom &process) {
     }
 }
 
+void flushIfFree(FILE *stream) {
+    if (stream != nullptr && ftrylockfile(stream) == 0) {
+        flushAndSync(stream);
+        funlockfile(stream);
+    }
+}
+
 void flushIfIdle(FILE *stream) {
     if (!holdsStream(stream)) {
-        flushPatiently(stream);
+        flushIfFree(stream);
     }
 }
 
 void flushAllPatiently() {
-    forEachStream(flushIfFree);
+    forEachStream(writeOutIfFree);
 }
 
 void flushAllIdle() {
     forEachStream([](FILE *stream) {
         if (!holdsStream(stream)) {
-            flushIfFree(stream);
+            writeOutIfFree(stream);
         }
     });
 }

@@ -20,8 +20,11 @@ void flushPatiently(FILE *stream);
 // Flushes the standard files that were opened for output, without a sync; as patient.
 void writeOutStandardFiles(const Proccom &process);
 
-// As flushPatiently, for a handler that goes back to the interrupted code: a stream that this
-// thread is at work on is left alone, too. Its state may be half-way between two characters.
+// The same without waiting, for a handler that goes back to the interrupted code: the thread that
+// keeps the lock may be in such a handler too, and wait for a stream of this one.
+void flushIfFree(FILE *stream);
+// And a stream that this thread is at work on is left alone: its state may be half-way between two
+// characters.
 void flushIfIdle(FILE *stream);
 
 // The two for all open streams of the process, without waiting for any of them.

@@ -29,13 +29,15 @@ constexpr const char *kSourceLineCommand =
 constexpr std::size_t kCommandBytes = kShellWordBytes + 96;
 
 void flushEverything(FILE *stream, AfterTraceback after) {
-    flushPatiently(stream);
-    flushPatiently(stderr);
     if (after == AfterTraceback::runGoesOn) {
+        flushIfFree(stream);
+        flushIfFree(stderr);
         flushIfIdle(stdout);
         flushAllIdle();
         return;
     }
+    flushPatiently(stream);
+    flushPatiently(stderr);
     flushPatiently(stdout);
     flushAllPatiently();
 }
