@@ -15,8 +15,9 @@ CHILD_TEST(ExternalFiles, AreOneForAllPrograms, .environment = {{"TRACE", "1"}},
            .out = "open(F) read(F) close(F) ") {
     ExternalFile first;
     ExternalFile second;
-    FileDescription *descriptions[] = {&first.described, &first.described, &second.described};
-    FCB *blocks[] = {nullptr, nullptr, second.block};
+    files::File own("sok-X", "OWN");
+    FileDescription *descriptions[] = {&own.described, &first.described, &second.described};
+    FCB *blocks[] = {own.block, nullptr, second.block};
     first.enter();
     FCB *shared = first.block;
     EXPECT_EQ(std::string(shared->eyecatcher, 3) + char('0' + shared->level), "FCB1");
