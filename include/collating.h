@@ -19,7 +19,7 @@ ZOR_EXPORT void _zorcEBCDIC(PCB *pcb);
 
 /* Compares through a table of 256 weights: -1, 0, 1. The shorter item counts as filled up with
  * blanks. A negative length makes its side a figurative constant of that magnitude, which counts as
- * repeated to the length of a longer other side; a shorter one is filled up with blanks as ever. */
+ * repeated, or cut, to the length of the other side. */
 ZOR_EXPORT int32_t _zorcCmpACS(const void *left, int32_t leftLength, const void *right,
                                int32_t rightLength, const uint8_t *table);
 

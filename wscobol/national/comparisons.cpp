@@ -84,10 +84,12 @@ int32_t _zorcCmpACS(const void *left, int32_t leftLength, const void *right, int
     const auto *const rightBytes = static_cast<const uint8_t *>(right);
     const std::size_t leftCount = magnitude(leftLength);
     const std::size_t rightCount = magnitude(rightLength);
-    if (rightLength < 0 && leftCount > rightCount) {
+    // Of two constants the longer one is what the other is repeated against.
+    const bool rightIsConstant = rightLength < 0 && (leftLength >= 0 || leftCount >= rightCount);
+    if (rightIsConstant) {
         return compareWithConstant(leftBytes, leftCount, rightBytes, rightCount, table);
     }
-    if (leftLength < 0 && rightCount > leftCount) {
+    if (leftLength < 0) {
         return -compareWithConstant(rightBytes, rightCount, leftBytes, leftCount, table);
     }
     return compareItems(leftBytes, leftCount, rightBytes, rightCount, table);
