@@ -41,8 +41,8 @@ TEST(Collating, ComparesWithPaddingAndWithConstants) {
         }
         const auto weights = [&](const std::string &text, std::size_t length, bool repeats) {
             std::string made = broughtTo(text, length, repeats);
-            if (repeats && isConstant != otherIsConstant) {
-                made.resize(length); // a longer constant is cut to an item
+            if (isConstant != otherIsConstant) { // a longer constant is cut to the item
+                made.resize(repeats ? length : text.size());
             }
             std::transform(made.begin(), made.end(), made.begin(), weightOf);
             return made;

@@ -104,6 +104,20 @@ TEST(ThreadEnds, AHostMayEndTheRunTimeUnderOtherThreads) {
     EXPECT_EQ(child.status, 0);
 }
 
+// A thread fails while the main one closes a file at the end of its run unit: the close is not
+// broken into.
+PROGRAM_TEST(ThreadEnds, AFileIsClosedOnceWhateverFailsMeanwhile, .out = "[]", .err = kForcedEnd) {
+    static FCB file = openFile([](FCB *block, IPCB *) {
+        printf("[");
+        const pthread_t failing = startThread([] { ZORABEND(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        pthread_detach(failing);
+        block->curmode = 0;
+        printf("]");
+    });
+    giveFiles({&file});
+}
+
 // A thread that enters a program has a stack on which its overflow can be told. (The page that it
 // runs into is mapped, to guard it, which is no cause to comment on.)
 PROGRAM_TEST(ThreadEnds, AStackOverflowOnASecondThreadIsTold, .out = "pending\n",

@@ -12,9 +12,14 @@
 namespace zor {
 namespace {
 
-// The hook gives InitLock back whichever thread holds it: the end must not wait for one that may
-// never come out of its section.
+// Another thread may be closing files within its section, and gets a second for it. Then the hook
+// gives InitLock back whichever thread holds it: the end must not wait for one that may never come
+// out.
 void callLockHook() {
+    if (lockIsHeld(InitLock) && !holdsLock(InitLock) && takeLockWithinASecond(InitLock)) {
+        releaseInitLock();
+        return;
+    }
     if (Proccom *process = proccom(); process != nullptr) {
         if (auto *hook = std::exchange(process->lockhook, nullptr); hook != nullptr) {
             hook();
