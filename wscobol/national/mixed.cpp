@@ -65,14 +65,17 @@ bool isOpen(const Text &text) {
 }
 
 // Writes double-byte data with its shift characters repaired: one that is missing is put in where
-// the next one, or the end, shows that it is. What is left of a character that was cut there goes.
+// the next one, or the end, shows that it is. What is left of a character that was cut by the end
+// goes.
 class Repair {
 public:
     explicit Repair(char *target) : first_(target), out_(target) {}
 
     void put(char c) {
         if (c == kShiftOut) {
-            closeRun();
+            if (run_ != nullptr) {
+                *out_++ = kShiftIn;
+            }
             run_ = out_ + 1;
         } else if (c == kShiftIn) {
             if (run_ == nullptr) {
@@ -84,19 +87,14 @@ public:
     }
 
     Text finish() {
-        closeRun();
+        if (run_ != nullptr) {
+            out_ -= (out_ - run_) % 2;
+            *out_++ = kShiftIn;
+        }
         return {first_, static_cast<std::size_t>(out_ - first_)};
     }
 
 private:
-    void closeRun() {
-        if (run_ != nullptr) {
-            out_ -= (out_ - run_) % 2;
-            *out_++ = kShiftIn;
-            run_ = nullptr;
-        }
-    }
-
     char *first_;
     char *out_;
     char *run_ = nullptr; // first byte of the open run
