@@ -1,21 +1,23 @@
-// Loads a library once, and remembers that it is missing. Threads that come here together find the
-// same file.
+// Loads a library once. Threads that come here together find the same file. That it could not be
+// loaded is not remembered: storage or descriptors may have been short just then.
 #include "base/late_library.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 
+#include "base/message_list.h"
 #include "proccom.h"
 
 namespace zor {
 
 void *LateLibrary::handle() {
-    if (!isSearched_.load(std::memory_order_acquire)) {
-        handle_.store(dlopen(file_, RTLD_LAZY | RTLD_LOCAL), std::memory_order_relaxed);
-        isSearched_.store(true, std::memory_order_release);
+    void *library = handle_.load(std::memory_order_acquire);
+    if (library == nullptr) {
+        library = dlopen(file_, RTLD_LAZY | RTLD_LOCAL);
+        handle_.store(library, std::memory_order_release);
     }
-    return handle_.load(std::memory_order_relaxed);
+    return library;
 }
 
 void *LateLibrary::find(const char *function) {
@@ -24,7 +26,8 @@ void *LateLibrary::find(const char *function) {
 }
 
 void LateLibrary::endWithout(const char *function) const {
-    fprintf(stderr, "The function %s of the library %s is not installed.\n", function, file_);
+    fprintf(stderr, "The function %s of the library %s cannot be loaded.\n", function, file_);
+    message::insufficientStorage();
     _zorAbort(0);
     abort(); // there was no run to end
 }

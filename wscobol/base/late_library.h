@@ -11,18 +11,17 @@ class LateLibrary {
 public:
     explicit constexpr LateLibrary(const char *file) : file_(file) {}
 
-    // False when it is not installed.
+    // False when it cannot be loaded.
     bool isPresent() { return handle() != nullptr; }
-    // Null when the library is not installed, or has no such function.
+    // Null when the library cannot be loaded, or has no such function.
     void *find(const char *function);
-    // The end of a run that cannot do without a function.
+    // The end of a run that cannot do without a function, by message 907.
     [[noreturn]] void endWithout(const char *function) const;
 
 private:
     void *handle();
 
     const char *file_;
-    std::atomic<bool> isSearched_ = false;
     std::atomic<void *> handle_ = nullptr;
 };
 

@@ -15,13 +15,19 @@ using Binary = LateFunction<Real(Real, Real)>;
 
 inline constinit Unary acos(mathLibrary, "acos");
 inline constinit Unary asin(mathLibrary, "asin");
-inline constinit Unary atan(mathLibrary, "atan");
+inline constinit Unary extendedAtan(mathLibrary, "atan");
 inline constinit Unary cos(mathLibrary, "cos");
 inline constinit Unary log(mathLibrary, "log");
 inline constinit Unary log10(mathLibrary, "log10");
 inline constinit Unary sin(mathLibrary, "sin");
 inline constinit Unary sqrt(mathLibrary, "sqrt");
 inline constinit Unary tan(mathLibrary, "tan");
+
+// The library leaves a result in its register that has more bits than the form.
+inline Real atan(Real argument) {
+    const volatile Real rounded = extendedAtan(argument);
+    return rounded;
+}
 inline constinit Binary fmod(mathLibrary, "fmod");
 inline constinit Binary pow(mathLibrary, "pow");
 
